@@ -1,0 +1,28 @@
+// Sizes of images in pixels and bytes.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace alg {
+
+inline constexpr int kPackedBytes = 3;  // bytes of a packed pixel
+inline constexpr int kArgbBytes = 4;    // bytes of an ARGB word
+
+/// Pixels of an image whose count is contract as a wrapping 32-bit product; 0 when it is below 1 or
+/// a side is.
+constexpr std::size_t pixelCount(int32_t width, int32_t height) {
+  if (width < 1 || height < 1) {
+    return 0;
+  }
+  const auto product =
+      static_cast<int32_t>(static_cast<uint32_t>(width) * static_cast<uint32_t>(height));
+  return product < 1 ? 0 : static_cast<std::size_t>(product);
+}
+
+/// Bytes of a YUV 4:2:0 frame with packed rows: floor(3 x pixels / 2).
+constexpr int64_t yuvFrameBytes(int32_t width, int32_t height) {
+  return int64_t{width} * height * 3 / 2;
+}
+
+}  // namespace alg

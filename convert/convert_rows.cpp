@@ -1,0 +1,59 @@
+// The definitions of the row kernels.
+#include "convert/convert_rows.h"
+
+#include "convert/bt601.h"
+
+namespace alg {
+namespace {
+
+uint8_t clampedChannel(int32_t value) {
+  const int32_t atMost = value > bt601::kChannelMax ? bt601::kChannelMax : value;
+  return static_cast<uint8_t>((atMost < 0 ? 0 : atMost) >> 16);
+}
+
+struct Rgb {
+  int32_t r, g, b;
+};
+
+Rgb loadPixel(RowFormat format, const uint8_t* p) {
+  return format == RowFormat::kPackedUV ? Rgb{p[0], p[1], p[2]} : Rgb{p[2], p[1], p[0]};
+}
+
+}  // namespace
+
+void decodeRowPlain(RowFormat format, const uint8_t* luma, const uint8_t* chroma, uint8_t* pixels,
+                    std::size_t width) {
+  const std::size_t uIndex = format == RowFormat::kArgbVU ? 1 : 0;
+  for (std::size_t x = 0; x < width; ++x) {
+    const uint8_t* pair = chroma + (x & ~std::size_t{1});
+    const int32_t u = pair[uIndex] - bt601::kChromaOffset;
+    const int32_t v = pair[1 - uIndex] - bt601::kChromaOffset;
+    const int32_t level = bt601::kLumaGain * (luma[x] - bt601::kLumaOffset);
+    uint8_t* pixel = pixels + pixelBytes(format) * x;
+    pixel[0] = clampedChannel(level + bt601::kBlueFromU * u);
+    pixel[1] = clampedChannel(level + bt601::kGreenFromV * v + bt601::kGreenFromU * u);
+    pixel[2] = clampedChannel(level + bt601::kRedFromV * v);
+    if (pixelBytes(format) == 4) {
+      pixel[3] = 0xFF;
+    }
+  }
+}
+
+void encodeLumaRowPlain(RowFormat format, const uint8_t* pixels, uint8_t* luma, std::size_t width) {
+  for (std::size_t x = 0; x < width; ++x) {
+    const Rgb p = loadPixel(format, pixels + pixelBytes(format) * x);
+    luma[x] = static_cast<uint8_t>(bt601::kY.apply(p.r, p.g, p.b));
+  }
+}
+
+void encodeChromaRowPlain(RowFormat format, const uint8_t* pixels, uint8_t* chroma,
+                          std::size_t width) {
+  const std::size_t uIndex = format == RowFormat::kArgbVU ? 1 : 0;
+  for (std::size_t x = 0; x < width; x += 2) {
+    const Rgb p = loadPixel(format, pixels + pixelBytes(format) * x);
+    chroma[x + uIndex] = static_cast<uint8_t>(bt601::kU.apply(p.r, p.g, p.b));
+    chroma[x + 1 - uIndex] = static_cast<uint8_t>(bt601::kV.apply(p.r, p.g, p.b));
+  }
+}
+
+}  // namespace alg

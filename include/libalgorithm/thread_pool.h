@@ -1,0 +1,142 @@
+// A fixed pool of POSIX threads with a first-in, first-out queue, a worker that fans one job out as
+// pieces and waits for all of them, and the process-wide pool of the effect road.
+//
+// Log lines go to the tag "Defog" at priority 2 (VERBOSE).
+#pragma once
+
+#include <pthread.h>
+
+#include <cstdint>
+#include <deque>
+#include <vector>
+
+#include "libalgorithm/export.h"
+
+/// One unit of work: a function and its argument. Owned by whoever made it, never by the pool.
+class ALGORITHM_API Task {
+ public:
+  Task(void (*function)(void*), void* argument);
+  void operator()();
+  void run();
+
+ private:
+  void (*function)(void*);
+  void* argument;
+};
+
+/// A mutex that knows whether it is held. Destruction waits (busy) until it is not, then unlocks
+/// once more and destroys the mutex; callers rely on that order.
+class ALGORITHM_API TaskLock {
+ public:
+  TaskLock();
+  ~TaskLock();
+  TaskLock(const TaskLock&) = delete;
+  TaskLock& operator=(const TaskLock&) = delete;
+  void lock();
+  void unlock();
+  pthread_mutex_t* native() { return &mutex; }
+
+ private:
+  pthread_mutex_t mutex;
+  volatile uint8_t held;
+};
+
+/// A pool of pool_size threads. Construct, initialize_threadpool(), add_task() from any thread,
+/// destroy_threadpool(). A stopped pool can't be started again.
+class ALGORITHM_API ThreadPool {
+ public:
+  /// A pool of four threads. Starts none yet.
+  ThreadPool();
+  /// A pool of `pool_size` threads (0 is allowed: tasks then only queue up).
+  explicit ThreadPool(int pool_size);
+  /// Stops the pool if it runs. Tasks still queued are neither run nor deleted.
+  ~ThreadPool();
+  ThreadPool(const ThreadPool&) = delete;
+  ThreadPool& operator=(const ThreadPool&) = delete;
+
+  /// Starts the threads. Returns 0, or -1 as soon as one can't be made (those already started keep
+  /// running).
+  int initialize_threadpool();
+  /// Stops and joins the threads; tasks that run are finished, tasks still queued are never run.
+  /// Returns 0.
+  int destroy_threadpool();
+  /// The body of a pool thread; never returns.
+  void* execute_thread();
+  /// Queues a task (any thread). Returns 0. Ends the process when the queue can't grow.
+  int add_task(Task* task);
+
+ private:
+  int32_t pool_size;
+  TaskLock task_lock;        // guards tasks and pool_state
+  pthread_cond_t task_cond;  // signalled per queued task, broadcast on stop
+  std::vector<pthread_t> threads;
+  std::deque<Task*> tasks;
+  volatile int32_t pool_state;  // 0 = started, 1 = stopped
+};
+
+/// Thread entry handed to pthread_create; `pool` is a ThreadPool*.
+extern "C" ALGORITHM_API void* start_thread(void* pool);
+
+/// Callback for one piece of a job. Note the order: the record's third field comes second.
+typedef void (*ThreadPoolTaskFunc)(const void* input, const void* param, void* output);
+
+/// One piece of a job; owned by the caller and kept alive until Work() returns. The worker never
+/// looks behind the pointers.
+struct tagT_ThreadPoolTaskInput {
+  const void* input;
+  void* output;
+  const void* param;
+};
+
+class ThreadPoolWorker;
+
+/// What one queued task of a worker carries.
+class ALGORITHM_API ThreadPoolTaskInfo {
+ public:
+  ThreadPoolTaskInfo(ThreadPoolWorker* worker, ThreadPoolTaskFunc callback,
+                     tagT_ThreadPoolTaskInput* input);
+
+  ThreadPoolWorker* worker;
+  ThreadPoolTaskFunc callback;
+  tagT_ThreadPoolTaskInput* input;
+};
+
+/// Runs one job of `count` pieces on a pool. Use each worker for exactly one Work().
+class ALGORITHM_API ThreadPoolWorker {
+ public:
+  ThreadPoolWorker(ThreadPool* pool, int count, ThreadPoolTaskFunc callback,
+                   tagT_ThreadPoolTaskInput* inputs);
+  ~ThreadPoolWorker();
+  ThreadPoolWorker(const ThreadPoolWorker&) = delete;
+  ThreadPoolWorker& operator=(const ThreadPoolWorker&) = delete;
+
+  /// Queues the pieces in index order and returns when all have finished. Pieces run in parallel
+  /// and must not write to the same memory. With no piece it returns at once.
+  void Work();
+  /// Counts one piece as finished (called on the pool's threads).
+  void OneTaskFinish();
+
+ private:
+  pthread_mutex_t worker_lock;  // guards remaining
+  pthread_cond_t worker_cond;
+  int32_t count;
+  int32_t remaining;
+  ThreadPoolTaskFunc callback;
+  tagT_ThreadPoolTaskInput* inputs;
+  ThreadPool* pool;
+};
+
+/// What every queued task of a worker runs; `info` is a ThreadPoolTaskInfo*.
+ALGORITHM_API void WorkerThreadBase(void* info);
+
+/// The process-wide pool of four threads: null until HALThreadPoolInit() and after
+/// HALThreadPoolDestroy(). Read-only for callers.
+ALGORITHM_API extern ThreadPool* g_threadpool;
+/// 1 while g_threadpool is running, else 0.
+ALGORITHM_API extern int32_t g_hal_threadpool_init;
+
+/// Makes and starts the process-wide pool if there is none. Returns 0, or -1 when it can't start.
+/// Not thread-safe: must not overlap itself, HALThreadPoolDestroy() or an effect run.
+ALGORITHM_API int HALThreadPoolInit();
+/// Stops and deletes the process-wide pool if there is one. Returns 0. Not thread-safe, as above.
+ALGORITHM_API int HALThreadPoolDestroy();

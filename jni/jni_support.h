@@ -1,0 +1,82 @@
+// What every native method needs at the Java border: its log lines, checked sizes and buffers, and
+// results for Java. All checks of what Java hands over are here, each with one error line.
+#pragma once
+
+#include <jni.h>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "platform/block.h"
+
+namespace alg {
+
+/// The log scope of one call: "<signature> E" now, "<signature> X" at the end, and error lines in
+/// between, all at priority 6.
+class CallScope {
+ public:
+  CallScope(const char* tag, const char* signature);
+  ~CallScope();
+  CallScope(const CallScope&) = delete;
+  CallScope& operator=(const CallScope&) = delete;
+
+  /// Logs "<signature> <reason>".
+  void fail(const std::string& reason) const;
+
+ private:
+  const char* tag;
+  const char* signature;
+};
+
+/// Sizes that Java gave, found good.
+struct ImageSize {
+  int width;
+  int height;
+  int64_t yuvBytes;   ///< floor(3 x width x height / 2)
+  int64_t argbBytes;  ///< 4 x width x height
+};
+
+/// Empty, with an error line, when a side is below 1 or the product of the sides is beyond 2^31
+/// - 1.
+std::optional<ImageSize> checkSize(const CallScope& call, jint width, jint height);
+
+/// A direct buffer's memory.
+struct BufferMemory {
+  uint8_t* address;
+  int64_t capacity;
+};
+
+/// Empty, with an error line that names the buffer's role, when it is null, not direct or holds
+/// fewer than `needed` bytes.
+std::optional<BufferMemory> checkBuffer(const CallScope& call, JNIEnv* env, jobject buffer,
+                                        const char* role, int64_t needed);
+
+/// A block for a result of `bytes` bytes; null, with an error line, when it can't be had or is too
+/// large for a Java buffer.
+Block allocateResult(const CallScope& call, int64_t bytes);
+
+/// Hands a block to Java as a direct buffer; Java keeps its memory for the life of the process.
+/// Null, with an error line, when Java can't take it (the block is freed then).
+jobject toDirectBuffer(const CallScope& call, JNIEnv* env, Block block, int64_t bytes);
+
+/// Copies bytes into a new Java array; null, with an error line, when Java has no room.
+jbyteArray toByteArray(const CallScope& call, JNIEnv* env, const uint8_t* bytes, int64_t size);
+
+/// The characters of a Java string while it lives.
+class StringChars {
+ public:
+  /// Logs an error line when the string is null or its characters can't be had; get() is null then.
+  StringChars(const CallScope& call, JNIEnv* env, jstring string, const char* role);
+  ~StringChars();
+  StringChars(const StringChars&) = delete;
+  StringChars& operator=(const StringChars&) = delete;
+  const char* get() const { return chars; }
+
+ private:
+  JNIEnv* env;
+  jstring string;
+  const char* chars = nullptr;
+};
+
+}  // namespace alg

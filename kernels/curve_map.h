@@ -1,0 +1,38 @@
+// The curve mapper: three 256-entry curves over packed 3-byte pixels. Every effect whose output
+// bytes each depend on one input byte is three curves and one call of mapCurves().
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace alg {
+
+/// curve[k] maps byte k of a source pixel; its result is stored at byte 2 - k.
+struct Curves {
+  alignas(16) uint8_t curve[3][256];
+};
+
+/// Builds the three curves from functions of a byte value (0..255 as int) to a byte.
+template <class Curve0, class Curve1, class Curve2>
+Curves makeCurves(Curve0 curve0, Curve1 curve1, Curve2 curve2) {
+  Curves curves;
+  for (int v = 0; v < 256; ++v) {
+    curves.curve[0][v] = curve0(v);
+    curves.curve[1][v] = curve1(v);
+    curves.curve[2][v] = curve2(v);
+  }
+  return curves;
+}
+
+/// dst[0] = curve[2][src[2]], dst[1] = curve[1][src[1]], dst[2] = curve[0][src[0]] for each of
+/// `pixels` pixels in memory order, each read whole before it is written. src and dst may overlap
+/// in any way.
+void mapCurves(const uint8_t* src, uint8_t* dst, std::size_t pixels, const Curves& curves);
+
+/// The definition.
+void mapCurvesPlain(const uint8_t* src, uint8_t* dst, std::size_t pixels, const Curves& curves);
+
+/// The vector twin: dst must not start within src's pixels behind the first (dst <= src is fine).
+void mapCurvesSimd(const uint8_t* src, uint8_t* dst, std::size_t pixels, const Curves& curves);
+
+}  // namespace alg

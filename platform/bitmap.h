@@ -1,0 +1,26 @@
+// Pictures of the device: decoded PNG files, and the process-wide one that overlays live in.
+#pragma once
+
+#include <cstdint>
+
+#include "platform/block.h"
+
+namespace alg {
+
+/// A decoded picture: R, G, B, A bytes in memory, premultiplied, rows packed. Empty at first.
+struct Bitmap {
+  Block pixels;
+  int width = 0;
+  int height = 0;
+};
+
+/// Decodes the PNG file at the device path `path` into `bitmap`. Grey, palette and 16-bit files are
+/// brought to 8-bit RGBA; alpha is 255 where the file has none. Returns false, and leaves the
+/// previous picture, when the file can't be read or decoded.
+bool decodePngFile(const char* path, Bitmap& bitmap);
+
+/// The picture that every overlay of the effect table is decoded into. Not locked: one effect run
+/// at a time.
+extern Bitmap bitmap_effect;
+
+}  // namespace alg

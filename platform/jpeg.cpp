@@ -1,0 +1,159 @@
+// JPEG through libjpeg. Its errors leave by longjmp, so no object with a destructor may live in the
+// frames between setjmp and the codec; results travel in plain structs.
+#include "platform/jpeg.h"
+
+#include <jpeglib.h>
+
+#include <algorithm>
+#include <csetjmp>
+#include <cstdio>
+
+#include "base/image_size.h"
+
+namespace alg {
+namespace {
+
+struct ErrorManager {
+  jpeg_error_mgr base;
+  std::jmp_buf failed;
+};
+
+[[noreturn]] void leave(j_common_ptr codec) {
+  std::longjmp(reinterpret_cast<ErrorManager*>(codec->err)->failed, 1);
+}
+
+void stayQuiet(j_common_ptr) {}
+
+jpeg_error_mgr* prepare(ErrorManager& errors) {
+  jpeg_std_error(&errors.base);
+  errors.base.error_exit = leave;
+  errors.base.output_message = stayQuiet;
+  return &errors.base;
+}
+
+/// Turns a row of C, M, Y, K pixels into B, G, R, A in place. Adobe's files hold inverted values.
+void cmykToBgra(uint8_t* row, std::size_t pixels, bool inverted) {
+  for (uint8_t* p = row; p != row + kArgbBytes * pixels; p += kArgbBytes) {
+    const auto ink = [&](int index) { return inverted ? p[index] : 255 - p[index]; };
+    const int cyan = ink(0), magenta = ink(1), yellow = ink(2), black = ink(3);
+    p[0] = static_cast<uint8_t>((yellow * black + 127) / 255);
+    p[1] = static_cast<uint8_t>((magenta * black + 127) / 255);
+    p[2] = static_cast<uint8_t>((cyan * black + 127) / 255);
+    p[3] = 255;
+  }
+}
+
+/// The smallest reduction of the codec that keeps the longer side.
+unsigned reduction(const jpeg_decompress_struct& jpeg, int keepSide) {
+  const JDIMENSION side = std::max(jpeg.image_width, jpeg.image_height);
+  unsigned denominator = 1;
+  while (keepSide > 0 && denominator < 8 &&
+         side / (2 * denominator) >= static_cast<JDIMENSION>(keepSide)) {
+    denominator *= 2;
+  }
+  return denominator;
+}
+
+/// Whether a file ends right where its first scan's data should begin.
+bool nothingLeft(const jpeg_source_mgr& source) {
+  const bool endMarker = source.bytes_in_buffer >= 2 && source.next_input_byte[0] == 0xFF &&
+                         source.next_input_byte[1] == JPEG_EOI;
+  return source.bytes_in_buffer == 0 || endMarker;
+}
+
+/// Decodes into *pixels, a block from malloc that the caller frees, also when this fails.
+bool decodeInto(jpeg_decompress_struct& jpeg, ErrorManager& errors, std::span<const uint8_t> file,
+                const JpegDecodeOptions& options, uint8_t** pixels) {
+  if (setjmp(errors.failed) != 0) {
+    return false;
+  }
+  jpeg_create_decompress(&jpeg);
+  jpeg_mem_src(&jpeg, file.data(), static_cast<unsigned long>(file.size()));
+  jpeg_read_header(&jpeg, TRUE);
+  if (nothingLeft(*jpeg.src)) {
+    return false;
+  }
+  const bool cmyk = jpeg.jpeg_color_space == JCS_CMYK || jpeg.jpeg_color_space == JCS_YCCK;
+  jpeg.out_color_space = cmyk ? JCS_CMYK : JCS_EXT_BGRA;
+  jpeg.scale_num = 1;
+  jpeg.scale_denom = reduction(jpeg, options.keepSide);
+  jpeg_calc_output_dimensions(&jpeg);
+  const std::size_t pitch = std::size_t{kArgbBytes} * jpeg.output_width;
+  if (pitch * jpeg.output_height > options.maxPixelBytes) {
+    return false;
+  }
+  *pixels = static_cast<uint8_t*>(std::malloc(pitch * jpeg.output_height));
+  if (*pixels == nullptr) {
+    return false;
+  }
+  jpeg_start_decompress(&jpeg);
+  while (jpeg.output_scanline < jpeg.output_height) {
+    JSAMPROW row = *pixels + pitch * jpeg.output_scanline;
+    jpeg_read_scanlines(&jpeg, &row, 1);
+    if (cmyk) {
+      cmykToBgra(row, jpeg.output_width, jpeg.saw_Adobe_marker != FALSE);
+    }
+  }
+  jpeg_finish_decompress(&jpeg);
+  return true;
+}
+
+/// Encodes into *bytes, which the caller frees, also when this fails.
+bool encodeInto(jpeg_compress_struct& jpeg, ErrorManager& errors, const uint8_t* pixels,
+                int quality, unsigned char** bytes, unsigned long* size) {
+  if (setjmp(errors.failed) != 0) {
+    if (*bytes != nullptr) {
+      // The codec may have moved to a larger buffer; only this call tells where it is.
+      jpeg.dest->term_destination(&jpeg);
+    }
+    return false;
+  }
+  jpeg.input_components = kArgbBytes;
+  jpeg.in_color_space = JCS_EXT_BGRX;
+  jpeg_mem_dest(&jpeg, bytes, size);
+  jpeg_set_defaults(&jpeg);
+  jpeg_set_quality(&jpeg, quality, TRUE);
+  jpeg_start_compress(&jpeg, TRUE);
+  const std::size_t pitch = std::size_t{kArgbBytes} * jpeg.image_width;
+  while (jpeg.next_scanline < jpeg.image_height) {
+    JSAMPROW row = const_cast<JSAMPROW>(pixels + pitch * jpeg.next_scanline);  // only read
+    jpeg_write_scanlines(&jpeg, &row, 1);
+  }
+  jpeg_finish_compress(&jpeg);
+  return true;
+}
+
+}  // namespace
+
+std::optional<DecodedJpeg> decodeJpeg(std::span<const uint8_t> file,
+                                      const JpegDecodeOptions& options) {
+  jpeg_decompress_struct jpeg{};
+  ErrorManager errors;
+  jpeg.err = prepare(errors);
+  uint8_t* pixels = nullptr;
+  const bool decoded = decodeInto(jpeg, errors, file, options, &pixels);
+  DecodedJpeg result{Block(pixels), static_cast<int>(jpeg.output_width),
+                     static_cast<int>(jpeg.output_height)};
+  jpeg_destroy_decompress(&jpeg);
+  return decoded ? std::optional(std::move(result)) : std::nullopt;
+}
+
+std::optional<EncodedJpeg> encodeJpeg(const uint8_t* pixels, int width, int height, int quality) {
+  if (width < 1 || height < 1) {
+    return std::nullopt;
+  }
+  jpeg_compress_struct jpeg{};
+  ErrorManager errors;
+  jpeg.err = prepare(errors);
+  jpeg_create_compress(&jpeg);
+  jpeg.image_width = static_cast<JDIMENSION>(width);
+  jpeg.image_height = static_cast<JDIMENSION>(height);
+  unsigned char* bytes = nullptr;
+  unsigned long size = 0;
+  const bool encoded = encodeInto(jpeg, errors, pixels, quality, &bytes, &size);
+  EncodedJpeg result{Block(bytes), size};
+  jpeg_destroy_compress(&jpeg);
+  return encoded ? std::optional(std::move(result)) : std::nullopt;
+}
+
+}  // namespace alg

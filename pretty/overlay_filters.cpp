@@ -1,0 +1,92 @@
+// The three Pretty filters that take an overlay picture. Tables follow the stated precision step by
+// step: values are brought to 0..1 as floats and then used in double; std::fma where a step is
+// fused.
+#include <cmath>
+
+#include "base/image_size.h"
+#include "kernels/curve_map.h"
+#include "libalgorithm/pretty_filters.h"
+#include "pretty/soft_light.h"
+
+namespace {
+
+constexpr float kKnee = 0.64705884f;  // 55 / 85: the slope of both outer thirds
+
+/// v / 255 as a float, to be used in double.
+double unit(int v) { return static_cast<float>(v / 255.0); }
+
+/// A value of 0..1 as a byte, the last steps in float.
+uint8_t unitToByte(double value) {
+  return static_cast<uint8_t>(static_cast<float>(value) * 255.0f);
+}
+
+/// The brightest third squeezed into 170..225.
+int squeezeHighlights(int v) {
+  return v > 170 ? static_cast<int>(static_cast<float>(v - 170) * kKnee) + 170 : v;
+}
+
+/// A steep saturating curve of b mixed with b itself; `weight` is the curve's share.
+double saturatingMix(double b, double weight) {
+  const double curve = 1.0 - std::exp(-5.0 * std::pow(b, 1.75));
+  return std::fma(weight, curve, (1.0 - weight) * b);
+}
+
+uint8_t japanTone(int v) {
+  const int m =
+      v < 85 ? static_cast<int>(static_cast<float>(v) * kKnee) + 30 : squeezeHighlights(v);
+  return unitToByte(saturatingMix(unit(m), 0.75));
+}
+
+uint8_t japanRed(int v) { return static_cast<uint8_t>((japanTone(v) - 20.0) * 1.085); }
+
+/// How much pink pulls red up and green and blue down: positive below 128, negative above.
+int pinkShift(int v) { return ((v - 128) * v * (v - 255)) >> 16; }
+
+uint8_t pinkFinish(int v) { return unitToByte(saturatingMix(unit(v), 0.5)); }
+
+int beautifulKnee(int v) {
+  return v < 85 ? static_cast<int>(std::fma(static_cast<float>(v), kKnee, 30.0f))
+                : squeezeHighlights(v);
+}
+
+uint8_t beautifulRise(int v) {
+  const double b = unit(v);
+  return unitToByte(1.0 - std::exp(b * b * -5.0));
+}
+
+uint8_t beautifulRedGreen(int v) { return beautifulRise(beautifulKnee(v)); }
+uint8_t beautifulBlue(int v) { return beautifulRise(((beautifulKnee(v) * 205) >> 8) + 20); }
+
+template <class Before0, class Before12, class After>
+alg::SoftLightCurves makeSoftLightCurves(Before0 before0, Before12 before12, After after) {
+  alg::SoftLightCurves curves;
+  for (int v = 0; v < 256; ++v) {
+    curves.before[0][v] = static_cast<uint8_t>(before0(v));
+    curves.before[1][v] = curves.before[2][v] = static_cast<uint8_t>(before12(v));
+    curves.after[v] = static_cast<uint8_t>(after(v));
+  }
+  return curves;
+}
+
+}  // namespace
+
+void PrettyJapan(unsigned char* src, unsigned char* dst, int width, int height,
+                 unsigned char* overlay, int overlayWidth, int overlayHeight) {
+  static const alg::SoftLightCurves kCurves =
+      makeSoftLightCurves(japanRed, japanTone, [](int v) { return v; });
+  alg::blendSoftLight(src, dst, width, height, {overlay, overlayWidth, overlayHeight}, kCurves);
+}
+
+void PrettyPink(unsigned char* src, unsigned char* dst, int width, int height,
+                unsigned char* overlay, int overlayWidth, int overlayHeight) {
+  static const alg::SoftLightCurves kCurves = makeSoftLightCurves(
+      [](int v) { return v + pinkShift(v); }, [](int v) { return v - pinkShift(v); }, pinkFinish);
+  alg::blendSoftLight(src, dst, width, height, {overlay, overlayWidth, overlayHeight}, kCurves);
+}
+
+void PrettyBeautiful(unsigned char* src, unsigned char* dst, int width, int height,
+                     unsigned char* /*overlay*/, int /*overlayWidth*/, int /*overlayHeight*/) {
+  static const alg::Curves kCurves =
+      alg::makeCurves(beautifulRedGreen, beautifulRedGreen, beautifulBlue);
+  alg::mapCurves(src, dst, alg::pixelCount(width, height), kCurves);
+}
