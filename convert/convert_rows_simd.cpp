@@ -11,8 +11,7 @@
 #include "hwy/highway.h"
 
 HWY_BEFORE_NAMESPACE();
-namespace alg {
-namespace HWY_NAMESPACE {
+namespace alg::HWY_NAMESPACE {
 
 #if HWY_TARGET == HWY_SCALAR
 
@@ -239,8 +238,7 @@ void encodeChromaRowVector(RowFormat format, const uint8_t* pixels, uint8_t* chr
 
 #endif  // HWY_TARGET == HWY_SCALAR
 
-}  // namespace HWY_NAMESPACE
-}  // namespace alg
+}  // namespace alg::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE

@@ -59,7 +59,7 @@ jobject encode(const char* signature, JNIEnv* env, jobject buffer, jint width, j
 }
 
 bool overlap(const alg::BufferMemory& a, const alg::BufferMemory& b, int64_t bytes) {
-  const std::less<const uint8_t*> before;
+  const std::less<> before;
   return before(a.address, b.address + bytes) && before(b.address, a.address + bytes);
 }
 

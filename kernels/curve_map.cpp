@@ -21,7 +21,7 @@ void mapCurvesPlain(const uint8_t* src, uint8_t* dst, std::size_t pixels, const 
 void mapCurves(const uint8_t* src, uint8_t* dst, std::size_t pixels, const Curves& curves) {
   // A destination that starts inside the source feeds results back into pixels still to be read;
   // only the pixel-by-pixel walk does that right.
-  const std::less<const uint8_t*> before;
+  const std::less<> before;
   const bool feedsBack = before(src, dst) && before(dst, src + kPackedBytes * pixels);
   (feedsBack ? mapCurvesPlain : mapCurvesSimd)(src, dst, pixels, curves);
 }

@@ -10,8 +10,7 @@
 #include "hwy/highway.h"
 
 HWY_BEFORE_NAMESPACE();
-namespace alg {
-namespace HWY_NAMESPACE {
+namespace alg::HWY_NAMESPACE {
 
 #if HWY_TARGET == HWY_SCALAR
 
@@ -64,8 +63,7 @@ void mapCurvesVector(const uint8_t* src, uint8_t* dst, std::size_t pixels, const
 
 #endif
 
-}  // namespace HWY_NAMESPACE
-}  // namespace alg
+}  // namespace alg::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE

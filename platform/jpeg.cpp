@@ -116,7 +116,7 @@ bool encodeInto(jpeg_compress_struct& jpeg, ErrorManager& errors, const uint8_t*
   jpeg_start_compress(&jpeg, TRUE);
   const std::size_t pitch = std::size_t{kArgbBytes} * jpeg.image_width;
   while (jpeg.next_scanline < jpeg.image_height) {
-    JSAMPROW row = const_cast<JSAMPROW>(pixels + pitch * jpeg.next_scanline);  // only read
+    auto* row = const_cast<JSAMPROW>(pixels + pitch * jpeg.next_scanline);  // only read
     jpeg_write_scanlines(&jpeg, &row, 1);
   }
   jpeg_finish_compress(&jpeg);

@@ -24,7 +24,7 @@ void Task::operator()() { function(argument); }
 
 void Task::run() { (*this)(); }
 
-TaskLock::TaskLock() : held(0) { pthread_mutex_init(&mutex, nullptr); }
+TaskLock::TaskLock() { pthread_mutex_init(&mutex, nullptr); }
 
 TaskLock::~TaskLock() {
   while (held != 0) {

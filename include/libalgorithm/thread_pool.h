@@ -15,7 +15,7 @@
 /// One unit of work: a function and its argument. Owned by whoever made it, never by the pool.
 class ALGORITHM_API Task {
  public:
-  Task(void (*function)(void*), void* argument);
+  Task(void (*taskFunction)(void*), void* taskArgument);
   void operator()();
   void run();
 
@@ -38,7 +38,7 @@ class ALGORITHM_API TaskLock {
 
  private:
   pthread_mutex_t mutex;
-  volatile uint8_t held;
+  volatile uint8_t held = 0;
 };
 
 /// A pool of pool_size threads. Construct, initialize_threadpool(), add_task() from any thread,
@@ -47,8 +47,8 @@ class ALGORITHM_API ThreadPool {
  public:
   /// A pool of four threads. Starts none yet.
   ThreadPool();
-  /// A pool of `pool_size` threads (0 is allowed: tasks then only queue up).
-  explicit ThreadPool(int pool_size);
+  /// A pool of `size` threads (0 is allowed: tasks then only queue up).
+  explicit ThreadPool(int size);
   /// Stops the pool if it runs. Tasks still queued are neither run nor deleted.
   ~ThreadPool();
   ThreadPool(const ThreadPool&) = delete;
@@ -78,7 +78,7 @@ class ALGORITHM_API ThreadPool {
 extern "C" ALGORITHM_API void* start_thread(void* pool);
 
 /// Callback for one piece of a job. Note the order: the record's third field comes second.
-typedef void (*ThreadPoolTaskFunc)(const void* input, const void* param, void* output);
+using ThreadPoolTaskFunc = void (*)(const void* input, const void* param, void* output);
 
 /// One piece of a job; owned by the caller and kept alive until Work() returns. The worker never
 /// looks behind the pointers.
@@ -93,19 +93,19 @@ class ThreadPoolWorker;
 /// What one queued task of a worker carries.
 class ALGORITHM_API ThreadPoolTaskInfo {
  public:
-  ThreadPoolTaskInfo(ThreadPoolWorker* worker, ThreadPoolTaskFunc callback,
-                     tagT_ThreadPoolTaskInput* input);
+  ThreadPoolTaskInfo(ThreadPoolWorker* owner, ThreadPoolTaskFunc function,
+                     tagT_ThreadPoolTaskInput* record);
 
   ThreadPoolWorker* worker;
   ThreadPoolTaskFunc callback;
   tagT_ThreadPoolTaskInput* input;
 };
 
-/// Runs one job of `count` pieces on a pool. Use each worker for exactly one Work().
+/// Runs one job of several pieces on a pool. Use each worker for exactly one Work().
 class ALGORITHM_API ThreadPoolWorker {
  public:
-  ThreadPoolWorker(ThreadPool* pool, int count, ThreadPoolTaskFunc callback,
-                   tagT_ThreadPoolTaskInput* inputs);
+  ThreadPoolWorker(ThreadPool* workPool, int pieces, ThreadPoolTaskFunc function,
+                   tagT_ThreadPoolTaskInput* records);
   ~ThreadPoolWorker();
   ThreadPoolWorker(const ThreadPoolWorker&) = delete;
   ThreadPoolWorker& operator=(const ThreadPoolWorker&) = delete;

@@ -62,7 +62,7 @@ ALGORITHM_API void decodeARGB2YVU_OpenGL(const uint32_t* argb, uint8_t* luma, ui
 
 /// Stores the red, green and blue value of the pixel `index` (row x width + column). Any int is
 /// accepted; the results are clamped.
-typedef void (*PixelFetchFunc)(void* context, int index, int* red, int* green, int* blue);
+using PixelFetchFunc = void (*)(void* context, int index, int* red, int* green, int* blue);
 
 /// Encodes pixels pulled through a callback into three planes.
 /// @param context  handed to the callback as it is

@@ -1,0 +1,48 @@
+"""Checks that includes go one way only: each folder may include itself and the folders named here."""
+
+import pathlib
+import re
+import subprocess
+import sys
+
+PUBLIC = "include/libalgorithm"
+ALLOWED = {
+    PUBLIC: {PUBLIC},
+    "base": {"base"},
+    "platform": {"base"},
+    "kernels": {"base"},
+    "convert": {"base", "kernels", PUBLIC},
+    "camerautil": {"base", "kernels", PUBLIC},
+    "threadpool": {"base", "kernels", PUBLIC},
+    "pretty": {"base", "kernels", PUBLIC},
+    "codec": {"base", "platform"},
+    "effect": {"base", "platform", "kernels", "convert", "threadpool", "pretty", PUBLIC},
+    "jni": {"base", "platform", "codec", "effect", PUBLIC},
+}
+
+
+def folder_of(path: str) -> str:
+    return PUBLIC if path.startswith(("libalgorithm/", PUBLIC)) else path.split("/")[0]
+
+
+def main() -> int:
+    files = subprocess.run(["git", "ls-files", "*.h", "*.cpp"], capture_output=True, text=True, check=True)
+    wrong = 0
+    for name in files.stdout.split():
+        folder = folder_of(name)
+        if folder not in ALLOWED:  # tools, tests and benchmarks may include anything but jni
+            continue
+        text = pathlib.Path(name).read_text(encoding="utf-8")
+        for number, line in enumerate(text.splitlines(), 1):
+            include = re.match(r'#include "([^"]+)"', line)
+            if not include or include[1].startswith("hwy/"):
+                continue
+            target = folder_of(include[1])
+            if target != folder and target not in ALLOWED[folder]:
+                print(f"{name}:{number}: {folder} must not include {target}", file=sys.stderr)
+                wrong += 1
+    return 1 if wrong else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
