@@ -24,18 +24,16 @@ struct Rows {
 constexpr int kTile = 32;
 
 /// Fills a width x height destination of kSize-byte elements; each moves whole.
-template <std::size_t kSize>
-void rotate(Turn turn, Rows<const uint8_t> src, Rows<uint8_t> dst, int width, int height) {
+template <Turn kTurn, std::size_t kSize>
+void rotate(Rows<const uint8_t> src, Rows<uint8_t> dst, int width, int height) {
   const auto source = [&](int y, int x) -> const uint8_t* {
-    switch (turn) {
-      case Turn::kCounterClockwise:
-        return src.row(x) + kSize * static_cast<std::size_t>(height - 1 - y);
-      case Turn::kHalf:
-        return src.row(height - 1 - y) + kSize * static_cast<std::size_t>(width - 1 - x);
-      case Turn::kClockwise:
-        return src.row(width - 1 - x) + kSize * static_cast<std::size_t>(y);
+    if constexpr (kTurn == Turn::kCounterClockwise) {
+      return src.row(x) + kSize * static_cast<std::size_t>(height - 1 - y);
+    } else if constexpr (kTurn == Turn::kHalf) {
+      return src.row(height - 1 - y) + kSize * static_cast<std::size_t>(width - 1 - x);
+    } else {
+      return src.row(width - 1 - x) + kSize * static_cast<std::size_t>(y);
     }
-    return nullptr;
   };
   for (int top = 0; top < height; top += kTile) {
     for (int left = 0; left < width; left += kTile) {
@@ -50,40 +48,42 @@ void rotate(Turn turn, Rows<const uint8_t> src, Rows<uint8_t> dst, int width, in
   }
 }
 
-void rotateFrame(Turn turn, const uint8_t* src, uint8_t* dst, int width, int height) {
+template <Turn kTurn>
+void rotateFrame(const uint8_t* src, uint8_t* dst, int width, int height) {
   if (width < 1 || height < 1) {
     return;
   }
   const auto dstPitch = static_cast<std::size_t>(width);
-  const auto srcPitch = static_cast<std::size_t>(turn == Turn::kHalf ? width : height);
+  const auto srcPitch = static_cast<std::size_t>(kTurn == Turn::kHalf ? width : height);
   const std::size_t lumaBytes = dstPitch * static_cast<std::size_t>(height);
-  rotate<1>(turn, {src, srcPitch}, {dst, dstPitch}, width, height);
-  rotate<2>(turn, {src + lumaBytes, srcPitch}, {dst + lumaBytes, dstPitch}, width / 2, height / 2);
+  rotate<kTurn, 1>({src, srcPitch}, {dst, dstPitch}, width, height);
+  rotate<kTurn, 2>({src + lumaBytes, srcPitch}, {dst + lumaBytes, dstPitch}, width / 2, height / 2);
 }
 
-void rotateImage(Turn turn, const uint8_t* src, uint8_t* dst, int width, int height) {
+template <Turn kTurn>
+void rotateImage(const uint8_t* src, uint8_t* dst, int width, int height) {
   if (width < 1 || height < 1) {
     return;
   }
-  const int dstWidth = turn == Turn::kHalf ? width : height;
-  const int dstHeight = turn == Turn::kHalf ? height : width;
-  rotate<alg::kArgbBytes>(turn, {src, alg::kArgbBytes * static_cast<std::size_t>(width)},
-                          {dst, alg::kArgbBytes * static_cast<std::size_t>(dstWidth)}, dstWidth,
-                          dstHeight);
+  const int dstWidth = kTurn == Turn::kHalf ? width : height;
+  const int dstHeight = kTurn == Turn::kHalf ? height : width;
+  rotate<kTurn, alg::kArgbBytes>({src, alg::kArgbBytes * static_cast<std::size_t>(width)},
+                                 {dst, alg::kArgbBytes * static_cast<std::size_t>(dstWidth)},
+                                 dstWidth, dstHeight);
 }
 
 }  // namespace
 
 void CameraUtil::rotateYUV90(const uint8_t* src, uint8_t* dst, int width, int height) {
-  rotateFrame(Turn::kCounterClockwise, src, dst, width, height);
+  rotateFrame<Turn::kCounterClockwise>(src, dst, width, height);
 }
 
 void CameraUtil::rotateYUV180(const uint8_t* src, uint8_t* dst, int width, int height) {
-  rotateFrame(Turn::kHalf, src, dst, width, height);
+  rotateFrame<Turn::kHalf>(src, dst, width, height);
 }
 
 void CameraUtil::rotateYUV270(const uint8_t* src, uint8_t* dst, int width, int height) {
-  rotateFrame(Turn::kClockwise, src, dst, width, height);
+  rotateFrame<Turn::kClockwise>(src, dst, width, height);
 }
 
 void CameraUtil::rotateYUV(const uint8_t* src, uint8_t* dst, int width, int height, int degrees) {
@@ -100,15 +100,15 @@ void CameraUtil::rotateYUV(const uint8_t* src, uint8_t* dst, int width, int heig
 }
 
 void CameraUtil::rotateARGB90(const uint8_t* src, uint8_t* dst, int width, int height) {
-  rotateImage(Turn::kClockwise, src, dst, width, height);
+  rotateImage<Turn::kClockwise>(src, dst, width, height);
 }
 
 void CameraUtil::rotateARGB180(const uint8_t* src, uint8_t* dst, int width, int height) {
-  rotateImage(Turn::kHalf, src, dst, width, height);
+  rotateImage<Turn::kHalf>(src, dst, width, height);
 }
 
 void CameraUtil::rotateARGB270(const uint8_t* src, uint8_t* dst, int width, int height) {
-  rotateImage(Turn::kCounterClockwise, src, dst, width, height);
+  rotateImage<Turn::kCounterClockwise>(src, dst, width, height);
 }
 
 void CameraUtil::rotateARGB(const uint8_t* src, uint8_t* dst, int width, int height, int degrees) {
