@@ -1,0 +1,137 @@
+import java.nio.ByteBuffer;
+import java.util.ArrayList;
+import java.util.Arrays;
+import java.util.List;
+import java.util.Random;
+import java.util.function.Supplier;
+import java.util.stream.Collectors;
+
+/** Base of the test programs: checks, guarded buffers, logged calls, colour arithmetic. */
+abstract class Harness {
+  private static final String ANY_ERROR = "an error line of any text";
+  private static final int MAX = Integer.MAX_VALUE;
+  private static final int[][] BAD_SIZES = {
+    {0, 8}, {8, 0}, {-8, 8}, {8, -8}, {-8, -8}, {8, 10}, {65536, 65536}, {65536, 32768},
+    {23171, 23171}, {MAX, MAX}, {MAX, 1}, {1 << 30, 4}, {Integer.MIN_VALUE, Integer.MIN_VALUE}
+  };
+  private static final Random RANDOM = new Random(20);
+  private static final byte[] GUARD = random(4097); // odd, and so are the buffers' addresses
+  private static final List<ByteBuffer> GUARDED = new ArrayList<>();
+  private static int failures;
+
+  static {
+    System.loadLibrary("AlgorithmLogCapture");
+    startCapture();
+  }
+
+  static native void startCapture();
+
+  /** The lines "tag|priority|text" since the last call. */
+  static native String takeLog();
+
+  static void check(boolean ok, String what) {
+    if (!ok && ++failures <= 20) {
+      System.out.println("FAILED: " + what);
+    }
+  }
+
+  static void same(byte[] got, byte[] expected, String what) {
+    int at = Arrays.mismatch(got, expected);
+    check(at < 0, what + ": differs from byte " + at + " of " + expected.length);
+  }
+
+  /** Ends the program; call it last. */
+  static void finish() {
+    for (ByteBuffer whole : GUARDED) {
+      int end = whole.capacity() - GUARD.length;
+      same(bytes(whole.slice(0, GUARD.length)), GUARD, "before a buffer");
+      same(bytes(whole.slice(end, GUARD.length)), GUARD, "behind a buffer");
+    }
+    System.out.println(failures + " failures");
+    System.exit(failures > 0 ? 1 : 0);
+  }
+
+  static byte[] random(int size) {
+    byte[] bytes = new byte[size];
+    RANDOM.nextBytes(bytes);
+    return bytes;
+  }
+
+  /** A direct buffer between bytes that nobody may change. */
+  static ByteBuffer direct(byte[] content) {
+    ByteBuffer whole = ByteBuffer.allocateDirect(content.length + 2 * GUARD.length);
+    GUARDED.add(whole.put(GUARD).put(content).put(GUARD));
+    return whole.slice(GUARD.length, content.length);
+  }
+
+  static byte[] bytes(ByteBuffer buffer) {
+    byte[] bytes = new byte[buffer.capacity()];
+    buffer.get(0, bytes);
+    return bytes;
+  }
+
+  interface ImageCall {
+    Object run(ByteBuffer buffer, int width, int height);
+  }
+
+  /** A native method as its log lines name it; its class is the log's tag. */
+  record Native(String returns, String owner, String name, String arguments) {
+    String line(String end) {
+      return owner + "|6|" + returns + " Java_com_orvik_camera_common_Native_" + owner + "_" + name
+          + "(JNIEnv*, jclass, " + arguments + ") " + end;
+    }
+
+    /** Calls the method, which must not throw and log its two lines with `between` between. */
+    <T> T call(String what, Supplier<T> body, String... between) {
+      takeLog();
+      T result = body.get();
+      List<String> log = takeLog().lines().collect(Collectors.toList());
+      List<String> expected = new ArrayList<>(List.of(between));
+      if (expected.contains(ANY_ERROR) && log.size() == 3 && log.get(1).startsWith(owner + "|6|")) {
+        log.set(1, ANY_ERROR);
+      }
+      expected.add(0, line("E"));
+      expected.add(line("X"));
+      check(log.equals(expected), name + " " + what + ": log is " + log + ", not " + expected);
+      return result;
+    }
+
+    void refuses(String what, Supplier<?> body) {
+      check(call(what, body, ANY_ERROR) == null, name + " " + what + ": result");
+    }
+
+    /** Tries bad sizes with a good buffer for 8 x 8 pixels, and bad buffers with 8 x 8. */
+    void refusesBadImages(int need, ImageCall body) {
+      byte[] content = random(need);
+      ByteBuffer good = direct(content);
+      for (int[] size : BAD_SIZES) {
+        refuses(Arrays.toString(size), () -> body.run(good, size[0], size[1]));
+      }
+      refuses("null", () -> body.run(null, 8, 8));
+      refuses("heap", () -> body.run(ByteBuffer.allocate(need), 8, 8));
+      refuses("a byte short", () -> body.run(good.slice(0, need - 1), 8, 8));
+      same(bytes(good), content, name + " with bad input");
+    }
+  }
+
+  /** Blue, green and red from luma and chroma: BT.601 video range, truncated. */
+  static int[] toBgr(int y, int u, int v) {
+    int l = 76310 * (y - 16);
+    int green = l - 25677 * (u - 128) - 53281 * (v - 128);
+    return new int[] {
+      clamp(l + 132199 * (u - 128) >> 16), clamp(green >> 16), clamp(l + 104595 * (v - 128) >> 16)
+    };
+  }
+
+  static byte[] toYuv(int b, int g, int r) {
+    return new byte[] {
+      (byte) (16830 * r + 33036 * g + 6416 * b + (16 << 16) >> 16),
+      (byte) (28783 * b - 19071 * g - 9712 * r + (128 << 16) >> 16),
+      (byte) (28783 * r - 24104 * g - 4679 * b + (128 << 16) >> 16)
+    };
+  }
+
+  static int clamp(int value) {
+    return Math.max(0, Math.min(255, value));
+  }
+}
