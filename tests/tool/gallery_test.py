@@ -1,0 +1,69 @@
+"""Opens a gallery page in headless Chromium: gallery_test.py TOOL PHOTO CHROMIUM CHROMEDRIVER"""
+import json
+import subprocess
+import sys
+import tempfile
+from pathlib import Path
+
+from selenium import webdriver
+from selenium.webdriver.common.keys import Keys
+from selenium.webdriver.support.wait import WebDriverWait
+
+FLAGS = ("--headless --no-sandbox --disable-gpu --disable-quic --no-first-run --disable-background-networking "
+         "--disable-component-update --disable-sync")
+ALL_LOADED = """return Array.from(document.images).every((image) => {
+  image.loading = "eager";
+  return image.complete && image.naturalWidth > 0;
+});"""
+
+
+def check_page(browser, address, width):
+    browser.execute_cdp_cmd("Emulation.setDeviceMetricsOverride",
+                            {"width": width, "height": 844, "deviceScaleFactor": 1, "mobile": width < 500})
+    browser.get(address)
+    wait = WebDriverWait(browser, 20, poll_frequency=0.05)
+    wait.until(lambda b: b.execute_script(ALL_LOADED), "not every picture loaded")
+    assert all(image.get_attribute("alt") for image in browser.find_elements("css selector", "img:not(.echo)"))
+    page_width = browser.execute_script("return document.documentElement.scrollWidth")
+    assert page_width <= width, f"{page_width} pixels wide at {width}"
+
+    name, after, slider = (browser.find_element("id", id) for id in ("name", "after", "slider"))
+    shown = set()
+    for card in browser.find_elements("class name", "card"):
+        browser.execute_script("arguments[0].click()", card)
+        wait.until(lambda b: b.execute_script(ALL_LOADED), "a chosen picture did not load")
+        shown.add(after.get_attribute("src"))
+        assert card.get_attribute("aria-pressed") == "true" and card.text.startswith(name.text), name.text
+    assert len(shown) == 29, "cards are missing or share a picture"
+
+    def clipped():
+        return float(after.value_of_css_property("clip-path").removeprefix("inset(0px 0px 0px ").removesuffix("%)"))
+
+    for key, percent in ((Keys.HOME, 0), (Keys.ARROW_RIGHT, 0.5), (Keys.END, 100)):
+        slider.send_keys(key)
+        assert clipped() == percent, (key, clipped())
+    drag = webdriver.ActionChains(browser).move_to_element(slider).click_and_hold()
+    drag.move_by_offset(-slider.rect["width"] // 4, 0).release().perform()
+    assert 20 < clipped() < 30, clipped()
+
+
+def main(tool, photo, chromium, chromedriver):
+    with tempfile.TemporaryDirectory(ignore_cleanup_errors=True) as folder:
+        subprocess.run([tool, "gallery", photo, f"{folder}/page"], check=True)
+        options = webdriver.ChromeOptions()
+        options.binary_location = chromium
+        options.set_capability("goog:loggingPrefs", {"performance": "ALL", "browser": "ALL"})
+        for flag in (*FLAGS.split(), f"--user-data-dir={folder}/profile"):
+            options.add_argument(flag)
+        with webdriver.Chrome(service=webdriver.chrome.service.Service(chromedriver), options=options) as browser:
+            address = Path(folder, "page/index.html").as_uri()
+            for width in (1280, 390):
+                check_page(browser, address, width)
+            assert not (log := browser.get_log("browser")), log
+            events = [json.loads(entry["message"])["message"] for entry in browser.get_log("performance")]
+            urls = {event["params"]["request"]["url"] for event in events
+                    if event["method"] == "Network.requestWillBeSent" and event["params"]["documentURL"].startswith(address)}
+            assert len(urls) >= 59 and all(url.startswith("file:") for url in urls), urls
+
+
+main(*sys.argv[1:])

@@ -1,0 +1,22 @@
+// camera-effects apply: one effect on one photo or on many.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace alg::tool {
+
+struct ApplyRequest {
+  std::string effect;
+  /// Inputs, then the output. One file as input: the output is a file, or a folder that exists.
+  /// Several, or a folder (its *.jpg and *.jpeg): a folder, made when missing.
+  std::vector<std::filesystem::path> paths;
+  int quality;
+};
+
+/// Reports photos that fail and goes on with the others. Returns whether all succeeded. Throws
+/// UserError when there is nothing to start with.
+bool applyToFiles(const ApplyRequest& request);
+
+}  // namespace alg::tool

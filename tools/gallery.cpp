@@ -1,0 +1,175 @@
+#include "tools/gallery.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cstring>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "base/image_size.h"
+#include "tools/console.h"
+#include "tools/effect_names.h"
+#include "tools/files.h"
+#include "tools/gallery_page.h"
+#include "tools/road.h"
+
+namespace fs = std::filesystem;
+
+namespace alg::tool {
+namespace {
+
+constexpr int kPhotoSide = 1600;  // the longer side of a large photo keeps this many pixels
+constexpr int kCardSide = 480;    // and on the cards
+constexpr std::string_view kMarker = R"(<meta name="generator" content="camera-effects gallery">)";
+
+struct Entry {
+  std::string name;
+  std::string about;  ///< a few words below the name
+  std::string group;  ///< "original", "filters" or "unchanged", as the page calls them
+};
+
+/// Text for JSON inside an HTML script element. Braces are escaped so that no file name can look
+/// like a placeholder.
+std::string jsonText(std::string_view text) {
+  std::string result = "\"";
+  for (const char c : text) {
+    const auto code = static_cast<unsigned char>(c);
+    if (code < 0x20 || c == '"' || c == '\\' || c == '<' || c == '{') {
+      result += fmt::format("\\u{:04x}", code);
+    } else {
+      result += c;
+    }
+  }
+  return result + '"';
+}
+
+std::string htmlText(std::string_view text) {
+  std::string result;
+  for (const char c : text) {
+    if (std::string_view("&<>\"{").find(c) == std::string_view::npos) {
+      result += c;
+    } else {
+      result += fmt::format("&#{};", static_cast<int>(c));
+    }
+  }
+  return result;
+}
+
+void fillIn(std::string& page, std::string_view placeholder, std::string_view value) {
+  for (std::size_t at = 0; (at = page.find(placeholder, at)) != std::string::npos;) {
+    page.replace(at, placeholder.size(), value);
+    at += value.size();
+  }
+}
+
+/// Collects pictures in the folder and their entries for the page.
+class GalleryWriter {
+ public:
+  GalleryWriter(const fs::path& folder, int quality) : folder_(folder), quality_(quality) {
+    fs::create_directories(folder / "pictures/small");
+  }
+
+  void add(const Entry& entry, const Photo& photo) {
+    const std::string file = fmt::format("pictures/{}.jpg", entry.name);
+    const EncodedJpeg jpeg = encodePixels(photo.pixels.get(), photo.width, photo.height, quality_);
+    writeFile(folder_ / file, bytesOf(jpeg));
+
+    // The codec reduces while it decodes, which is the quickest way to a small picture.
+    const std::string small = fmt::format("pictures/small/{}.jpg", entry.name);
+    const DecodedJpeg card = decodeJpeg(bytesOf(jpeg), {.keepSide = kCardSide}).value();
+    writeFile(folder_ / small,
+              bytesOf(encodePixels(card.pixels.get(), card.width, card.height, quality_)));
+
+    entries_ += fmt::format(
+        "{}\n{{\"name\": {}, \"about\": {}, \"group\": {}, \"file\": {}, \"width\": {}, "
+        "\"height\": {}, \"small\": {}, \"smallWidth\": {}, \"smallHeight\": {}}}",
+        entries_.empty() ? "" : ",", jsonText(entry.name), jsonText(entry.about),
+        jsonText(entry.group), jsonText(file), photo.width, photo.height, jsonText(small),
+        card.width, card.height);
+  }
+
+  void writePage(const fs::path& photo) {
+    std::string page(kGalleryPage);
+    fillIn(page, "{{photo}}", htmlText(photo.filename().string()));
+    fillIn(page, "{{entries}}", entries_);
+    writeFile(folder_ / "index.html", {reinterpret_cast<const uint8_t*>(page.data()), page.size()});
+  }
+
+ private:
+  fs::path folder_;
+  int quality_;
+  std::string entries_;  // the elements of a JSON array
+};
+
+/// Filters first, then the names that pass through; in the table's order.
+std::vector<EffectTableEntry> filtersFirst() {
+  const auto table = effectTable();
+  std::vector<EffectTableEntry> effects(table.begin(), table.end());
+  std::stable_partition(effects.begin(), effects.end(), changesFrame);
+  return effects;
+}
+
+Photo copyOf(const Photo& photo) {
+  const std::size_t bytes = pixelCount(photo.width, photo.height) * kArgbBytes;
+  Photo copy{allocateBlock(bytes), photo.width, photo.height};
+  if (!copy.pixels) {
+    throw std::bad_alloc();
+  }
+  std::memcpy(copy.pixels.get(), photo.pixels.get(), bytes);
+  return copy;
+}
+
+/// Whether nothing is lost when the folder goes: it is empty, or has an earlier gallery alone.
+bool replaceable(const fs::path& folder) {
+  if (fs::is_empty(folder)) {
+    return true;
+  }
+  const bool onlyOurs = std::all_of(fs::directory_iterator(folder), fs::directory_iterator(),
+                                    [](const fs::directory_entry& entry) {
+                                      return entry.path().filename() == "index.html" ||
+                                             entry.path().filename() == "pictures";
+                                    });
+  if (!onlyOurs || !fs::is_regular_file(folder / "index.html")) {
+    return false;
+  }
+  const std::vector<uint8_t> page = readFile(folder / "index.html");
+  return std::search(page.begin(), page.end(), kMarker.begin(), kMarker.end()) != page.end();
+}
+
+/// The folder to make, without links and trailing slash.
+fs::path galleryFolder(const fs::path& wanted) {
+  std::error_code error;
+  const fs::path folder = fs::weakly_canonical(fs::absolute(wanted), error);
+  if (fs::exists(folder) && !(fs::is_directory(folder) && replaceable(folder))) {
+    throw UserError(
+        fmt::format("{} exists and is no earlier gallery; name another folder", wanted.string()));
+  }
+  return folder.has_filename() ? folder : folder.parent_path();
+}
+
+}  // namespace
+
+void makeGallery(const fs::path& photoFile, const fs::path& wantedFolder, int quality) {
+  const fs::path target = galleryFolder(wantedFolder);
+  const Photo photo = readPhoto(photoFile, kPhotoSide);
+  TemporaryFolder folder(target);
+  GalleryWriter gallery(folder.path(), quality);
+  gallery.add({"Original", photoFile.filename().string(), "original"}, photo);
+
+  Progress progress(effectTable().size());
+  for (const EffectTableEntry& effect : filtersFirst()) {
+    throwIfInterrupted();
+    progress.next(effect.name);
+    Photo changed = copyOf(photo);
+    const bool complete = applyEffect(effect, changed);
+    gallery.add({effect.name, complete ? "" : "its picture is missing",
+                 changesFrame(effect) ? "filters" : "unchanged"},
+                changed);
+  }
+  gallery.writePage(photoFile);
+  folder.moveToTarget();
+}
+
+}  // namespace alg::tool

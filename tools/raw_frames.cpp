@@ -1,0 +1,123 @@
+#include "tools/raw_frames.h"
+
+#include <fmt/format.h>
+
+#include <charconv>
+#include <cstdint>
+#include <cstring>
+#include <limits>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "base/image_size.h"
+#include "libalgorithm/camera_util.h"
+#include "libalgorithm/yuv_convert.h"
+#include "tools/console.h"
+#include "tools/files.h"
+#include "tools/road.h"
+
+namespace alg::tool {
+namespace {
+
+struct Size {
+  int width;
+  int height;
+
+  std::size_t pixels() const { return pixelCount(width, height); }
+  std::size_t bytes(std::string_view format) const {
+    return format == "argb" ? pixels() * kArgbBytes : pixels() * 3 / 2;
+  }
+};
+
+Size parseSize(const std::string& text) {
+  Size size{};
+  const char* end = text.data() + text.size();
+  const auto width = std::from_chars(text.data(), end, size.width);
+  const bool separated = width.ec == std::errc() && width.ptr != end && *width.ptr == 'x';
+  const auto height = std::from_chars(separated ? width.ptr + 1 : end, end, size.height);
+  if (height.ec != std::errc() || height.ptr != end || size.width < 1 || size.height < 1) {
+    throw UserError(fmt::format("--size {}: expected WIDTHxHEIGHT, as in 640x480", text));
+  }
+  if (size.width % 2 != 0 || size.height % 2 != 0) {
+    throw UserError(fmt::format("--size {}: width and height must be even", text));
+  }
+  if (int64_t{kArgbBytes} * size.width * size.height > std::numeric_limits<int32_t>::max()) {
+    throw UserError(fmt::format("--size {}: too large", text));
+  }
+  return size;
+}
+
+std::vector<uint8_t> readFrame(const std::filesystem::path& path, Size size,
+                               std::string_view format) {
+  std::vector<uint8_t> frame = readFile(path);
+  if (frame.size() != size.bytes(format)) {
+    throw UserError(fmt::format("{}: has {} bytes, but {}x{} {} takes {}", path.string(),
+                                frame.size(), size.width, size.height, format, size.bytes(format)));
+  }
+  return frame;
+}
+
+std::vector<uint8_t> exchangeChroma(std::vector<uint8_t> frame, Size size) {
+  for (std::size_t i = size.pixels(); i + 1 < frame.size(); i += 2) {
+    std::swap(frame[i], frame[i + 1]);
+  }
+  return frame;
+}
+
+std::vector<uint32_t> toArgb(const std::vector<uint8_t>& frame, Size size, std::string_view from) {
+  std::vector<uint32_t> argb(size.pixels());
+  if (from == "argb") {
+    std::memcpy(argb.data(), frame.data(), frame.size());
+  } else {
+    const auto decode = from == "nv12" ? decodeYUV2ARGB_LUT : decodeYVU2ARGB_OpenGL;
+    decode(argb.data(), frame.data(), frame.data() + size.pixels(), size.width, size.height,
+           size.width, size.width);
+  }
+  return argb;
+}
+
+std::vector<uint8_t> fromArgb(const std::vector<uint32_t>& argb, Size size, std::string_view to) {
+  std::vector<uint8_t> frame(size.bytes(to));
+  if (to == "argb") {
+    std::memcpy(frame.data(), argb.data(), frame.size());
+  } else {
+    const auto encode = to == "nv12" ? decodeARGB2YUV_OpenGL : decodeARGB2YVU_OpenGL;
+    encode(argb.data(), frame.data(), frame.data() + size.pixels(), size.width, size.height,
+           size.width, size.width);
+  }
+  return frame;
+}
+
+}  // namespace
+
+void convertFrame(const ConvertRequest& request) {
+  const Size size = parseSize(request.size);
+  std::vector<uint8_t> frame = readFrame(request.input, size, request.from);
+  if (request.to == request.from) {
+    writeFile(request.output, frame);
+  } else if (request.from != "argb" && (request.to == "nv12" || request.to == "nv21")) {
+    writeFile(request.output, exchangeChroma(std::move(frame), size));
+  } else {
+    const std::vector<uint32_t> argb = toArgb(frame, size, request.from);
+    if (request.to == "jpg") {
+      const auto* pixels = reinterpret_cast<const uint8_t*>(argb.data());
+      writeFile(request.output,
+                bytesOf(encodePixels(pixels, size.width, size.height, request.quality)));
+    } else {
+      writeFile(request.output, fromArgb(argb, size, request.to));
+    }
+  }
+}
+
+void rotateFrame(const RotateRequest& request) {
+  const Size source = parseSize(request.size);
+  const Size turned = request.degrees == 180 ? source : Size{source.height, source.width};
+  const std::vector<uint8_t> frame = readFrame(request.input, source, request.format);
+  std::vector<uint8_t> result(frame.size());
+  // The library wants the size of the destination.
+  CameraUtil::rotateYUV(frame.data(), result.data(), turned.width, turned.height, request.degrees);
+  writeFile(request.output, result);
+}
+
+}  // namespace alg::tool

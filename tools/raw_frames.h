@@ -1,0 +1,34 @@
+// camera-effects convert and rotate: files that hold one frame and nothing else.
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+namespace alg::tool {
+
+/// Formats by name: "nv12" and "nv21" (luma plane, then U,V or V,U pairs), "argb" (B, G, R, A
+/// bytes), and "jpg" as a target. `size` is "WIDTHxHEIGHT", both even.
+struct ConvertRequest {
+  std::string size;
+  std::string from;
+  std::string to;
+  std::filesystem::path input;
+  std::filesystem::path output;
+  int quality;
+};
+
+/// Throws UserError. nv12 to nv21 and back exchanges the chroma bytes and loses nothing.
+void convertFrame(const ConvertRequest& request);
+
+struct RotateRequest {
+  std::string size;    ///< of the input
+  std::string format;  ///< "nv12" or "nv21": for messages, both rotate alike
+  int degrees;         ///< 90, 180 or 270, counter-clockwise
+  std::filesystem::path input;
+  std::filesystem::path output;
+};
+
+/// Throws UserError.
+void rotateFrame(const RotateRequest& request);
+
+}  // namespace alg::tool
