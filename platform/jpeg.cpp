@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <csetjmp>
 #include <cstdio>
+#include <functional>
+#include <utility>
 
 #include "base/image_size.h"
 
@@ -54,11 +56,29 @@ unsigned reduction(const jpeg_decompress_struct& jpeg, int keepSide) {
   return denominator;
 }
 
-/// Whether a file ends right where its first scan's data should begin.
-bool nothingLeft(const jpeg_source_mgr& source) {
+/// Whether the codec has read beyond the file: it then goes on with an end marker of its own.
+bool ranOut(const jpeg_source_mgr& source, std::span<const uint8_t> file) {
+  const std::less<> before;
+  return before(source.next_input_byte, file.data()) ||
+         before(file.data() + file.size(), source.next_input_byte);
+}
+
+/// Whether a file ends before its first scan's data, so that there is nothing to show.
+bool nothingLeft(const jpeg_source_mgr& source, std::span<const uint8_t> file) {
   const bool endMarker = source.bytes_in_buffer >= 2 && source.next_input_byte[0] == 0xFF &&
                          source.next_input_byte[1] == JPEG_EOI;
-  return source.bytes_in_buffer == 0 || endMarker;
+  return ranOut(source, file) || source.bytes_in_buffer == 0 || endMarker;
+}
+
+/// The part of a file before its last marker.
+std::span<const uint8_t> withoutLastSegment(std::span<const uint8_t> file) {
+  for (std::size_t at = file.size(); at >= 2; --at) {
+    const bool stuffing = file[at - 1] == 0x00 || file[at - 1] == 0xFF;
+    if (file[at - 2] == 0xFF && !stuffing) {
+      return file.first(at - 2);
+    }
+  }
+  return {};
 }
 
 /// Decodes into *pixels, a block from malloc that the caller frees, also when this fails.
@@ -70,7 +90,7 @@ bool decodeInto(jpeg_decompress_struct& jpeg, ErrorManager& errors, std::span<co
   jpeg_create_decompress(&jpeg);
   jpeg_mem_src(&jpeg, file.data(), static_cast<unsigned long>(file.size()));
   jpeg_read_header(&jpeg, TRUE);
-  if (nothingLeft(*jpeg.src)) {
+  if (nothingLeft(*jpeg.src, file)) {
     return false;
   }
   const bool cmyk = jpeg.jpeg_color_space == JCS_CMYK || jpeg.jpeg_color_space == JCS_YCCK;
@@ -123,19 +143,32 @@ bool encodeInto(jpeg_compress_struct& jpeg, ErrorManager& errors, const uint8_t*
   return true;
 }
 
-}  // namespace
-
-std::optional<DecodedJpeg> decodeJpeg(std::span<const uint8_t> file,
-                                      const JpegDecodeOptions& options) {
+/// Decodes a file; `cutShort` tells whether a failure comes from its early end.
+std::optional<DecodedJpeg> decodeOnce(std::span<const uint8_t> file,
+                                      const JpegDecodeOptions& options, bool& cutShort) {
   jpeg_decompress_struct jpeg{};
   ErrorManager errors;
   jpeg.err = prepare(errors);
   uint8_t* pixels = nullptr;
   const bool decoded = decodeInto(jpeg, errors, file, options, &pixels);
+  cutShort = !decoded && jpeg.src != nullptr && ranOut(*jpeg.src, file);
   DecodedJpeg result{Block(pixels), static_cast<int>(jpeg.output_width),
                      static_cast<int>(jpeg.output_height)};
   jpeg_destroy_decompress(&jpeg);
   return decoded ? std::optional(std::move(result)) : std::nullopt;
+}
+
+}  // namespace
+
+std::optional<DecodedJpeg> decodeJpeg(std::span<const uint8_t> file,
+                                      const JpegDecodeOptions& options) {
+  bool cutShort = false;
+  auto image = decodeOnce(file, options, cutShort);
+  if (!image && cutShort) {
+    // A file may end inside the header of a later scan; what comes before it is still an image.
+    image = decodeOnce(withoutLastSegment(file), options, cutShort);
+  }
+  return image;
 }
 
 std::optional<EncodedJpeg> encodeJpeg(const uint8_t* pixels, int width, int height, int quality) {

@@ -25,8 +25,8 @@
 // All routines: source and destination must not overlap. Width and height must be even and positive
 // and strides positive; a size below 1 does nothing. With an odd size nothing outside the image is
 // read or written: the chroma plane counts as floor(height x uvStride / 2) bytes, a missing bottom
-// row repeats the last one, and a chroma sample beyond the plane repeats the one a block row above
-// (decoders; 128 when there is none) or is left out (encoders).
+// row repeats the last one, and a chroma sample beyond the plane repeats the one a packed block row
+// above (decoders; 128 when there is none) or is left out (encoders).
 // Thread-safe and reentrant; no allocation.
 #pragma once
 

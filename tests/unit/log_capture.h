@@ -1,0 +1,10 @@
+// Stands in for the platform's log: each line is kept as "priority tag: text\n".
+#pragma once
+
+#include <atomic>
+#include <string>
+
+/// The lines since the last call.
+std::string takeLog();
+/// How many lines there have been since then.
+extern std::atomic<int> loggedLines;

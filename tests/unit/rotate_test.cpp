@@ -1,0 +1,65 @@
+// Rotations against the reference.
+#include "guarded.h"
+#include "libalgorithm/camera_util.h"
+
+namespace {
+
+using ref::Turn;
+
+const struct Rotation {
+  bool yuv;
+  Turn turn;
+  void (*routine)(const uint8_t*, uint8_t*, int, int);
+  int degrees;
+} kRotations[] = {{true, Turn::kCounterClockwise, CameraUtil::rotateYUV90, 90},
+                  {true, Turn::kHalf, CameraUtil::rotateYUV180, 180},
+                  {true, Turn::kClockwise, CameraUtil::rotateYUV270, 270},
+                  {false, Turn::kClockwise, CameraUtil::rotateARGB90, 90},
+                  {false, Turn::kHalf, CameraUtil::rotateARGB180, 180},
+                  {false, Turn::kCounterClockwise, CameraUtil::rotateARGB270, 270}};
+
+/// The sizes are the destination's for YUV and the source's for ARGB.
+void check(const Rotation& r, int width, int height, bool dispatched) {
+  const int pixels = width * height, other = r.turn == Turn::kHalf ? width : height;
+  const Guarded src(noise(r.yuv ? pixels * 3 / 2 : pixels * 4)), dst(Bytes(src.bytes().size()));
+  Bytes expected = dst.bytes();
+  const auto turn = [&](int at, int srcPitch, int dstPitch, int w, int h, int bytes) {
+    ref::rotate(src.data() + at, srcPitch, expected.data() + at, dstPitch, w, h, bytes, r.turn);
+  };
+  if (r.yuv) {
+    turn(0, other, width, width, height, 1);
+    turn(pixels, other, width, width / 2, height / 2, 2);
+  } else {
+    turn(0, width * 4, other * 4, other, pixels / other, 4);
+  }
+  const auto dispatcher = r.yuv ? CameraUtil::rotateYUV : CameraUtil::rotateARGB;
+  dispatched ? dispatcher(src.data(), dst.data(), width, height, r.degrees)
+             : r.routine(src.data(), dst.data(), width, height);
+  EXPECT_TRUE(same(dst.bytes(), expected)) << r.yuv << r.degrees << " " << width << "x" << height;
+}
+
+TEST(Rotate, EverySizeTurnsAsTheReference) {
+  for (const Rotation& r : kRotations) {
+    for (int i = 0; i < 400; ++i) check(r, i / 20 + 1, i % 20 + 1, i % 3 == 0);
+    check(r, 130, 66, true);
+    check(r, 258, 514, false);
+    for (const int degrees : {0, 360, -90, 45, 450, r.degrees + 1}) {  // nothing to do
+      (r.yuv ? CameraUtil::rotateYUV : CameraUtil::rotateARGB)(nullptr, nullptr, 4, 4, degrees);
+    }
+    for (const auto& [width, height] : kSizesBelowOne) r.routine(nullptr, nullptr, width, height);
+  }
+}
+
+TEST(Rotate, TheTwoFamiliesTurnOppositeWays) {
+  const uint8_t frame[] = {1, 2, 3, 4, 5, 6, 7, 8, 10, 11, 20, 21};
+  uint8_t turned[12];
+  CameraUtil::rotateYUV(frame, turned, 2, 4, 90);
+  EXPECT_TRUE(same(turned, Bytes{4, 8, 3, 7, 2, 6, 1, 5, 20, 21, 10, 11}));
+  const uint32_t argb[] = {1, 2, 3, 4, 5, 6, 7, 8};
+  std::vector<uint32_t> result(8);
+  CameraUtil::rotateARGB(reinterpret_cast<const uint8_t*>(argb),
+                         reinterpret_cast<uint8_t*>(result.data()), 4, 2, 90);
+  EXPECT_EQ(result, (std::vector<uint32_t>{5, 1, 6, 2, 7, 3, 8, 4}));
+}
+
+}  // namespace
