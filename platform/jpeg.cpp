@@ -152,10 +152,15 @@ std::optional<DecodedJpeg> decodeOnce(std::span<const uint8_t> file,
   uint8_t* pixels = nullptr;
   const bool decoded = decodeInto(jpeg, errors, file, options, &pixels);
   cutShort = !decoded && jpeg.src != nullptr && ranOut(*jpeg.src, file);
-  DecodedJpeg result{Block(pixels), static_cast<int>(jpeg.output_width),
-                     static_cast<int>(jpeg.output_height)};
+  DecodedJpeg result;
+  result.pixels.reset(pixels);
+  result.width = static_cast<int>(jpeg.output_width);
+  result.height = static_cast<int>(jpeg.output_height);
   jpeg_destroy_decompress(&jpeg);
-  return decoded ? std::optional(std::move(result)) : std::nullopt;
+  if (!decoded) {
+    return std::nullopt;
+  }
+  return result;
 }
 
 }  // namespace
