@@ -24,13 +24,14 @@ std::size_t ChromaCursor::next() {
 }
 
 std::optional<std::size_t> ChromaCursor::nearestInside(std::size_t offset) const {
-  while (!inside(offset)) {
-    if (offset < rowBytes) {
-      return std::nullopt;
-    }
-    offset -= rowBytes;
+  if (inside(offset)) {
+    return offset;
   }
-  return offset;
+  const std::size_t blockRows = (offset - planeBytes) / rowBytes + 1;
+  if (offset < blockRows * rowBytes) {
+    return std::nullopt;
+  }
+  return offset - blockRows * rowBytes;
 }
 
 }  // namespace alg

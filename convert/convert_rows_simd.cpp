@@ -13,7 +13,7 @@
 HWY_BEFORE_NAMESPACE();
 namespace alg::HWY_NAMESPACE {
 
-#if HWY_TARGET == HWY_SCALAR
+#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
 
 // Without vectors the definitions are the fastest there is.
 void decodeRowVector(RowFormat format, const uint8_t* luma, const uint8_t* chroma, uint8_t* pixels,
@@ -236,7 +236,7 @@ void encodeChromaRowVector(RowFormat format, const uint8_t* pixels, uint8_t* chr
   }
 }
 
-#endif  // HWY_TARGET == HWY_SCALAR
+#endif  // vectors or not
 
 }  // namespace alg::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();

@@ -6,6 +6,10 @@
 
 namespace alg {
 
+using SimpleFilter = void(unsigned char* src, unsigned char* dst, int width, int height);
+using OverlayFilter = void(unsigned char* src, unsigned char* dst, int width, int height,
+                           unsigned char* overlay, int overlayWidth, int overlayHeight);
+
 struct EffectTableEntry {
   /// What a missing or undecodable picture does, beside turning the effect into kNoEffect.
   enum class OnMissingPicture {
@@ -17,10 +21,15 @@ struct EffectTableEntry {
   const char* name;
   int32_t effectId;
   int32_t stripCount;
-  const char* portraitPicture;   ///< file name; null for an effect without a picture
-  const char* landscapePicture;  ///< for frames wider than tall
+  const char* portraitPicture = nullptr;   ///< file name; null for an effect without a picture
+  const char* landscapePicture = nullptr;  ///< for frames wider than tall
   OnMissingPicture onMissing = OnMissingPicture::kSilent;
   bool flagsLandscape = false;  ///< effectFlag is -1 on a landscape frame
+  // What the road runs; a name with neither passes the frame through.
+  SimpleFilter* filter = nullptr;
+  OverlayFilter* overlayFilter = nullptr;
+
+  bool changesFrame() const { return filter != nullptr || overlayFilter != nullptr; }
 };
 
 /// The identifier of unknown names and missing pictures.

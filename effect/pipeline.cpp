@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <limits>
 #include <mutex>
+#include <new>
 
 #include "base/image_size.h"
 #include "effect/strip_split.h"
@@ -52,6 +53,16 @@ void addEffect(RgbStripDesc& desc, const EffectTypeInfo& effect, int index) {
   desc.overlayWidth = effect.overlayWidth;
   desc.overlayRows = static_cast<int32_t>(height / count);
 }
+
+/// Lets one run at a time in: the work images, the picture and the pool are single instances. At
+/// the end of the process it waits for the run under way, which still reads the picture.
+struct RunLock {
+  std::mutex mutex;
+  RunLock() = default;
+  ~RunLock() { mutex.lock(); }
+  RunLock(const RunLock&) = delete;
+  RunLock& operator=(const RunLock&) = delete;
+};
 
 bool workImagesFit(const Frame& frame) {
   return int64_t{kPackedBytes} * frame.width * frame.height <= std::numeric_limits<int32_t>::max();
@@ -110,16 +121,20 @@ bool runEffect(const char* effectName, const Frame& frame) {
   if (!workImagesFit(frame)) {
     return false;
   }
-  static std::mutex runLock;  // the work images, the picture and the pool are single instances
-  const std::lock_guard lock(runLock);
-  fastcvPollInit(frame.width, frame.height);
-  if (gCLAHE_Rgb_Buffer_in == nullptr || gCLAHE_Rgb_Buffer_out == nullptr ||
-      g_hal_threadpool_init == 0) {
-    fastcvPollDestory();
-    return false;
+  static RunLock runLock;
+  const std::lock_guard lock(runLock.mutex);
+  try {
+    fastcvPollInit(frame.width, frame.height);
+    if (gCLAHE_Rgb_Buffer_in != nullptr && gCLAHE_Rgb_Buffer_out != nullptr &&
+        g_hal_threadpool_init != 0) {
+      runPhases(effectName, frame);
+      return true;
+    }
+  } catch (const std::bad_alloc&) {
+    // Thrown before a phase has queued anything, and the last phase alone writes the frame.
   }
-  runPhases(effectName, frame);
-  return true;
+  fastcvPollDestory();
+  return false;
 }
 
 }  // namespace alg

@@ -47,6 +47,10 @@ ALGORITHM_API jbyteArray Java_com_orvik_camera_common_Native_CodecDataAlgorithm_
       kTag,
       "_jbyteArray* Java_com_orvik_camera_common_Native_CodecDataAlgorithm_ARGB2JPEG("
       "JNIEnv*, jclass, jobject, jint, jint, jint)");
+  if (width < 1 || height < 1) {
+    call.fail("encode fail");
+    return nullptr;
+  }
   const auto size = alg::checkSize(call, width, height);
   if (!size) {
     return nullptr;

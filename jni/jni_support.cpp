@@ -2,6 +2,9 @@
 
 #include <android/log.h>
 
+#include <cinttypes>
+#include <cstdarg>
+#include <cstdio>
 #include <limits>
 #include <utility>
 
@@ -11,10 +14,6 @@ namespace alg {
 namespace {
 
 constexpr int64_t kJavaLimit = std::numeric_limits<jint>::max();
-
-std::string sizeText(jint width, jint height) {
-  return std::to_string(width) + " x " + std::to_string(height);
-}
 
 /// Drops what Java would throw when the native method returns: failures are logged, never thrown.
 void dropException(JNIEnv* env) {
@@ -32,18 +31,23 @@ CallScope::CallScope(const char* callTag, const char* callSignature)
 
 CallScope::~CallScope() { __android_log_print(ANDROID_LOG_ERROR, tag, "%s X", signature); }
 
-void CallScope::fail(const std::string& reason) const {
-  __android_log_print(ANDROID_LOG_ERROR, tag, "%s %s", signature, reason.c_str());
+void CallScope::fail(const char* format, ...) const {
+  char reason[160];
+  std::va_list arguments;
+  va_start(arguments, format);
+  std::vsnprintf(reason, sizeof reason, format, arguments);
+  va_end(arguments);
+  __android_log_print(ANDROID_LOG_ERROR, tag, "%s %s", signature, reason);
 }
 
 std::optional<ImageSize> checkSize(const CallScope& call, jint width, jint height) {
   if (width < 1 || height < 1) {
-    call.fail("refused: the size " + sizeText(width, height) + " is not positive");
+    call.fail("refused: the size %d x %d is not positive", width, height);
     return std::nullopt;
   }
   const int64_t pixels = int64_t{width} * height;
   if (pixels > kJavaLimit) {
-    call.fail("refused: the size " + sizeText(width, height) + " is too large");
+    call.fail("refused: the size %d x %d is too large", width, height);
     return std::nullopt;
   }
   return ImageSize{width, height, yuvFrameBytes(width, height), kArgbBytes * pixels};
@@ -51,29 +55,32 @@ std::optional<ImageSize> checkSize(const CallScope& call, jint width, jint heigh
 
 std::optional<BufferMemory> checkBuffer(const CallScope& call, JNIEnv* env, jobject buffer,
                                         const char* role, int64_t needed) {
-  const std::string name = std::string("refused: the ") + role + " buffer ";
   if (buffer == nullptr) {
-    call.fail(name + "is null");
+    call.fail("refused: the %s buffer is null", role);
     return std::nullopt;
   }
   const int64_t capacity = env->GetDirectBufferCapacity(buffer);
   auto* const address = static_cast<uint8_t*>(env->GetDirectBufferAddress(buffer));
   if (capacity < 0 || address == nullptr) {
-    call.fail(name + "is not a direct buffer");
+    call.fail("refused: the %s buffer is not direct", role);
     return std::nullopt;
   }
   if (capacity < needed) {
-    call.fail(name + "holds " + std::to_string(capacity) + " bytes, needed are " +
-              std::to_string(needed));
+    call.fail("refused: the %s buffer holds %" PRId64 " bytes, needed are %" PRId64, role, capacity,
+              needed);
     return std::nullopt;
   }
   return BufferMemory{address, capacity};
 }
 
 Block allocateResult(const CallScope& call, int64_t bytes) {
-  Block block = bytes > kJavaLimit ? nullptr : allocateBlock(static_cast<std::size_t>(bytes));
+  if (bytes > kJavaLimit) {
+    call.fail("refused: a result of %" PRId64 " bytes is too large for Java", bytes);
+    return nullptr;
+  }
+  Block block = allocateBlock(static_cast<std::size_t>(bytes));
   if (!block) {
-    call.fail("failed: no memory for a result of " + std::to_string(bytes) + " bytes");
+    call.fail("failed: no memory for a result of %" PRId64 " bytes", bytes);
   }
   return block;
 }
@@ -109,8 +116,7 @@ StringChars::StringChars(const CallScope& call, JNIEnv* javaEnv, jstring javaStr
     dropException(env);
   }
   if (chars == nullptr) {
-    call.fail(std::string("refused: the ") + role +
-              (string == nullptr ? " is null" : " can't be read"));
+    call.fail("refused: the %s %s", role, string == nullptr ? "is null" : "can't be read");
   }
 }
 

@@ -6,7 +6,6 @@
 
 #include <cstdint>
 #include <optional>
-#include <string>
 
 #include "platform/block.h"
 
@@ -21,8 +20,8 @@ class CallScope {
   CallScope(const CallScope&) = delete;
   CallScope& operator=(const CallScope&) = delete;
 
-  /// Logs "<signature> <reason>".
-  void fail(const std::string& reason) const;
+  /// Logs "<signature> <reason>", the reason formatted as by printf. Takes no memory.
+  [[gnu::format(printf, 2, 3)]] void fail(const char* format, ...) const;
 
  private:
   const char* tag;

@@ -149,7 +149,8 @@ ALGORITHM_API void Java_com_orvik_camera_common_Native_YUVAlgorithm_rotateYUV(
   if (!dst) {
     return;
   }
-  if (overlap(*src, *dst, size->yuvBytes)) {
+  const bool turns = degrees == 90 || degrees == 180 || degrees == 270;
+  if (turns && overlap(*src, *dst, size->yuvBytes)) {
     call.fail("refused: the source and destination buffers overlap");
     return;
   }

@@ -12,7 +12,7 @@
 HWY_BEFORE_NAMESPACE();
 namespace alg::HWY_NAMESPACE {
 
-#if HWY_TARGET == HWY_SCALAR
+#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
 
 // Without vectors the definition is the fastest there is.
 void mapCurvesVector(const uint8_t* src, uint8_t* dst, std::size_t pixels, const Curves& curves) {

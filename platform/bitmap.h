@@ -15,8 +15,8 @@ struct Bitmap {
 };
 
 /// Decodes the PNG file at the device path `path` into `bitmap`. Grey, palette and 16-bit files are
-/// brought to 8-bit RGBA; alpha is 255 where the file has none. Returns false, and leaves the
-/// previous picture, when the file can't be read or decoded.
+/// brought to 8-bit RGBA, without any gamma or colour correction; alpha is 255 where the file has
+/// none. Returns false, and leaves the previous picture, when the file can't be read or decoded.
 bool decodePngFile(const char* path, Bitmap& bitmap);
 
 /// The picture that every overlay of the effect table is decoded into. Not locked: one effect run

@@ -119,8 +119,8 @@ bool decodeInto(jpeg_decompress_struct& jpeg, ErrorManager& errors, std::span<co
 }
 
 /// Encodes into *bytes, which the caller frees, also when this fails.
-bool encodeInto(jpeg_compress_struct& jpeg, ErrorManager& errors, const uint8_t* pixels,
-                int quality, unsigned char** bytes, unsigned long* size) {
+bool encodeInto(jpeg_compress_struct& jpeg, ErrorManager& errors, const uint8_t* pixels, int width,
+                int height, int quality, unsigned char** bytes, unsigned long* size) {
   if (setjmp(errors.failed) != 0) {
     if (*bytes != nullptr) {
       // The codec may have moved to a larger buffer; only this call tells where it is.
@@ -128,6 +128,9 @@ bool encodeInto(jpeg_compress_struct& jpeg, ErrorManager& errors, const uint8_t*
     }
     return false;
   }
+  jpeg_create_compress(&jpeg);
+  jpeg.image_width = static_cast<JDIMENSION>(width);
+  jpeg.image_height = static_cast<JDIMENSION>(height);
   jpeg.input_components = kArgbBytes;
   jpeg.in_color_space = JCS_EXT_BGRX;
   jpeg_mem_dest(&jpeg, bytes, size);
@@ -183,12 +186,9 @@ std::optional<EncodedJpeg> encodeJpeg(const uint8_t* pixels, int width, int heig
   jpeg_compress_struct jpeg{};
   ErrorManager errors;
   jpeg.err = prepare(errors);
-  jpeg_create_compress(&jpeg);
-  jpeg.image_width = static_cast<JDIMENSION>(width);
-  jpeg.image_height = static_cast<JDIMENSION>(height);
   unsigned char* bytes = nullptr;
   unsigned long size = 0;
-  const bool encoded = encodeInto(jpeg, errors, pixels, quality, &bytes, &size);
+  const bool encoded = encodeInto(jpeg, errors, pixels, width, height, quality, &bytes, &size);
   EncodedJpeg result{Block(bytes), size};
   jpeg_destroy_compress(&jpeg);
   return encoded ? std::optional(std::move(result)) : std::nullopt;

@@ -1,5 +1,5 @@
-// The three Pretty filters that take an overlay picture. Tables follow the stated precision step by
-// step: values are brought to 0..1 as floats and then used in double; std::fma where a step is
+// The three Pretty filters that take an overlay picture. The precision of each step is
+// contract: values are brought to 0..1 as floats and then used in double; std::fma where a step is
 // fused.
 #include <cmath>
 

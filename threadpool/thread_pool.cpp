@@ -64,6 +64,7 @@ ThreadPool::~ThreadPool() {
 
 int ThreadPool::initialize_threadpool() {
   pool_state = kStarted;
+  threads.reserve(static_cast<std::size_t>(pool_size < 0 ? 0 : pool_size));
   for (int i = 0; i < pool_size; ++i) {
     pthread_t id;
     const int result = pthread_create(&id, nullptr, start_thread, this);
@@ -80,14 +81,17 @@ int ThreadPool::initialize_threadpool() {
 
 int ThreadPool::destroy_threadpool() {
   task_lock.lock();
+  const bool wasStarted = pool_state != kStopped;
   pool_state = kStopped;
   task_lock.unlock();
   __android_log_print(ANDROID_LOG_VERBOSE, kTag, "Broadcasting STOP signal to all threads...");
   pthread_cond_broadcast(&task_cond);
-  // A pool that could not start all its threads has fewer than pool_size to join.
-  for (const pthread_t thread : threads) {
+  // Not pool_size: a pool that could not start all its threads has fewer, and one that is stopped
+  // has joined them already.
+  const std::size_t running = wasStarted ? threads.size() : 0;
+  for (std::size_t i = 0; i < running; ++i) {
     void* ignored = nullptr;
-    const int result = pthread_join(thread, &ignored);
+    const int result = pthread_join(threads[i], &ignored);
     if (result != 0) {
       __android_log_print(ANDROID_LOG_VERBOSE, kTag, "pthread_join() returned %d: %s", result,
                           std::strerror(errno));

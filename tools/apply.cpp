@@ -117,7 +117,7 @@ bool runJobs(const EffectTableEntry& effect, const std::vector<Job>& jobs, int q
 
 bool applyToFiles(const ApplyRequest& request) {
   const EffectTableEntry& effect = findEffect(request.effect);
-  if (!changesFrame(effect)) {
+  if (!effect.changesFrame()) {
     note(fmt::format("{} is a name that passes through: photos stay as they are, up to rounding",
                      effect.name));
   }

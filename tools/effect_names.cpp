@@ -13,8 +13,6 @@
 namespace alg::tool {
 namespace {
 
-constexpr int kFirstFilterId = 20;  // identifiers below stand for names without a filter
-
 std::string lowerCase(std::string_view text) {
   std::string result(text);
   std::transform(result.begin(), result.end(), result.begin(),
@@ -77,15 +75,13 @@ const EffectTableEntry& findEffect(std::string_view name) {
   throw UserError(fmt::format("unknown effect \"{}\"; {}", name, advice));
 }
 
-bool changesFrame(const EffectTableEntry& effect) { return effect.effectId >= kFirstFilterId; }
-
 void printEffects() {
   constexpr auto kRow = "{:<18} {:>3} {:>7}  {:<9} {}\n";
   fmt::print(fmt::runtime(kRow), "NAME", "ID", "STRIPS", "CHANGES",
              "PICTURE (portrait / landscape)");
   for (const EffectTableEntry& effect : effectTable()) {
     fmt::print(fmt::runtime(kRow), effect.name, effect.effectId, effect.stripCount,
-               changesFrame(effect) ? "yes" : "no", pictures(effect));
+               effect.changesFrame() ? "yes" : "no", pictures(effect));
   }
 }
 

@@ -11,10 +11,6 @@ namespace alg::tool {
 /// near.
 const EffectTableEntry& findEffect(std::string_view name);
 
-/// Whether the road has a filter for this name. The other names leave the frame as it is, up to
-/// conversion rounding.
-bool changesFrame(const EffectTableEntry& effect);
-
 /// Prints the whole table to stdout.
 void printEffects();
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -107,7 +108,8 @@ class GalleryWriter {
 std::vector<EffectTableEntry> filtersFirst() {
   const auto table = effectTable();
   std::vector<EffectTableEntry> effects(table.begin(), table.end());
-  std::stable_partition(effects.begin(), effects.end(), changesFrame);
+  std::stable_partition(effects.begin(), effects.end(),
+                        std::mem_fn(&EffectTableEntry::changesFrame));
   return effects;
 }
 
@@ -165,7 +167,7 @@ void makeGallery(const fs::path& photoFile, const fs::path& wantedFolder, int qu
     Photo changed = copyOf(photo);
     const bool complete = applyEffect(effect, changed);
     gallery.add({effect.name, complete ? "" : "its picture is missing",
-                 changesFrame(effect) ? "filters" : "unchanged"},
+                 effect.changesFrame() ? "filters" : "unchanged"},
                 changed);
   }
   gallery.writePage(photoFile);

@@ -66,7 +66,7 @@ bool applyEffect(const EffectTableEntry& effect, Photo& photo) {
   decodeYVU2ARGB_OpenGL(pixels, frame.y, frame.uv, width, height, width, width);
 
   // The road says nothing about a picture it can't get; the lookup does.
-  if (!changesFrame(effect) ||
+  if (!effect.changesFrame() ||
       effectTypeInit(effect.name, width, height).effectId == effect.effectId) {
     return true;
   }

@@ -12,8 +12,9 @@
 
 /// What an effect name stands for.
 struct EffectTypeInfo {
-  uint8_t* overlay;       ///< overlay picture: R, G, B, A bytes, rows packed; null without one.
-                          ///< Valid until the next call that decodes a picture.
+  uint8_t* overlay;       ///< overlay picture: R, G, B, A bytes, rows packed; null for a name
+                          ///< without one. Valid until the next call that decodes a picture. When
+                          ///< "newsketch_effect" lacks its own, the picture decoded last, if any.
   int32_t overlayWidth;   ///< pixels
   int32_t overlayHeight;  ///< rows
   int32_t effectId;       ///< 0..27; 1000 for an unknown name or a missing picture

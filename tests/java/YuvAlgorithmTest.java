@@ -95,9 +95,13 @@ final class YuvAlgorithmTest extends Harness {
     method.refusesBadImages(96, (buffer, w, h) -> rotate(buffer, other, w, h, degrees));
     method.refuses("odd width", () -> rotate(direct(content), other, 7, 8, degrees));
     method.refuses("odd height", () -> rotate(direct(content), other, 8, 7, degrees));
-    method.refuses("in place", () -> rotate(half, half, 8, 8, degrees));
-    method.refuses("overlap", () -> rotate(half, other.slice(95, 96), 8, 8, degrees));
-    method.refuses("overlap", () -> rotate(other.slice(95, 96), half, 8, 8, degrees));
+    if (degrees >= 90) {
+      method.refuses("in place", () -> rotate(half, half, 8, 8, degrees));
+      method.refuses("overlap", () -> rotate(half, other.slice(95, 96), 8, 8, degrees));
+      method.refuses("overlap", () -> rotate(other.slice(95, 96), half, 8, 8, degrees));
+    } else {
+      method.call("in place", () -> rotate(half, half, 8, 8, degrees));
+    }
     same(bytes(other), content, "rotateYUV with bad input");
   }
 

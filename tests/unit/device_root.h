@@ -33,6 +33,7 @@ class DeviceRoot {
     png_infop info = png_create_info_struct(png);
     png_init_io(png, file);
     png_set_IHDR(png, info, png_uint_32(width), png_uint_32(height), bitDepth, colourType, 0, 0, 0);
+    png_set_gAMA(png, info, 1.0);  // which nobody may apply
     const png_color palette[] = {{200, 100, 50}, {10, 20, 30}};
     const uint8_t alpha[] = {100, 255};
     if (colourType == PNG_COLOR_TYPE_PALETTE) png_set_PLTE(png, info, palette, 2);

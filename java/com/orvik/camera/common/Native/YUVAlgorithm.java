@@ -44,7 +44,7 @@ public final class YUVAlgorithm {
   private YUVAlgorithm() {}
 
   /**
-   * Does nothing; kept for callers of old. No argument is looked at.
+   * Reserved; does nothing. No argument is looked at.
    *
    * @param buffer ignored
    * @param width ignored
@@ -55,7 +55,7 @@ public final class YUVAlgorithm {
   public static native ByteBuffer minify(ByteBuffer buffer, int width, int height, int factor);
 
   /**
-   * Does nothing; kept for callers of old. No argument is looked at.
+   * Reserved; does nothing. No argument is looked at.
    *
    * @param buffer ignored
    * @param width ignored
