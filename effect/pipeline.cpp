@@ -55,9 +55,10 @@ void addEffect(RgbStripDesc& desc, const EffectTypeInfo& effect, int index) {
 }
 
 /// Lets one run at a time in: the work images, the picture and the pool are single instances. At
-/// the end of the process it waits for the run under way, which still reads the picture.
+/// the end of the process it waits for the run under way, which still reads the picture; recursive,
+/// because the pool may end the process from within a run.
 struct RunLock {
-  std::mutex mutex;
+  std::recursive_mutex mutex;
   RunLock() = default;
   ~RunLock() { mutex.lock(); }
   RunLock(const RunLock&) = delete;
