@@ -57,8 +57,11 @@ abstract class Harness {
     return bytes;
   }
 
-  /** A direct buffer between bytes that nobody may change. */
+  /** A direct buffer between bytes that nobody may change, or alone where its allocator watches. */
   static ByteBuffer direct(byte[] content) {
+    if (Boolean.getBoolean("exactBuffers")) {
+      return ByteBuffer.allocateDirect(content.length).put(content).rewind();
+    }
     ByteBuffer whole = ByteBuffer.allocateDirect(content.length + 2 * GUARD.length);
     GUARDED.add(whole.put(GUARD).put(content).put(GUARD));
     return whole.slice(GUARD.length, content.length);
