@@ -6,11 +6,18 @@ find_package(PNG REQUIRED)
 find_package(hwy REQUIRED CONFIG)
 find_package(Threads REQUIRED)
 
-# Debian keeps the platform's log library and headers in folders of their own.
+# The platform's log; Debian keeps its library and headers in folders of their own.
 find_path(ALGORITHM_LOG_INCLUDE_DIR android/log.h PATH_SUFFIXES android REQUIRED)
 find_library(ALGORITHM_LOG_LIBRARY log
   PATH_SUFFIXES android ${CMAKE_LIBRARY_ARCHITECTURE}/android REQUIRED)
-get_filename_component(ALGORITHM_LOG_RUNPATH ${ALGORITHM_LOG_LIBRARY} DIRECTORY)
+if(ANDROID)
+  set(CMAKE_SKIP_RPATH ON)  # devices have it where they look
+  # For the packaging script.
+  set(ALGORITHM_ANDROID_API ${ANDROID_PLATFORM_LEVEL} CACHE INTERNAL "API level built for")
+  set(ALGORITHM_ANDROID_NDK ${ANDROID_NDK_MAJOR} CACHE INTERNAL "major version of the NDK")
+else()
+  get_filename_component(ALGORITHM_LOG_RUNPATH ${ALGORITHM_LOG_LIBRARY} DIRECTORY)
+endif()
 
 # jni.h alone is enough: nothing links to a virtual machine.
 find_path(ALGORITHM_JNI_INCLUDE_DIR jni.h PATH_SUFFIXES android/nativehelper REQUIRED)

@@ -25,6 +25,9 @@ int squeezeHighlights(int v) {
   return v > 170 ? static_cast<int>(static_cast<float>(v - 170) * kKnee) + 170 : v;
 }
 
+// Any C library's exp and pow give these tables: errors of up to 64 units in the last place, tried
+// over all entries, change none.
+
 /// A steep saturating curve of b mixed with b itself; `weight` is the curve's share.
 double saturatingMix(double b, double weight) {
   const double curve = 1.0 - std::exp(-5.0 * std::pow(b, 1.75));
