@@ -142,13 +142,26 @@ std::string sums() {
   return lines.str();
 }
 
+/// The lines of `text` that are not among the other's.
+std::string linesBeyond(const std::string& text, const std::string& other) {
+  std::string result;
+  std::istringstream lines(text);
+  for (std::string line; std::getline(lines, line);) {
+    if (("\n" + other).find("\n" + line + "\n") == std::string::npos) result += line + "\n";
+  }
+  return result;
+}
+
 TEST(Golden, EveryRoutineGivesTheRecordedBytes) {
   if (const char* path = std::getenv("ALGORITHM_RECORD_GOLDEN_SUMS")) {
     std::ofstream(path) << sums();
   }
   std::ostringstream recorded;
   recorded << std::ifstream(GOLDEN_SUMS).rdbuf();
-  onEachTarget([&] { EXPECT_EQ(sums(), recorded.str()); });
+  onEachTarget([&] {
+    const std::string got = sums();
+    EXPECT_EQ(linesBeyond(got, recorded.str()), linesBeyond(recorded.str(), got));
+  });
 }
 
 }  // namespace
