@@ -96,6 +96,7 @@ bool decode(PngReader& reader) {
 }  // namespace
 
 Bitmap bitmap_effect;
+Bitmap bitmap_front;
 
 bool decodePngFile(const char* path, Bitmap& bitmap) {
   PngReader reader(devicePath(path).c_str());

@@ -19,8 +19,10 @@ struct Bitmap {
 /// none. Returns false, and leaves the previous picture, when the file can't be read or decoded.
 bool decodePngFile(const char* path, Bitmap& bitmap);
 
-/// The picture that every overlay of the effect table is decoded into. Not locked: one effect run
-/// at a time.
+/// The picture that every overlay of the effect table, and of the classic effects, is decoded into.
+/// Not locked: one effect run at a time.
 extern Bitmap bitmap_effect;
+/// The picture that lies over the image in the area effect. Not locked, either.
+extern Bitmap bitmap_front;
 
 }  // namespace alg

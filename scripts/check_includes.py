@@ -15,6 +15,7 @@ ALLOWED = {
     "camerautil": {"base", "kernels", PUBLIC},
     "threadpool": {"base", "kernels", PUBLIC},
     "pretty": {"base", "kernels", PUBLIC},
+    "classic": {"base", "platform", "kernels", PUBLIC},
     "codec": {"base", "platform"},
     "effect": {"base", "platform", "kernels", "convert", "threadpool", "pretty", PUBLIC},
     "jni": {"base", "platform", "codec", "effect", PUBLIC},

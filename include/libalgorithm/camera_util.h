@@ -1,4 +1,4 @@
-// Rotation of frames and ARGB images by quarter turns.
+// Rotation of frames and ARGB images by quarter turns, and blending of images.
 //
 // The two families differ on purpose, in what the sizes mean and in the direction of a turn:
 //
@@ -14,9 +14,14 @@
 // chroma plane (height / 2 rows of width bytes). Pairs move whole, so NV12 and NV21 rotate alike.
 // ARGB images: width x height 32-bit words, rows packed, moved unchanged.
 //
-// All routines: src and dst are distinct, non-overlapping buffers of the full image; a size below 1
+// Rotations: src and dst are distinct, non-overlapping buffers of the full image; a size below 1
 // does nothing. YUV sizes must be even; with an odd size the chroma of the last row or column is
-// left out. Thread-safe and reentrant; no allocation.
+// left out.
+//
+// Blends take images as n bytes each, whatever they mean (alpha is blended, too), in memory order:
+// buffers may overlap. A size below 1 does nothing.
+//
+// All are thread-safe and reentrant; only getBackground and add3ImageByBackground allocate.
 #pragma once
 
 #include <cstdint>
@@ -47,4 +52,24 @@ class ALGORITHM_API CameraUtil {
   static void rotateARGB270(const uint8_t* src, uint8_t* dst, int width, int height);
   /// Picks the routine for 90, 180 or 270 degrees; any other value does nothing.
   static void rotateARGB(const uint8_t* src, uint8_t* dst, int width, int height, int degrees);
+
+  /// dst = (dst x dstWeight + src x srcWeight) / 256, the low 8 bits: weights that add up to more
+  /// than 256 may wrap.
+  static void add2Image(const uint8_t* src, int srcWeight, uint8_t* dst, unsigned int dstWeight,
+                        unsigned int n);
+  /// dst = the greater byte of src and dst.
+  static void add2ImageByBrightness(const uint8_t* src, uint8_t* dst, unsigned int n);
+  /// dst = the smaller byte of src and dst.
+  static void add2ImageByDarkness(const uint8_t* src, uint8_t* dst, unsigned int n);
+  /// Copies a rectangle of 4-byte pixels from src to the same place in dst, as if column by column.
+  /// @param width  pixels per row of both images
+  /// @param rect   left, top, right, bottom, the last two exclusive; NOT clipped to the image
+  static void replaceImageContent(const uint8_t* src, uint8_t* dst, int width, int* rect);
+  /// At each byte b or c, whichever is nearer to a; c when they are equally near.
+  /// @return n bytes from malloc, which the caller frees; null when memory is short
+  static uint8_t* getBackground(const uint8_t* a, const uint8_t* b, const uint8_t* c, int n);
+  /// Keeps in a, at each byte, what is farthest from the background of the three; of equally far
+  /// ones the first of a, b, c. When memory is short, a stays as it is; memory is only needed when
+  /// b or c begins before a and reaches into it.
+  static void add3ImageByBackground(uint8_t* a, const uint8_t* b, const uint8_t* c, int n);
 };

@@ -9,7 +9,12 @@
 // A pixel is read whole before it is written, and pixels are processed in memory order: src and dst
 // may be the same buffer or overlap. A width or height below 1 does nothing. Thread-safe and
 // reentrant; curve tables are built once per process.
+//
+// Beside them stand a colour temperature of the same kind, and a resize and two blurs of 32-bit
+// words (0xAARRGGBB, rows packed) that ignore alpha and write 0 there.
 #pragma once
+
+#include <cstdint>
 
 #include "libalgorithm/export.h"
 
@@ -37,3 +42,29 @@ ALGORITHM_API void PrettyPink(unsigned char* src, unsigned char* dst, int width,
 /// Tone curve, then a soft-light blend with the overlay.
 ALGORITHM_API void PrettyJapan(unsigned char* src, unsigned char* dst, int width, int height,
                                unsigned char* overlay, int overlayWidth, int overlayHeight);
+
+/// Warmer: red up and blue down by up to 57 levels, green up by up to 14. As the filters above.
+ALGORITHM_API void Temperature(unsigned char* src, unsigned char* dst, int width, int height);
+
+/// Bilinear resize of 32-bit words, 16 fractional bits, truncating: 255 comes out as 253. The
+/// right-hand neighbour is bounded by the destination's row number, so strong vertical reduction
+/// often takes the pixel itself. Positions are 32-bit: sources of 32768 or more columns or rows
+/// wrap around. A size below 1 does nothing. dst and src do not overlap.
+extern "C" ALGORITHM_API void Resize(uint32_t* dst, int dstWidth, int dstHeight,
+                                     const uint32_t* src, int srcWidth, int srcHeight);
+
+/// Box blur whose radius is 0 in the middle column and grows to 12 at both sides; the centre pixel
+/// counts 5 times. dst and src do not overlap. The third argument is ignored. When work memory is
+/// short, dst stays as it is.
+extern "C" ALGORITHM_API void ActiveBlur(uint32_t* dst, const uint32_t* src, uintptr_t unused,
+                                         int width, int height);
+
+/// Box blur whose radius is 0 in the middle column and grows to 24 at both sides, rounded down
+/// after each of its two passes. dst holds width x height 32-bit words and may be src itself. When
+/// work memory is short, dst stays as it is.
+extern "C" ALGORITHM_API void blur(unsigned char* dst, const uint32_t* src, int width, int height);
+
+/// a if it is greater than b, else b: b when either is no number.
+extern "C" ALGORITHM_API float maxf(float a, float b);
+/// The greater of two ints.
+ALGORITHM_API int max(int a, int b);

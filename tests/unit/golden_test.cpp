@@ -8,6 +8,7 @@
 #include "codec/jpeg_bridge.h"
 #include "device_root.h"
 #include "libalgorithm/camera_util.h"
+#include "libalgorithm/classic_effects.h"
 #include "libalgorithm/effect_pipeline.h"
 #include "libalgorithm/pretty_filters.h"
 #include "libalgorithm/yuv_convert.h"
@@ -54,6 +55,28 @@ void overlaid(uint8_t* in, uint8_t* out, int w, int h) {
   kRoutine(in, out, w, h, overlay.data(), kOverlayWidth, kOverlayHeight);
 }
 
+template <auto kRoutine>
+void radial(uint8_t* in, uint8_t* out, int w, int h) {
+  kRoutine(in, out, 0.8f, w, h);
+}
+
+/// Runs a blend on `out`, which holds the source's bytes backwards.
+template <class Blend>
+Run blended(Blend blend) {
+  return [blend](uint8_t* in, uint8_t* out, int w, int h) {
+    std::reverse_copy(in, in + w * h * 4, out);
+    blend(in, out, w, h);
+  };
+}
+
+void lomoFun(uint8_t* in, uint8_t* out, int w, int h) {
+  std::vector<int> ints(in, in + w * h * 3);
+  LomoFun(ints.data(), ints.data(), w, h);
+  std::copy(ints.begin(), ints.end(), out);
+}
+
+uint32_t* words(uint8_t* bytes) { return reinterpret_cast<uint32_t*>(bytes); }
+
 void fetch(void* in, int index, int* red, int* green, int* blue) {
   const uint8_t* pixel = static_cast<uint8_t*>(in) + index * 4;
   *red = pixel[2], *green = pixel[1], *blue = pixel[0];
@@ -79,34 +102,85 @@ void road(const std::string& name, const uint8_t* in, uint8_t* out, int w, int h
 }
 
 std::map<std::string, Run> routines() {
-  std::map<std::string, Run> rows = {{"decodeYUV2ARGB_LUT", decoded<decodeYUV2ARGB_LUT>},
-                                     {"decodeYVU2ARGB_OpenGL", decoded<decodeYVU2ARGB_OpenGL>},
-                                     {"decodeYUV2ARGB_jni", decoded<decodeYUV2ARGB_jni, uint8_t>},
-                                     {"decodeARGB2YUV_OpenGL", encoded<decodeARGB2YUV_OpenGL>},
-                                     {"decodeARGB2YVU_OpenGL", encoded<decodeARGB2YVU_OpenGL>},
-                                     {"decodeARGB2YUV_jni", encoded<decodeARGB2YUV_jni, uint8_t>},
-                                     {"decodeARGB2YUV420P", pulled},
-                                     {"YUV2RGB", strip<&YUV2RGB>},
-                                     {"RGB2YUV", strip<&RGB2YUV>},
-                                     {"EffectFunction", strip<&EffectFunction>},
-                                     {"CameraUtil::rotateYUV90", CameraUtil::rotateYUV90},
-                                     {"CameraUtil::rotateYUV180", CameraUtil::rotateYUV180},
-                                     {"CameraUtil::rotateYUV270", CameraUtil::rotateYUV270},
-                                     {"CameraUtil::rotateYUV", turned<CameraUtil::rotateYUV>},
-                                     {"CameraUtil::rotateARGB90", CameraUtil::rotateARGB90},
-                                     {"CameraUtil::rotateARGB180", CameraUtil::rotateARGB180},
-                                     {"CameraUtil::rotateARGB270", CameraUtil::rotateARGB270},
-                                     {"CameraUtil::rotateARGB", turned<CameraUtil::rotateARGB>},
-                                     {"PrettySweet", PrettySweet},
-                                     {"PrettyNature", PrettyNature},
-                                     {"PrettyBlue", PrettyBlue},
-                                     {"PrettyMoonlight", PrettyMoonlight},
-                                     {"PrettyWhiteDew", PrettyWhiteDew},
-                                     {"PrettyBeautiful", overlaid<PrettyBeautiful>},
-                                     {"PrettyPink", overlaid<PrettyPink>},
-                                     {"PrettyJapan", overlaid<PrettyJapan>},
-                                     {"JPEG2ARGB", throughJpeg},
-                                     {"ARGB2JPEG", toJpeg}};
+  std::map<std::string, Run> rows = {
+      {"decodeYUV2ARGB_LUT", decoded<decodeYUV2ARGB_LUT>},
+      {"decodeYVU2ARGB_OpenGL", decoded<decodeYVU2ARGB_OpenGL>},
+      {"decodeYUV2ARGB_jni", decoded<decodeYUV2ARGB_jni, uint8_t>},
+      {"decodeARGB2YUV_OpenGL", encoded<decodeARGB2YUV_OpenGL>},
+      {"decodeARGB2YVU_OpenGL", encoded<decodeARGB2YVU_OpenGL>},
+      {"decodeARGB2YUV_jni", encoded<decodeARGB2YUV_jni, uint8_t>},
+      {"decodeARGB2YUV420P", pulled},
+      {"YUV2RGB", strip<&YUV2RGB>},
+      {"RGB2YUV", strip<&RGB2YUV>},
+      {"EffectFunction", strip<&EffectFunction>},
+      {"CameraUtil::rotateYUV90", CameraUtil::rotateYUV90},
+      {"CameraUtil::rotateYUV180", CameraUtil::rotateYUV180},
+      {"CameraUtil::rotateYUV270", CameraUtil::rotateYUV270},
+      {"CameraUtil::rotateYUV", turned<CameraUtil::rotateYUV>},
+      {"CameraUtil::rotateARGB90", CameraUtil::rotateARGB90},
+      {"CameraUtil::rotateARGB180", CameraUtil::rotateARGB180},
+      {"CameraUtil::rotateARGB270", CameraUtil::rotateARGB270},
+      {"CameraUtil::rotateARGB", turned<CameraUtil::rotateARGB>},
+      {"PrettySweet", PrettySweet},
+      {"PrettyNature", PrettyNature},
+      {"PrettyBlue", PrettyBlue},
+      {"PrettyMoonlight", PrettyMoonlight},
+      {"PrettyWhiteDew", PrettyWhiteDew},
+      {"PrettyBeautiful", overlaid<PrettyBeautiful>},
+      {"PrettyPink", overlaid<PrettyPink>},
+      {"PrettyJapan", overlaid<PrettyJapan>},
+      {"Temperature", Temperature},
+      {"Resize", [](auto* in, auto* out, int w,
+                    int h) { Resize(words(out), w, h, words(in), w / 2, h / 3 * 2); }},
+      {"ActiveBlur",
+       [](auto* in, auto* out, int w, int h) { ActiveBlur(words(out), words(in), 0, w, h); }},
+      {"blur", [](auto* in, auto* out, int w, int h) { blur(out, words(in), w, h); }},
+      {"CameraUtil::add2Image", blended([](auto* in, auto* out, int w, int h) {
+         CameraUtil::add2Image(in, 90, out, 180, unsigned(w * h * 4));
+       })},
+      {"CameraUtil::add2ImageByBrightness", blended([](auto* in, auto* out, int w, int h) {
+         CameraUtil::add2ImageByBrightness(in, out, unsigned(w * h * 4));
+       })},
+      {"CameraUtil::add2ImageByDarkness", blended([](auto* in, auto* out, int w, int h) {
+         CameraUtil::add2ImageByDarkness(in, out, unsigned(w * h * 4));
+       })},
+      {"CameraUtil::replaceImageContent", blended([](auto* in, auto* out, int w, int h) {
+         int rect[] = {1, 2, w - 5, h - 3};
+         CameraUtil::replaceImageContent(in, out, w, rect);
+       })},
+      {"CameraUtil::getBackground", blended([](auto* in, auto* out, int w, int h) {
+         const alg::Block background(CameraUtil::getBackground(in, in + 1, out, w * h * 4 - 1));
+         std::copy_n(background.get(), w * h * 4 - 1, out);
+       })},
+      {"CameraUtil::add3ImageByBackground", blended([](auto* in, auto* out, int w, int h) {
+         CameraUtil::add3ImageByBackground(out, in, in + 1, w * h * 4 - 1);
+       })},
+      {"CrossProcess", CrossProcess},
+      {"GrayScale", GrayScale},
+      {"Sepia", Sepia},
+      {"Pink", Pink},
+      {"Summer", Summer},
+      {"Ocean", Ocean},
+      {"negative", negative},
+      {"nature", nature},
+      {"Lomo", overlaid<Lomo>},
+      {"LomoFun", lomoFun},
+      {"Fisheye", radial<Fisheye>},
+      {"FillLightFix", radial<FillLightFix>},
+      {"miniature", miniature},
+      {"miniature_r",
+       [](auto* in, auto* out, int w, int h) { miniature_r(in, out, w, h, 5, h + 20); }},
+      {"Sketch", Sketch},
+      {"newsketch", overlaid<newsketch>},
+      {"Mosaic", Mosaic},
+      {"Emboss", Emboss},
+      {"Colorpaint", Colorpaint},
+      {"areaeffect", areaeffect},
+      {"Prague", [](auto* in, auto* out, int w, int h) { Prague(in, out, w, h, 0); }},
+      {"PragueCarton", [](auto* in, auto* out, int w, int h) { PragueCarton(in, out, w, h, 0); }},
+      {"otherTest", otherTest},
+      {"JPEG2ARGB", throughJpeg},
+      {"ARGB2JPEG", toJpeg}};
   for (std::size_t id = 0; id < 28; ++id) {
     rows["KAVRO_PrettyEffect_Function " + ref::kEffects[id].name] =
         std::bind_front(road, ref::kEffects[id].name);
@@ -126,6 +200,11 @@ std::string sums() {
     for (const std::string& name : {effect.picture, effect.landscapePicture}) {
       if (!name.empty()) root.writePicture(name, kOverlayWidth, kOverlayHeight);
     }
+  }
+  for (const std::string name : {"colorpaint.png", "front.png", "effect.png"}) {
+    Bytes pixels = noise(kOverlayWidth * kOverlayHeight * 4, int(name.size()));
+    for (std::size_t i = 3; i < pixels.size(); i += 64) pixels[i] = 0;
+    root.writePng(name, kOverlayWidth, kOverlayHeight, PNG_COLOR_TYPE_RGBA, 8, pixels);
   }
   std::ostringstream lines;
   for (const auto& [name, run] : routines()) {

@@ -1,0 +1,104 @@
+// The classic effects whose output bytes each depend on one input byte: three curves each, for blue
+// (source byte 0), green (byte 1) and red (byte 2).
+#include <cmath>
+
+#include "base/clamp.h"
+#include "base/image_size.h"
+#include "classic/curves.h"
+#include "kernels/curve_map.h"
+#include "libalgorithm/classic_effects.h"
+
+namespace {
+
+using alg::clampToByte;
+using alg::contrastBy;
+using alg::makeCurves;
+using alg::screen;
+using alg::truncToByte;
+
+uint8_t keep(int v) { return clampToByte(v); }
+uint8_t invert(int v) { return clampToByte(255 - v); }
+
+// CrossProcess: an S of two parabolas, and one of two cubics behind a contrast step.
+
+uint8_t crossBlue(int v) { return clampToByte((v >> 1) + 64); }
+
+uint8_t crossGreen(int v) {
+  const int rest = 255 - v;
+  return clampToByte(v <= 127 ? (v * v) >> 7 : 255 - ((rest * rest) >> 7));
+}
+
+uint8_t crossRed(int v) {
+  const int c = contrastBy(1.5, v);
+  const int rest = 255 - c;
+  return clampToByte(c <= 127 ? (c * c * c) >> 14 : 255 - ((rest * rest * rest) >> 14));
+}
+
+uint8_t pinkBlue(int v) { return alg::lomoBlue(contrastBy(1.2, v)); }
+
+uint8_t summerBlue(int /*v*/) { return 100; }
+uint8_t summerGreen(int v) { return clampToByte((v >> 1) + 127); }
+
+// Both start at 0 where the condition turns true, and end at 255.
+uint8_t oceanGreen(int v) { return clampToByte(v >= 85 ? v + (v >> 1) - 127 : 0); }
+uint8_t oceanRed(int v) { return clampToByte(v >= 170 ? v - (2 * (255 - v)) : 0); }
+
+uint8_t mosaicBlue(int v) { return clampToByte(v + 12); }
+uint8_t mosaicGreen(int v) { return clampToByte(v + 50); }
+uint8_t mosaicRed(int v) { return clampToByte(v + 100); }
+
+/// Contrast of gain 1.5 that maps `centre` to 127, then screened. Here the sum is truncated.
+uint8_t testScreen(int v, int centre) {
+  return screen(truncToByte(std::fma(v - centre, 1.5, 127.0)));
+}
+uint8_t testBlue(int v) { return truncToByte(testScreen(v, 127) * 0.8); }
+uint8_t testGreen(int v) { return testScreen(v, 127); }
+uint8_t testRed(int v) { return testScreen(v, 107); }
+
+void apply(const alg::Curves& curves, const unsigned char* src, unsigned char* dst, int width,
+           int height) {
+  alg::mapCurves(src, dst, alg::pixelCount(width, height), curves);
+}
+
+}  // namespace
+
+void CrossProcess(unsigned char* src, unsigned char* dst, int width, int height) {
+  static const alg::Curves kCurves = makeCurves(crossBlue, crossGreen, crossRed);
+  apply(kCurves, src, dst, width, height);
+}
+
+void Pink(unsigned char* src, unsigned char* dst, int width, int height) {
+  static const alg::Curves kCurves = makeCurves(pinkBlue, alg::lomoRed, screen);
+  apply(kCurves, src, dst, width, height);
+}
+
+void Summer(unsigned char* src, unsigned char* dst, int width, int height) {
+  static const alg::Curves kCurves = makeCurves(summerBlue, summerGreen, keep);
+  apply(kCurves, src, dst, width, height);
+}
+
+void Ocean(unsigned char* src, unsigned char* dst, int width, int height) {
+  static const alg::Curves kCurves = makeCurves(keep, oceanGreen, oceanRed);
+  apply(kCurves, src, dst, width, height);
+}
+
+void negative(unsigned char* src, unsigned char* dst, int width, int height) {
+  static const alg::Curves kCurves = makeCurves(invert, invert, invert);
+  apply(kCurves, src, dst, width, height);
+}
+
+void Mosaic(unsigned char* src, unsigned char* dst, int width, int height) {
+  static const alg::Curves kCurves = makeCurves(mosaicBlue, mosaicGreen, mosaicRed);
+  apply(kCurves, src, dst, width, height);
+}
+
+void otherTest(unsigned char* src, unsigned char* dst, int width, int height) {
+  static const alg::Curves kCurves = makeCurves(testBlue, testGreen, testRed);
+  apply(kCurves, src, dst, width, height);
+}
+
+void Lomo(unsigned char* src, unsigned char* dst, int width, int height,
+          unsigned char* /*auxImage*/, int /*auxWidth*/, int /*auxHeight*/) {
+  static const alg::Curves kCurves = makeCurves(alg::lomoBlue, alg::lomoGreen, alg::lomoRed);
+  apply(kCurves, src, dst, width, height);
+}

@@ -1,0 +1,106 @@
+// Effects that look at neighbours: one walk over the image in windows of 3 x 3 pixels, and one
+// border routine whose parts can be used alone. Effects read rows of any kind and write packed
+// 3-byte pixels.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#include "base/image_size.h"
+
+namespace alg {
+
+/// A packed 3-byte image that is written to. Sizes are at least 1.
+struct PackedImage {
+  uint8_t* bytes;
+  int width;
+  int height;
+
+  std::ptrdiff_t rowBytes() const { return std::ptrdiff_t{width} * kPackedBytes; }
+  uint8_t* at(int y, int x) const {
+    return bytes + (y * rowBytes()) + (std::ptrdiff_t{x} * kPackedBytes);
+  }
+};
+
+/// Which pixel of a window gets the result, as its row and its column.
+enum class WindowTarget : uint8_t { kCentre = 1, kBottomRight = 2 };
+
+/// Slides a window of 3 x 3 pixels over the image and calls kernel(top, middle, bottom, out, count)
+/// for each row of windows. The three rows begin at the column of the first window's left edge;
+/// `out` is the first window's target pixel and `count` the number of windows, each a pixel to the
+/// right. Images below 3 x 3 have none.
+///
+/// rows(y) gives row y. It is asked once for each row, top down, and the row must stay valid until
+/// rows(y + 3).
+template <class Rows, class Kernel>
+void walkWindows(const Rows& rows, const PackedImage& dst, WindowTarget target, Kernel kernel) {
+  if (dst.width < 3 || dst.height < 3) {
+    return;
+  }
+  const auto offset = static_cast<int>(target);
+  const uint8_t* top = rows(0);
+  const uint8_t* middle = rows(1);
+  for (int y = 0; y < dst.height - 2; ++y) {
+    const uint8_t* bottom = rows(y + 2);
+    kernel(top, middle, bottom, dst.at(y + offset, offset), dst.width - 2);
+    top = middle;
+    middle = bottom;
+  }
+}
+
+/// The rows of a packed image as they are.
+inline auto packedRows(const uint8_t* src, int width) {
+  const std::ptrdiff_t pitch = std::ptrdiff_t{width} * kPackedBytes;
+  return [src, pitch](int y) { return src + (y * pitch); };
+}
+
+/// The rows of a packed image as one byte a pixel, grey(blue, green, red). `ring` holds three rows
+/// of `width` bytes, which take turns.
+template <class Grey>
+auto greyRows(const uint8_t* src, int width, uint8_t* ring, Grey grey) {
+  return [rows = packedRows(src, width), width, ring, grey](int y) {
+    const uint8_t* pixel = rows(y);
+    uint8_t* row = ring + (std::ptrdiff_t{y % 3} * width);
+    for (int x = 0; x < width; ++x, pixel += kPackedBytes) {
+      row[x] = static_cast<uint8_t>(grey(pixel[0], pixel[1], pixel[2]));
+    }
+    return row;
+  };
+}
+
+/// Bytes of the ring for greyRows().
+constexpr std::size_t greyRingBytes(int width) {
+  return std::size_t{3} * static_cast<unsigned>(width);
+}
+
+inline void copyPixel(uint8_t* to, const uint8_t* from) { std::memcpy(to, from, kPackedBytes); }
+
+/// Row 0 takes row 1, the last row the one before it. A single row stays.
+inline void copyEdgeRows(const PackedImage& image) {
+  if (image.height < 2) {
+    return;
+  }
+  const auto bytes = static_cast<std::size_t>(image.rowBytes());
+  std::memcpy(image.at(0, 0), image.at(1, 0), bytes);
+  std::memcpy(image.at(image.height - 1, 0), image.at(image.height - 2, 0), bytes);
+}
+
+/// In each row pixel 0 takes pixel 1, then the last pixel the one before it. A single column stays.
+inline void copyEdgeColumns(const PackedImage& image) {
+  if (image.width < 2) {
+    return;
+  }
+  for (int y = 0; y < image.height; ++y) {
+    copyPixel(image.at(y, 0), image.at(y, 1));
+    copyPixel(image.at(y, image.width - 1), image.at(y, image.width - 2));
+  }
+}
+
+/// The border: edge rows, then edge columns, so that corners come from inside.
+inline void copyEdges(const PackedImage& image) {
+  copyEdgeRows(image);
+  copyEdgeColumns(image);
+}
+
+}  // namespace alg

@@ -1,0 +1,33 @@
+// A warmer colour temperature for packed 3-byte pixels, and the two maximum functions.
+#include "base/image_size.h"
+#include "kernels/curve_map.h"
+#include "libalgorithm/pretty_filters.h"
+
+namespace {
+
+// With s(v) = ((255 - v) x v x gain) >> 15, the channels become v - s(v) or v + s(v). A rescale
+// stands behind them for pixels whose greatest value exceeds 255; none does, so that each byte
+// depends on its own channel alone:
+//   s(v) <= (255 - v) x (255 x 116 / 32768) < 255 - v for v < 255, and s(255) = 0, so v + s(v) is
+//   at most 255; likewise s(v) <= v x (255 x 116 / 32768) <= v, so v - s(v) is at least 0.
+// Such values pass through float and back unchanged.
+constexpr int kRedBlueGain = 116;
+constexpr int kGreenGain = 29;
+
+/// Largest in the middle (57 levels at a gain of 116), 0 at both ends.
+int shift(int v, int gain) { return ((255 - v) * v * gain) >> 15; }
+
+uint8_t lowered(int v) { return static_cast<uint8_t>(v - shift(v, kRedBlueGain)); }
+uint8_t raised(int v) { return static_cast<uint8_t>(v + shift(v, kRedBlueGain)); }
+uint8_t raisedGreen(int v) { return static_cast<uint8_t>(v + shift(v, kGreenGain)); }
+
+}  // namespace
+
+void Temperature(unsigned char* src, unsigned char* dst, int width, int height) {
+  static const alg::Curves kCurves = alg::makeCurves(lowered, raisedGreen, raised);
+  alg::mapCurves(src, dst, alg::pixelCount(width, height), kCurves);
+}
+
+float maxf(float a, float b) { return a > b ? a : b; }
+
+int max(int a, int b) { return a >= b ? a : b; }
