@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Draws the sample photo and the overlay pictures, the same on every run: draw_samples.py [folder]"""
+"""Draws the sample photo and the effects' pictures, the same on every run: draw_samples.py [folder]"""
 import sys
 from pathlib import Path
 from typing import Iterator
@@ -250,6 +250,31 @@ def overlays() -> Iterator[tuple[str, np.ndarray]]:
             leak = blend(leak, (232, 176, 148), np.interp(np.hypot(x - u, y - v), (0.8 * r, r), (0.3 - 2 * r, 0)))
         yield "sucai0" + suffix, leak
 
+# --- Pictures of the classic effects ---
+def wash() -> Image.Image:
+    """Is added to a photo: dark, so that the photo keeps its lights. Violet, rose and amber over teal."""
+    y, x = np.mgrid[0:360, 0:480].astype(np.float32) / 480
+    glow = sum(np.exp(-np.hypot(x - u, y - v)[..., None] ** 2 / r) * np.array(colour, np.float32)
+               for u, v, r, colour in ((0.05, 0.05, 0.16, (64, 8, 92)), (0.6, 0.0, 0.12, (96, 16, 44)),
+                                       (1.0, 0.3, 0.14, (104, 62, 0)), (0.3, 0.75, 0.2, (0, 56, 64))))
+    return Image.fromarray(np.round(glow / 2).clip(0, 127).astype(np.uint8) * 2)
+
+def film() -> Iterator[tuple[str, Image.Image]]:
+    """A strip of film around the photo, and a mask for its right half, which turns negative."""
+    width, height, margin, holes, fine = 960, 720, 92, 12, 4
+    def rounded(radius: int, *boxes: tuple) -> Image.Image:  # drawn larger and reduced, for smooth edges
+        area = Image.new("L", (width * fine, height * fine))
+        for x0, y0, x1, y1 in boxes:
+            ImageDraw.Draw(area).rounded_rectangle((x0 * fine, y0 * fine, x1 * fine, y1 * fine), radius * fine, fill=255)
+        return area.resize((width, height), Image.BOX)
+    front = Image.new("RGBA", (width, height), "#1d1713")
+    lefts = [round((i + 0.5) * width / holes) - 22 for i in range(holes)]
+    front.paste("#efe6d2", mask=rounded(9, *[(x, y, x + 44, y + 44) for x in lefts for y in (24, height - 68)]))
+    front.putalpha(ImageChops.invert(rounded(22, (24, margin, width - 24, height - margin))))
+    mask = Image.new("RGBA", (width, height), (255, 255, 255, 0))
+    ImageDraw.Draw(mask).polygon([(width * 0.68, 0), (width, 0), (width, height), (width * 0.32, height)], fill="white")
+    yield from (("front", front), ("effect", mask))
+
 if __name__ == "__main__":
     folder = Path(sys.argv[1]) if len(sys.argv) > 1 else Path(__file__).parent
     effects = folder / "device/data/data/com.android.camera/effect"
@@ -258,3 +283,5 @@ if __name__ == "__main__":
     for name, pixels in overlays():
         even = Image.fromarray(np.round(pixels / 2).astype(np.uint8) * 2)  # half the levels, for smaller files
         even.save(effects / f"{name}.png", optimize=True)
+    for name, picture in (("colorpaint", wash()), *film()):
+        picture.save(effects / f"{name}.png", optimize=True)

@@ -4,10 +4,12 @@
 
 #include <algorithm>
 #include <cctype>
+#include <memory>
 #include <new>
 #include <set>
 
 #include "tools/console.h"
+#include "tools/device_root.h"
 #include "tools/effect_names.h"
 #include "tools/files.h"
 #include "tools/road.h"
@@ -91,7 +93,42 @@ std::vector<Job> jobsInto(const fs::path& folder, const std::vector<fs::path>& i
   return jobs;
 }
 
-bool runJobs(const EffectTableEntry& effect, const std::vector<Job>& jobs, int quality) {
+const ClassicOption* optionOf(const ClassicEffect& effect, std::string_view name) {
+  const auto* const found = std::ranges::find(effect.options, name, &ClassicOption::name);
+  return found != effect.options.end() ? &*found : nullptr;
+}
+
+void checkOptions(const NamedEffect& effect, const ApplyRequest& request) {
+  for (const std::string& name : request.effectOptions) {
+    if (effect.classic != nullptr && optionOf(*effect.classic, name) != nullptr) {
+      continue;
+    }
+    const auto owner = std::ranges::find_if(
+        classicEffects(), [&](const auto& other) { return optionOf(other, name) != nullptr; });
+    throw UserError(
+        fmt::format("{} is an option of {}, not of {}", name, owner->name, request.effect));
+  }
+}
+
+/// The user's pictures in the place of the device's; none when the user names none.
+std::unique_ptr<UserPictures> usersPictures(const NamedEffect& effect,
+                                            const ApplyRequest& request) {
+  std::unique_ptr<UserPictures> pictures;
+  for (const auto& [option, file] : request.pictures) {
+    if (!pictures) {
+      pictures = std::make_unique<UserPictures>();
+    }
+    pictures->add(file, optionOf(*effect.classic, option)->picture);
+  }
+  if (pictures) {
+    if (const std::string trouble = pictureTrouble(*effect.classic); !trouble.empty()) {
+      throw UserError(fmt::format("{}: {}", request.effect, trouble));
+    }
+  }
+  return pictures;
+}
+
+bool runJobs(const NamedEffect& effect, const std::vector<Job>& jobs, const ApplyRequest& request) {
   bool succeeded = true;
   Progress progress(jobs.size());
   for (const Job& job : jobs) {
@@ -99,9 +136,13 @@ bool runJobs(const EffectTableEntry& effect, const std::vector<Job>& jobs, int q
     progress.next(job.input.filename().string());
     try {
       Photo photo = readPhoto(job.input);
-      applyEffect(effect, photo);
-      writeFile(job.output,
-                bytesOf(encodePixels(photo.pixels.get(), photo.width, photo.height, quality)));
+      if (effect.classic != nullptr) {
+        applyClassic(*effect.classic, request.parameters, photo);
+      } else {
+        cropToEven(photo, job.input);
+        applyEffect(*effect.road, photo);
+      }
+      writeFile(job.output, bytesOf(encodePhoto(photo, request.quality)));
     } catch (const UserError& error) {
       complain(error.what());
       succeeded = false;
@@ -116,21 +157,23 @@ bool runJobs(const EffectTableEntry& effect, const std::vector<Job>& jobs, int q
 }  // namespace
 
 bool applyToFiles(const ApplyRequest& request) {
-  const EffectTableEntry& effect = findEffect(request.effect);
-  if (!effect.changesFrame()) {
+  const NamedEffect effect = findEffect(request.effect);
+  if (effect.road != nullptr && !effect.road->changesFrame()) {
     note(fmt::format("{} is a name that passes through: photos stay as they are, up to rounding",
-                     effect.name));
+                     request.effect));
   }
+  checkOptions(effect, request);
+  const auto pictures = usersPictures(effect, request);
   const fs::path& output = request.paths.back();
   const std::vector<fs::path> inputs(request.paths.begin(), request.paths.end() - 1);
   const bool intoFolder = inputs.size() > 1 || fs::is_directory(inputs.front()) ||
                           fs::is_directory(output) || !output.has_filename();
   if (!intoFolder) {
-    return runJobs(effect, {{inputs.front(), output}}, request.quality);
+    return runJobs(effect, {{inputs.front(), output}}, request);
   }
   const std::vector<Job> jobs = jobsInto(output, inputs);
   const OutputFolder folder(output);
-  return runJobs(effect, jobs, request.quality);
+  return runJobs(effect, jobs, request);
 }
 
 }  // namespace alg::tool

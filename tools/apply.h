@@ -2,8 +2,11 @@
 #pragma once
 
 #include <filesystem>
+#include <map>
 #include <string>
 #include <vector>
+
+#include "tools/classic_effects.h"
 
 namespace alg::tool {
 
@@ -13,6 +16,9 @@ struct ApplyRequest {
   /// Several, or a folder (its *.jpg and *.jpeg): a folder, made when missing.
   std::vector<std::filesystem::path> paths;
   int quality;
+  ClassicParameters parameters;
+  std::map<std::string, std::filesystem::path> pictures;  ///< by option, "--paper"
+  std::vector<std::string> effectOptions;                 ///< all that the user gave for the effect
 };
 
 /// Reports photos that fail and goes on with the others. Returns whether all succeeded. Throws

@@ -1,11 +1,22 @@
 #include "tools/device_root.h"
 
+#include <fmt/format.h>
+
 #include <cstdlib>
-#include <filesystem>
+
+#include "effect/effect_table.h"
+#include "platform/bitmap.h"
+#include "platform/device_path.h"
+#include "tools/console.h"
 
 namespace fs = std::filesystem;
 
 namespace alg::tool {
+namespace {
+
+constexpr char kVariable[] = "ALGORITHM_DEVICE_ROOT";
+
+}  // namespace
 
 void useSamplePictures() {
   std::error_code error;
@@ -14,10 +25,35 @@ void useSamplePictures() {
     const fs::path root = prefix / "share/libalgorithm/device";
     if (fs::is_directory(root, error)) {
       constexpr int kKeepTheUsers = 0;
-      setenv("ALGORITHM_DEVICE_ROOT", root.c_str(), kKeepTheUsers);
+      setenv(kVariable, root.c_str(), kKeepTheUsers);
       return;
     }
   }
+}
+
+UserPictures::UserPictures() : root_(fs::temp_directory_path() / "pictures") {
+  constexpr int kReplace = 1;
+  setenv(kVariable, root_.path().c_str(), kReplace);
+  fs::create_directories(devicePath(kPictureFolder));
+}
+
+void UserPictures::add(const fs::path& file, std::string_view name) {
+  const std::string path = picturePath(name);
+  writeFile(devicePath(path), readFile(file));
+  Bitmap decoded;
+  if (!decodePngFile(path.c_str(), decoded)) {
+    throw UserError(fmt::format("{}: not a PNG, or damaged beyond decoding", file.string()));
+  }
+}
+
+std::string picturePath(std::string_view name) { return fmt::format("{}{}", kPictureFolder, name); }
+
+void noteUnchanged(std::string_view effect, std::string_view reason) {
+  note(fmt::format("{} leaves the photo as it is: {}", effect, reason));
+}
+
+std::string cannotRead(std::string_view picture) {
+  return fmt::format("cannot read its picture {}", devicePath(picturePath(picture)));
 }
 
 }  // namespace alg::tool

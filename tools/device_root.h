@@ -1,10 +1,36 @@
-// Where the tool finds the overlay pictures on a Linux machine.
+// Where the tool finds the pictures of effects on a Linux machine.
 #pragma once
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+#include "tools/files.h"
 
 namespace alg::tool {
 
 /// Points ALGORITHM_DEVICE_ROOT at the sample pictures that come with the tool, unless the user has
 /// set it. The folder is found relative to the executable, in the build tree and when installed.
 void useSamplePictures();
+
+/// A device root with nothing but the user's pictures, from construction to the end of the process;
+/// its files go with the object.
+class UserPictures {
+ public:
+  UserPictures();
+  /// Takes a PNG file as the effects' picture `name`. Throws UserError.
+  void add(const std::filesystem::path& file, std::string_view name);
+
+ private:
+  TemporaryFolder root_;
+};
+
+/// The device path of a picture of the effects.
+std::string picturePath(std::string_view name);
+
+/// Notes that the effect leaves the photo as it is, and why.
+void noteUnchanged(std::string_view effect, std::string_view reason);
+/// Such a reason.
+std::string cannotRead(std::string_view picture);
 
 }  // namespace alg::tool

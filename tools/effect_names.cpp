@@ -55,33 +55,72 @@ std::string pictures(const EffectTableEntry& effect) {
   return fmt::format("{} / {}", portrait, effect.landscapePicture);
 }
 
-}  // namespace
-
-const EffectTableEntry& findEffect(std::string_view name) {
-  const auto table = effectTable();
-  const auto found = std::find_if(table.begin(), table.end(), [&](const EffectTableEntry& effect) {
-    return effect.name == name;
-  });
-  if (found != table.end()) {
-    return *found;
+[[noreturn]] void failUnknown(std::string_view name) {
+  std::vector<std::string_view> names;
+  for (const EffectTableEntry& effect : effectTable()) {
+    names.emplace_back(effect.name);
   }
-  const auto nearest = std::min_element(table.begin(), table.end(),
-                                        [&](const EffectTableEntry& a, const EffectTableEntry& b) {
-                                          return distance(name, a.name) < distance(name, b.name);
-                                        });
-  const bool near = distance(name, nearest->name) <= 1 + name.size() / 4;
-  const std::string advice = near ? fmt::format("did you mean \"{}\"?", nearest->name)
+  for (const ClassicEffect& effect : classicEffects()) {
+    names.push_back(effect.name);
+  }
+  const std::string_view nearest =
+      *std::ranges::min_element(names, {}, [&](auto right) { return distance(name, right); });
+  const bool near = distance(name, nearest) <= 1 + name.size() / 4;
+  const std::string advice = near ? fmt::format("did you mean \"{}\"?", nearest)
                                   : "\"camera-effects list\" shows the names";
   throw UserError(fmt::format("unknown effect \"{}\"; {}", name, advice));
 }
 
+/// What `apply` does with a name of the effect table.
+std::string_view runs(const EffectTableEntry& effect) {
+  if (effect.changesFrame()) {
+    return "the road";
+  }
+  const ClassicEffect* classic = findClassic(effect.name);
+  return classic != nullptr ? classic->name : "nothing";
+}
+
+}  // namespace
+
+const ClassicEffect* findClassic(std::string_view name) {
+  const auto effects = classicEffects();
+  const auto found = std::ranges::find_if(effects, [&](const ClassicEffect& effect) {
+    return effect.name == name || (!name.empty() && effect.roadName == name);
+  });
+  return found != effects.end() ? &*found : nullptr;
+}
+
+NamedEffect findEffect(std::string_view name) {
+  const auto table = effectTable();
+  const auto road = std::ranges::find(table, name, &EffectTableEntry::name);
+  if (road != table.end() && road->changesFrame()) {
+    return {.road = &*road};
+  }
+  if (const ClassicEffect* classic = findClassic(name)) {
+    return {.classic = classic};
+  }
+  if (road != table.end()) {
+    return {.road = &*road};
+  }
+  failUnknown(name);
+}
+
 void printEffects() {
-  constexpr auto kRow = "{:<18} {:>3} {:>7}  {:<9} {}\n";
-  fmt::print(fmt::runtime(kRow), "NAME", "ID", "STRIPS", "CHANGES",
+  constexpr auto kRoadRow = "{:<18} {:>3} {:>7}  {:<14} {}\n";
+  fmt::print(fmt::runtime(kRoadRow), "NAME", "ID", "STRIPS", "APPLY RUNS",
              "PICTURE (portrait / landscape)");
   for (const EffectTableEntry& effect : effectTable()) {
-    fmt::print(fmt::runtime(kRow), effect.name, effect.effectId, effect.stripCount,
-               effect.changesFrame() ? "yes" : "no", pictures(effect));
+    fmt::print(fmt::runtime(kRoadRow), effect.name, effect.effectId, effect.stripCount,
+               runs(effect), pictures(effect));
+  }
+  constexpr auto kClassicRow = "{:<18} {:<19} {}\n";
+  fmt::print("\n");
+  fmt::print(fmt::runtime(kClassicRow), "CLASSIC EFFECT", "OPTIONS", "SHOWS");
+  for (const ClassicEffect& effect : classicEffects()) {
+    const auto& [first, second] = effect.options;
+    fmt::print(fmt::runtime(kClassicRow), effect.name,
+               fmt::format("{} {}", first.name.empty() ? "-" : first.name, second.name),
+               effect.about);
   }
 }
 

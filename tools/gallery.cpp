@@ -3,16 +3,13 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cstring>
-#include <functional>
-#include <new>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
-#include "base/image_size.h"
+#include "tools/classic_effects.h"
 #include "tools/console.h"
-#include "tools/effect_names.h"
 #include "tools/files.h"
 #include "tools/gallery_page.h"
 #include "tools/road.h"
@@ -29,7 +26,7 @@ constexpr std::string_view kMarker = R"(<meta name="generator" content="camera-e
 struct Entry {
   std::string name;
   std::string about;  ///< a few words below the name
-  std::string group;  ///< "original", "filters" or "unchanged", as the page calls them
+  std::string group;  ///< "original", "filters" or "classic", as the page calls them
 };
 
 /// Text for JSON inside an HTML script element. Braces are escaped so that no file name can look
@@ -75,14 +72,13 @@ class GalleryWriter {
 
   void add(const Entry& entry, const Photo& photo) {
     const std::string file = fmt::format("pictures/{}.jpg", entry.name);
-    const EncodedJpeg jpeg = encodePixels(photo.pixels.get(), photo.width, photo.height, quality_);
+    const EncodedJpeg jpeg = encodePhoto(photo, quality_);
     writeFile(folder_ / file, bytesOf(jpeg));
 
     // The codec reduces while it decodes, which is the quickest way to a small picture.
     const std::string small = fmt::format("pictures/small/{}.jpg", entry.name);
     const DecodedJpeg card = decodeJpeg(bytesOf(jpeg), {.keepSide = kCardSide}).value();
-    writeFile(folder_ / small,
-              bytesOf(encodePixels(card.pixels.get(), card.width, card.height, quality_)));
+    writeFile(folder_ / small, bytesOf(encodePhoto(card, quality_)));
 
     entries_ += fmt::format(
         "{}\n{{\"name\": {}, \"about\": {}, \"group\": {}, \"file\": {}, \"width\": {}, "
@@ -104,25 +100,6 @@ class GalleryWriter {
   int quality_;
   std::string entries_;  // the elements of a JSON array
 };
-
-/// Filters first, then the names that pass through; in the table's order.
-std::vector<EffectTableEntry> filtersFirst() {
-  const auto table = effectTable();
-  std::vector<EffectTableEntry> effects(table.begin(), table.end());
-  std::stable_partition(effects.begin(), effects.end(),
-                        std::mem_fn(&EffectTableEntry::changesFrame));
-  return effects;
-}
-
-Photo copyOf(const Photo& photo) {
-  const std::size_t bytes = pixelCount(photo.width, photo.height) * kArgbBytes;
-  Photo copy{allocateBlock(bytes), photo.width, photo.height};
-  if (!copy.pixels) {
-    throw std::bad_alloc();
-  }
-  std::memcpy(copy.pixels.get(), photo.pixels.get(), bytes);
-  return copy;
-}
 
 /// Whether nothing is lost when the folder goes: it is empty, or has an earlier gallery alone.
 bool replaceable(const fs::path& folder) {
@@ -156,20 +133,31 @@ fs::path galleryFolder(const fs::path& wanted) {
 
 void makeGallery(const fs::path& photoFile, const fs::path& wantedFolder, int quality) {
   const fs::path target = galleryFolder(wantedFolder);
-  const Photo photo = readPhoto(photoFile, kPhotoSide);
+  Photo photo = readPhoto(photoFile, kPhotoSide);
+  cropToEven(photo, photoFile);
   TemporaryFolder folder(target);
   GalleryWriter gallery(folder.path(), quality);
   gallery.add({"Original", photoFile.filename().string(), "original"}, photo);
 
-  Progress progress(effectTable().size());
-  for (const EffectTableEntry& effect : filtersFirst()) {
+  const auto filters = std::ranges::count_if(effectTable(), &EffectTableEntry::changesFrame);
+  Progress progress(static_cast<std::size_t>(filters) + classicEffects().size());
+  const auto show = [&](std::string name, std::string_view about, std::string group,
+                        const auto& apply) {
     throwIfInterrupted();
-    progress.next(effect.name);
+    progress.next(name);
     Photo changed = copyOf(photo);
-    const bool complete = applyEffect(effect, changed);
-    gallery.add({effect.name, complete ? "" : "its picture is missing",
-                 effect.changesFrame() ? "filters" : "unchanged"},
-                changed);
+    const std::string words(apply(changed) ? about : "its picture is missing");
+    gallery.add({std::move(name), words, std::move(group)}, changed);
+  };
+  for (const EffectTableEntry& effect : effectTable()) {
+    if (effect.changesFrame()) {
+      show(effect.name, "", "filters",
+           [&](Photo& changed) { return applyEffect(effect, changed); });
+    }
+  }
+  for (const ClassicEffect& effect : classicEffects()) {
+    show(std::string(effect.name), effect.about, "classic",
+         [&](Photo& changed) { return applyClassic(effect, {}, changed); });
   }
   gallery.writePage(photoFile);
   folder.moveToTarget();

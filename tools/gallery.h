@@ -1,4 +1,4 @@
-// camera-effects gallery: one photo under every name of the effect table, as a page.
+// camera-effects gallery: one photo under every effect, as a page.
 #pragma once
 
 #include <filesystem>

@@ -2,10 +2,8 @@
 
 #include <fmt/format.h>
 
-#include <charconv>
 #include <cstdint>
 #include <cstring>
-#include <limits>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -15,35 +13,20 @@
 #include "libalgorithm/yuv_convert.h"
 #include "tools/console.h"
 #include "tools/files.h"
-#include "tools/road.h"
+#include "tools/photo.h"
+#include "tools/size.h"
 
 namespace alg::tool {
 namespace {
 
-struct Size {
-  int width;
-  int height;
+std::size_t bytesOf(Size size, std::string_view format) {
+  return format == "argb" ? size.pixels() * kArgbBytes : size.pixels() * 3 / 2;
+}
 
-  std::size_t pixels() const { return pixelCount(width, height); }
-  std::size_t bytes(std::string_view format) const {
-    return format == "argb" ? pixels() * kArgbBytes : pixels() * 3 / 2;
-  }
-};
-
-Size parseSize(const std::string& text) {
-  Size size{};
-  const char* end = text.data() + text.size();
-  const auto width = std::from_chars(text.data(), end, size.width);
-  const bool separated = width.ec == std::errc() && width.ptr != end && *width.ptr == 'x';
-  const auto height = std::from_chars(separated ? width.ptr + 1 : end, end, size.height);
-  if (height.ec != std::errc() || height.ptr != end || size.width < 1 || size.height < 1) {
-    throw UserError(fmt::format("--size {}: expected WIDTHxHEIGHT, as in 640x480", text));
-  }
+Size parseFrameSize(const std::string& text) {
+  const Size size = parseSize(text);
   if (size.width % 2 != 0 || size.height % 2 != 0) {
     throw UserError(fmt::format("--size {}: width and height must be even", text));
-  }
-  if (int64_t{kArgbBytes} * size.width * size.height > std::numeric_limits<int32_t>::max()) {
-    throw UserError(fmt::format("--size {}: too large", text));
   }
   return size;
 }
@@ -51,9 +34,10 @@ Size parseSize(const std::string& text) {
 std::vector<uint8_t> readFrame(const std::filesystem::path& path, Size size,
                                std::string_view format) {
   std::vector<uint8_t> frame = readFile(path);
-  if (frame.size() != size.bytes(format)) {
+  if (frame.size() != bytesOf(size, format)) {
     throw UserError(fmt::format("{}: has {} bytes, but {}x{} {} takes {}", path.string(),
-                                frame.size(), size.width, size.height, format, size.bytes(format)));
+                                frame.size(), size.width, size.height, format,
+                                bytesOf(size, format)));
   }
   return frame;
 }
@@ -78,7 +62,7 @@ std::vector<uint32_t> toArgb(const std::vector<uint8_t>& frame, Size size, std::
 }
 
 std::vector<uint8_t> fromArgb(const std::vector<uint32_t>& argb, Size size, std::string_view to) {
-  std::vector<uint8_t> frame(size.bytes(to));
+  std::vector<uint8_t> frame(bytesOf(size, to));
   if (to == "argb") {
     std::memcpy(frame.data(), argb.data(), frame.size());
   } else {
@@ -92,7 +76,7 @@ std::vector<uint8_t> fromArgb(const std::vector<uint32_t>& argb, Size size, std:
 }  // namespace
 
 void convertFrame(const ConvertRequest& request) {
-  const Size size = parseSize(request.size);
+  const Size size = parseFrameSize(request.size);
   std::vector<uint8_t> frame = readFrame(request.input, size, request.from);
   if (request.to == request.from) {
     writeFile(request.output, frame);
@@ -111,7 +95,7 @@ void convertFrame(const ConvertRequest& request) {
 }
 
 void rotateFrame(const RotateRequest& request) {
-  const Size source = parseSize(request.size);
+  const Size source = parseFrameSize(request.size);
   const Size turned = request.degrees == 180 ? source : Size{source.height, source.width};
   const std::vector<uint8_t> frame = readFrame(request.input, source, request.format);
   std::vector<uint8_t> result(frame.size());

@@ -34,7 +34,8 @@ def check_page(browser, address, width):
         wait.until(lambda b: b.execute_script(ALL_LOADED), "a chosen picture did not load")
         shown.add(after.get_attribute("src"))
         assert card.get_attribute("aria-pressed") == "true" and card.text.startswith(name.text), name.text
-    assert len(shown) == 29, "cards are missing or share a picture"
+    assert len(shown) == 35, "cards are missing or share a picture"
+    assert len(browser.find_elements("css selector", "#classic > .card")) == 26
 
     def clipped():
         return float(after.value_of_css_property("clip-path").removeprefix("inset(0px 0px 0px ").removesuffix("%)"))
@@ -63,7 +64,7 @@ def main(tool, photo, chromium, chromedriver):
             events = [json.loads(entry["message"])["message"] for entry in browser.get_log("performance")]
             urls = {event["params"]["request"]["url"] for event in events
                     if event["method"] == "Network.requestWillBeSent" and event["params"]["documentURL"].startswith(address)}
-            assert len(urls) >= 59 and all(url.startswith("file:") for url in urls), urls
+            assert len(urls) >= 71 and all(url.startswith("file:") for url in urls), urls
 
 
 main(*sys.argv[1:])

@@ -42,11 +42,50 @@ class ToolTest(unittest.TestCase):
         self.assertRegex(result.stderr, rf"\Acamera-effects: .*{says}.*\n\Z" if says else r"\A\Z", args)
         return result.stdout
 
-    def test_list_shows_the_whole_table(self):
-        rows = [line.split(maxsplit=4) for line in self.run_tool("list").splitlines()[1:]]
-        self.assertEqual([int(row[1]) for row in rows], list(range(28)))
-        self.assertEqual(rows[7], ["fish-eye", "7", "1", "no", "-"])
-        self.assertEqual(rows[26], ["PrettyPink", "26", "4", "yes", "sucai0.png / sucai0_r.png"])
+    def made(self, *args, **options):
+        self.run_tool(*args, "made.jpg", **options)
+        return Path("made.jpg").read_bytes()
+
+    def flat(self, name, red, green, blue):
+        Path("argb").write_bytes(bytes((blue, green, red, 255)) * 256)
+        self.run_tool("convert", "--size=16x16", "--from=argb", "--to=jpg", "--quality=100", "argb", name)
+        return Path(name).read_bytes()
+
+    def test_list_and_the_classic_effects_by_either_name(self):
+        road, classic = ([re.split("  +", row, 4) for row in table.splitlines()[1:]]
+                         for table in self.run_tool("list").split("\n\n"))
+        self.assertEqual([int(row[1]) for row in road], list(range(28)))
+        self.run_tool("resize", "--size=63x47", "photo.jpg", "odd.jpg")
+        results = {effect: self.made("apply", effect, "odd.jpg") for effect, *_ in classic}
+        self.assertEqual(jpeg_size("made.jpg"), (63, 47))
+        self.assertEqual((len(results), len(set(results.values()))), (26, 25))  # blur is miniature on words
+        self.assertNotIn(self.made("blend", "odd.jpg", "odd.jpg"), results.values())  # the photo unchanged
+        self.assertEqual([row[0] for row in road if row[3] == "nothing"], ["rotate_effect"])
+        for name, effect in ((row[0], row[3]) for row in road if row[3] in results):
+            self.assertEqual(self.made("apply", name, "odd.jpg"), results[effect], name)
+
+    def test_known_colours(self):
+        red, blue = (197, 59, 121), (56, 99, 201)  # a JPEG keeps both, to the bit
+        self.flat("red.jpg", *red)
+        self.flat("blue.jpg", *blue)
+        for command, result in (
+                ("apply negative red.jpg", (58, 196, 134)), ("apply gray-scale red.jpg", (107, 107, 107)),
+                ("blend red.jpg blue.jpg --weight=256", red), ("blend red.jpg blue.jpg --weight=64", (91, 89, 181)),
+                ("blend red.jpg blue.jpg --mode=lighten", (197, 99, 201)),
+                ("blend red.jpg blue.jpg --mode=darken", (56, 59, 121))):
+            self.assertEqual(self.made(*command.split(), "--quality=100"), self.flat("expected.jpg", *result), command)
+
+    def test_effect_options(self):
+        folder = f"{os.path.dirname(TOOL)}/share/libalgorithm/device/data/data/com.android.camera/effect"
+        wide, tall, square = (f"{folder}/{name}.png" for name in ("sucai0_r", "sucai0", "sucai3"))
+        for effect, *options in (("fill-light", "--radius=0.4"), ("miniature-rows", "--offset=30", "--ramp=200"),
+                                 ("miniature-rows", "--offset=30"), ("new-sketch", "--paper", wide),
+                                 ("color-paint", "--picture", wide), ("area", "--front", square, "--mask", tall)):
+            changed = self.made("apply", effect, "photo.jpg", *options, TMPDIR=os.getcwd())
+            self.assertNotEqual(changed, self.made("apply", effect, "photo.jpg"), options)
+        self.made("apply", "area", "photo.jpg", "--front", tall, "--mask", square, code=1, says="720x720.*720x960")
+        self.made("apply", "area", "photo.jpg", says="front.png", ALGORITHM_DEVICE_ROOT="/none")
+        self.assertFalse(list(Path(".").glob(".*")))
 
     def test_raw_frames_take_the_format_and_the_turn_asked_for(self):
         def check(command, content, expected):
@@ -67,7 +106,7 @@ class ToolTest(unittest.TestCase):
             check(f"rotate --size=4x2 --format=nv21 {degrees}", frame, luma + chroma)
 
     def test_apply_to_one_photo(self):
-        self.run_tool("apply", "sepia", "photo.jpg", "same.jpg", says="passes through")
+        self.run_tool("apply", "rotate_effect", "photo.jpg", "same.jpg", says="passes through")
         self.run_tool("apply", "PrettyBlue", "photo.jpg", "photo.jpg", "--quality=10")  # over its input
         self.assertLess(os.stat("photo.jpg").st_size, os.stat("same.jpg").st_size / 2)
         self.run_tool("apply", "PrettyJapan", "same.jpg", "a.jpg")  # finds the pictures beside the tool
@@ -91,6 +130,7 @@ class ToolTest(unittest.TestCase):
     def test_wrong_use_is_one_line_and_leaves_nothing(self):
         os.mkdir("mine")
         Path("mine", "notes.txt").touch()
+        self.flat("flat.jpg", 0, 0, 0)
         before = sorted(Path(".").rglob("*"))
         convert = "convert --from=nv12 --to=argb raw out --size="
         for command, code, says in (
@@ -101,6 +141,15 @@ class ToolTest(unittest.TestCase):
                 ("apply PrettyBlue photo.jpg /dev/null", 1, "not a regular file"),
                 ("apply PrettyBlue raw raw o", 1, "two inputs"), ("apply PrettyBlue raw no.jpg o", 1, "raw.*\n.*no.jpg"),
                 ("apply PrettyBlue photo.jpg o.jpg --quality=101", 2, "quality"),
+                ("apply sepa raw o.jpg", 1, '"sepia"'), ("apply fill-light --radius=nan raw o.jpg", 2, "radius"),
+                ("apply sepia photo.jpg o.jpg --radius=1", 1, "--radius is an option of fill-light, not of sepia"),
+                ("apply PrettyBlue photo.jpg o.jpg --paper=raw", 1, "--paper is an option of new-sketch"),
+                ("apply new-sketch photo.jpg o.jpg --paper=raw", 1, "raw: not a PNG"),
+                ("apply area photo.jpg o.jpg --front=raw", 2, "--mask"),
+                ("apply miniature-rows photo.jpg o.jpg --ramp=40", 1, "--ramp 40.*48 rows"),
+                ("resize photo.jpg o.jpg --size=0x9", 1, "WIDTHx"), ("resize raw o.jpg --size=9x9", 1, "not a JPEG"),
+                ("blend photo.jpg flat.jpg o.jpg", 1, "64x48.*16x16"), ("blend raw raw o.jpg --weight=257", 2, "256"),
+                ("blend photo.jpg photo.jpg o.jpg --mode=darken --weight=1", 1, "--weight"),
                 (convert + "63x48", 1, "even"), (convert + "64x", 1, "WIDTHxHEIGHT"),
                 (convert + "64x46", 1, "4608 bytes.*4416"), (convert + "64x50 --from=rgb", 2, "rgb"),
                 ("rotate --size=64x48 --format=nv12 45 raw out", 2, "45"),
@@ -119,7 +168,7 @@ class ToolTest(unittest.TestCase):
         self.assertEqual(entries[0]["about"], name)
         files = {file for entry in entries for file in (entry["file"], entry["small"])}
         self.assertEqual({str(path.relative_to("page")) for path in Path("page").rglob("*.jpg")}, files)
-        for group, count, different in (("filters", 8, 8), ("unchanged", 20, 1)):
+        for group, count, different in (("filters", 8, 8), ("classic", 26, 25)):
             pictures = [Path("page", e["file"]).read_bytes() for e in entries if e["group"] == group]
             self.assertEqual((len(pictures), len(set(pictures))), (count, different), group)
 

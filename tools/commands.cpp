@@ -1,0 +1,232 @@
+#include "tools/commands.h"
+
+#include <cmath>
+#include <cstdlib>
+#include <string>
+#include <utility>
+
+#include "tools/effect_names.h"
+#include "tools/gallery.h"
+
+namespace alg::tool {
+namespace {
+
+constexpr char kFrameSize[] = "size of the input in pixels, both even";
+constexpr char kEffectOptions[] = "Options of single effects";
+
+/// Has `work` done, once the whole command line is parsed, when the user names this command.
+void setWork(CLI::App& command, Options& options, std::function<bool()> work) {
+  command.callback([&options, work = std::move(work)] { options.work = work; });
+}
+
+void addQuality(CLI::App& command, int& quality) {
+  command.add_option("--quality", quality, "JPEG quality, 0 to 100")
+      ->type_name("N")
+      ->capture_default_str()
+      ->check(CLI::Range(0, 100));
+}
+
+void addFile(CLI::App& command, const char* name, std::filesystem::path& path,
+             const char* description) {
+  command.add_option(name, path, description)->type_name("")->required();
+}
+
+void addSize(CLI::App& command, std::string& size, const char* description) {
+  command.add_option("--size", size, description)->type_name("WxH")->required();
+}
+
+void addList(CLI::App& app, Options& options) {
+  CLI::App& list = *app.add_subcommand("list", "Show the effect names and what they stand for");
+  list.footer("Example:\n  camera-effects list");
+  setWork(list, options, [] {
+    printEffects();
+    return true;
+  });
+}
+
+/// For what CLI::Range lets pass.
+std::string notANumber(const std::string& text) {
+  return std::isnan(std::strtof(text.c_str(), nullptr)) ? "not a number" : "";
+}
+
+void addEffectOptions(CLI::App& apply, ApplyRequest& request) {
+  ClassicParameters& parameters = request.parameters;
+  apply
+      .add_option("--radius", parameters.radius, "fill-light: reach of the light, 1 = the corners")
+      ->type_name("F")
+      ->capture_default_str()
+      ->check(CLI::Range(0.3, 2.0))
+      ->check(notANumber, "")
+      ->group(kEffectOptions);
+  apply.add_option("--offset", parameters.offset, "miniature-rows: first row, in a taller picture")
+      ->type_name("N")
+      ->check(CLI::NonNegativeNumber)
+      ->group(kEffectOptions);
+  apply.add_option("--ramp", parameters.ramp, "miniature-rows: rows of that taller picture")
+      ->type_name("N")
+      ->check(CLI::PositiveNumber)
+      ->group(kEffectOptions);
+  const auto addPicture = [&](const std::string& name, const char* description) {
+    return apply
+        .add_option_function<std::string>(
+            name, [&request, name](const std::string& file) { request.pictures[name] = file; },
+            description)
+        ->type_name("PNG")
+        ->group(kEffectOptions);
+  };
+  addPicture("--paper", "new-sketch: the paper, in place of a sample");
+  addPicture("--picture", "color-paint: the colours, in place of a sample");
+  CLI::Option* front = addPicture("--front", "area: the picture around, with transparency");
+  CLI::Option* mask = addPicture("--mask", "area: not transparent where the photo is inverted");
+  front->needs(mask);
+  mask->needs(front);
+}
+
+void addApply(CLI::App& app, Options& options) {
+  CLI::App& apply = *app.add_subcommand("apply", "Apply an effect to photos");
+  ApplyRequest& request = options.apply;
+  apply.add_option("NAME", request.effect, "effect name, see \"camera-effects list\"")
+      ->type_name("")
+      ->required();
+  apply
+      .add_option("FILES", request.paths,
+                  "input and output file; or several inputs, or a folder of JPEGs, and last the "
+                  "output folder")
+      ->type_name("")
+      ->required()
+      ->expected(2, CLI::detail::expected_max_vector_size);
+  addQuality(apply, request.quality);
+  addEffectOptions(apply, request);
+  apply.footer(
+      "A Pretty effect takes one pixel off a side with an odd number of them. Metadata of the\n"
+      "input, such as an orientation tag, is not carried over.\n\n"
+      "Examples:\n"
+      "  camera-effects apply PrettyBlue photo.jpg blue.jpg\n"
+      "  camera-effects apply PrettyJapan --quality 85 holiday/ holiday-japan/\n"
+      "  camera-effects apply sepia photo.jpg sepia.jpg\n"
+      "  camera-effects apply color-paint --picture wash.png photo.jpg washed.jpg");
+  setWork(apply, options, [&request, &apply] {
+    for (const CLI::Option* option : apply.get_options([](const CLI::Option* option) {
+           return option->count() > 0 && option->get_group() == kEffectOptions;
+         })) {
+      request.effectOptions.push_back(option->get_name());
+    }
+    return applyToFiles(request);
+  });
+}
+
+void addConvert(CLI::App& app, Options& options) {
+  CLI::App& convert = *app.add_subcommand("convert", "Convert a raw frame to another format");
+  ConvertRequest& request = options.convert;
+  addSize(convert, request.size, kFrameSize);
+  convert.add_option("--from", request.from, "format of the input")
+      ->required()
+      ->check(CLI::IsMember({"nv12", "nv21", "argb"}));
+  convert.add_option("--to", request.to, "format of the output")
+      ->required()
+      ->check(CLI::IsMember({"nv12", "nv21", "argb", "jpg"}));
+  addQuality(convert, request.quality);
+  addFile(convert, "IN", request.input, "raw file of exactly one frame");
+  addFile(convert, "OUT", request.output, "file to write");
+  convert.footer(
+      "nv12 is a luma plane, then U,V pairs; nv21 has V,U pairs; argb is B, G, R, A bytes.\n\n"
+      "Example:\n"
+      "  camera-effects convert --size 640x480 --from nv21 --to jpg frame.nv21 frame.jpg");
+  setWork(convert, options, [&request] {
+    convertFrame(request);
+    return true;
+  });
+}
+
+void addRotate(CLI::App& app, Options& options) {
+  CLI::App& rotate =
+      *app.add_subcommand("rotate", "Rotate a raw frame counter-clockwise by quarter turns");
+  RotateRequest& request = options.rotate;
+  addSize(rotate, request.size, kFrameSize);
+  rotate.add_option("--format", request.format, "format of the frame")
+      ->required()
+      ->check(CLI::IsMember({"nv12", "nv21"}));
+  rotate.add_option("DEGREES", request.degrees, "counter-clockwise")
+      ->required()
+      ->check(CLI::IsMember({90, 180, 270}));
+  addFile(rotate, "IN", request.input, "raw file of exactly one frame");
+  addFile(rotate, "OUT", request.output, "file to write");
+  rotate.footer(
+      "90 turns counter-clockwise, 270 clockwise; both exchange width and height.\n\n"
+      "Example:\n"
+      "  camera-effects rotate --size 640x480 --format nv21 90 wide.nv21 tall.nv21");
+  setWork(rotate, options, [&request] {
+    rotateFrame(request);
+    return true;
+  });
+}
+
+void addResize(CLI::App& app, Options& options) {
+  CLI::App& resize = *app.add_subcommand("resize", "Bring a photo to another size");
+  ResizeRequest& request = options.resize;
+  addSize(resize, request.size, "size of the output in pixels");
+  addQuality(resize, request.quality);
+  addFile(resize, "IN", request.input, "JPEG file");
+  addFile(resize, "OUT", request.output, "file to write");
+  resize.footer(
+      "The photo is stretched to the size, whatever its shape.\n\n"
+      "Example:\n"
+      "  camera-effects resize --size 640x480 photo.jpg small.jpg");
+  setWork(resize, options, [&request] {
+    resizePhoto(request);
+    return true;
+  });
+}
+
+void addBlend(CLI::App& app, Options& options) {
+  CLI::App& blend = *app.add_subcommand("blend", "Blend two photos of the same size");
+  BlendRequest& request = options.blend;
+  blend.add_option("--mode", request.mode, "mix both; or keep the lighter or the darker values")
+      ->capture_default_str()
+      ->check(CLI::IsMember({"mix", "lighten", "darken"}));
+  blend.add_option("--weight", request.weight, "of the first photo, for mix; 128 is half")
+      ->type_name("N")
+      ->check(CLI::Range(0, 256));
+  addQuality(blend, request.quality);
+  addFile(blend, "A", request.first, "JPEG file");
+  addFile(blend, "B", request.second, "JPEG file");
+  addFile(blend, "OUT", request.output, "file to write");
+  blend.footer(
+      "Example:\n"
+      "  camera-effects blend --mode mix --weight 64 sepia.jpg photo.jpg faint-sepia.jpg");
+  setWork(blend, options, [&request] {
+    blendPhotos(request);
+    return true;
+  });
+}
+
+void addGallery(CLI::App& app, Options& options) {
+  CLI::App& gallery =
+      *app.add_subcommand("gallery", "Make a web page that shows a photo under every effect");
+  GalleryRequest& request = options.gallery;
+  addFile(gallery, "IN", request.photo, "JPEG file");
+  addFile(gallery, "OUTDIR", request.folder, "folder to make; an earlier gallery is replaced");
+  addQuality(gallery, request.quality);
+  gallery.footer(
+      "Large photos are reduced, to 1600 pixels or more on the longer side.\n\n"
+      "Example:\n"
+      "  camera-effects gallery photo.jpg gallery && xdg-open gallery/index.html");
+  setWork(gallery, options, [&request] {
+    makeGallery(request.photo, request.folder, request.quality);
+    return true;
+  });
+}
+
+}  // namespace
+
+void addCommands(CLI::App& app, Options& options) {
+  addList(app, options);
+  addApply(app, options);
+  addConvert(app, options);
+  addRotate(app, options);
+  addResize(app, options);
+  addBlend(app, options);
+  addGallery(app, options);
+}
+
+}  // namespace alg::tool

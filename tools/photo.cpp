@@ -1,0 +1,82 @@
+#include "tools/photo.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+#include <utility>
+
+#include "base/image_size.h"
+#include "tools/console.h"
+#include "tools/files.h"
+
+namespace alg::tool {
+
+Photo readPhoto(const std::filesystem::path& path, int keepSide) {
+  std::optional<DecodedJpeg> photo = decodeJpeg(readFile(path), {.keepSide = keepSide});
+  if (!photo) {
+    throw UserError(fmt::format("{}: not a JPEG, or damaged beyond decoding", path.string()));
+  }
+  return std::move(*photo);
+}
+
+void cropToEven(Photo& photo, const std::filesystem::path& path) {
+  const int width = photo.width & ~1;
+  const int height = photo.height & ~1;
+  if (width == photo.width && height == photo.height) {
+    return;
+  }
+  if (width == 0 || height == 0) {
+    throw UserError(fmt::format("{}: {}x{} pixels are too few, a frame has at least 2x2",
+                                path.string(), photo.width, photo.height));
+  }
+  note(fmt::format("{}: cropped from {}x{} to {}x{}, frames have even sides", path.string(),
+                   photo.width, photo.height, width, height));
+  const auto oldRow = static_cast<std::size_t>(photo.width) * kArgbBytes;
+  const auto newRow = static_cast<std::size_t>(width) * kArgbBytes;
+  for (std::size_t row = 1; row < static_cast<std::size_t>(height); ++row) {
+    std::memmove(&photo.pixels[row * newRow], &photo.pixels[row * oldRow], newRow);
+  }
+  photo.width = width;
+  photo.height = height;
+}
+
+Photo blankPhoto(int width, int height) {
+  const std::size_t bytes = pixelCount(width, height) * kArgbBytes;
+  Photo photo{allocateBlock(std::max<std::size_t>(1, bytes)), width, height};
+  if (!photo.pixels) {
+    throw std::bad_alloc();
+  }
+  return photo;
+}
+
+Photo copyOf(const Photo& photo) {
+  Photo copy = blankPhoto(photo.width, photo.height);
+  std::memcpy(copy.pixels.get(), photo.pixels.get(),
+              pixelCount(photo.width, photo.height) * kArgbBytes);
+  return copy;
+}
+
+uint32_t* wordsOf(const Photo& photo) { return reinterpret_cast<uint32_t*>(photo.pixels.get()); }
+
+void makeOpaque(Photo& photo) {
+  const std::size_t bytes = pixelCount(photo.width, photo.height) * kArgbBytes;
+  for (std::size_t i = kArgbBytes - 1; i < bytes; i += kArgbBytes) {
+    photo.pixels[i] = 255;
+  }
+}
+
+EncodedJpeg encodePixels(const uint8_t* pixels, int width, int height, int quality) {
+  std::optional<EncodedJpeg> jpeg = encodeJpeg(pixels, width, height, quality);
+  if (!jpeg) {
+    throw UserError(fmt::format("cannot encode {}x{} pixels as JPEG", width, height));
+  }
+  return std::move(*jpeg);
+}
+
+EncodedJpeg encodePhoto(const Photo& photo, int quality) {
+  return encodePixels(photo.pixels.get(), photo.width, photo.height, quality);
+}
+
+}  // namespace alg::tool

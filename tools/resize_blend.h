@@ -1,0 +1,32 @@
+// camera-effects resize and blend: whole photos to another size, or two into one.
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace alg::tool {
+
+struct ResizeRequest {
+  std::string size;  ///< "WIDTHxHEIGHT"
+  std::filesystem::path input;
+  std::filesystem::path output;
+  int quality;
+};
+
+/// Throws UserError.
+void resizePhoto(const ResizeRequest& request);
+
+struct BlendRequest {
+  std::string mode;           ///< "mix", "lighten" or "darken"
+  std::optional<int> weight;  ///< for "mix": of the first photo, 0 to 256; half without it
+  std::filesystem::path first;
+  std::filesystem::path second;
+  std::filesystem::path output;
+  int quality;
+};
+
+/// Throws UserError.
+void blendPhotos(const BlendRequest& request);
+
+}  // namespace alg::tool
