@@ -3,11 +3,14 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
+#include <cmath>
 #include <vector>
 
+#include "bench/pattern.h"
 #include "kernels/box_blur.h"
 #include "libalgorithm/classic_effects.h"
 #include "libalgorithm/pretty_filters.h"
+#include "tests/unit/corner_reference.h"
 
 namespace {
 
@@ -15,23 +18,14 @@ constexpr int kWidth = 1920;
 constexpr int kHeight = 1080;
 constexpr std::size_t kPixels = std::size_t{kWidth} * kHeight;
 
-std::vector<uint8_t> pattern(std::size_t bytes) {
-  std::vector<uint8_t> data(bytes);
-  for (std::size_t i = 0; i < bytes; ++i) {
-    data[i] = static_cast<uint8_t>(i * 37 + (i >> 9));
-  }
-  return data;
-}
-
 template <class Effect>
 void runOn(benchmark::State& state, int channels, Effect effect) {
-  auto src = pattern(kPixels * static_cast<std::size_t>(channels));
+  auto src = alg::bench::pattern(kPixels * static_cast<std::size_t>(channels));
   std::vector<uint8_t> dst(src.size());
   for (auto _ : state) {
     effect(src.data(), dst.data());
     benchmark::ClobberMemory();
   }
-  state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(kPixels));
 }
 
 // Blurs ------------------------------------------------------------------------------------------
@@ -172,5 +166,37 @@ BENCHMARK_CAPTURE(blurPeak, squareColumns, alg::blurSquare, alg::RampAxis::kColu
     ->Arg(12)
     ->Arg(24)
     ->Unit(benchmark::kMillisecond);
+
+// Radial effects ---------------------------------------------------------------------------------
+
+constexpr float kRadius = 0.8f;
+
+void corners(benchmark::State& state, decltype(Fisheye)* effect) {
+  runOn(state, 3, [effect](auto* src, auto* dst) { effect(src, dst, kRadius, kWidth, kHeight); });
+}
+BENCHMARK_CAPTURE(corners, Fisheye, Fisheye)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(corners, FisheyePlain, ref::fisheye)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(corners, FillLightFix, FillLightFix)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(corners, FillLightFixPlain, ref::fillLight)->Unit(benchmark::kMillisecond);
+
+// Prague -----------------------------------------------------------------------------------------
+
+/// What a call would take on top if it built its table of 122,501 roots, powers and exponentials.
+void pragueTable(benchmark::State& state) {
+  for (auto _ : state) {
+    for (int i = 0; i <= 350 * 350; ++i) {
+      const double length = std::sqrt(static_cast<float>(i)) / 350.0f;
+      benchmark::DoNotOptimize(1.0 - std::exp(-5.0 * std::pow(length, 1.5)));
+    }
+  }
+}
+BENCHMARK(pragueTable)->Unit(benchmark::kMicrosecond);
+
+/// Its table is built once per process: a small picture takes less than the table would.
+void prague(benchmark::State& state) {
+  const auto side = static_cast<int>(state.range(0));
+  runOn(state, 3, [side](auto* src, auto* dst) { Prague(src, dst, side, side, 0); });
+}
+BENCHMARK(prague)->Arg(64)->Arg(1024)->Unit(benchmark::kMicrosecond);
 
 }  // namespace

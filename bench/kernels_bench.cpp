@@ -5,22 +5,17 @@
 #include <cstring>
 #include <vector>
 
+#include "bench/pattern.h"
 #include "convert/convert_rows.h"
 #include "kernels/curve_map.h"
 
 namespace {
 
+using alg::bench::pattern;
+
 constexpr std::size_t kWidth = 4000;
 constexpr std::size_t kHeight = 3000;
 constexpr std::size_t kPixels = kWidth * kHeight;
-
-std::vector<uint8_t> pattern(std::size_t bytes) {
-  std::vector<uint8_t> data(bytes);
-  for (std::size_t i = 0; i < bytes; ++i) {
-    data[i] = static_cast<uint8_t>(i * 37 + (i >> 9));
-  }
-  return data;
-}
 
 void countBytes(benchmark::State& state, std::size_t bytes) {
   state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * static_cast<int64_t>(bytes));
