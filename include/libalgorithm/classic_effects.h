@@ -73,8 +73,8 @@ ALGORITHM_API void miniature(unsigned char* src, unsigned char* dst, int width, 
 ALGORITHM_API void miniature_r(unsigned char* src, unsigned char* dst, int width, int height,
                                int rowOffset, int rampLength);
 
-// Drawings: 3 x 3 neighbourhoods. The outermost rows and columns are copies of their inner
-// neighbours. In place: no.
+// Drawings: 3 x 3 neighbourhoods. But for nature and Emboss, the outermost rows and columns are
+// copies of their inner neighbours; single rows and columns stay as dst held them. In place: no.
 
 /// Dark edge lines on white: 255 minus the length of the luminance gradient (Prewitt, doubled).
 ALGORITHM_API void Sketch(unsigned char* src, unsigned char* dst, int width, int height);
@@ -89,11 +89,12 @@ ALGORITHM_API void Prague(unsigned char* src, unsigned char* dst, int width, int
 /// The float is ignored.
 ALGORITHM_API void PragueCarton(unsigned char* src, unsigned char* dst, int width, int height,
                                 float);
-/// Saturation raised against the upper left neighbour, then contrast of gain 1.5. The left column
-/// takes bytes from y x width + 1 on of dst, and row 0 keeps bytes that dst held before.
+/// Saturation raised against the upper left neighbour, then contrast of gain 1.5. Edges are copies
+/// but for the left column, which takes bytes of dst from offset y x width + 1 on; the top left
+/// pixel keeps two bytes that dst held before.
 ALGORITHM_API void nature(unsigned char* src, unsigned char* dst, int width, int height);
-/// Grey relief of the luminance step from two rows up and two columns left; rows 0 and 1 are made
-/// of what dst held.
+/// Grey relief of the luminance step from two rows up and two columns left. Rows 0 and 1 and
+/// columns 0 and 1 are made of what dst held before; the last row but one repeats the row above it.
 ALGORITHM_API void Emboss(unsigned char* src, unsigned char* dst, int width, int height);
 
 // Pictures of the device, from "/data/data/com.android.camera/effect/", stretched over the image by
