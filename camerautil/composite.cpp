@@ -8,9 +8,9 @@
 #include <cstring>
 #include <functional>
 
+#include "base/block.h"
 #include "base/image_size.h"
 #include "libalgorithm/camera_util.h"
-#include "platform/block.h"
 
 namespace {
 

@@ -1,10 +1,10 @@
 // Emboss: grey relief of the luminance step from two rows up and two columns left.
 #include <cstdint>
 
+#include "base/block.h"
 #include "base/clamp.h"
 #include "kernels/neighbourhood.h"
 #include "libalgorithm/classic_effects.h"
-#include "platform/block.h"
 
 namespace {
 

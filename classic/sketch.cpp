@@ -3,11 +3,11 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "base/block.h"
 #include "base/image_size.h"
 #include "kernels/nearest_steps.h"
 #include "kernels/neighbourhood.h"
 #include "libalgorithm/classic_effects.h"
-#include "platform/block.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "platform/block.h"
+#include "base/block.h"
 
 namespace alg {
 

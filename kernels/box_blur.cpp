@@ -10,9 +10,9 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdlib>
 #include <cstring>
 
+#include "base/block.h"
 #include "base/image_size.h"
 
 namespace alg {
@@ -111,12 +111,12 @@ class Walk {
     const std::size_t prefixes =
         pitch_ + static_cast<std::size_t>(channels_ * (2 * blur_.ramp.peak + 1));
     const std::size_t ringElements = pitch_ * static_cast<std::size_t>(slots_);
-    void* const block = std::malloc(pitch_ * sizeof(Sum) + prefixes * sizeof(uint16_t) +
-                                    ringElements * sizeof(Row));
+    const Block block = allocateBlock(pitch_ * sizeof(Sum) + prefixes * sizeof(uint16_t) +
+                                      ringElements * sizeof(Row));
     if (block == nullptr) {
       return;
     }
-    sums_ = static_cast<Sum*>(block);
+    sums_ = reinterpret_cast<Sum*>(block.get());
     prefixes_ = reinterpret_cast<uint16_t*>(sums_ + pitch_);
     ring_ = reinterpret_cast<Row*>(prefixes_ + prefixes);
     std::fill_n(sums_, pitch_, Sum{0});
@@ -128,7 +128,6 @@ class Walk {
       }
       finishRow(y);
     }
-    std::free(block);
   }
 
  private:

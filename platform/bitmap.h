@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "platform/block.h"
+#include "base/block.h"
 
 namespace alg {
 

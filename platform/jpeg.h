@@ -7,7 +7,7 @@
 #include <optional>
 #include <span>
 
-#include "platform/block.h"
+#include "base/block.h"
 
 namespace alg {
 
