@@ -103,7 +103,7 @@ class FisheyeMap {
     }
   }
 
-  /// Extreme shapes and sizes of a few pixels have sources outside.
+  /// Only images of a million pixels and more on a side have sources outside.
   bool inside(int y, int x) const { return y >= 0 && y < height && x >= 0 && x < width; }
 
  private:

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
+#include <new>
 #include <utility>
 
 #include "platform/device_path.h"
@@ -98,7 +99,7 @@ bool decode(PngReader& reader) {
 Bitmap bitmap_effect;
 Bitmap bitmap_front;
 
-bool decodePngFile(const char* path, Bitmap& bitmap) {
+bool decodePngFile(const char* path, Bitmap& bitmap) try {
   PngReader reader(devicePath(path).c_str());
   if (!decode(reader)) {
     return false;
@@ -111,6 +112,8 @@ bool decodePngFile(const char* path, Bitmap& bitmap) {
   bitmap = Bitmap{Block(std::exchange(reader.pixels, nullptr)), static_cast<int>(width),
                   static_cast<int>(height)};
   return true;
+} catch (const std::bad_alloc&) {  // not even the path has room
+  return false;
 }
 
 }  // namespace alg

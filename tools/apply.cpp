@@ -84,6 +84,11 @@ std::vector<Job> jobsInto(const fs::path& folder, const std::vector<fs::path>& i
     const auto photos = fs::is_directory(input) ? photosIn(input) : std::vector{input};
     for (const fs::path& photo : photos) {
       jobs.push_back({photo, folder / photo.filename()});
+      std::error_code ignored;  // an output that does not exist yet
+      if (fs::equivalent(photo, jobs.back().output, ignored)) {
+        throw UserError(
+            fmt::format("{} would be replaced; name another output folder", photo.string()));
+      }
       if (!outputs.insert(jobs.back().output).second) {
         throw UserError(
             fmt::format("two inputs would be written to {}", jobs.back().output.string()));

@@ -16,6 +16,9 @@ struct ClassicParameters {
   int ramp = 0;      ///< miniature-rows: rows of that ramp; 0: up to the photo's last row
 };
 
+/// The greatest offset and ramp: far beyond any picture.
+inline constexpr int kLongestRamp = 1'000'000;
+
 struct ClassicOption {
   std::string_view name;     ///< on the command line, "--paper"; empty for none
   std::string_view picture;  ///< the device's picture that the option replaces; empty for none

@@ -60,11 +60,11 @@ void addEffectOptions(CLI::App& apply, ApplyRequest& request) {
       ->group(kEffectOptions);
   apply.add_option("--offset", parameters.offset, "miniature-rows: first row, in a taller picture")
       ->type_name("N")
-      ->check(CLI::NonNegativeNumber)
+      ->check(CLI::Range(0, kLongestRamp))
       ->group(kEffectOptions);
   apply.add_option("--ramp", parameters.ramp, "miniature-rows: rows of that taller picture")
       ->type_name("N")
-      ->check(CLI::PositiveNumber)
+      ->check(CLI::Range(1, kLongestRamp))
       ->group(kEffectOptions);
   const auto addPicture = [&](const std::string& name, const char* description) {
     return apply

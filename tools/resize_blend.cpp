@@ -11,10 +11,19 @@
 #include "tools/size.h"
 
 namespace alg::tool {
+namespace {
+
+constexpr int kLongestSide = 32767;  // positions in longer ones wrap around
+
+}  // namespace
 
 void resizePhoto(const ResizeRequest& request) {
   const Size size = parseSize(request.size);
   const Photo photo = readPhoto(request.input);
+  if (photo.width > kLongestSide || photo.height > kLongestSide) {
+    throw UserError(fmt::format("{} has {}x{} pixels; resize takes up to {} on a side",
+                                request.input.string(), photo.width, photo.height, kLongestSide));
+  }
   Photo resized = blankPhoto(size.width, size.height);
   ::Resize(wordsOf(resized), size.width, size.height, wordsOf(photo), photo.width, photo.height);
   makeOpaque(resized);

@@ -1,5 +1,6 @@
 // sepia IN.ppm OUT.ppm: halves a picture and tones it sepia. Without CMake:
 //   c++ main.cpp $(pkg-config --cflags --libs Algorithm) -o sepia
+//       -Wl,-rpath,$(pkg-config --variable=libdir Algorithm)
 #include <libalgorithm/classic_effects.h>
 #include <libalgorithm/pretty_filters.h>
 
@@ -51,7 +52,7 @@ int main(int argc, char** argv) {
   }
   const Picture picture = read(argv[1]);
   if (picture.words.empty()) {
-    std::cerr << "sepia: " << argv[1] << " is no binary PPM file\n";
+    std::cerr << "sepia: " << argv[1] << " can't be read as a binary PPM file\n";
     return 1;
   }
   const Picture half = halved(picture);
@@ -68,5 +69,9 @@ int main(int argc, char** argv) {
   file << "P6\n" << half.width << ' ' << half.height << "\n255\n";
   file.write(reinterpret_cast<const char*>(packed.data()),  // ... and write R, G, B, as PPM does
              static_cast<std::streamsize>(packed.size()));
-  return file.good() ? 0 : 1;
+  if (!file.flush()) {
+    std::cerr << "sepia: cannot write " << argv[2] << '\n';
+    return 1;
+  }
+  return 0;
 }

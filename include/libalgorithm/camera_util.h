@@ -62,11 +62,12 @@ class ALGORITHM_API CameraUtil {
   /// dst = the smaller byte of src and dst.
   static void add2ImageByDarkness(const uint8_t* src, uint8_t* dst, unsigned int n);
   /// Copies a rectangle of 4-byte pixels from src to the same place in dst, as if column by column.
-  /// @param width  pixels per row of both images
+  /// @param width  pixels per row of both images; not checked
   /// @param rect   left, top, right, bottom, the last two exclusive; NOT clipped to the image
   static void replaceImageContent(const uint8_t* src, uint8_t* dst, int width, int* rect);
   /// At each byte b or c, whichever is nearer to a; c when they are equally near.
-  /// @return n bytes from malloc, which the caller frees; null when memory is short
+  /// @return n bytes (a block of none for n < 1) from malloc, which the caller frees; null when
+  /// memory is short
   static uint8_t* getBackground(const uint8_t* a, const uint8_t* b, const uint8_t* c, int n);
   /// Keeps in a, at each byte, what is farthest from the background of the three; of equally far
   /// ones the first of a, b, c. When memory is short, a stays as it is; memory is only needed when

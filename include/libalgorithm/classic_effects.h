@@ -59,7 +59,8 @@ ALGORITHM_API void Fisheye(unsigned char* src, unsigned char* dst, float strengt
                            int height);
 /// Light that falls off from the centre. Dark blue may wrap below 0: that is its look.
 /// @param radius  how far the full light reaches, 1.0 = the corners. Sensible from about 0.3, below
-///                which products wrap near the corners, to 1.0, from which on the light is even
+///                which products wrap near the corners, to 1.0, from which on the light is even. No
+///                value does harm
 ALGORITHM_API void FillLightFix(unsigned char* src, unsigned char* dst, float radius, int width,
                                 int height);
 
@@ -99,12 +100,13 @@ ALGORITHM_API void Emboss(unsigned char* src, unsigned char* dst, int width, int
 
 // Pictures of the device, from "/data/data/com.android.camera/effect/", stretched over the image by
 // nearest neighbour and decoded anew in each call. A picture that can't be read leaves dst as it
-// is. In place: yes. The pictures are process-wide: not at the same time as each other, as the
-// effect road or as effectTypeInit.
+// is. On Linux the folder named by the environment variable ALGORITHM_DEVICE_ROOT, if set, comes
+// before that path. In place: yes. The pictures are process-wide: not at the same time as each
+// other, as the effect road or as effectTypeInit.
 
 /// Adds "colorpaint.png", limited to 255; its alpha is ignored.
 ALGORITHM_API void Colorpaint(unsigned char* src, unsigned char* dst, int width, int height);
-/// Lays "front.png" over the image by its alpha, and inverts the image where "effect.png" has any.
-/// "effect.png" must be at least as wide and as tall as "front.png", or nothing is done; a wider
-/// one is read at the byte offsets of "front.png".
+/// Lays "front.png", whose colours are premultiplied, over the image by its alpha once more, and
+/// inverts the image where "effect.png" has any. "effect.png" must be at least as wide and as tall
+/// as "front.png", or nothing is done; a wider one is read at the byte offsets of "front.png".
 ALGORITHM_API void areaeffect(unsigned char* src, unsigned char* dst, int width, int height);

@@ -60,8 +60,8 @@ extern "C" ALGORITHM_API void ActiveBlur(uint32_t* dst, const uint32_t* src, uin
                                          int width, int height);
 
 /// Box blur whose radius is 0 in the middle column and grows to 24 at both sides, rounded down
-/// after each of its two passes. dst holds width x height 32-bit words and may be src itself. When
-/// work memory is short, dst stays as it is.
+/// after each of its two passes. dst holds width x height 32-bit words and may be src itself, but
+/// not overlap it in part. When work memory is short, dst stays as it is.
 extern "C" ALGORITHM_API void blur(unsigned char* dst, const uint32_t* src, int width, int height);
 
 /// a if it is greater than b, else b: b when either is no number.
