@@ -116,8 +116,8 @@ TEST(Resize, MixesFourNeighbours) {
                                            {2, 66000, 32767, 1}};
   const Bytes random = noise(4 * 1500);
   for (std::size_t i = 0; i < random.size(); i += 4) {
-    sizes.push_back({random[i] % 40 + 1, random[i + 1] % 40 + 1, random[i + 2] % 40 + 1,
-                     random[i + 3] % 40 + 1});
+    sizes.push_back({random[i] % 70 + 1, random[i + 1] % 70 + 1, random[i + 2] % 70 + 1,
+                     random[i + 3] % 70 + 1});
   }
   const auto words = [](const Guarded& block) { return reinterpret_cast<uint32_t*>(block.data()); };
   for (const auto& [dw, dh, sw, sh] : sizes) {

@@ -65,9 +65,10 @@ void check(const PackedEffect::Run& run, const PackedEffect::Run& reference) {
 TEST(PictureEffects, ColorpaintAddsItsPicture) {
   const DeviceRoot root;
   check(Colorpaint, unchanged);
-  for (const auto& [width, height] : {std::pair{1, 1}, {16, 16}, {45, 26}, {300, 150}}) {
+  for (const auto& [width, height] : {std::pair{1, 1}, {16, 16}, {300, 150}, {45, 26}}) {
     check(Colorpaint, refPaint(writeNoise(root, "colorpaint.png", width, height)));
   }
+  checkEverySize({"Colorpaint", Colorpaint, refPaint(writeNoise(root, "colorpaint.png", 29, 43))});
   std::ofstream(root.path("colorpaint.png")) << "no picture";
   check(Colorpaint, unchanged);
 }
@@ -84,6 +85,7 @@ TEST(PictureEffects, AreaEffectLaysTheFrontOverAndInverts) {
     const auto effect = writeNoise(root, "effect.png", effectWidth, effectHeight);
     const bool fits = effectWidth >= width && effectHeight >= height;
     check(areaeffect, fits ? refArea(front, effect) : unchanged);
+    if (effectHeight == 30) checkEverySize({"areaeffect", areaeffect, refArea(front, effect)});
   }
 }
 
