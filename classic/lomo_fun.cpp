@@ -9,7 +9,7 @@
 
 #include "base/clamp.h"
 #include "base/image_size.h"
-#include "classic/curves.h"
+#include "classic/lomo_curves.h"
 #include "kernels/curve_map.h"
 #include "libalgorithm/classic_effects.h"
 

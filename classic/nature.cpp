@@ -10,7 +10,7 @@
 #include <cstdint>
 
 #include "base/image_size.h"
-#include "classic/curves.h"
+#include "kernels/curve_steps.h"
 #include "kernels/neighbourhood.h"
 #include "libalgorithm/classic_effects.h"
 

@@ -3,9 +3,9 @@
 #include <cmath>
 
 #include "base/clamp.h"
-#include "base/image_size.h"
-#include "classic/curves.h"
+#include "classic/lomo_curves.h"
 #include "kernels/curve_map.h"
+#include "kernels/curve_steps.h"
 #include "libalgorithm/classic_effects.h"
 
 namespace {
@@ -55,50 +55,45 @@ uint8_t testBlue(int v) { return truncToByte(testScreen(v, 127) * 0.8); }
 uint8_t testGreen(int v) { return testScreen(v, 127); }
 uint8_t testRed(int v) { return testScreen(v, 107); }
 
-void apply(const alg::Curves& curves, const unsigned char* src, unsigned char* dst, int width,
-           int height) {
-  alg::mapCurves(src, dst, alg::pixelCount(width, height), curves);
-}
-
 }  // namespace
 
 void CrossProcess(unsigned char* src, unsigned char* dst, int width, int height) {
   static const alg::Curves kCurves = makeCurves(crossBlue, crossGreen, crossRed);
-  apply(kCurves, src, dst, width, height);
+  alg::mapCurves(src, dst, width, height, kCurves);
 }
 
 void Pink(unsigned char* src, unsigned char* dst, int width, int height) {
   static const alg::Curves kCurves = makeCurves(pinkBlue, alg::lomoRed, screen);
-  apply(kCurves, src, dst, width, height);
+  alg::mapCurves(src, dst, width, height, kCurves);
 }
 
 void Summer(unsigned char* src, unsigned char* dst, int width, int height) {
   static const alg::Curves kCurves = makeCurves(summerBlue, summerGreen, keep);
-  apply(kCurves, src, dst, width, height);
+  alg::mapCurves(src, dst, width, height, kCurves);
 }
 
 void Ocean(unsigned char* src, unsigned char* dst, int width, int height) {
   static const alg::Curves kCurves = makeCurves(keep, oceanGreen, oceanRed);
-  apply(kCurves, src, dst, width, height);
+  alg::mapCurves(src, dst, width, height, kCurves);
 }
 
 void negative(unsigned char* src, unsigned char* dst, int width, int height) {
   static const alg::Curves kCurves = makeCurves(invert, invert, invert);
-  apply(kCurves, src, dst, width, height);
+  alg::mapCurves(src, dst, width, height, kCurves);
 }
 
 void Mosaic(unsigned char* src, unsigned char* dst, int width, int height) {
   static const alg::Curves kCurves = makeCurves(mosaicBlue, mosaicGreen, mosaicRed);
-  apply(kCurves, src, dst, width, height);
+  alg::mapCurves(src, dst, width, height, kCurves);
 }
 
 void otherTest(unsigned char* src, unsigned char* dst, int width, int height) {
   static const alg::Curves kCurves = makeCurves(testBlue, testGreen, testRed);
-  apply(kCurves, src, dst, width, height);
+  alg::mapCurves(src, dst, width, height, kCurves);
 }
 
 void Lomo(unsigned char* src, unsigned char* dst, int width, int height,
           unsigned char* /*auxImage*/, int /*auxWidth*/, int /*auxHeight*/) {
   static const alg::Curves kCurves = makeCurves(alg::lomoBlue, alg::lomoGreen, alg::lomoRed);
-  apply(kCurves, src, dst, width, height);
+  alg::mapCurves(src, dst, width, height, kCurves);
 }

@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "base/image_size.h"
+
 namespace alg {
 
 /// curve[k] maps byte k of a source pixel; its result is stored at byte 2 - k.
@@ -28,6 +30,12 @@ Curves makeCurves(Curve0 curve0, Curve1 curve1, Curve2 curve2) {
 /// `pixels` pixels in memory order, each read whole before it is written. src and dst may overlap
 /// in any way.
 void mapCurves(const uint8_t* src, uint8_t* dst, std::size_t pixels, const Curves& curves);
+
+/// The same for an image of packed rows; a size below 1 does nothing.
+inline void mapCurves(const uint8_t* src, uint8_t* dst, int width, int height,
+                      const Curves& curves) {
+  mapCurves(src, dst, pixelCount(width, height), curves);
+}
 
 /// The definition.
 void mapCurvesPlain(const uint8_t* src, uint8_t* dst, std::size_t pixels, const Curves& curves);

@@ -3,7 +3,6 @@
 // fused.
 #include <cmath>
 
-#include "base/image_size.h"
 #include "kernels/curve_map.h"
 #include "libalgorithm/pretty_filters.h"
 #include "pretty/soft_light.h"
@@ -91,5 +90,5 @@ void PrettyBeautiful(unsigned char* src, unsigned char* dst, int width, int heig
                      unsigned char* /*overlay*/, int /*overlayWidth*/, int /*overlayHeight*/) {
   static const alg::Curves kCurves =
       alg::makeCurves(beautifulRedGreen, beautifulRedGreen, beautifulBlue);
-  alg::mapCurves(src, dst, alg::pixelCount(width, height), kCurves);
+  alg::mapCurves(src, dst, width, height, kCurves);
 }

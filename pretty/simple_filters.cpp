@@ -6,17 +6,15 @@
 #include <cmath>
 
 #include "base/clamp.h"
-#include "base/image_size.h"
 #include "kernels/curve_map.h"
+#include "kernels/curve_steps.h"
 #include "libalgorithm/pretty_filters.h"
 
 namespace {
 
-using alg::clampToByte;
 using alg::makeCurves;
+using alg::screen;
 using alg::truncToByte;
-
-uint8_t screen(int v) { return clampToByte(255 - (((255 - v) * (255 - v)) >> 8)); }
 
 /// Contrast of gain 1.25 around 127, clamped.
 uint8_t contrast(int v) { return truncToByte(std::fma(v - 127, 1.25, 127.0)); }
@@ -69,34 +67,29 @@ uint8_t whiteDewBlue(int v) {
   return contrastScreen(v < 128 ? static_cast<int>(std::fma(v, 0.765, 30.0)) : v);
 }
 
-void apply(const alg::Curves& curves, const unsigned char* src, unsigned char* dst, int width,
-           int height) {
-  alg::mapCurves(src, dst, alg::pixelCount(width, height), curves);
-}
-
 }  // namespace
 
 void PrettySweet(unsigned char* src, unsigned char* dst, int width, int height) {
   static const alg::Curves kCurves = makeCurves(sweetRed, sweetGreen, sweetBlue);
-  apply(kCurves, src, dst, width, height);
+  alg::mapCurves(src, dst, width, height, kCurves);
 }
 
 void PrettyNature(unsigned char* src, unsigned char* dst, int width, int height) {
   static const alg::Curves kCurves = makeCurves(natureLift, natureGreen, natureLift);
-  apply(kCurves, src, dst, width, height);
+  alg::mapCurves(src, dst, width, height, kCurves);
 }
 
 void PrettyBlue(unsigned char* src, unsigned char* dst, int width, int height) {
   static const alg::Curves kCurves = makeCurves(blueRed, contrastScreen, blueBlue);
-  apply(kCurves, src, dst, width, height);
+  alg::mapCurves(src, dst, width, height, kCurves);
 }
 
 void PrettyMoonlight(unsigned char* src, unsigned char* dst, int width, int height) {
   static const alg::Curves kCurves = makeCurves(moonlightRedGreen, moonlightRedGreen, screen);
-  apply(kCurves, src, dst, width, height);
+  alg::mapCurves(src, dst, width, height, kCurves);
 }
 
 void PrettyWhiteDew(unsigned char* src, unsigned char* dst, int width, int height) {
   static const alg::Curves kCurves = makeCurves(whiteDewRed, contrastScreen, whiteDewBlue);
-  apply(kCurves, src, dst, width, height);
+  alg::mapCurves(src, dst, width, height, kCurves);
 }

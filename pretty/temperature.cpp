@@ -1,5 +1,4 @@
 // A warmer colour temperature for packed 3-byte pixels, and the two maximum functions.
-#include "base/image_size.h"
 #include "kernels/curve_map.h"
 #include "libalgorithm/pretty_filters.h"
 
@@ -25,7 +24,7 @@ uint8_t raisedGreen(int v) { return static_cast<uint8_t>(v + shift(v, kGreenGain
 
 void Temperature(unsigned char* src, unsigned char* dst, int width, int height) {
   static const alg::Curves kCurves = alg::makeCurves(lowered, raisedGreen, raised);
-  alg::mapCurves(src, dst, alg::pixelCount(width, height), kCurves);
+  alg::mapCurves(src, dst, width, height, kCurves);
 }
 
 float maxf(float a, float b) { return a > b ? a : b; }

@@ -1,5 +1,5 @@
-// Steps that several curves of the classic effects are made of: functions of a channel value, 0 to
-// 255, to another.
+// Steps that curves of several families are made of: functions of a channel value, 0 to 255, to
+// another.
 #pragma once
 
 #include <cstdint>
@@ -18,16 +18,5 @@ constexpr int squaredRest(int v) { return ((255 - v) * (255 - v)) >> 8; }
 
 /// Brightens: the value laid over itself as two light sources are.
 constexpr uint8_t screen(int v) { return clampToByte(255 - squaredRest(v)); }
-
-// The three curves of the lomography look.
-
-constexpr uint8_t lomoRed(int v) { return screen(contrastBy(1.5, v)); }
-constexpr uint8_t lomoGreen(int v) { return screen(v); }
-
-/// Three quarters of the screened value and a quarter of what it lacks: 63 to 191.
-constexpr uint8_t lomoBlue(int v) {
-  const int rest = squaredRest(v);
-  return clampToByte((((255 - rest) * 3) >> 2) + (rest >> 2));
-}
 
 }  // namespace alg
