@@ -25,7 +25,7 @@ find_path(ALGORITHM_JNI_INCLUDE_DIR jni.h PATH_SUFFIXES android/nativehelper REQ
 add_library(algorithm_dependencies INTERFACE)
 target_include_directories(algorithm_dependencies SYSTEM INTERFACE ${ALGORITHM_LOG_INCLUDE_DIR})
 target_link_libraries(algorithm_dependencies INTERFACE
-  JPEG::JPEG PNG::PNG hwy::hwy Threads::Threads)
+  JPEG::JPEG PNG::PNG hwy::hwy Threads::Threads ${CMAKE_DL_LIBS})
 # One vector target beside the plain code: AVX2 on x86-64, NEON alone on arm64.
 target_compile_definitions(algorithm_dependencies INTERFACE
   HWY_DISABLED_TARGETS=\(HWY_SSSE3|HWY_SSE4|HWY_AVX3|HWY_AVX3_DL|HWY_SVE|HWY_SVE2|HWY_SVE_256|HWY_SVE2_128\))

@@ -53,6 +53,15 @@ std::optional<ImageSize> checkSize(const CallScope& call, jint width, jint heigh
   return ImageSize{width, height, yuvFrameBytes(width, height), kArgbBytes * pixels};
 }
 
+std::optional<ImageSize> checkEvenSize(const CallScope& call, jint width, jint height) {
+  const auto size = checkSize(call, width, height);
+  if (size && (width % 2 != 0 || height % 2 != 0)) {
+    call.fail("refused: the size %d x %d is not even", width, height);
+    return std::nullopt;
+  }
+  return size;
+}
+
 std::optional<BufferMemory> checkBuffer(const CallScope& call, JNIEnv* env, jobject buffer,
                                         const char* role, int64_t needed) {
   if (buffer == nullptr) {

@@ -40,6 +40,9 @@ struct ImageSize {
 /// - 1.
 std::optional<ImageSize> checkSize(const CallScope& call, jint width, jint height);
 
+/// The same for a frame, whose sides must also be even.
+std::optional<ImageSize> checkEvenSize(const CallScope& call, jint width, jint height);
+
 /// A direct buffer's memory.
 struct BufferMemory {
   uint8_t* address;

@@ -133,12 +133,8 @@ ALGORITHM_API void Java_com_orvik_camera_common_Native_YUVAlgorithm_rotateYUV(
   const alg::CallScope call(kTag,
                             "void Java_com_orvik_camera_common_Native_YUVAlgorithm_rotateYUV("
                             "JNIEnv*, jclass, jobject, jobject, jint, jint, jint)");
-  const auto size = alg::checkSize(call, width, height);
+  const auto size = alg::checkEvenSize(call, width, height);
   if (!size) {
-    return;
-  }
-  if (width % 2 != 0 || height % 2 != 0) {
-    call.fail("refused: a frame to rotate must have even sizes");
     return;
   }
   const auto src = alg::checkBuffer(call, env, source, "source", size->yuvBytes);

@@ -17,8 +17,9 @@ ALLOWED = {
     "pretty": {"base", "kernels", PUBLIC},
     "classic": {"base", "platform", "kernels", PUBLIC},
     "codec": {"base", "platform"},
+    "sfb": {"base", "platform"},
     "effect": {"base", "platform", "kernels", "convert", "threadpool", "pretty", PUBLIC},
-    "jni": {"base", "platform", "codec", "effect", PUBLIC},
+    "jni": {"base", "platform", "codec", "sfb", "effect", PUBLIC},
 }
 
 

@@ -116,14 +116,13 @@ void checkOptions(const NamedEffect& effect, const ApplyRequest& request) {
 }
 
 /// The user's pictures in the place of the device's; none when the user names none.
-std::unique_ptr<UserPictures> usersPictures(const NamedEffect& effect,
-                                            const ApplyRequest& request) {
-  std::unique_ptr<UserPictures> pictures;
+std::unique_ptr<UserDevice> usersPictures(const NamedEffect& effect, const ApplyRequest& request) {
+  std::unique_ptr<UserDevice> pictures;
   for (const auto& [option, file] : request.pictures) {
     if (!pictures) {
-      pictures = std::make_unique<UserPictures>();
+      pictures = std::make_unique<UserDevice>();
     }
-    pictures->add(file, optionOf(*effect.classic, option)->picture);
+    pictures->addPicture(file, optionOf(*effect.classic, option)->picture);
   }
   if (pictures) {
     if (const std::string trouble = pictureTrouble(*effect.classic); !trouble.empty()) {

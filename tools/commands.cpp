@@ -200,6 +200,36 @@ void addBlend(CLI::App& app, Options& options) {
   });
 }
 
+void addBeauty(CLI::App& app, Options& options) {
+  CLI::App& beauty = *app.add_subcommand("beauty", "Beautify faces with the device's engine");
+  BeautyRequest& request = options.beauty;
+  const auto addLevel = [&](const char* name, int& level, const char* description) {
+    beauty.add_option(name, level, description)
+        ->type_name("N")
+        ->capture_default_str()
+        ->check(CLI::Range(0, 100));
+  };
+  addLevel("--smooth", request.smooth, "skin smoothing, 0 to 100");
+  addLevel("--toning", request.toning, "skin toning, 0 to 100");
+  addLevel("--slimming", request.slimming, "face slimming, 0 to 100");
+  beauty
+      .add_option("--engine", request.engine,
+                  "engine library; without it, system/lib64/libSFB.so in ALGORITHM_DEVICE_ROOT")
+      ->type_name("FILE");
+  addQuality(beauty, request.quality);
+  addFile(beauty, "IN", request.input, "JPEG file");
+  addFile(beauty, "OUT", request.output, "file to write");
+  beauty.footer(
+      "The engine is a closed library of the device; none comes with this tool. It gets the photo\n"
+      "as an NV21 frame; one pixel is taken off a side with an odd number of them.\n\n"
+      "Example:\n"
+      "  camera-effects beauty --smooth 50 --engine libSFB.so portrait.jpg smooth.jpg");
+  setWork(beauty, options, [&request] {
+    beautifyPhoto(request);
+    return true;
+  });
+}
+
 void addGallery(CLI::App& app, Options& options) {
   CLI::App& gallery =
       *app.add_subcommand("gallery", "Make a web page that shows a photo under every effect");
@@ -226,6 +256,7 @@ void addCommands(CLI::App& app, Options& options) {
   addRotate(app, options);
   addResize(app, options);
   addBlend(app, options);
+  addBeauty(app, options);
   addGallery(app, options);
 }
 

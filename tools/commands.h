@@ -6,6 +6,7 @@
 #include <functional>
 
 #include "tools/apply.h"
+#include "tools/beauty.h"
 #include "tools/raw_frames.h"
 #include "tools/resize_blend.h"
 
@@ -26,6 +27,7 @@ struct Options {
   RotateRequest rotate{};
   ResizeRequest resize{{}, {}, {}, kDefaultQuality};
   BlendRequest blend{"mix", {}, {}, {}, {}, kDefaultQuality};
+  BeautyRequest beauty{60, 60, 30, {}, {}, {}, kDefaultQuality};  ///< the engine's default levels
   GalleryRequest gallery;
   std::function<bool()> work;
 };

@@ -31,19 +31,30 @@ void useSamplePictures() {
   }
 }
 
-UserPictures::UserPictures() : root_(fs::temp_directory_path() / "pictures") {
+UserDevice::UserDevice() : root_(fs::temp_directory_path() / "device") {
   constexpr int kReplace = 1;
   setenv(kVariable, root_.path().c_str(), kReplace);
-  fs::create_directories(devicePath(kPictureFolder));
 }
 
-void UserPictures::add(const fs::path& file, std::string_view name) {
+void UserDevice::addPicture(const fs::path& file, std::string_view name) {
   const std::string path = picturePath(name);
+  fs::create_directories(devicePath(kPictureFolder));
   writeFile(devicePath(path), readFile(file));
   Bitmap decoded;
   if (!decodePngFile(path.c_str(), decoded)) {
     throw UserError(fmt::format("{}: not a PNG, or damaged beyond decoding", file.string()));
   }
+}
+
+void UserDevice::addLibrary(const fs::path& file, std::string_view devicePath) {
+  std::error_code error;
+  const fs::path target = fs::canonical(file, error);
+  if (error) {
+    throw UserError(fmt::format("{}: {}", file.string(), error.message()));
+  }
+  const fs::path link = alg::devicePath(devicePath);
+  fs::create_directories(link.parent_path());
+  fs::create_symlink(target, link);
 }
 
 std::string picturePath(std::string_view name) { return fmt::format("{}{}", kPictureFolder, name); }

@@ -1,4 +1,4 @@
-// Where the tool finds the pictures of effects on a Linux machine.
+// Where the tool finds the device's files on a Linux machine.
 #pragma once
 
 #include <filesystem>
@@ -13,13 +13,15 @@ namespace alg::tool {
 /// set it. The folder is found relative to the executable, in the build tree and when installed.
 void useSamplePictures();
 
-/// A device root with nothing but the user's pictures, from construction to the end of the process;
+/// A device root with nothing but the user's files, from construction to the end of the process;
 /// its files go with the object.
-class UserPictures {
+class UserDevice {
  public:
-  UserPictures();
+  UserDevice();
   /// Takes a PNG file as the effects' picture `name`. Throws UserError.
-  void add(const std::filesystem::path& file, std::string_view name);
+  void addPicture(const std::filesystem::path& file, std::string_view name);
+  /// Puts a file in the place of a library of the device. Throws UserError.
+  void addLibrary(const std::filesystem::path& file, std::string_view devicePath);
 
  private:
   TemporaryFolder root_;

@@ -6,14 +6,13 @@
 #include <vector>
 
 #include "base/image_size.h"
-#include "effect/pipeline.h"
 #include "libalgorithm/effect_pipeline.h"
 #include "libalgorithm/yuv_convert.h"
 #include "tools/device_root.h"
 
 namespace alg::tool {
 
-bool applyEffect(const EffectTableEntry& effect, Photo& photo) {
+void throughFrame(Photo& photo, const std::function<void(const Frame&)>& work) {
   const int width = photo.width;
   const int height = photo.height;
   uint32_t* pixels = wordsOf(photo);
@@ -22,18 +21,24 @@ bool applyEffect(const EffectTableEntry& effect, Photo& photo) {
   const Frame frame{bytes.data(), chroma, width, height, width, width};
 
   decodeARGB2YVU_OpenGL(pixels, frame.y, frame.uv, width, height, width, width);
-  if (!runEffect(effect.name, frame)) {
-    throw std::bad_alloc();  // what decodes also fits the road's limits
-  }
+  work(frame);
   decodeYVU2ARGB_OpenGL(pixels, frame.y, frame.uv, width, height, width, width);
+}
+
+bool applyEffect(const EffectTableEntry& effect, Photo& photo) {
+  throughFrame(photo, [&](const Frame& frame) {
+    if (!runEffect(effect.name, frame)) {
+      throw std::bad_alloc();  // what decodes also fits the road's limits
+    }
+  });
 
   // The road says nothing about a picture it can't get; the lookup does.
   if (!effect.changesFrame() ||
-      effectTypeInit(effect.name, width, height).effectId == effect.effectId) {
+      effectTypeInit(effect.name, photo.width, photo.height).effectId == effect.effectId) {
     return true;
   }
-  noteUnchanged(effect.name,
-                cannotRead(width > height ? effect.landscapePicture : effect.portraitPicture));
+  noteUnchanged(effect.name, cannotRead(photo.width > photo.height ? effect.landscapePicture
+                                                                   : effect.portraitPicture));
   return false;
 }
 

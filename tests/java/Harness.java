@@ -9,6 +9,7 @@ import java.util.stream.Collectors;
 /** Base of the test programs: checks, guarded buffers, logged calls, colour arithmetic. */
 abstract class Harness {
   private static final String ANY_ERROR = "an error line of any text";
+  private static final String RECORD = "^(engine.4.process -1 ).*"; // it holds addresses
   private static final int MAX = Integer.MAX_VALUE;
   private static final int[][] BAD_SIZES = {
     {0, 8}, {8, 0}, {-8, 8}, {8, -8}, {-8, -8}, {8, 10}, {65536, 65536}, {65536, 32768},
@@ -77,20 +78,25 @@ abstract class Harness {
     Object run(ByteBuffer buffer, int width, int height);
   }
 
-  /** A native method as its log lines name it; its class is the log's tag. */
-  record Native(String returns, String owner, String name, String arguments) {
+  /** A native method as its log lines name it; the tag is its class's name as a rule. */
+  record Native(String tag, String name) {
+    Native(String returns, String owner, String method, String arguments) {
+      this(owner, returns + " Java_com_orvik_camera_common_Native_" + owner + "_" + method
+          + "(JNIEnv*, jclass, " + arguments + ")");
+    }
+
     String line(String end) {
-      return owner + "|6|" + returns + " Java_com_orvik_camera_common_Native_" + owner + "_" + name
-          + "(JNIEnv*, jclass, " + arguments + ") " + end;
+      return tag + "|6|" + name + " " + end;
     }
 
     /** Calls the method, which must not throw and log its two lines with `between` between. */
     <T> T call(String what, Supplier<T> body, String... between) {
       takeLog();
       T result = body.get();
-      List<String> log = takeLog().lines().collect(Collectors.toList());
+      List<String> log = takeLog().lines().map(line -> line.replaceAll(RECORD, "$1..."))
+          .collect(Collectors.toList());
       List<String> expected = new ArrayList<>(List.of(between));
-      if (expected.contains(ANY_ERROR) && log.size() == 3 && log.get(1).startsWith(owner + "|6|")) {
+      if (expected.contains(ANY_ERROR) && log.size() == 3 && log.get(1).startsWith(tag + "|6|")) {
         log.set(1, ANY_ERROR);
       }
       expected.add(0, line("E"));

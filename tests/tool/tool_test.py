@@ -1,4 +1,4 @@
-"""Drives camera-effects from outside: tool_test.py TOOL"""
+"""Drives camera-effects from outside: tool_test.py TOOL ENGINE"""
 import html
 import json
 import os
@@ -14,6 +14,7 @@ import time
 import unittest
 from pathlib import Path
 
+ENGINE = os.path.abspath(sys.argv.pop(2))
 TOOL = os.path.abspath(sys.argv.pop(1))
 
 
@@ -86,6 +87,23 @@ class ToolTest(unittest.TestCase):
         self.made("apply", "area", "photo.jpg", "--front", tall, "--mask", square, code=1, says="720x720.*720x960")
         self.made("apply", "area", "photo.jpg", says="front.png", ALGORITHM_DEVICE_ROOT="/none")
         self.assertFalse(list(Path(".").glob(".*")))
+
+    def test_beauty_with_a_stand_in_for_the_engine(self):
+        self.flat("grey.jpg", 100, 100, 100)
+        for options in ("--smooth=20 --toning=1 --slimming=0 --engine", "--smooth=0 --toning=0 --slimming=0"):
+            made = self.made("beauty", "grey.jpg", *options.split(), *[ENGINE] * options.endswith("engine"),
+                             "--quality=100", says="" if options.endswith("engine") else "stays as it is")
+            level = 122 if options.endswith("engine") else 98  # luma 85 of 100, and 20 more
+            self.assertEqual(made, self.flat("expected.jpg", level, level, level))
+        os.makedirs("root/system/lib64")
+        os.symlink(ENGINE, "root/system/lib64/libSFB.so")
+        before = sorted(Path(".").rglob("*"))
+        for command, says in (("raw --engine=raw", "raw: not a JPEG"), ("photo.jpg --engine=no", "no: No such file"),
+                              ("photo.jpg --engine=raw", "raw: not usable .*: "), ("photo.jpg", "libSFB.so: .*--engine"),
+                              ("photo.jpg --toning=99 --engine=" + ENGINE, "photo.jpg: .*code -7")):
+            self.run_tool("beauty", *command.split(), "none.jpg", code=1, says=says)
+        self.assertEqual(sorted(Path(".").rglob("*")), before)
+        self.made("beauty", "photo.jpg", ALGORITHM_DEVICE_ROOT="root")
 
     def test_raw_frames_take_the_format_and_the_turn_asked_for(self):
         def check(command, content, expected):

@@ -20,6 +20,7 @@ class DeviceRoot {
   DeviceRoot(const DeviceRoot&) = delete;
   DeviceRoot& operator=(const DeviceRoot&) = delete;
 
+  const std::string& root() const { return root_; }
   std::string path(const std::string& name) const {
     return root_ + "/data/data/com.android.camera/effect/" + name;
   }

@@ -12,7 +12,8 @@ std::atomic<int> loggedLines;
 static std::mutex mutex;
 static std::string lines;
 
-extern "C" int __android_log_print(int priority, const char* tag, const char* format, ...) {
+extern "C" [[gnu::visibility("default")]] int __android_log_print(int priority, const char* tag,
+                                                                  const char* format, ...) {
   char text[1024];
   va_list arguments;
   va_start(arguments, format);

@@ -10,8 +10,9 @@ import java.nio.ByteBuffer;
  * tag {@code CodecDataAlgorithm} and an untouched frame, never an exception.
  *
  * <p>The engine is a library of the device, {@code /system/lib64/libSFB.so}. It is loaded by the
- * first call that needs it and stays loaded; each call makes an engine of its own and releases it.
- * Calls must come <b>one at a time</b>.
+ * first call that needs it and stays loaded; while that fails, each call tries again. Each call makes
+ * an engine of its own and releases it. Calls may overlap: the engine works on one frame at a time,
+ * and further calls wait.
  */
 public final class SFBEngineAlgorithm {
   static {
@@ -31,7 +32,8 @@ public final class SFBEngineAlgorithm {
    *         one byte a pixel     one pair for each block of 2 x 2 pixels
    * </pre>
    *
-   * <p>Each level goes from 0 (off) to 100 (strongest) and only its low 8 bits reach the engine.
+   * <p>Each level goes from 0 (off) to 100 (strongest). No level is refused; the engine gets the low
+   * 8 bits.
    *
    * <table>
    *   <caption>Levels with a meaning of their own</caption>
@@ -40,7 +42,8 @@ public final class SFBEngineAlgorithm {
    *   <tr><td>60, 60, 30</td><td>the engine's default levels</td></tr>
    * </table>
    *
-   * <p>Without an engine on the device the log says so and the frame is left as it is.
+   * <p>Without an engine on the device the log says so and the frame is left as it is. Nothing tells
+   * of an error code of the engine but the log.
    *
    * @param frame the frame, 3 &times; width &times; height / 2 bytes; changed in place
    * @param width pixels per row, even

@@ -54,10 +54,8 @@
  * <p>A null or heap buffer, a buffer too small for the sizes given, a size below 1 or so large that
  * the image would pass {@link Integer#MAX_VALUE} bytes, a null name, a null or short array: the
  * method writes <b>one error line to the log</b> (priority ERROR, the class's name as tag) and
- * returns null or leaves the frame untouched. No method throws an exception (but
- * {@code SFBEngineAlgorithm.SFBProcess} an {@link UnsatisfiedLinkError}, as long as the library comes
- * without the engine's adapter), and none reads or
- * writes outside its buffers. Each method also logs a line on entry (ending in " E") and on exit
+ * returns null or leaves the frame untouched. No method throws an exception, and none
+ * reads or writes outside its buffers. Each method also logs a line on entry (ending in " E") and on exit
  * (" X").
  *
  * <h2>Threads</h2>

@@ -1,0 +1,27 @@
+#include "platform/dynamic_loader.h"
+
+#include <dlfcn.h>
+
+#include <new>
+
+#include "platform/device_path.h"
+
+namespace alg {
+
+void* loadLibrary(std::string_view path) {
+  try {
+    return dlopen(devicePath(path).c_str(), RTLD_NOW | RTLD_LOCAL);
+  } catch (const std::bad_alloc&) {
+    dlerror();  // an earlier text has nothing to do with it
+    return nullptr;
+  }
+}
+
+void* findSymbol(void* library, const char* name) { return dlsym(library, name); }
+
+const char* loaderError() {
+  const char* const text = dlerror();
+  return text != nullptr ? text : "no memory, or a symbol without a value";
+}
+
+}  // namespace alg

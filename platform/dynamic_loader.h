@@ -1,0 +1,23 @@
+// Libraries of the device that are loaded at run time.
+#pragma once
+
+#include <string_view>
+
+namespace alg {
+
+/// Loads the library at a device path, every symbol bound at once, so that a library that does not
+/// fit fails here and not in the middle of a frame. Null when it can't be loaded; loaderError()
+/// tells why, and a later call tries again.
+///
+/// A loaded library stays for the life of the process: it may have started threads or registered
+/// functions for the end of a thread or of the process, and all of those would run unmapped code
+/// after a dlclose().
+void* loadLibrary(std::string_view path);
+
+/// The address of a library's symbol; null when it has none.
+void* findSymbol(void* library, const char* name);
+
+/// What went wrong in this thread's last call here. Valid until its next one.
+const char* loaderError();
+
+}  // namespace alg

@@ -1,0 +1,125 @@
+#include "sfb/beauty_engine.h"
+
+#include <android/log.h>
+
+#include <cstddef>
+#include <mutex>
+
+#include "platform/dynamic_loader.h"
+
+namespace alg {
+
+SfbTenths sfbTenths;
+
+namespace {
+
+template <class... Values>
+[[gnu::format(printf, 1, 0)]] void log(const char* format, Values... values) {
+  __android_log_print(ANDROID_LOG_ERROR, "DOC_SFB", format, values...);
+}
+
+constexpr SfbLevels kDefaultLevels{1, 60, 60, 30};
+constexpr uint8_t kStrongest = 100;
+constexpr int kCreateArgument = 8;
+constexpr int kProcessArgument = -1;
+
+/// The engine library is called by one thread at a time.
+std::mutex engineMutex;
+VfbEngineCreate* pSfbEngineCreate = nullptr;  // null until the library is loaded
+
+/// Whether the factory is there; loads the library on the first call, and after each failure.
+bool loadFactory() {
+  if (pSfbEngineCreate != nullptr) {
+    return true;
+  }
+  log("Loading SFBEngine library ... ");
+  if (void* const library = loadLibrary(kSfbLibrary)) {
+    log("Loading function ... ");
+    pSfbEngineCreate = reinterpret_cast<VfbEngineCreate*>(findSymbol(library, "VfbEngineCreate"));
+  }
+  if (pSfbEngineCreate == nullptr) {
+    log("%s", loaderError());
+    log("loadSFBFunc failed...");
+  }
+  return pSfbEngineCreate != nullptr;
+}
+
+/// Configures the engine. Only the low 8 bits of a level fit.
+void configure(SfbEngine* engine, const SfbLevels& levels) {
+  SfbLevelBlock block{};
+  block.smooth = static_cast<uint8_t>(levels.smooth);
+  block.toning = static_cast<uint8_t>(levels.toning);
+  block.slimming = static_cast<uint8_t>(levels.slimming);
+  const SfbConfiguration configuration{block.smooth, block.toning, kStrongest, kStrongest, 1,
+                                       &block};
+  log("SetConfiguration s %d, t %d, l %d, sl %d, sc %d, ee %d, ec %d", block.smooth, block.toning,
+      block.slimming, configuration.sl, configuration.sc, block.ee, block.ec);
+  engine->operations->setConfiguration(engine, &configuration);
+  log("SetConfiguration finished");
+}
+
+}  // namespace
+
+SfbLevels sfbLevels(int smooth, int toning, int slimming) {
+  const SfbLevels& standard = kDefaultLevels;
+  int mode = 2;
+  if (smooth == 0 && toning == 0 && slimming == 0) {
+    mode = 0;
+  } else if (smooth == standard.smooth && toning == standard.toning &&
+             slimming == standard.slimming) {
+    mode = 1;
+  }
+  return {mode, smooth, toning, slimming};
+}
+
+void vfb_init_gtimage(GtImage* image, uint32_t format, int width, int height, int pitch,
+                      int planeRows, uint8_t* data) {
+  *image = {};
+  image->format = format;
+  image->width = static_cast<uint32_t>(width);
+  image->height = static_cast<uint32_t>(height);
+  image->plane[0] = {static_cast<uint32_t>(pitch), 0, data};
+  if (format == kGtTwoPlanes) {
+    image->plane[1] = {static_cast<uint32_t>(pitch), 0, data + std::ptrdiff_t{pitch} * planeRows};
+  } else if (format == kGtThreePlanes) {
+    const auto chromaPitch = static_cast<uint32_t>(width / 2);
+    const std::ptrdiff_t lumaBytes = std::ptrdiff_t{width} * height;
+    image->plane[1] = {chromaPitch, 0, data + lumaBytes};
+    image->plane[2] = {chromaPitch, 0, data + lumaBytes + lumaBytes / 4};
+  } else {
+    log("GT_FMT_UNKNOWN in init");
+  }
+}
+
+int SFBProcess(GtImage* image, const SfbLevels* levels) {
+  if (levels == nullptr || levels->mode == 0) {
+    return 0;
+  }
+  const std::lock_guard lock(engineMutex);
+  if (levels->mode == 2) {
+    sfbTenths = {levels->smooth / 10, levels->toning / 10, levels->slimming / 10};
+  }
+  log("mode:%d, slimming:%d, smooth:%d, toning:%d", levels->mode, levels->slimming, levels->smooth,
+      levels->toning);
+  if (!loadFactory()) {
+    return kSfbNotLoaded;
+  }
+  SfbEngine* engine = nullptr;
+  if (const int error =
+          pSfbEngineCreate(static_cast<int>(image->width), static_cast<int>(image->height),
+                           image->format, kCreateArgument, &engine);
+      error != 0) {
+    return error;
+  }
+  if (engine == nullptr) {
+    log("VfbEngineCreate gave no engine");
+    return kSfbNotLoaded;
+  }
+  configure(engine, levels->mode == 1 ? kDefaultLevels : *levels);
+  const int result = engine->operations->process(engine, kProcessArgument, image, 0, 0);
+  log("Process %d", result);
+  engine->operations->release(engine);
+  return result;
+}
+
+}  // namespace alg

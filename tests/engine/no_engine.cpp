@@ -1,0 +1,1 @@
+extern "C" int noFactoryHere() { return 0; }

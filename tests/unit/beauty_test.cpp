@@ -1,0 +1,184 @@
+// The adapter to the face-beauty engine, with a stand-in for the engine.
+#include "sfb/beauty_engine.h"
+
+#include <thread>
+
+#include "device_root.h"
+#include "log_capture.h"
+
+namespace {
+
+/// A device whose engine library is a copy of a file; it has none for "".
+class Device : public DeviceRoot {
+ public:
+  explicit Device(const std::string& library) {
+    std::filesystem::create_directories(root() + "/system/lib64");
+    if (!library.empty()) std::filesystem::copy_file(library, root() + alg::kSfbLibrary);
+  }
+};
+
+struct Call {
+  int result;
+  std::string log;
+  Bytes frame;
+  uint8_t* address;
+};
+
+Call beautify(int w, int h, int smooth, int toning, int slimming) {
+  Call call{0, "", noise(w * h * 3 / 2), nullptr};
+  call.address = call.frame.data();
+  alg::GtImage image;
+  alg::vfb_init_gtimage(&image, alg::kGtTwoPlanes, w, h, w, h, call.address);
+  const alg::SfbLevels levels = alg::sfbLevels(smooth, toning, slimming);
+  takeLog();
+  call.result = alg::SFBProcess(&image, &levels);
+  call.log = takeLog();
+  return call;
+}
+
+/// The frame as the stand-in leaves it.
+Bytes beautified(int w, int h, int smooth, int slimming) {
+  Bytes frame = noise(w * h * 3 / 2);
+  for (int i = 0; i < int(frame.size()); ++i) {
+    frame[zu(i)] = uint8_t(frame[zu(i)] + (i < w * h ? smooth : slimming));
+  }
+  return frame;
+}
+
+std::string hex(uint64_t value, int bytes) {
+  std::string text;
+  for (; bytes > 0; --bytes, value >>= 8) {
+    text += {"0123456789abcdef"[value >> 4 & 15], "0123456789abcdef"[value & 15]};
+  }
+  return text;
+}
+
+/// The bytes of an image record: pitch and address of each plane follow the head.
+std::string record(uint32_t format, int w, int h, std::vector<std::pair<int, uint8_t*>> planes) {
+  std::string text = hex(format, 4) + hex(uint64_t(w), 4) + hex(uint64_t(h), 4) + hex(0, 4);
+  planes.resize(4);
+  for (const auto& [pitch, address] : planes) {
+    text += hex(uint64_t(pitch), 8) + hex(reinterpret_cast<uint64_t>(address), 8);
+  }
+  return text;
+}
+
+TEST(Beauty, EachCallLooksForALibraryUntilThereIsOne) {
+  const std::string start =
+      "6 DOC_SFB: mode:2, slimming:3, smooth:1, toning:2\n"
+      "6 DOC_SFB: Loading SFBEngine library ... \n";
+  const std::string found = "6 DOC_SFB: Loading function ... \n", end = "loadSFBFunc failed...\n";
+  for (const std::string library : {"", __FILE__, NO_ENGINE}) {
+    const Device device(library);
+    const std::string lines = start + (library == NO_ENGINE ? found : "") + "6 DOC_SFB: ";
+    for (int attempt = 0; attempt < 2; ++attempt) {
+      const Call call = beautify(4, 2, 1, 2, 3);
+      EXPECT_EQ(call.result, -100);
+      EXPECT_TRUE(same(call.frame, noise(12)));
+      EXPECT_EQ(call.log.find(lines + device.root() + "/system/lib64/libSFB.so: "), 0u) << call.log;
+      EXPECT_EQ(call.log.find("\n6 DOC_SFB: " + end), call.log.size() - end.size() - 12);
+    }
+  }
+  const Device device(ENGINE);
+  EXPECT_EQ(beautify(4, 2, 1, 2, 3).log.find(start + found + "4 engine: create"), 0u);
+}
+
+/// The rest needs the engine loaded.
+class LoadedBeauty : public testing::Test {
+ protected:
+  void SetUp() override {
+    const Device device(ENGINE);
+    EXPECT_EQ(beautify(2, 2, 1, 1, 1).result, 0);
+  }
+};
+
+TEST_F(LoadedBeauty, TheEngineGetsExactBytes) {
+  const struct {
+    int smooth, toning, slimming, mode, s, t, l;
+    alg::SfbTenths tenths;
+  } rows[] = {
+      {300, 0, 0, 2, 44, 0, 0, {30, 0, 0}},   {50, 60, 30, 2, 50, 60, 30, {5, 6, 3}},
+      {60, 60, 30, 1, 60, 60, 30, {5, 6, 3}},  // the tenths are the call's before
+      {60, 61, 30, 2, 60, 61, 30, {6, 6, 3}}, {60, 60, 0, 2, 60, 60, 0, {6, 6, 0}},
+      {0, 0, 1, 2, 0, 0, 1, {0, 0, 0}},       {-1, -256, -19, 2, 255, 0, 237, {0, -25, -1}}};
+  for (const auto& row : rows) {
+    const Call call = beautify(20, 10, row.smooth, row.toning, row.slimming);
+    const auto text = [](const char* format, auto... values) {
+      char line[400];
+      std::snprintf(line, sizeof line, format, values...);
+      return std::string(line) + "\n";
+    };
+    const std::string levels = hex(uint64_t(row.s), 1) + hex(uint64_t(row.t), 1);
+    const std::string image =
+        record(0x30100002, 20, 10, {{20, call.address}, {20, call.address + 200}});
+    EXPECT_EQ(call.log,
+              text("6 DOC_SFB: mode:%d, slimming:%d, smooth:%d, toning:%d", row.mode, row.slimming,
+                   row.smooth, row.toning) +
+                  "4 engine: create 20 10 30100002 8\n" +
+                  text("6 DOC_SFB: SetConfiguration s %d, t %d, l %d, sl 100, sc 100, ee 0, ec 0",
+                       row.s, row.t, row.l) +
+                  "4 engine: configuration " + levels + "646401000000 00000000" + levels +
+                  hex(uint64_t(row.l), 1) + "0000\n" + "6 DOC_SFB: SetConfiguration finished\n" +
+                  "4 engine: process -1 " + image + " 0 0\n" + "6 DOC_SFB: Process 0\n" +
+                  "4 engine: release\n");
+    EXPECT_EQ(call.result, 0);
+    EXPECT_TRUE(same(call.frame, beautified(20, 10, row.s, row.l)));
+    EXPECT_EQ(std::memcmp(&alg::sfbTenths, &row.tenths, sizeof row.tenths), 0);
+  }
+  EXPECT_EQ(beautify(20, 10, 0, 0, 0).log, "");
+  EXPECT_EQ(alg::SFBProcess(nullptr, nullptr), 0);
+}
+
+TEST_F(LoadedBeauty, OtherFormatsAreDescribedToo) {
+  uint8_t data[90];
+  alg::GtImage image;
+  const auto bytes = [&] {
+    std::string text;
+    for (std::size_t i = 0; i < 80; ++i) text += hex(reinterpret_cast<uint8_t*>(&image)[i], 1);
+    return text;
+  };
+  takeLog();
+  alg::vfb_init_gtimage(&image, 0x30200001, 6, 10, 8, 9, data);
+  EXPECT_EQ(bytes(), record(0x30200001, 6, 10, {{8, data}, {3, data + 60}, {3, data + 75}}));
+  EXPECT_EQ(takeLog(), "");
+  alg::vfb_init_gtimage(&image, 7, 6, 10, 8, 9, data);
+  EXPECT_EQ(bytes(), record(7, 6, 10, {{8, data}}));
+  EXPECT_EQ(takeLog(), "6 DOC_SFB: GT_FMT_UNKNOWN in init\n");
+}
+
+TEST_F(LoadedBeauty, FailuresOfTheEngineAreReturned) {
+  const struct {
+    int width, toning, result;
+    std::string end;
+    bool releases;
+  } rows[] = {{6, 1, 66, "4 engine: create 6 4 30100002 8\n", false},
+              {8, 1, -100, "6 DOC_SFB: VfbEngineCreate gave no engine\n", false},
+              {10, 99, -7, "6 DOC_SFB: Process -7\n4 engine: release\n", true}};
+  for (const auto& row : rows) {
+    const Call call = beautify(row.width, 4, 1, row.toning, 1);
+    EXPECT_EQ(call.result, row.result);
+    EXPECT_EQ(call.log.find(row.end), call.log.size() - row.end.size()) << call.log;
+    EXPECT_EQ(call.log.find("release") != std::string::npos, row.releases);
+    EXPECT_TRUE(same(call.frame, noise(row.width * 6)));
+  }
+}
+
+TEST_F(LoadedBeauty, CallsFromSeveralThreadsQueueUp) {
+  std::vector<std::thread> threads;
+  for (int t = 1; t <= 4; ++t) {
+    threads.emplace_back([t] {
+      for (int round = 0; round < 50; ++round) {
+        Bytes frame = noise(64 * 48 * 3 / 2);
+        alg::GtImage image;
+        alg::vfb_init_gtimage(&image, alg::kGtTwoPlanes, 64, 48, 64, 48, frame.data());
+        const alg::SfbLevels levels = alg::sfbLevels(t, 0, 2 * t);
+        EXPECT_EQ(alg::SFBProcess(&image, &levels), 0);
+        EXPECT_TRUE(same(frame, beautified(64, 48, t, 2 * t)));
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(takeLog().find("two engines"), std::string::npos);
+}
+
+}  // namespace
