@@ -24,16 +24,19 @@ struct Call {
   uint8_t* address;
 };
 
-Call beautify(int w, int h, int smooth, int toning, int slimming) {
+Call beautify(int w, int h, const alg::SfbLevels& levels) {
   Call call{0, "", noise(w * h * 3 / 2), nullptr};
   call.address = call.frame.data();
   alg::GtImage image;
   alg::vfb_init_gtimage(&image, alg::kGtTwoPlanes, w, h, w, h, call.address);
-  const alg::SfbLevels levels = alg::sfbLevels(smooth, toning, slimming);
   takeLog();
   call.result = alg::SFBProcess(&image, &levels);
   call.log = takeLog();
   return call;
+}
+
+Call beautify(int w, int h, int smooth, int toning, int slimming) {
+  return beautify(w, h, alg::sfbLevels(smooth, toning, slimming));
 }
 
 /// The frame as the stand-in leaves it.
@@ -125,6 +128,7 @@ TEST_F(LoadedBeauty, TheEngineGetsExactBytes) {
     EXPECT_TRUE(same(call.frame, beautified(20, 10, row.s, row.l)));
     EXPECT_EQ(std::memcmp(&alg::sfbTenths, &row.tenths, sizeof row.tenths), 0);
   }
+  EXPECT_TRUE(same(beautify(20, 10, {1, 5, 6, 7}).frame, beautified(20, 10, 60, 30)));
   EXPECT_EQ(beautify(20, 10, 0, 0, 0).log, "");
   EXPECT_EQ(alg::SFBProcess(nullptr, nullptr), 0);
 }
