@@ -41,9 +41,6 @@ uint8_t japanTone(int v) {
 
 uint8_t japanRed(int v) { return static_cast<uint8_t>((japanTone(v) - 20.0) * 1.085); }
 
-/// How much pink pulls red up and green and blue down: positive below 128, negative above.
-int pinkShift(int v) { return ((v - 128) * v * (v - 255)) >> 16; }
-
 uint8_t pinkFinish(int v) { return unitToByte(saturatingMix(unit(v), 0.5)); }
 
 int beautifulKnee(int v) {
@@ -59,36 +56,42 @@ uint8_t beautifulRise(int v) {
 uint8_t beautifulRedGreen(int v) { return beautifulRise(beautifulKnee(v)); }
 uint8_t beautifulBlue(int v) { return beautifulRise(((beautifulKnee(v) * 205) >> 8) + 20); }
 
-template <class Before0, class Before12, class After>
-alg::SoftLightCurves makeSoftLightCurves(Before0 before0, Before12 before12, After after) {
-  alg::SoftLightCurves curves;
-  for (int v = 0; v < 256; ++v) {
-    curves.before[0][v] = static_cast<uint8_t>(before0(v));
-    curves.before[1][v] = curves.before[2][v] = static_cast<uint8_t>(before12(v));
-    curves.after[v] = static_cast<uint8_t>(after(v));
-  }
-  return curves;
+}  // namespace
+
+namespace alg {
+
+const SoftLightEffect& japanEffect() {
+  static const SoftLightEffect kEffect = {SoftLightEffect::Order::kCurvesThenBlend,
+                                          makeCurves(japanRed, japanTone, japanTone)};
+  return kEffect;
 }
 
-}  // namespace
+const SoftLightEffect& pinkEffect() {
+  static const SoftLightEffect kEffect = {SoftLightEffect::Order::kPinkThenBlendThenCurves,
+                                          makeCurves(pinkFinish, pinkFinish, pinkFinish)};
+  return kEffect;
+}
+
+const Curves& beautifulCurves() {
+  static const Curves kCurves = makeCurves(beautifulRedGreen, beautifulRedGreen, beautifulBlue);
+  return kCurves;
+}
+
+}  // namespace alg
 
 void PrettyJapan(unsigned char* src, unsigned char* dst, int width, int height,
                  unsigned char* overlay, int overlayWidth, int overlayHeight) {
-  static const alg::SoftLightCurves kCurves =
-      makeSoftLightCurves(japanRed, japanTone, [](int v) { return v; });
-  alg::blendSoftLight(src, dst, width, height, {overlay, overlayWidth, overlayHeight}, kCurves);
+  alg::blendSoftLight(src, dst, width, height, {overlay, overlayWidth, overlayHeight},
+                      alg::japanEffect());
 }
 
 void PrettyPink(unsigned char* src, unsigned char* dst, int width, int height,
                 unsigned char* overlay, int overlayWidth, int overlayHeight) {
-  static const alg::SoftLightCurves kCurves = makeSoftLightCurves(
-      [](int v) { return v + pinkShift(v); }, [](int v) { return v - pinkShift(v); }, pinkFinish);
-  alg::blendSoftLight(src, dst, width, height, {overlay, overlayWidth, overlayHeight}, kCurves);
+  alg::blendSoftLight(src, dst, width, height, {overlay, overlayWidth, overlayHeight},
+                      alg::pinkEffect());
 }
 
 void PrettyBeautiful(unsigned char* src, unsigned char* dst, int width, int height,
                      unsigned char* /*overlay*/, int /*overlayWidth*/, int /*overlayHeight*/) {
-  static const alg::Curves kCurves =
-      alg::makeCurves(beautifulRedGreen, beautifulRedGreen, beautifulBlue);
-  alg::mapCurves(src, dst, width, height, kCurves);
+  alg::mapCurves(src, dst, width, height, alg::beautifulCurves());
 }
