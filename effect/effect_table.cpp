@@ -16,6 +16,11 @@ namespace {
 constexpr char kTag[] = "KAVRO_Effect_Function";
 using OnMissing = EffectTableEntry::OnMissingPicture;
 
+/// It has a picture, but doesn't look at it.
+void beautiful(unsigned char* src, unsigned char* dst, int width, int height) {
+  PrettyBeautiful(src, dst, width, height, nullptr, 0, 0);
+}
+
 constexpr EffectTableEntry kTable[] = {
     {"LOMO_effect", 0, 4, "effect_lomo.png", "effect_lomo.png", OnMissing::kLog},
     {"cross-process", 1, 4},
@@ -47,19 +52,19 @@ constexpr EffectTableEntry kTable[] = {
      .stripCount = 4,
      .portraitPicture = "sucai0.png",
      .landscapePicture = "sucai0_r.png",
-     .overlayFilter = PrettyBeautiful},
+     .filter = beautiful},
     {.name = "PrettyPink",
      .effectId = 26,
      .stripCount = 4,
      .portraitPicture = "sucai0.png",
      .landscapePicture = "sucai0_r.png",
-     .overlayFilter = PrettyPink},
+     .softLight = pinkEffect},
     {.name = "PrettyJapan",
      .effectId = 27,
      .stripCount = 4,
      .portraitPicture = "sucai3.png",
      .landscapePicture = "sucai3.png",
-     .overlayFilter = PrettyJapan},
+     .softLight = japanEffect},
 };
 
 void reportPicture(EffectTypeInfo& info) {

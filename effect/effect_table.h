@@ -4,11 +4,11 @@
 #include <cstdint>
 #include <span>
 
+#include "pretty/soft_light.h"
+
 namespace alg {
 
 using SimpleFilter = void(unsigned char* src, unsigned char* dst, int width, int height);
-using OverlayFilter = void(unsigned char* src, unsigned char* dst, int width, int height,
-                           unsigned char* overlay, int overlayWidth, int overlayHeight);
 
 struct EffectTableEntry {
   /// What a missing or undecodable picture does, beside turning the effect into kNoEffect.
@@ -27,9 +27,9 @@ struct EffectTableEntry {
   bool flagsLandscape = false;  ///< effectFlag is -1 on a landscape frame
   // What the road runs; a name with neither passes the frame through.
   SimpleFilter* filter = nullptr;
-  OverlayFilter* overlayFilter = nullptr;
+  const SoftLightEffect& (*softLight)() = nullptr;  // of an effect that looks at its picture
 
-  bool changesFrame() const { return filter != nullptr || overlayFilter != nullptr; }
+  bool changesFrame() const { return filter != nullptr || softLight != nullptr; }
 };
 
 /// The identifier of unknown names and missing pictures.

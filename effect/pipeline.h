@@ -1,23 +1,18 @@
 // The effect road, with an answer for callers inside the library.
 #pragma once
 
-#include <cstdint>
+#include "effect/frame_strips.h"
 
 namespace alg {
 
-/// An NV21 frame in memory, with its strides in bytes.
-struct Frame {
-  uint8_t* y;
-  uint8_t* uv;
-  int width;
-  int height;
-  int yStride;
-  int uvStride;
+enum class Road : uint8_t {
+  kFastest,  ///< in one pass where the frame allows it
+  kPhases    ///< the definition: three phases over the whole frame
 };
 
 /// Runs the named effect on the frame, in place. Runs queue up behind one process-wide lock.
-/// Returns false, with the frame untouched, when the work images don't fit into 2^31 - 1 bytes or
-/// memory, or the pool can't start. A size below 1 does nothing.
-bool runEffect(const char* effectName, const Frame& frame);
+/// Returns false, with the frame untouched, when memory is short or the pool can't start; or when a
+/// frame that needs work images has larger ones than 2^31 - 1 bytes. A size below 1 does nothing.
+bool runEffect(const char* effectName, const Frame& frame, Road road = Road::kFastest);
 
 }  // namespace alg

@@ -87,7 +87,7 @@ void pinkLightPixelsPlain(const uint8_t* src, const uint8_t* overlay, uint8_t* d
 SoftLightImage::SoftLightImage(const SoftLightEffect& effect, const Overlay& overlay, int width,
                                int height)
     : effect_(effect), overlay_(overlay), width_(width), height_(height) {
-  if (width < 1 || height < 1 || overlay.width < 1 || overlay.height < 1) {
+  if (nothingToDo()) {
     return;
   }
   const auto columns = static_cast<std::size_t>(width);

@@ -43,6 +43,9 @@ class SoftLightImage {
   /// The effect and the overlay's pixels must outlive this.
   SoftLightImage(const SoftLightEffect& effect, const Overlay& overlay, int width, int height);
 
+  /// Whether work memory for the rows could be had.
+  bool ready() const { return work_ != nullptr || nothingToDo(); }
+
   /// Does rows firstRow..firstRow + rows - 1 of the image, src and dst pointing at the first of
   /// them. Pixels go in memory order, each read whole before it is written, so that src and dst may
   /// overlap in any way. Does nothing when a size of the image or the overlay is below 1 or work
@@ -50,6 +53,9 @@ class SoftLightImage {
   void mapRows(const uint8_t* src, uint8_t* dst, int firstRow, int rows);
 
  private:
+  bool nothingToDo() const {
+    return width_ < 1 || height_ < 1 || overlay_.width < 1 || overlay_.height < 1;
+  }
   const uint8_t* stretchedRow(int imageRow);
 
   const SoftLightEffect& effect_;

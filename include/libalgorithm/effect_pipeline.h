@@ -4,6 +4,9 @@
 //   frame (NV21) --YUV2RGB--> gCLAHE_Rgb_Buffer_in --EffectFunction--> gCLAHE_Rgb_Buffer_out
 //        ^                        (4 strips)             (1 or 4 strips)        |
 //        +---------------------------- RGB2YUV (4 strips) ---------------------+
+//
+// Frames with even sizes and chroma rows without gaps take the three steps a few rows at a time
+// within each of four strips, with the same result, and need no work images.
 #pragma once
 
 #include <cstdint>
@@ -61,7 +64,7 @@ struct StripRange {
   int32_t imageHeight;
 };
 
-/// The two work images of the running effect, width x height x 3 bytes each; null between runs.
+/// The two work images, width x height x 3 bytes each, of a run that needs them; null between runs.
 ALGORITHM_API extern uint8_t* gCLAHE_Rgb_Buffer_in;
 ALGORITHM_API extern uint8_t* gCLAHE_Rgb_Buffer_out;
 

@@ -5,6 +5,7 @@
 #include <thread>
 
 #include "device_root.h"
+#include "effect/pipeline.h"
 #include "libalgorithm/effect_pipeline.h"
 #include "libalgorithm/thread_pool.h"
 #include "log_capture.h"
@@ -29,12 +30,19 @@ void check(const ref::Effect& effect, const Pictures& pictures, int width, int h
   SCOPED_TRACE(testing::Message() << effect.name << " " << width << "x" << height << " " << pad);
   const ref::Frame f{width, height, width + pad, width + pad};
   const Guarded luma(noise(f.yStride * (height - 1) + width)), chroma(noise(ref::chromaBytes(f)));
-  Bytes expectedLuma = luma.bytes(), expectedChroma = chroma.bytes();
+  const Bytes startLuma = luma.bytes(), startChroma = chroma.bytes();
+  Bytes expectedLuma = startLuma, expectedChroma = startChroma;
   const auto picture = pictures.find(width > height ? effect.landscapePicture : effect.picture);
   ref::road(effect, picture == pictures.end() ? nullptr : &picture->second, expectedLuma.data(),
             expectedChroma.data(), f);
   KAVRO_PrettyEffect_Function(effect.name.c_str(), nullptr, luma.data(), chroma.data(), height,
                               width, f.yStride, f.uvStride);
+  if (const Guarded y(startLuma), uv(startChroma); true) {
+    EXPECT_TRUE(alg::runEffect(effect.name.c_str(),
+                               {y.data(), uv.data(), width, height, f.yStride, f.uvStride},
+                               alg::Road::kPhases));
+    EXPECT_TRUE(same(y.bytes(), expectedLuma) && same(uv.bytes(), expectedChroma)) << "phases";
+  }
   EXPECT_TRUE(same(luma.bytes(), expectedLuma));
   EXPECT_TRUE(same(chroma.bytes(), expectedChroma));
 }
@@ -63,6 +71,7 @@ TEST(Road, SmallOddAndPaddedFramesAreClippedToTheFrame) {
         check(ref::kEffects[id], pictures, width, height);
     }
     for (const int height : {32, 36, 38}) check(ref::kEffects[id], pictures, 20, height, 12);
+    check(ref::kEffects[id], pictures, 4100, 36);  // several bands in a strip
     for (const auto& [width, height] : kSizesBelowOne) {
       KAVRO_PrettyEffect_Function("PrettyBlue", "", nullptr, nullptr, height, width, width, width);
     }
