@@ -50,11 +50,14 @@ void decodeFrame(RowFormat format, uint8_t* pixels, const Planes<const uint8_t>&
   ChromaCursor cursor(width, height, planes.uvStride, ChromaCursor::Direction::kDecode);
   const std::size_t pitch = pixelBytes(format) * static_cast<std::size_t>(width);
   const auto decodeBlockRow = [&](int row, int x, int count, const uint8_t* pairs) {
-    const std::size_t firstByte = pixelBytes(format) * static_cast<std::size_t>(x);
-    for (int r = row; r < std::min(row + 2, height); ++r) {
-      decodeRow(format, lumaRow(planes, r) + x, pairs,
-                pixels + pitch * static_cast<std::size_t>(r) + firstByte,
-                static_cast<std::size_t>(count));
+    const uint8_t* luma = lumaRow(planes, row) + x;
+    uint8_t* to = pixels + pitch * static_cast<std::size_t>(row) +
+                  pixelBytes(format) * static_cast<std::size_t>(x);
+    if (row + 1 < height) {
+      decodeRowPair(format, luma, planes.yStride, pairs, to, static_cast<std::ptrdiff_t>(pitch),
+                    static_cast<std::size_t>(count));
+    } else {
+      decodeRow(format, luma, pairs, to, static_cast<std::size_t>(count));
     }
   };
   for (int row = 0; row < height; row += 2) {
@@ -81,23 +84,23 @@ void encodeFrame(RowFormat format, const uint8_t* pixels, const Planes<uint8_t>&
   const std::size_t pitch = pixelBytes(format) * static_cast<std::size_t>(width);
   for (int row = 0; row < height; row += 2) {
     const int bottom = std::min(row + 1, height - 1);
-    for (int r = row; r <= bottom; ++r) {
-      encodeLumaRow(format, pixels + pitch * static_cast<std::size_t>(r), lumaRow(planes, r),
+    if (row < bottom) {
+      encodeLumaRow(format, pixels + pitch * static_cast<std::size_t>(row), lumaRow(planes, row),
                     static_cast<std::size_t>(width));
     }
     // A block's chroma is that of its bottom-left pixel.
     const uint8_t* bottomPixels = pixels + pitch * static_cast<std::size_t>(bottom);
     if (cursor.contiguous()) {
       const std::size_t blockRow = static_cast<std::size_t>(row) / 2;
-      encodeChromaRow(format, bottomPixels, planes.chroma + blockRow * pairBytes(width),
-                      static_cast<std::size_t>(width));
+      encodeRow(format, bottomPixels, lumaRow(planes, bottom),
+                planes.chroma + blockRow * pairBytes(width), static_cast<std::size_t>(width));
       continue;
     }
     uint8_t pairs[kChunk];
     for (int x = 0; x < width; x += kChunk) {
       const int count = std::min(kChunk, width - x);
-      encodeChromaRow(format, bottomPixels + pixelBytes(format) * static_cast<std::size_t>(x),
-                      pairs, static_cast<std::size_t>(count));
+      encodeRow(format, bottomPixels + pixelBytes(format) * static_cast<std::size_t>(x),
+                lumaRow(planes, bottom) + x, pairs, static_cast<std::size_t>(count));
       scatterPairs(cursor, pairs, planes.chroma, count);
     }
   }

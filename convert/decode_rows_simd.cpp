@@ -1,0 +1,368 @@
+// Vector twins of the decoding row kernels, compiled once per vector target.
+//
+// Even and odd pixels are kept apart, so that the chroma pairs fit them lane by lane without being
+// doubled; the arithmetic of a pair serves the two pixels of two rows. A channel is the integer
+// part of level + chroma, where level = 76310 (Y - 16). As 76310 is even, the last fraction bit
+// never carries, and 15 bits of fraction are enough.
+#include <cstring>
+
+#include "convert/bt601.h"
+#include "convert/convert_rows.h"
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "convert/decode_rows_simd.cpp"
+#include "hwy/foreach_target.h"  // IWYU pragma: keep
+#include "hwy/highway.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace alg::HWY_NAMESPACE {
+
+#if HWY_TARGET != HWY_AVX2 && HWY_TARGET != HWY_NEON
+
+// Without vectors the definition is the fastest there is.
+void decodeRowsVector(RowFormat format, const uint8_t* const (&luma)[2], const uint8_t* chroma,
+                      uint8_t* const (&pixels)[2], std::size_t width) {
+  for (int row = 0; row < 2 && luma[row] != nullptr; ++row) {
+    decodeRowPlain(format, luma[row], chroma, pixels[row], width);
+  }
+}
+
+#else
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+using Bytes = hn::ScalableTag<uint8_t>;
+using ByteVector = hn::Vec<Bytes>;
+
+#if HWY_TARGET == HWY_NEON
+
+constexpr std::size_t kBlock = 16;  // pixels a step
+
+// The chroma part of a channel for the eight pairs of a block, 16 fraction bits, offsets included.
+// It may be negative: sums with a level wrap to the right one.
+struct ChromaTerm {
+  uint32x4_t low, high;
+};
+
+struct ChromaTerms {
+  ChromaTerm b, g, r;
+};
+
+// What the offsets of the samples come to in a channel.
+constexpr uint32_t offsetOf(int32_t factors) {
+  return static_cast<uint32_t>(-bt601::kLumaGain * bt601::kLumaOffset -
+                               factors * bt601::kChromaOffset);
+}
+
+// factor * sample + offset; a factor above 16 bits multiplies in two parts.
+template <int32_t kFactor>
+ChromaTerm gain(uint8x8_t sample) {
+  constexpr auto kHalf = static_cast<uint16_t>(kFactor / 2 < 0xFFFF ? kFactor / 2 : 0xFFFF);
+  constexpr auto kRest = static_cast<uint16_t>(kFactor - 2 * kHalf);
+  const uint16x8_t once = vmovl_u8(sample), twice = vshll_n_u8(sample, 1);
+  const uint32x4_t offset = vdupq_n_u32(offsetOf(kFactor));
+  return {vmlal_n_u16(vmlal_n_u16(offset, vget_low_u16(twice), kHalf), vget_low_u16(once), kRest),
+          vmlal_high_n_u16(vmlal_high_n_u16(offset, twice, kHalf), once, kRest)};
+}
+
+template <RowFormat kFormat>
+ChromaTerms chromaTerms(const uint8_t* chroma) {
+  const uint8x8x2_t pairs = vld2_u8(chroma);
+  const uint8x8_t u = pairs.val[kFormat == RowFormat::kArgbVU ? 1 : 0];
+  const uint8x8_t v = pairs.val[kFormat == RowFormat::kArgbVU ? 0 : 1];
+  constexpr auto kFromU = static_cast<uint16_t>(-bt601::kGreenFromU);
+  constexpr auto kFromV = static_cast<uint16_t>(-bt601::kGreenFromV);
+  const uint16x8_t u16 = vmovl_u8(u), v16 = vmovl_u8(v);
+  const uint32x4_t offset = vdupq_n_u32(offsetOf(bt601::kGreenFromU + bt601::kGreenFromV));
+  const ChromaTerm green = {
+      vmlsl_n_u16(vmlsl_n_u16(offset, vget_low_u16(u16), kFromU), vget_low_u16(v16), kFromV),
+      vmlsl_high_n_u16(vmlsl_high_n_u16(offset, u16, kFromU), v16, kFromV)};
+  return {gain<bt601::kBlueFromU>(u), green, gain<bt601::kRedFromV>(v)};
+}
+
+struct Level {
+  uint32x4_t low, high;
+};
+
+// 76310 Y as 2 Y times half of it, which fits 16 bits.
+Level levelOf(uint8x8_t luma) {
+  static_assert(bt601::kLumaGain % 2 == 0 && bt601::kLumaGain / 2 <= 0xFFFF);
+  const uint16x8_t twice = vshll_n_u8(luma, 1);
+  constexpr auto kHalf = static_cast<uint16_t>(bt601::kLumaGain / 2);
+  return {vmull_n_u16(vget_low_u16(twice), kHalf), vmull_high_n_u16(twice, kHalf)};
+}
+
+// The channel of eight pixels, saturated, in the upper byte of each lane:
+//
+//   level      iiii iiii . ffff ffff     32 bits
+//   + chroma   iiii iiii . ffff ffff
+//   ADDHN      iiii iiii                 16 bits, signed
+//   SQSHLU     cccc ....                 0..255 in the upper byte
+ByteVector channel(const Level& level, const ChromaTerm& term) {
+  const uint16x8_t whole = vaddhn_high_u32(vaddhn_u32(level.low, term.low), level.high, term.high);
+  return ByteVector(vreinterpretq_u8_u16(vqshluq_n_s16(vreinterpretq_s16_u16(whole), 8)));
+}
+
+template <RowFormat kFormat>
+void decodeBlock(const uint8_t* luma, const ChromaTerms& terms, uint8_t* pixels) {
+  const uint8x8x2_t columns = vld2_u8(luma);
+  const Level even = levelOf(columns.val[0]), odd = levelOf(columns.val[1]);
+  const auto both = [&](const ChromaTerm& term) HWY_ATTR {
+    return vtrn2q_u8(channel(even, term).raw, channel(odd, term).raw);
+  };
+  if constexpr (kFormat == RowFormat::kPackedUV) {
+    vst3q_u8(pixels, uint8x16x3_t{both(terms.b), both(terms.g), both(terms.r)});
+  } else {
+    vst4q_u8(pixels, uint8x16x4_t{both(terms.b), both(terms.g), both(terms.r), vdupq_n_u8(0xFF)});
+  }
+}
+
+#else  // AVX2
+
+using Shorts = hn::Repartition<int16_t, Bytes>;
+using UShorts = hn::Repartition<uint16_t, Bytes>;
+using Words = hn::Repartition<uint32_t, Bytes>;
+using ShortVector = hn::Vec<Shorts>;
+
+constexpr std::size_t kBlock = hn::MaxLanes(Bytes());  // pixels a step
+constexpr int kFractionMask = 0x7FFF;
+
+// The chroma part of a channel for sixteen pairs: integer part and 15 bits of fraction.
+struct ChromaTerm {
+  ShortVector whole, fraction;
+};
+
+struct ChromaTerms {
+  ChromaTerm b, g, r;
+};
+
+ShortVector set(int value) { return hn::Set(Shorts(), static_cast<int16_t>(value)); }
+
+ShortVector upperHalves(ShortVector value) {  // shifted down as unsigned
+  return hn::BitCast(Shorts(), hn::ShiftRight<1>(hn::BitCast(UShorts(), value)));
+}
+
+// Samples of a block as even (lower) and odd (upper) bytes of 16-bit lanes. Pixel words leave the
+// unpacking in fours, by turns from the lower and the upper half of the vector: here they are put
+// where they will leave in order.
+template <RowFormat kFormat>
+ShortVector loadSamples(const uint8_t* samples) {
+  const ByteVector bytes = hn::LoadU(Bytes(), samples);
+  if constexpr (kFormat == RowFormat::kPackedUV) {
+    return hn::BitCast(Shorts(), bytes);
+  } else {
+    alignas(32) static constexpr int32_t kFours[8] = {0, 2, 4, 6, 1, 3, 5, 7};
+    const Words words;
+    return hn::BitCast(Shorts(), hn::TableLookupLanes(hn::BitCast(words, bytes),
+                                                      hn::SetTableIndices(words, kFours)));
+  }
+}
+
+ShortVector evenBytes(ShortVector samples) { return hn::And(samples, set(0xFF)); }
+
+ShortVector oddBytes(ShortVector samples) {
+  return hn::BitCast(Shorts(), hn::ShiftRight<8>(hn::BitCast(UShorts(), samples)));
+}
+
+// factor * sample, where the factor is a little off a multiple of 65536.
+template <int32_t kFactor>
+ChromaTerm gain(ShortVector sample) {
+  constexpr int32_t kWhole = (kFactor + 0x8000) >> 16;
+  static_assert(kWhole == 2);
+  const ShortVector rest = set(kFactor - kWhole * 65536);
+  return {hn::Add(hn::MulHigh(sample, rest), hn::Add(sample, sample)),
+          upperHalves(hn::Mul(sample, rest))};
+}
+
+// Green has two products: 32-bit sums of lanes (u, v), in the order in which they are packed again.
+ChromaTerm greenTerm(ShortVector u, ShortVector v) {
+  static_assert(bt601::kGreenFromV >= -0x18000 && bt601::kGreenFromU >= -0x8000);
+  constexpr int32_t kRest = bt601::kGreenFromV + 65536;
+  const __m256i factors = _mm256_set1_epi32((kRest << 16) | (bt601::kGreenFromU & 0xFFFF));
+  const __m256i low = _mm256_madd_epi16(_mm256_unpacklo_epi16(u.raw, v.raw), factors);
+  const __m256i high = _mm256_madd_epi16(_mm256_unpackhi_epi16(u.raw, v.raw), factors);
+  const ShortVector whole{
+      _mm256_packs_epi32(_mm256_srai_epi32(low, 16), _mm256_srai_epi32(high, 16))};
+  const __m256i zero = _mm256_setzero_si256();
+  const ShortVector fraction{_mm256_packus_epi32(_mm256_blend_epi16(low, zero, 0xAA),
+                                                 _mm256_blend_epi16(high, zero, 0xAA))};
+  return {hn::Sub(whole, v), upperHalves(fraction)};
+}
+
+template <RowFormat kFormat>
+ChromaTerms chromaTerms(const uint8_t* chroma) {
+  const ShortVector pairs = loadSamples<kFormat>(chroma);
+  const ShortVector first = hn::Sub(evenBytes(pairs), set(bt601::kChromaOffset));
+  const ShortVector second = hn::Sub(oddBytes(pairs), set(bt601::kChromaOffset));
+  const ShortVector u = kFormat == RowFormat::kArgbVU ? second : first;
+  const ShortVector v = kFormat == RowFormat::kArgbVU ? first : second;
+  return {gain<bt601::kBlueFromU>(u), greenTerm(u, v), gain<bt601::kRedFromV>(v)};
+}
+
+// 76310 (Y - 16): integer part, and what its 15 bits of fraction lack to the largest.
+struct Level {
+  ShortVector whole, missing;
+};
+
+Level levelOf(ShortVector luma) {
+  constexpr int32_t kRest = bt601::kLumaGain - 65536;
+  static_assert(kRest % 2 == 0);
+  const ShortVector y = hn::Sub(luma, set(bt601::kLumaOffset));
+  return {hn::Add(hn::MulHigh(y, set(kRest)), y),
+          hn::AndNot(hn::Mul(y, set(kRest / 2)), set(kFractionMask))};
+}
+
+// Integer part of the sum: a fraction beyond what is missing carries (the mask is -1).
+ShortVector channel(const Level& level, const ChromaTerm& term) {
+  const auto carries = hn::Gt(term.fraction, level.missing);
+  return hn::Sub(hn::Add(level.whole, term.whole), hn::VecFromMask(Shorts(), carries));
+}
+
+// Pixels B, G, R from channels whose halves hold eight even, then eight odd pixels each:
+//
+//   byte n of a half's 48     0  1  2  3  4  5  6  7  8 ...   channel n mod 3
+//   its byte in the channel   0  0  0  8  8  8  1  1  1 ...   pixel n / 3
+//
+// The 48 bytes are three parts of 16. Byte i of the parts takes each channel once, so that a single
+// shuffle puts all bytes of a channel into their columns, and each part picks among the channels.
+void storePacked(ByteVector b, ByteVector g, ByteVector r, uint8_t* pixels) {
+  const Bytes d;
+  static constexpr uint8_t kColumns[] = {5,  10, 0, 13, 3,  8, 6,  11, 1,
+                                         14, 4,  9, 7,  12, 2, 15, 5,  10};
+  static constexpr uint8_t kPicks[] = {0xFF, 0, 0, 0xFF, 0, 0, 0xFF, 0, 0,
+                                       0xFF, 0, 0, 0xFF, 0, 0, 0xFF, 0, 0};
+  b = hn::TableLookupBytes(b, hn::LoadDup128(d, kColumns + 2));
+  g = hn::TableLookupBytes(g, hn::LoadDup128(d, kColumns + 1));
+  r = hn::TableLookupBytes(r, hn::LoadDup128(d, kColumns));
+  const auto pick = [&](int column)
+                        HWY_ATTR { return hn::MaskFromVec(hn::LoadDup128(d, kPicks + column)); };
+  const auto first = pick(0), second = pick(2);  // columns 0 and 1 modulo 3
+  const ByteVector part0 = hn::IfThenElse(first, b, hn::IfThenElse(second, g, r));
+  const ByteVector part1 = hn::IfThenElse(first, g, hn::IfThenElse(second, r, b));
+  const ByteVector part2 = hn::IfThenElse(first, r, hn::IfThenElse(second, b, g));
+  constexpr std::size_t kBytes = hn::MaxLanes(d);
+  hn::StoreU(hn::ConcatLowerLower(d, part1, part0), d, pixels);
+  hn::StoreU(hn::ConcatUpperLower(d, part0, part2), d, pixels + kBytes);
+  hn::StoreU(hn::ConcatUpperUpper(d, part2, part1), d, pixels + 2 * kBytes);
+}
+
+// Words B, G, R, 255 from such channels; each unpacking doubles the unit.
+void storeWords(ByteVector b, ByteVector g, ByteVector r, uint8_t* pixels) {
+  const Bytes d;
+  const hn::Repartition<uint16_t, Bytes> pairs;
+  const hn::Repartition<uint32_t, Bytes> words;
+  const ByteVector opaque = hn::Set(d, 0xFF);
+  // Lower bytes are the even pixels.
+  const auto evenBg = hn::BitCast(pairs, hn::InterleaveLower(d, b, g));
+  const auto evenRa = hn::BitCast(pairs, hn::InterleaveLower(d, r, opaque));
+  const auto oddBg = hn::BitCast(pairs, hn::InterleaveUpper(d, b, g));
+  const auto oddRa = hn::BitCast(pairs, hn::InterleaveUpper(d, r, opaque));
+  const auto storeHalf = [&](auto even, auto odd, uint8_t* to) HWY_ATTR {
+    const auto evenWords = hn::BitCast(words, even), oddWords = hn::BitCast(words, odd);
+    hn::StoreU(hn::BitCast(d, hn::InterleaveLower(words, evenWords, oddWords)), d, to);
+    hn::StoreU(hn::BitCast(d, hn::InterleaveUpper(words, evenWords, oddWords)), d,
+               to + hn::MaxLanes(d));
+  };
+  storeHalf(hn::InterleaveLower(pairs, evenBg, evenRa), hn::InterleaveLower(pairs, oddBg, oddRa),
+            pixels);
+  storeHalf(hn::InterleaveUpper(pairs, evenBg, evenRa), hn::InterleaveUpper(pairs, oddBg, oddRa),
+            pixels + 2 * hn::MaxLanes(d));
+}
+
+template <RowFormat kFormat>
+void decodeBlock(const uint8_t* luma, const ChromaTerms& terms, uint8_t* pixels) {
+  const ShortVector samples = loadSamples<kFormat>(luma);
+  const Level even = levelOf(evenBytes(samples)), odd = levelOf(oddBytes(samples));
+  const auto both = [&](const ChromaTerm& term) HWY_ATTR {  // saturated
+    return ByteVector{_mm256_packus_epi16(channel(even, term).raw, channel(odd, term).raw)};
+  };
+  if constexpr (kFormat == RowFormat::kPackedUV) {
+    storePacked(both(terms.b), both(terms.g), both(terms.r), pixels);
+  } else {
+    storeWords(both(terms.b), both(terms.g), both(terms.r), pixels);
+  }
+}
+
+#endif  // NEON or AVX2
+
+template <RowFormat kFormat>
+void decodeBlocks(const uint8_t* const (&luma)[2], const uint8_t* chroma,
+                  uint8_t* const (&pixels)[2], std::size_t x) {
+  const ChromaTerms terms = chromaTerms<kFormat>(chroma + x);
+  decodeBlock<kFormat>(luma[0] + x, terms, pixels[0] + pixelBytes(kFormat) * x);
+  if (luma[1] != nullptr) {
+    decodeBlock<kFormat>(luma[1] + x, terms, pixels[1] + pixelBytes(kFormat) * x);
+  }
+}
+
+// Less than a block, through copies on the stack, so that nothing beyond the row is read or
+// written.
+template <RowFormat kFormat>
+void decodeTail(const uint8_t* const (&luma)[2], const uint8_t* chroma, uint8_t* const (&pixels)[2],
+                std::size_t x, std::size_t rest) {
+  constexpr std::size_t kBytes = pixelBytes(kFormat);
+  uint8_t chromaTail[kBlock] = {};
+  std::memcpy(chromaTail, chroma + x, rest + rest % 2);
+  const ChromaTerms terms = chromaTerms<kFormat>(chromaTail);
+  for (int row = 0; row < 2 && luma[row] != nullptr; ++row) {
+    uint8_t lumaTail[kBlock] = {}, pixelTail[kBytes * kBlock];
+    std::memcpy(lumaTail, luma[row] + x, rest);
+    decodeBlock<kFormat>(lumaTail, terms, pixelTail);
+    std::memcpy(pixels[row] + kBytes * x, pixelTail, kBytes * rest);
+  }
+}
+
+template <RowFormat kFormat>
+void decodeFormat(const uint8_t* const (&luma)[2], const uint8_t* chroma,
+                  uint8_t* const (&pixels)[2], std::size_t width) {
+  std::size_t x = 0;
+  for (; x + kBlock <= width; x += kBlock) {
+    decodeBlocks<kFormat>(luma, chroma, pixels, x);
+  }
+  if (x == width) {
+    return;
+  }
+  if (width > kBlock && width % 2 == 0) {  // the last pixels make a block again
+    decodeBlocks<kFormat>(luma, chroma, pixels, width - kBlock);
+  } else {
+    decodeTail<kFormat>(luma, chroma, pixels, x, width - x);
+  }
+}
+
+// One row when luma[1] is null.
+void decodeRowsVector(RowFormat format, const uint8_t* const (&luma)[2], const uint8_t* chroma,
+                      uint8_t* const (&pixels)[2], std::size_t width) {
+  switch (format) {
+    case RowFormat::kArgbUV:
+      return decodeFormat<RowFormat::kArgbUV>(luma, chroma, pixels, width);
+    case RowFormat::kArgbVU:
+      return decodeFormat<RowFormat::kArgbVU>(luma, chroma, pixels, width);
+    case RowFormat::kPackedUV:
+      return decodeFormat<RowFormat::kPackedUV>(luma, chroma, pixels, width);
+  }
+}
+
+#endif  // vectors or not
+
+}  // namespace alg::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace alg {
+
+HWY_EXPORT(decodeRowsVector);
+
+void decodeRow(RowFormat format, const uint8_t* luma, const uint8_t* chroma, uint8_t* pixels,
+               std::size_t width) {
+  HWY_DYNAMIC_DISPATCH(decodeRowsVector)(format, {luma, nullptr}, chroma, {pixels, nullptr}, width);
+}
+
+void decodeRowPair(RowFormat format, const uint8_t* luma, std::ptrdiff_t lumaStride,
+                   const uint8_t* chroma, uint8_t* pixels, std::ptrdiff_t pixelStride,
+                   std::size_t width) {
+  HWY_DYNAMIC_DISPATCH(decodeRowsVector)
+  (format, {luma, luma + lumaStride}, chroma, {pixels, pixels + pixelStride}, width);
+}
+
+}  // namespace alg
+#endif

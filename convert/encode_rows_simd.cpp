@@ -1,0 +1,326 @@
+// Vector twins of the encoding row kernels, compiled once per vector target.
+#include <cstring>
+
+#include "convert/bt601.h"
+#include "convert/convert_rows.h"
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "convert/encode_rows_simd.cpp"
+#include "hwy/foreach_target.h"  // IWYU pragma: keep
+#include "hwy/highway.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace alg::HWY_NAMESPACE {
+
+#if HWY_TARGET != HWY_AVX2 && HWY_TARGET != HWY_NEON
+
+// Without vectors the definitions are the fastest there is.
+void encodeRowVector(RowFormat format, const uint8_t* pixels, uint8_t* luma, uint8_t* chroma,
+                     std::size_t width) {
+  if (luma != nullptr) {
+    encodeLumaRowPlain(format, pixels, luma, width);
+  }
+  if (chroma != nullptr) {
+    encodeChromaRowPlain(format, pixels, chroma, width);
+  }
+}
+
+#else
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+// The factors of a pixel's bytes, in the order in which the format keeps them.
+struct ByteWeights {
+  int32_t first, middle, last;
+};
+
+constexpr ByteWeights byteWeights(RowFormat format, const bt601::Weights& w) {
+  return format == RowFormat::kPackedUV ? ByteWeights{w.red, w.green, w.blue}
+                                        : ByteWeights{w.blue, w.green, w.red};
+}
+
+constexpr bt601::Weights firstOfPair(RowFormat format) {
+  return format == RowFormat::kArgbVU ? bt601::kV : bt601::kU;
+}
+
+constexpr bt601::Weights secondOfPair(RowFormat format) {
+  return format == RowFormat::kArgbVU ? bt601::kU : bt601::kV;
+}
+
+#if HWY_TARGET == HWY_NEON
+
+constexpr std::size_t kBlock = 16;  // pixels a step
+
+// The first three bytes of sixteen pixels.
+struct Pixels {
+  uint8x16_t first, middle, last;
+};
+
+template <RowFormat kFormat>
+Pixels loadPixels(const uint8_t* pixels) {
+  if constexpr (kFormat == RowFormat::kPackedUV) {
+    const uint8x16x3_t p = vld3q_u8(pixels);
+    return {p.val[0], p.val[1], p.val[2]};
+  } else {
+    const uint8x16x4_t p = vld4q_u8(pixels);
+    return {p.val[0], p.val[1], p.val[2]};
+  }
+}
+
+// Luma from the upper and lower bytes of its factors, so that bytes multiply to 16 bits:
+//
+//   sum of upper products      hhhh hhhh hhhh hhhh
+//   sum of lower products                llll llll llll llll
+//   luma                       yyyy yyyy
+//
+// Both sums stay below 65536, and the lower one's last byte never reaches the luma.
+template <RowFormat kFormat>
+uint8x16_t lumaOf(const Pixels& p) {
+  constexpr ByteWeights kWeights = byteWeights(kFormat, bt601::kY);
+  static_assert(kWeights.first >= 0 && kWeights.middle >= 0 && kWeights.last >= 0);
+  const auto upperHalf = [](int32_t w) { return vdupq_n_u8(static_cast<uint8_t>(w >> 8)); };
+  const auto lowerHalf = [](int32_t w) { return vdupq_n_u8(static_cast<uint8_t>(w)); };
+  const auto sum = [&](auto half, bool upper) HWY_ATTR {
+    const uint8x16_t first = half(kWeights.first), middle = half(kWeights.middle),
+                     last = half(kWeights.last);
+    if (upper) {
+      return vmlal_high_u8(vmlal_high_u8(vmull_high_u8(p.first, first), p.middle, middle), p.last,
+                           last);
+    }
+    return vmlal_u8(vmlal_u8(vmull_u8(vget_low_u8(p.first), vget_low_u8(first)),
+                             vget_low_u8(p.middle), vget_low_u8(middle)),
+                    vget_low_u8(p.last), vget_low_u8(last));
+  };
+  const uint16x8_t offset = vdupq_n_u16(static_cast<uint16_t>(bt601::kY.offset >> 8));
+  const auto half = [&](bool upper) HWY_ATTR {
+    return vsraq_n_u16(sum(upperHalf, upper), sum(lowerHalf, upper), 8);
+  };
+  return vaddhn_high_u16(vaddhn_u16(half(false), offset), half(true), offset);
+}
+
+// Even pixels as 16-bit lanes.
+struct EvenPixels {
+  int16x8_t first, middle, last;
+};
+
+int16x8_t evenBytes(uint8x16_t bytes) {
+  return vreinterpretq_s16_u16(vandq_u16(vreinterpretq_u16_u8(bytes), vdupq_n_u16(0xFF)));
+}
+
+// One sample of eight chroma pairs: 32-bit sums, their upper halves.
+template <RowFormat kFormat>
+uint16x8_t chromaOf(const EvenPixels& p, const bt601::Weights& weights) {
+  const ByteWeights w = byteWeights(kFormat, weights);
+  const auto first = static_cast<int16_t>(w.first), middle = static_cast<int16_t>(w.middle),
+             last = static_cast<int16_t>(w.last);
+  const int32x4_t low = vmlal_n_s16(
+      vmlal_n_s16(vmull_n_s16(vget_low_s16(p.first), first), vget_low_s16(p.middle), middle),
+      vget_low_s16(p.last), last);
+  const int32x4_t high = vmlal_high_n_s16(
+      vmlal_high_n_s16(vmull_high_n_s16(p.first, first), p.middle, middle), p.last, last);
+  const int32x4_t offset = vdupq_n_s32(weights.offset);
+  return vreinterpretq_u16_s16(vaddhn_high_s32(vaddhn_s32(low, offset), high, offset));
+}
+
+template <RowFormat kFormat>
+void encodeBlock(const uint8_t* pixels, uint8_t* luma, uint8_t* chroma) {
+  const Pixels p = loadPixels<kFormat>(pixels);
+  if (luma != nullptr) {
+    vst1q_u8(luma, lumaOf<kFormat>(p));
+  }
+  if (chroma != nullptr) {
+    const EvenPixels even = {evenBytes(p.first), evenBytes(p.middle), evenBytes(p.last)};
+    const uint16x8_t first = chromaOf<kFormat>(even, firstOfPair(kFormat));
+    const uint16x8_t second = chromaOf<kFormat>(even, secondOfPair(kFormat));
+    vst1q_u8(chroma, vreinterpretq_u8_u16(vsliq_n_u16(first, second, 8)));
+  }
+}
+
+#else  // AVX2
+
+using Bytes = hn::ScalableTag<uint8_t>;
+using Shorts = hn::Repartition<int16_t, Bytes>;
+using UShorts = hn::Repartition<uint16_t, Bytes>;
+using Ints = hn::Repartition<int32_t, Bytes>;
+using Words = hn::Repartition<uint32_t, Bytes>;
+using HalfBytes = hn::Half<Bytes>;
+using ShortVector = hn::Vec<Shorts>;
+using IntVector = hn::Vec<Ints>;
+
+constexpr std::size_t kBlock = hn::MaxLanes(Bytes());  // pixels a step
+constexpr std::size_t kPart = kBlock / 4;              // pixels of a vector of 32-bit lanes
+
+// Eight pixels, each in a 32-bit lane of two shorts: its first and last byte; its middle byte and
+// one that does not count.
+struct Pixels {
+  ShortVector outer, middle;
+};
+
+// Lanes of four pixels' 12 bytes each. Those of the last part lie at the end of what is read, so
+// that nothing beyond the block is.
+template <RowFormat kFormat>
+Pixels loadPixels(const uint8_t* pixels, std::size_t part) {
+  const Bytes d;
+  const Shorts shorts;
+  const uint8_t* from = pixels + pixelBytes(kFormat) * kPart * part;
+  if constexpr (kFormat == RowFormat::kPackedUV) {
+    const HalfBytes half;
+    constexpr std::size_t kLaneBytes = pixelBytes(kFormat) * kPart / 2;
+    const std::size_t early = part == 3 ? 4 : 0;
+    auto bytes =
+        hn::Combine(d, hn::LoadU(half, from + kLaneBytes - early), hn::LoadU(half, from - early));
+    if (early != 0) {
+      bytes = hn::ShiftRightBytes<4>(d, bytes);
+    }
+    constexpr uint8_t kNone = 0x80;
+    alignas(16) static constexpr uint8_t kOuter[16] = {0, kNone, 2, kNone, 3, kNone, 5,  kNone,
+                                                       6, kNone, 8, kNone, 9, kNone, 11, kNone};
+    alignas(16) static constexpr uint8_t kMiddle[16] = {1,     kNone, kNone, kNone, 4,     kNone,
+                                                        kNone, kNone, 7,     kNone, kNone, kNone,
+                                                        10,    kNone, kNone, kNone};
+    return {hn::BitCast(shorts, hn::TableLookupBytesOr0(bytes, hn::LoadDup128(d, kOuter))),
+            hn::BitCast(shorts, hn::TableLookupBytesOr0(bytes, hn::LoadDup128(d, kMiddle)))};
+  } else {
+    const auto bytes = hn::LoadU(d, from);
+    const ShortVector odd = hn::BitCast(shorts, hn::ShiftRight<8>(hn::BitCast(UShorts(), bytes)));
+    return {hn::And(hn::BitCast(shorts, bytes), hn::Set(shorts, 0xFF)), odd};
+  }
+}
+
+// Sum of the weighted bytes of each pixel.
+IntVector weigh(const Pixels& p, const ByteWeights& w) {
+  const Ints d;
+  const IntVector outer = hn::Set(d, (w.last << 16) | (w.first & 0xFFFF));
+  const IntVector middle = hn::Set(d, w.middle & 0xFFFF);
+  return IntVector{_mm256_add_epi32(_mm256_madd_epi16(p.outer.raw, outer.raw),
+                                    _mm256_madd_epi16(p.middle.raw, middle.raw))};
+}
+
+// Packing has left fours of bytes by turns from the lower and the upper half: back into order.
+void storeInOrder(__m256i fours, uint8_t* to) {
+  alignas(32) static constexpr int32_t kOrder[8] = {0, 4, 1, 5, 2, 6, 3, 7};
+  const Words words;
+  const auto ordered =
+      hn::TableLookupLanes(hn::Vec<Words>{fours}, hn::SetTableIndices(words, kOrder));
+  hn::StoreU(hn::BitCast(Bytes(), ordered), Bytes(), to);
+}
+
+// All factors are even: their halves fit 16 bits. The offset is whole and can be added to bytes.
+template <RowFormat kFormat>
+void storeLuma(const Pixels (&p)[4], uint8_t* luma) {
+  constexpr ByteWeights kWeights = byteWeights(kFormat, bt601::kY);
+  static_assert((kWeights.first | kWeights.middle | kWeights.last) % 2 == 0);
+  static_assert(bt601::kY.offset % 65536 == 0);
+  const auto part = [&](int i) HWY_ATTR {
+    return hn::ShiftRight<15>(
+        weigh(p[i], {kWeights.first / 2, kWeights.middle / 2, kWeights.last / 2}));
+  };
+  const __m256i sums = _mm256_packus_epi16(_mm256_packs_epi32(part(0).raw, part(1).raw),
+                                           _mm256_packs_epi32(part(2).raw, part(3).raw));
+  storeInOrder(_mm256_add_epi8(sums, _mm256_set1_epi8(bt601::kY.offset >> 16)), luma);
+}
+
+// Chroma pairs of the even ones of sixteen pixels, as signed shorts without their offset.
+template <RowFormat kFormat>
+__m256i pairsOf(const Pixels& p, const Pixels& q) {
+  const auto even = [](ShortVector a, ShortVector b) HWY_ATTR {
+    return ShortVector{_mm256_castps_si256(
+        _mm256_shuffle_ps(_mm256_castsi256_ps(a.raw), _mm256_castsi256_ps(b.raw), 0x88))};
+  };
+  const Pixels evens = {even(p.outer, q.outer), even(p.middle, q.middle)};
+  const IntVector first = weigh(evens, byteWeights(kFormat, firstOfPair(kFormat)));
+  const IntVector second = weigh(evens, byteWeights(kFormat, secondOfPair(kFormat)));
+  return _mm256_blend_epi16(_mm256_srli_epi32(first.raw, 16), second.raw, 0xAA);
+}
+
+template <RowFormat kFormat>
+void storeChroma(const Pixels (&p)[4], uint8_t* chroma) {
+  static_assert(bt601::kU.offset == 0x80 << 16 && bt601::kV.offset == bt601::kU.offset);
+  const __m256i pairs =
+      _mm256_packs_epi16(pairsOf<kFormat>(p[0], p[1]), pairsOf<kFormat>(p[2], p[3]));
+  storeInOrder(_mm256_xor_si256(pairs, _mm256_set1_epi8(-0x80)), chroma);
+}
+
+template <RowFormat kFormat>
+void encodeBlock(const uint8_t* pixels, uint8_t* luma, uint8_t* chroma) {
+  const Pixels p[4] = {loadPixels<kFormat>(pixels, 0), loadPixels<kFormat>(pixels, 1),
+                       loadPixels<kFormat>(pixels, 2), loadPixels<kFormat>(pixels, 3)};
+  if (luma != nullptr) {
+    storeLuma<kFormat>(p, luma);
+  }
+  if (chroma != nullptr) {
+    storeChroma<kFormat>(p, chroma);
+  }
+}
+
+#endif  // NEON or AVX2
+
+template <RowFormat kFormat>
+void encodeFormat(const uint8_t* pixels, uint8_t* luma, uint8_t* chroma, std::size_t width) {
+  constexpr std::size_t kBytes = pixelBytes(kFormat);
+  const auto encodeAt = [&](std::size_t x) HWY_ATTR {
+    encodeBlock<kFormat>(pixels + kBytes * x, luma == nullptr ? nullptr : luma + x,
+                         chroma == nullptr ? nullptr : chroma + x);
+  };
+  std::size_t x = 0;
+  for (; x + kBlock <= width; x += kBlock) {
+    encodeAt(x);
+  }
+  if (x == width) {
+    return;
+  }
+  if (width > kBlock && width % 2 == 0) {  // the last pixels make a block again
+    encodeAt(width - kBlock);
+    return;
+  }
+  // Less than a block, through copies on the stack, so that nothing beyond the row is touched.
+  const std::size_t rest = width - x;
+  uint8_t pixelTail[kBytes * kBlock] = {}, lumaTail[kBlock], chromaTail[kBlock];
+  std::memcpy(pixelTail, pixels + kBytes * x, kBytes * rest);
+  encodeBlock<kFormat>(pixelTail, lumaTail, chromaTail);
+  if (luma != nullptr) {
+    std::memcpy(luma + x, lumaTail, rest);
+  }
+  if (chroma != nullptr) {
+    std::memcpy(chroma + x, chromaTail, rest + rest % 2);
+  }
+}
+
+// Leaves out the samples whose row is null.
+void encodeRowVector(RowFormat format, const uint8_t* pixels, uint8_t* luma, uint8_t* chroma,
+                     std::size_t width) {
+  switch (format) {
+    case RowFormat::kArgbUV:
+      return encodeFormat<RowFormat::kArgbUV>(pixels, luma, chroma, width);
+    case RowFormat::kArgbVU:
+      return encodeFormat<RowFormat::kArgbVU>(pixels, luma, chroma, width);
+    case RowFormat::kPackedUV:
+      return encodeFormat<RowFormat::kPackedUV>(pixels, luma, chroma, width);
+  }
+}
+
+#endif  // vectors or not
+
+}  // namespace alg::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace alg {
+
+HWY_EXPORT(encodeRowVector);
+
+void encodeRow(RowFormat format, const uint8_t* pixels, uint8_t* luma, uint8_t* chroma,
+               std::size_t width) {
+  HWY_DYNAMIC_DISPATCH(encodeRowVector)(format, pixels, luma, chroma, width);
+}
+
+void encodeLumaRow(RowFormat format, const uint8_t* pixels, uint8_t* luma, std::size_t width) {
+  encodeRow(format, pixels, luma, nullptr, width);
+}
+
+void encodeChromaRow(RowFormat format, const uint8_t* pixels, uint8_t* chroma, std::size_t width) {
+  encodeRow(format, pixels, nullptr, chroma, width);
+}
+
+}  // namespace alg
+#endif
