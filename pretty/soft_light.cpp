@@ -47,17 +47,15 @@ std::size_t pixelsAtATime(const uint8_t* src, const uint8_t* dst, std::size_t pi
   return pixels;
 }
 
-/// Copies the first three bytes of the pixel at each offset, for crossed results in reverse. Whole
-/// words move: each store's fourth byte is overwritten by the next, the last one's lies behind.
-template <bool kReversed>
-void stretch(const uint8_t* overlayRow, const uint32_t* offsets, std::size_t pixels, uint8_t* to) {
-  for (std::size_t i = 0; i < pixels; ++i, to += kPackedBytes) {
-    uint32_t pixel;
-    std::memcpy(&pixel, overlayRow + offsets[i], sizeof(pixel));
-    if constexpr (kReversed) {
-      pixel = __builtin_bswap32(pixel) >> 8;
-    }
-    std::memcpy(to, &pixel, sizeof(pixel));
+/// Column by column; for overlays that are wider than the image or very narrow.
+void stretchSlowly(const uint8_t* overlayRow, int overlayWidth, int width, bool reversed,
+                   uint8_t* to) {
+  NearestSteps column(overlayWidth, width);
+  for (int i = 0; i < width; ++i, column.advance(), to += kPackedBytes) {
+    const uint8_t* pixel = overlayRow + std::ptrdiff_t{4} * column.index();
+    to[0] = pixel[reversed ? 2 : 0];
+    to[1] = pixel[1];
+    to[2] = pixel[reversed ? 0 : 2];
   }
 }
 
@@ -84,22 +82,55 @@ void pinkLightPixelsPlain(const uint8_t* src, const uint8_t* overlay, uint8_t* d
   }
 }
 
+void stretchQuadsPlain(const uint8_t* overlayRow, const StretchedQuad* quads, std::size_t count,
+                       uint8_t* to) {
+  for (const StretchedQuad* quad = quads; quad != quads + count; ++quad, to += kQuadBytes) {
+    for (int i = 0; i < kQuadBytes; ++i) {
+      to[i] = overlayRow[quad->offset + quad->bytes[i]];
+    }
+  }
+}
+
 SoftLightImage::SoftLightImage(const SoftLightEffect& effect, const Overlay& overlay, int width,
                                int height)
-    : effect_(effect), overlay_(overlay), width_(width), height_(height) {
+    : effect_(effect),
+      overlay_(overlay),
+      width_(width),
+      height_(height),
+      crossed_(effect.order == SoftLightEffect::Order::kCurvesThenBlend) {
   if (nothingToDo()) {
     return;
   }
-  const auto columns = static_cast<std::size_t>(width);
-  work_ = allocateBlock((sizeof(uint32_t) + kPackedBytes) * columns + 1);
+  const std::size_t quads = (static_cast<std::size_t>(width) + 3) / 4;
+  const bool inQuads = overlay.width >= 4 && overlay.width <= width;
+  const std::size_t stretchedBytes = kQuadBytes * quads + kStretchSlack;
+  work_ = allocateBlock((inQuads ? sizeof(StretchedQuad) * quads : 0) + stretchedBytes);
   if (!work_) {
     return;
   }
-  offsets_ = reinterpret_cast<uint32_t*>(work_.get());
-  stretched_ = work_.get() + sizeof(uint32_t) * columns;
-  NearestSteps column(overlay.width, width);
-  for (std::size_t i = 0; i < columns; ++i, column.advance()) {
-    offsets_[i] = uint32_t{4} * static_cast<uint32_t>(column.index());
+  stretched_ = work_.get();
+  if (inQuads) {
+    quads_ = reinterpret_cast<StretchedQuad*>(work_.get());
+    quadCount_ = quads;
+    stretched_ += sizeof(StretchedQuad) * quads;
+    fillQuads();
+  }
+}
+
+void SoftLightImage::fillQuads() {
+  NearestSteps column(overlay_.width, width_);
+  const int last = overlay_.width - 1;
+  for (std::size_t i = 0; i < quadCount_; ++i) {
+    const int first = std::min(column.index(), overlay_.width - 4);
+    StretchedQuad& quad = quads_[i];
+    quad = {};
+    quad.offset = uint32_t{4} * static_cast<uint32_t>(first);
+    for (int k = 0; k < kQuadBytes; k += kPackedBytes, column.advance()) {
+      const int byte = 4 * (std::min(column.index(), last) - first);
+      quad.bytes[k] = static_cast<uint8_t>(byte + (crossed_ ? 2 : 0));
+      quad.bytes[k + 1] = static_cast<uint8_t>(byte + 1);
+      quad.bytes[k + 2] = static_cast<uint8_t>(byte + (crossed_ ? 0 : 2));
+    }
   }
 }
 
@@ -107,10 +138,12 @@ const uint8_t* SoftLightImage::stretchedRow(int imageRow) {
   const int64_t row = int64_t{imageRow} * overlay_.height / height_;
   if (row != stretchedFrom_) {
     stretchedFrom_ = row;
-    const bool crossed = effect_.order == SoftLightEffect::Order::kCurvesThenBlend;
-    (crossed ? stretch<true>
-             : stretch<false>)(overlay_.pixels + std::ptrdiff_t{4} * overlay_.width * row, offsets_,
-                               static_cast<std::size_t>(width_), stretched_);
+    const uint8_t* overlayRow = overlay_.pixels + std::ptrdiff_t{4} * overlay_.width * row;
+    if (quads_ != nullptr) {
+      stretchQuads(overlayRow, quads_, quadCount_, stretched_);
+    } else {
+      stretchSlowly(overlayRow, overlay_.width, width_, crossed_, stretched_);
+    }
   }
   return stretched_;
 }
@@ -126,7 +159,7 @@ void SoftLightImage::mapRows(const uint8_t* src, uint8_t* dst, int firstRow, int
     for (std::size_t done = 0; done < width;) {
       const std::size_t pixels = std::min(block, width - done);
       const std::size_t bytes = kPackedBytes * pixels;
-      if (effect_.order == SoftLightEffect::Order::kCurvesThenBlend) {
+      if (crossed_) {
         mapCurves(src, dst, pixels, effect_.curves);
         softLightBytes(dst, overlay, dst, bytes);
       } else {

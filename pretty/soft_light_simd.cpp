@@ -105,6 +105,11 @@ void pinkLightVector(const uint8_t* src, const uint8_t* overlay, uint8_t* dst, s
   pinkLightPixelsPlain(src, overlay, dst, pixels);
 }
 
+void stretchVector(const uint8_t* overlayRow, const StretchedQuad* quads, std::size_t count,
+                   uint8_t* to) {
+  stretchQuadsPlain(overlayRow, quads, count, to);
+}
+
 #else
 
 namespace hn = hwy::HWY_NAMESPACE;
@@ -124,8 +129,8 @@ struct Operands {
 
 #if HWY_TARGET == HWY_NEON
 
-int16x8_t gainOf(uint8x8_t down, uint8x8_t negative, uint8x8_t up, uint8x8_t slope,
-                 uint8x8_t start) {
+HWY_INLINE int16x8_t gainOf(uint8x8_t down, uint8x8_t negative, uint8x8_t up, uint8x8_t slope,
+                            uint8x8_t start) {
   const int16x8_t line = vmlal_s8(vreinterpretq_s16_u16(vmull_u8(start, vdup_n_u8(kStartScale))),
                                   vreinterpret_s8_u8(slope), vreinterpret_s8_u8(up));
   const uint16x8_t high = vandq_u16(vreinterpretq_u16_s16(line), vdupq_n_u16(0xFF00));
@@ -133,7 +138,7 @@ int16x8_t gainOf(uint8x8_t down, uint8x8_t negative, uint8x8_t up, uint8x8_t slo
 }
 
 // sqdmulh has twice the product's upper half; the narrowing shift takes the doubling back.
-ByteVector changeOf(const Operands& x, ByteVector overlay) {
+HWY_INLINE ByteVector changeOf(const Operands& x, ByteVector overlay) {
   const uint8x16_t negative = vreinterpretq_u8_s8(vnegq_s8(vreinterpretq_s8_u8(x.down.raw)));
   const uint8x16_t rest = vmvnq_u8(overlay.raw);  // o - (255 - o) = 2o - 255
   const int16x8_t gain0 =
@@ -151,13 +156,13 @@ ByteVector changeOf(const Operands& x, ByteVector overlay) {
   return ByteVector(vreinterpretq_u8_s8(change));
 }
 
-ByteVector startOf(ByteVector c, ByteVector segment) {
+HWY_INLINE ByteVector startOf(ByteVector c, ByteVector segment) {
   const uint8x16_t start = vqtbl1q_u8(vld1q_u8(kLines.starts), segment.raw);
   const uint8x16x2_t low = {{vld1q_u8(kLines.low), vld1q_u8(kLines.low + 16)}};
   return ByteVector(vqtbx2q_u8(start, low, c.raw));
 }
 
-ByteVector pinkShiftOf(ByteVector v) {
+HWY_INLINE ByteVector pinkShiftOf(ByteVector v) {
   const uint8x16_t rest = vmvnq_u8(v.raw);
   const uint8x8_t middle = vdup_n_u8(128);
   const auto shift = [&](uint8x8_t value, uint8x8_t to255) HWY_ATTR {
@@ -175,13 +180,13 @@ using Shorts = hn::ScalableTag<int16_t>;
 using ShortVector = hn::Vec<Shorts>;
 
 // a[0] x b[0] + a[1] x b[1] in each 16-bit lane; a's bytes are unsigned, b's signed.
-ShortVector addPairs(ByteVector a, ByteVector b) {
+HWY_INLINE ShortVector addPairs(ByteVector a, ByteVector b) {
   return ShortVector{_mm256_maddubs_epi16(a.raw, b.raw)};
 }
 
 // `half` interleaves two vectors' lower or upper halves.
 template <class Half>
-ShortVector changeOfHalf(const Operands& x, ByteVector overlay, Half half) {
+HWY_INLINE ShortVector changeOfHalf(const Operands& x, ByteVector overlay, Half half) {
   const Bytes d;
   const Shorts shorts;
   const ShortVector line =
@@ -195,13 +200,13 @@ ShortVector changeOfHalf(const Operands& x, ByteVector overlay, Half half) {
   return hn::MulHigh(share, hn::Or(low, high));
 }
 
-ByteVector packed(ShortVector lower, ShortVector upper) {
+HWY_INLINE ByteVector packed(ShortVector lower, ShortVector upper) {
   return ByteVector{_mm256_packs_epi16(lower.raw, upper.raw)};
 }
 
 // Calls with both ways to interleave, which packed() undoes.
 template <class Change>
-ByteVector onHalves(Change change) {
+HWY_INLINE ByteVector onHalves(Change change) {
   const Bytes d;
   const ShortVector lower =
       change([&](ByteVector a, ByteVector b) HWY_ATTR { return hn::InterleaveLower(d, a, b); });
@@ -210,12 +215,12 @@ ByteVector onHalves(Change change) {
   return packed(lower, upper);
 }
 
-ByteVector changeOf(const Operands& x, ByteVector overlay) {
+HWY_INLINE ByteVector changeOf(const Operands& x, ByteVector overlay) {
   return onHalves([&](auto half) HWY_ATTR { return changeOfHalf(x, overlay, half); });
 }
 
 // An index of 16 or more saturates to one with bit 7, for which the lookup gives 0.
-ByteVector startOf(ByteVector c, ByteVector segment) {
+HWY_INLINE ByteVector startOf(ByteVector c, ByteVector segment) {
   const Bytes d;
   const auto lookUp = [&](const uint8_t* table, ByteVector index) HWY_ATTR {
     return hn::TableLookupBytesOr0(hn::LoadDup128(d, table),
@@ -226,7 +231,7 @@ ByteVector startOf(ByteVector c, ByteVector segment) {
   return hn::Or(low, hn::TableLookupBytes(hn::LoadDup128(d, kLines.starts), segment));
 }
 
-ByteVector pinkShiftOf(ByteVector v) {
+HWY_INLINE ByteVector pinkShiftOf(ByteVector v) {
   return onHalves([&](auto half) HWY_ATTR {
     const Shorts shorts;
     const ShortVector value = hn::BitCast(shorts, half(v, hn::Zero(Bytes())));
@@ -237,7 +242,7 @@ ByteVector pinkShiftOf(ByteVector v) {
 
 #endif
 
-ByteVector softLightOf(ByteVector c, ByteVector overlay) {
+HWY_INLINE ByteVector softLightOf(ByteVector c, ByteVector overlay) {
   const Bytes d;
   const SignedBytes s;
   const ByteVector lighter = hn::BitCast(d, hn::BroadcastSignBit(hn::BitCast(s, overlay)));
@@ -252,15 +257,15 @@ ByteVector softLightOf(ByteVector c, ByteVector overlay) {
 }
 
 // `signs` has 0 for bytes 0 of the pixels, -1 for the others.
-ByteVector pinkOf(ByteVector v, ByteVector signs) {
+HWY_INLINE ByteVector pinkOf(ByteVector v, ByteVector signs) {
   const ByteVector shift = pinkShiftOf(v);
   return hn::Add(v, hn::Sub(hn::Xor(shift, signs), signs));
 }
 
 // Calls block(src, overlay, dst) for kStep bytes at a time, the last ones in a copy.
 template <class Block>
-void forEachBlock(const uint8_t* src, const uint8_t* overlay, uint8_t* dst, std::size_t bytes,
-                  Block block) {
+HWY_INLINE void forEachBlock(const uint8_t* src, const uint8_t* overlay, uint8_t* dst,
+                             std::size_t bytes, Block block) {
   std::size_t i = 0;
   for (; i + kStep <= bytes; i += kStep) {
     block(src + i, overlay + i, dst + i);
@@ -301,6 +306,15 @@ void pinkLightVector(const uint8_t* src, const uint8_t* overlay, uint8_t* dst, s
                });
 }
 
+void stretchVector(const uint8_t* overlayRow, const StretchedQuad* quads, std::size_t count,
+                   uint8_t* to) {
+  const hn::FixedTag<uint8_t, 16> d;
+  for (const StretchedQuad* quad = quads; quad != quads + count; ++quad, to += kQuadBytes) {
+    const auto pixels = hn::LoadU(d, overlayRow + quad->offset);
+    hn::StoreU(hn::TableLookupBytes(pixels, hn::LoadU(d, quad->bytes)), d, to);
+  }
+}
+
 #endif
 
 }  // namespace alg::HWY_NAMESPACE
@@ -311,6 +325,7 @@ namespace alg {
 
 HWY_EXPORT(softLightVector);
 HWY_EXPORT(pinkLightVector);
+HWY_EXPORT(stretchVector);
 
 void softLightBytes(const uint8_t* src, const uint8_t* overlay, uint8_t* dst, std::size_t bytes) {
   HWY_DYNAMIC_DISPATCH(softLightVector)(src, overlay, dst, bytes);
@@ -318,6 +333,11 @@ void softLightBytes(const uint8_t* src, const uint8_t* overlay, uint8_t* dst, st
 
 void pinkLightPixels(const uint8_t* src, const uint8_t* overlay, uint8_t* dst, std::size_t pixels) {
   HWY_DYNAMIC_DISPATCH(pinkLightVector)(src, overlay, dst, pixels);
+}
+
+void stretchQuads(const uint8_t* overlayRow, const StretchedQuad* quads, std::size_t count,
+                  uint8_t* to) {
+  HWY_DYNAMIC_DISPATCH(stretchVector)(overlayRow, quads, count, to);
 }
 
 }  // namespace alg

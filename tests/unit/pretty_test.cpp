@@ -32,14 +32,18 @@ void check(int id, int width, int height, int overlayWidth, int overlayHeight, i
 
 TEST(Pretty, EveryPairOfPixelAndOverlayByteGivesTheReferenceByte) {
   Picture overlay{256, 256, {}};
-  Bytes pixels, got(256 * 256 * 3), expected(got.size());
+  Bytes pixels, values, others, blended, got(256 * 256 * 3), expected(got.size());
   for (int pair = 0; pair < 65536; ++pair) {
     const auto c = uint8_t(pair), o = uint8_t(pair >> 8);
     pixels.insert(pixels.end(), 3, c);
     overlay.rgba.insert(overlay.rgba.end(), 4, o);
     EXPECT_EQ(alg::softLight(c, o), ref::softLight(c, o)) << +c << " " << +o;
+    values.push_back(c), others.push_back(o), blended.push_back(uint8_t(ref::softLight(c, o)));
   }
   onEachTarget([&] {
+    Bytes light(values.size());
+    alg::softLightBytes(values.data(), others.data(), light.data(), light.size());
+    EXPECT_TRUE(same(light, blended));
     for (int id = 20; id <= 27; ++id) {
       ref::filter(id, pixels.data(), expected.data(), 256, 256, overlay.rgba.data(), 256, 256);
       run(id, pixels.data(), got.data(), 256, 256, overlay);
@@ -69,14 +73,35 @@ TEST(Pretty, SizesOverlaysAndOverlapsGiveTheOnePixelAtATimeResult) {
   onEachTarget([] {
     for (int id = 20; id <= 27; ++id) {
       for (const int shift : {0, 1, -1, 2, 3, -3, 5, 6, -8, 16, 47, 48, -49, 96, 300}) {
-        for (int width = 1; width <= 40; width += 3) check(id, width, 2, width % 4 + 1, 1, shift);
+        for (int width = 1; width <= 40; width += 3) check(id, width, 2, width % 8 + 1, 1, shift);
         check(id, 67, 33, 200, 90, shift);
+        check(id, 67, 33, 66, 7, shift);
       }
       check(id, 3000, 2, 4001, 3, 20000);
       for (const auto& [width, height] : kSizesBelowOne)
         run(id, nullptr, nullptr, width, height, {});
     }
   });
+}
+
+TEST(Pretty, PartsOfAStripMakeTheWhole) {
+  constexpr int kWidth = 45, kHeight = 40, kRowBytes = kWidth * 3;
+  const Picture overlay{19, 27, noise(19 * 27 * 4)};
+  const Bytes pixels = noise(kRowBytes * kHeight);
+  for (const int id : {26, 27}) {
+    Bytes expected(pixels.size());
+    ref::filter(id, pixels.data(), expected.data(), kWidth, kHeight, overlay.rgba.data(), 19, 27);
+    for (const int rows : {1, 3, 7, 40}) {
+      Bytes got = pixels;
+      alg::SoftLightImage image(id == 26 ? alg::pinkEffect() : alg::japanEffect(),
+                                {overlay.rgba.data(), 19, 27}, kWidth, kHeight);
+      for (int row = 0; row < kHeight; row += rows) {
+        uint8_t* part = got.data() + row * kRowBytes;
+        image.mapRows(part, part, row, std::min(rows, kHeight - row));
+      }
+      EXPECT_TRUE(same(got, expected)) << id << " " << rows;
+    }
+  }
 }
 
 #if defined(__x86_64__)
