@@ -9,8 +9,8 @@
 #include "base/block.h"
 #include "base/image_size.h"
 #include "effect/strip_effect.h"
-#include "libalgorithm/thread_pool.h"
 #include "libalgorithm/yuv_convert.h"
+#include "threadpool/global_pool.h"
 
 namespace alg {
 namespace {
@@ -70,9 +70,6 @@ bool bandsFit(const Frame& frame) {
 
 bool runBands(const char* effectName, const Frame& frame) {
   HALThreadPoolInit();
-  if (g_hal_threadpool_init == 0) {
-    return false;
-  }
   const EffectTypeInfo effect = effectTypeInit(effectName, frame.width, frame.height);
   std::optional<BandedStrip> strips[kStrips];
   tagT_ThreadPoolTaskInput records[kStrips] = {};
@@ -86,7 +83,7 @@ bool runBands(const char* effectName, const Frame& frame) {
     }
     records[i].output = &*strips[i];
   }
-  ThreadPoolWorker(g_threadpool, kStrips, runStrip, records).Work();
+  runOnPool(kStrips, runStrip, records);
   return true;
 }
 

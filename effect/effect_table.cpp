@@ -3,7 +3,7 @@
 #include <android/log.h>
 
 #include <algorithm>
-#include <string>
+#include <cstdio>
 #include <string_view>
 
 #include "libalgorithm/effect_pipeline.h"
@@ -74,10 +74,11 @@ void reportPicture(EffectTypeInfo& info) {
 }
 
 void loadPicture(const EffectTableEntry& entry, bool landscape, EffectTypeInfo& info) {
-  const std::string path =
-      std::string(kPictureFolder) + (landscape ? entry.landscapePicture : entry.portraitPicture);
+  char path[sizeof(kPictureFolder) + 32];  // no memory taken that could be short
+  std::snprintf(path, sizeof(path), "%s%s", kPictureFolder,
+                landscape ? entry.landscapePicture : entry.portraitPicture);
   // Each strip gets a band of whole picture rows: a picture with fewer rows than that is of no use.
-  if (decodePngFile(path.c_str(), bitmap_effect) && bitmap_effect.height >= entry.stripCount) {
+  if (decodePngFile(path, bitmap_effect) && bitmap_effect.height >= entry.stripCount) {
     reportPicture(info);
     return;
   }

@@ -4,8 +4,8 @@
 #include <limits>
 
 #include "base/image_size.h"
-#include "libalgorithm/thread_pool.h"
 #include "libalgorithm/yuv_convert.h"
+#include "threadpool/global_pool.h"
 
 uint8_t* gCLAHE_Rgb_Buffer_in = nullptr;
 uint8_t* gCLAHE_Rgb_Buffer_out = nullptr;
@@ -25,8 +25,7 @@ struct WorkImages {
   WorkImages& operator=(const WorkImages&) = delete;
 
   static bool ready() {
-    return gCLAHE_Rgb_Buffer_in != nullptr && gCLAHE_Rgb_Buffer_out != nullptr &&
-           g_hal_threadpool_init != 0;
+    return gCLAHE_Rgb_Buffer_in != nullptr && gCLAHE_Rgb_Buffer_out != nullptr;
   }
 };
 
@@ -59,8 +58,7 @@ bool runPhases(const char* effectName, const Frame& frame) {
     records[i].input = &yuv[i];
     records[i].output = &in[i];
   }
-  ThreadPoolWorker decoding(g_threadpool, kStrips, YUV2RGB, records);
-  decoding.Work();
+  runOnPool(kStrips, YUV2RGB, records);
 
   const EffectTypeInfo effect = effectTypeInit(effectName, frame.width, frame.height);
   for (int i = 0; i < effect.stripCount; ++i) {
@@ -72,16 +70,14 @@ bool runPhases(const char* effectName, const Frame& frame) {
     ranges[i].imageHeight = frame.height;
     records[i] = {&in[i], &out[i], &ranges[i]};
   }
-  ThreadPoolWorker effecting(g_threadpool, effect.stripCount, EffectFunction, records);
-  effecting.Work();
+  runOnPool(effect.stripCount, EffectFunction, records);
 
   for (int i = 0; i < kStrips; ++i) {
     out[i] = workStrip(frame, stripOf(frame.height, kStrips, i), gCLAHE_Rgb_Buffer_out);
     records[i].input = &out[i];
     records[i].output = &yuv[i];
   }
-  ThreadPoolWorker encoding(g_threadpool, kStrips, RGB2YUV, records);
-  encoding.Work();  // nothing before this has written to the frame
+  runOnPool(kStrips, RGB2YUV, records);  // nothing before this has written to the frame
   return true;
 }
 

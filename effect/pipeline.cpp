@@ -5,29 +5,15 @@
 
 #include "effect/bands.h"
 #include "effect/phases.h"
+#include "threadpool/global_pool.h"
 
 namespace alg {
-namespace {
-
-/// Lets one run at a time in: the work images, the picture and the pool are single instances. At
-/// the end of the process it waits for the run under way, which still reads the picture; recursive,
-/// because the pool may end the process from within a run.
-struct RunLock {
-  std::recursive_mutex mutex;
-  RunLock() = default;
-  ~RunLock() { mutex.lock(); }
-  RunLock(const RunLock&) = delete;
-  RunLock& operator=(const RunLock&) = delete;
-};
-
-}  // namespace
-
 bool runEffect(const char* effectName, const Frame& frame, Road road) {
   if (frame.width < 1 || frame.height < 1) {
     return true;
   }
-  static RunLock runLock;
-  const std::lock_guard lock(runLock.mutex);
+  // One run at a time: the work images, the picture and the pool are single instances.
+  const std::lock_guard lock(poolMutex());
   try {
     const bool inBands = road == Road::kFastest && bandsFit(frame);
     return (inBands ? runBands : runPhases)(effectName, frame);

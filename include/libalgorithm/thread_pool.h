@@ -135,8 +135,10 @@ ALGORITHM_API extern ThreadPool* g_threadpool;
 /// 1 while g_threadpool is running, else 0.
 ALGORITHM_API extern int32_t g_hal_threadpool_init;
 
-/// Makes and starts the process-wide pool if there is none. Returns 0, or -1 when it can't start.
-/// Not thread-safe: must not overlap itself, HALThreadPoolDestroy() or an effect run.
+/// Makes and starts the process-wide pool if there is none. Returns 0, or -1 when it can't start: a
+/// half-started pool is then left behind, which nothing uses, and the next call makes a new one.
+/// Thread-safe.
 ALGORITHM_API int HALThreadPoolInit();
-/// Stops and deletes the process-wide pool if there is one. Returns 0. Not thread-safe, as above.
+/// Stops and deletes the process-wide pool if there is one, after an effect run under way has ended.
+/// Returns 0. Thread-safe.
 ALGORITHM_API int HALThreadPoolDestroy();

@@ -114,6 +114,7 @@ TEST(Road, ConcurrentCallersEachGetTheirExactResult) {
       for (const ref::Effect& effect : ref::kEffects) check(effect, pictures, 40, 28 + caller * 6);
     });
   }
+  for (int i = 0; i < 100; ++i) EXPECT_EQ(HALThreadPoolDestroy(), 0);  // waits for the run
   for (std::thread& caller : callers) caller.join();
 }
 
