@@ -25,4 +25,13 @@ constexpr int64_t yuvFrameBytes(int32_t width, int32_t height) {
   return int64_t{width} * height * 3 / 2;
 }
 
+/// Pictures from files are decoded up to these sizes; larger ones fail before memory is taken.
+inline constexpr int64_t kMaxPictureSide = 65535;
+inline constexpr int64_t kMaxPicturePixels = 256'000'000;
+
+constexpr bool isPictureSize(int64_t width, int64_t height) {
+  return width >= 1 && height >= 1 && width <= kMaxPictureSide && height <= kMaxPictureSide &&
+         width * height <= kMaxPicturePixels;
+}
+
 }  // namespace alg

@@ -9,6 +9,7 @@
 #include <new>
 #include <utility>
 
+#include "base/image_size.h"
 #include "platform/device_path.h"
 
 namespace alg {
@@ -72,6 +73,7 @@ bool decode(PngReader& reader) {
   if (setjmp(png_jmpbuf(reader.png)) != 0) {
     return false;
   }
+  png_set_user_limits(reader.png, kMaxPictureSide, kMaxPictureSide);
   png_init_io(reader.png, reader.file);
   png_read_info(reader.png, reader.info);
   reader.hasAlpha = (png_get_color_type(reader.png, reader.info) & PNG_COLOR_MASK_ALPHA) != 0 ||
@@ -80,6 +82,9 @@ bool decode(PngReader& reader) {
   const int passes = png_set_interlace_handling(reader.png);
   png_read_update_info(reader.png, reader.info);
   const png_uint_32 height = png_get_image_height(reader.png, reader.info);
+  if (!isPictureSize(png_get_image_width(reader.png, reader.info), height)) {
+    return false;
+  }
   const std::size_t pitch = png_get_rowbytes(reader.png, reader.info);
   reader.pixels = static_cast<uint8_t*>(std::calloc(height, pitch));
   if (reader.pixels == nullptr) {

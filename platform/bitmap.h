@@ -16,7 +16,8 @@ struct Bitmap {
 
 /// Decodes the PNG file at the device path `path` into `bitmap`. Grey, palette and 16-bit files are
 /// brought to 8-bit RGBA, without any gamma or colour correction; alpha is 255 where the file has
-/// none. Returns false, and leaves the previous picture, when the file can't be read or decoded.
+/// none. Returns false, and leaves the previous picture, when the file can't be read or decoded, or
+/// has more than 65,535 pixels a side or 256 million in all.
 bool decodePngFile(const char* path, Bitmap& bitmap);
 
 /// The picture that every overlay of the effect table, and of the classic effects, is decoded into.
