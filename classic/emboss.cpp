@@ -1,8 +1,10 @@
 // Emboss: grey relief of the luminance step from two rows up and two columns left.
+#include <cstddef>
 #include <cstdint>
 
-#include "base/block.h"
 #include "base/clamp.h"
+#include "classic/drawing_rows.h"
+#include "kernels/grey_rows.h"
 #include "kernels/neighbourhood.h"
 #include "libalgorithm/classic_effects.h"
 
@@ -10,16 +12,9 @@ namespace {
 
 using alg::PackedImage;
 
-/// Luminance in 16 fractional bits; the weights add up to 1, so that it stays a byte.
-int luminance(int blue, int green, int red) {
-  return ((13933 * red) + (46871 * green) + (4732 * blue)) >> 16;
-}
-
-void relief(const uint8_t* top, const uint8_t* bottom, uint8_t* out, int count) {
-  for (int x = 0; x < count; ++x, out += alg::kPackedBytes) {
-    out[0] = out[1] = out[2] = alg::clampToByte(((bottom[x + 2] - top[x]) * 16) + 128);
-  }
-}
+/// Luminance of B, G, R.
+constexpr alg::GreyWeights kLuminance{{4732, 46871, 13933}};
+static_assert(kLuminance.fit());
 
 /// Row 0, which holds what dst held before, goes one pixel to the right in row 1 (its last pixel to
 /// the start of row 2), while the last row but one takes the row above it from right to left. With
@@ -40,19 +35,29 @@ void smearRows(const PackedImage& dst) {
 
 }  // namespace
 
+void alg::reliefRowPlain(const uint8_t* top, const uint8_t* bottom, uint8_t* grey,
+                         std::size_t count) {
+  for (std::size_t x = 0; x < count; ++x) {
+    grey[x] = clampToByte(((bottom[x + 2] - top[x]) * 16) + 128);
+  }
+}
+
 void Emboss(unsigned char* src, unsigned char* dst, int width, int height) {
   if (width < 1 || height < 1) {
     return;
   }
-  const alg::Block ring = alg::allocateBlock(alg::greyRingBytes(width));
-  if (!ring) {
+  const alg::WorkRows work(4, width);
+  if (!work) {
     return;
   }
   const PackedImage image{dst, width, height};
-  alg::walkWindows(alg::greyRows(src, width, ring.get(), luminance), image,
+  alg::walkWindows(alg::greyRows(src, width, work, kLuminance), image,
                    alg::WindowTarget::kBottomRight,
-                   [](const uint8_t* top, const uint8_t* /*middle*/, const uint8_t* bottom,
-                      uint8_t* out, int count) { relief(top, bottom, out, count); });
+                   [grey = work.row(3)](const uint8_t* top, const uint8_t* /*middle*/,
+                                        const uint8_t* bottom, uint8_t* out, int count) {
+                     alg::reliefRow(top, bottom, grey, static_cast<std::size_t>(count));
+                     alg::spreadGreyRow(grey, out, static_cast<std::size_t>(count));
+                   });
   smearRows(image);
   alg::copyEdgeColumns(image);
 }

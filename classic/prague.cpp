@@ -4,48 +4,74 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <iterator>
 
 #include "base/image_size.h"
+#include "classic/drawing_rows.h"
 #include "kernels/neighbourhood.h"
 #include "libalgorithm/classic_effects.h"
 
 namespace {
 
-constexpr int kMaxEnergy = 350 * 350;            // squared gradients are limited to this
-constexpr int kChunk = 256 * alg::kPackedBytes;  // bytes whose gradients are taken in one go
+using alg::CartoonFactors;
+using alg::EdgeSteps;
+using alg::PlaneWindow;
 
-struct EdgeTable {
-  uint8_t grey[kMaxEnergy + 1];  // of a squared gradient: 255 without an edge, 2 on a strong one
-};
+constexpr int kStrongest = 350 * 350;  // squared gradients count up to this
+constexpr int kPlanes = 3 * alg::kPackedBytes;
 
-/// Any C library's exp and pow give this table: errors of up to 64 units in the last place in
-/// either, tried over all entries, change none.
-const EdgeTable& edgeTable() {
-  static const EdgeTable kTable = [] {
-    EdgeTable t;
-    for (int i = 0; i <= kMaxEnergy; ++i) {
-      const double length = std::sqrt(static_cast<float>(i)) / 350.0f;  // a float, up to 1
-      const auto rise = static_cast<float>(1.0 - std::exp(-5.0 * std::pow(length, 1.5)));
-      t.grey[i] = static_cast<uint8_t>(255 - static_cast<int>(rise * 255.0f));
-    }
-    return t;
-  }();
-  return kTable;
+/// The grey of a squared gradient: 255 without an edge, 2 on a strong one, falling in steps of 1.
+/// Any C library's exp and pow give these: errors of up to 64 units in the last place in either,
+/// tried over all arguments, change none.
+int edgeGrey(int energy) {
+  const auto root = std::sqrt(static_cast<float>(std::min(energy, kStrongest)));
+  const double length = root / 350.0f;  // a float, up to 1
+  const auto rise = static_cast<float>(1.0 - std::exp(-5.0 * std::pow(length, 1.5)));
+  return 255 - static_cast<int>(rise * 255.0f);
 }
 
-/// The squared Sobel gradient of each byte; neighbours are kPackedBytes apart.
-void takeEnergies(const uint8_t* top, const uint8_t* middle, const uint8_t* bottom,
-                  int32_t* energies, int count) {
-  for (int left = 0; left < count; ++left) {
-    const int centre = left + alg::kPackedBytes;
-    const int right = centre + alg::kPackedBytes;
-    const int gy = (top[left] + (2 * top[centre]) + top[right]) -
-                   (bottom[left] + (2 * bottom[centre]) + bottom[right]);
-    const int gx = (top[left] + (2 * middle[left]) + bottom[left]) -
-                   (top[right] + (2 * middle[right]) + bottom[right]);
-    energies[left] = std::min((gx * gx) + (gy * gy), kMaxEnergy);
+/// The first argument of a block, plus kOffset.
+int blockStart(int block) {
+  const int bits = (block + EdgeSteps::kFirstBlock - (8 << 6)) << EdgeSteps::kBlockShift;
+  float start;
+  std::memcpy(&start, &bits, sizeof start);
+  return static_cast<int>(start);
+}
+
+/// Not constant for the compiler, which would put the table into the library file.
+EdgeSteps findEdgeSteps() {
+  constexpr int kNever = 1 << 22;
+  EdgeSteps edges;
+  for (int block = 0; block < EdgeSteps::kBlocks; ++block) {
+    int first = blockStart(block), end = blockStart(block + 1);
+    const int grey = edgeGrey(first - EdgeSteps::kOffset);
+    if (edgeGrey(end - 1 - EdgeSteps::kOffset) == grey) {
+      first = kNever - 1;
+    } else {
+      --end;
+    }
+    while (first + 1 < end) {  // the step is behind `first`, at `end` at the latest
+      const int middle = (first + end) / 2;
+      (edgeGrey(middle - EdgeSteps::kOffset) == grey ? first : end) = middle;
+    }
+    edges.entries[block] = (first << 8) | grey;
   }
+  return edges;
+}
+
+const EdgeSteps& edgeSteps() {
+  static const EdgeSteps kEdges = findEdgeSteps();
+  return kEdges;
+}
+
+int inkGrey(int energy, const EdgeSteps& edges) {
+  const int argument = (energy + EdgeSteps::kOffset) << 8;
+  const auto number = static_cast<float>(argument);  // exact
+  int bits;
+  std::memcpy(&bits, &number, sizeof bits);
+  const int entry = edges.entries[(bits >> EdgeSteps::kBlockShift) - EdgeSteps::kFirstBlock];
+  return (entry & 0xFF) - (argument > entry ? 1 : 0);
 }
 
 /// Overlay blend of v over the edge map's grey.
@@ -53,60 +79,39 @@ uint8_t overlay(int v, int grey) {
   return static_cast<uint8_t>(v < 128 ? (v * grey) >> 7 : 255 - (((255 - v) * (255 - grey)) >> 7));
 }
 
-void inkRow(const uint8_t* top, const uint8_t* middle, const uint8_t* bottom, uint8_t* out,
-            int count, const EdgeTable& table) {
-  int32_t energies[kChunk];
-  const std::ptrdiff_t bytes = std::ptrdiff_t{count} * alg::kPackedBytes;
-  for (std::ptrdiff_t at = 0; at < bytes; at += kChunk) {
-    const auto part = static_cast<int>(std::min<std::ptrdiff_t>(bytes - at, kChunk));
-    takeEnergies(top + at, middle + at, bottom + at, energies, part);
-    const uint8_t* centre = middle + at + alg::kPackedBytes;
-    for (int i = 0; i < part; i += alg::kPackedBytes) {
-      for (int c = 0; c < alg::kPackedBytes; ++c) {
-        out[at + i + 2 - c] = overlay(centre[i + c], table.grey[energies[i + c]]);
-      }
-    }
-  }
+uint8_t inkByte(const PlaneWindow& w, std::size_t left, const EdgeSteps& edges) {
+  const std::size_t centre = left + 1, right = left + 2;
+  const int gy = (w.top[left] + (2 * w.top[centre]) + w.top[right]) -
+                 (w.bottom[left] + (2 * w.bottom[centre]) + w.bottom[right]);
+  const int gx = (w.top[left] + (2 * w.middle[left]) + w.bottom[left]) -
+                 (w.top[right] + (2 * w.middle[right]) + w.bottom[right]);
+  return overlay(w.middle[centre], inkGrey((gx * gx) + (gy * gy), edges));
 }
 
-struct CartoonTable {
-  float factor[(3 * 255) + 256 + 1];
-};
-
-/// The factor of a channel whose brightest neighbour is `most`, where one more than the brightest
-/// neighbour of all channels is `limit`: 1.0 / (most + (limit - most) x 0.25), as entry
-/// 3 x most + limit. Both divisions have the same real quotient, so they round to the same double.
-const CartoonTable& cartoonTable() {
-  static const CartoonTable kTable = [] {
-    CartoonTable t{};
-    for (int i = 1; i < static_cast<int>(std::size(t.factor)); ++i) {
-      t.factor[i] = static_cast<float>(4.0 / i);
-    }
-    return t;
-  }();
-  return kTable;
+/// A channel v whose brightest neighbour is `most`, where one more than the brightest neighbour of
+/// all channels is `limit`, becomes trunc(v x 255.0 x f), and what exceeds 255 wraps. The factor f
+/// is 1.0 / (most + (limit - most) x 0.25), rounded to a float. With n = 3 x most + limit that is
+/// 4.0 / n: both divisions have the same real quotient.
+///
+/// v x 255 x f differs from 1020 x v / n by less than 1 / n, so that the rounding counts only where
+/// n divides 1020 x v and f is rounded down. A fixed-point factor just above 1020 / n, or just
+/// below it where f is rounded down, gives the same for each v (all n and v have been tried).
+CartoonFactors findCartoonFactors() {
+  constexpr uint64_t kDividend = uint64_t{4 * 255} << 24;
+  CartoonFactors factors;
+  for (int i = 0; i < static_cast<int>(std::size(factors.entries)); ++i) {
+    const int n = i + 1;
+    const auto f = static_cast<float>(4.0 / n);
+    const bool roundedDown = static_cast<double>(f) * n < 4.0;
+    const uint64_t below = (kDividend - 1) / static_cast<unsigned>(n);
+    factors.entries[i] = static_cast<int32_t>(roundedDown ? below : below + 2);
+  }
+  return factors;
 }
 
-/// What exceeds 255 wraps.
-uint8_t scale(int v, float factor) {
-  return static_cast<uint8_t>(static_cast<int>(v * 255.0 * static_cast<double>(factor)));
-}
-
-void cartoonPixel(const uint8_t* top, const uint8_t* middle, const uint8_t* bottom, uint8_t* out,
-                  const CartoonTable& table) {
-  constexpr int kRight = 2 * alg::kPackedBytes;  // from the window's left column to its right one
-  int most[3];
-  for (int c = 0; c < 2; ++c) {
-    most[c] = std::max({top[c], top[kRight + c], bottom[c], bottom[kRight + c]});
-  }
-  // Where the upper right pixel's channel 2 would win, its channel 1 is taken: this tints the
-  // picture.
-  const int upper = top[2] > top[kRight + 2] ? top[2] : top[kRight + 1];
-  most[2] = std::max({upper, int{bottom[2]}, int{bottom[kRight + 2]}});
-  const int limit = std::max({most[0], most[1], most[2]}) + 1;
-  for (int c = 0; c < 3; ++c) {
-    out[2 - c] = scale(middle[alg::kPackedBytes + c], table.factor[(3 * most[c]) + limit]);
-  }
+const CartoonFactors& cartoonFactors() {
+  static const CartoonFactors kFactors = findCartoonFactors();
+  return kFactors;
 }
 
 /// Runs a row kernel over the inner pixels, then copies the edges.
@@ -115,27 +120,64 @@ void draw(const uint8_t* src, uint8_t* dst, int width, int height, Kernel kernel
   if (width < 1 || height < 1) {
     return;
   }
+  const alg::WorkRows work(kPlanes, width);
+  if (!work) {
+    return;
+  }
   const alg::PackedImage image{dst, width, height};
-  alg::walkWindows(alg::packedRows(src, width), image, alg::WindowTarget::kCentre, kernel);
+  alg::walkWindows(alg::planeRows(src, width, work), image, alg::WindowTarget::kCentre,
+                   [&](const uint8_t* top, const uint8_t* middle, const uint8_t* bottom,
+                       uint8_t* out, int count) {
+                     kernel(PlaneWindow{top, middle, bottom, work.pitch()}, out,
+                            static_cast<std::size_t>(count));
+                   });
   alg::copyEdges(image);
 }
 
 }  // namespace
 
+void alg::inkRowPlain(const PlaneWindow& rows, uint8_t* out, std::size_t count,
+                      const EdgeSteps& edges) {
+  for (std::size_t x = 0; x < count; ++x, out += kPackedBytes) {
+    for (int c = 0; c < kPackedBytes; ++c) {
+      out[2 - c] = inkByte(rows.plane(c), x, edges);
+    }
+  }
+}
+
+void alg::cartoonRowPlain(const PlaneWindow& rows, uint8_t* out, std::size_t count,
+                          const CartoonFactors& factors) {
+  for (std::size_t left = 0; left < count; ++left, out += kPackedBytes) {
+    const std::size_t right = left + 2;
+    int most[kPackedBytes];
+    for (int c = 0; c < kPackedBytes; ++c) {
+      const PlaneWindow w = rows.plane(c);
+      int upper = std::max(w.top[left], w.top[right]);
+      // Where the upper right pixel's channel 2 would win, its channel 1 is taken: this tints the
+      // picture.
+      if (c == 2 && w.top[left] <= w.top[right]) {
+        upper = rows.plane(1).top[right];
+      }
+      most[c] = std::max({upper, int{w.bottom[left]}, int{w.bottom[right]}});
+    }
+    const int brightest = std::max({most[0], most[1], most[2]});
+    for (int c = 0; c < kPackedBytes; ++c) {
+      const auto factor = static_cast<uint32_t>(factors.entries[(3 * most[c]) + brightest]);
+      out[2 - c] = static_cast<uint8_t>((rows.plane(c).middle[left + 1] * factor) >> 24);
+    }
+  }
+}
+
 void Prague(unsigned char* src, unsigned char* dst, int width, int height, float /*unused*/) {
   draw(src, dst, width, height,
-       [&table = edgeTable()](const uint8_t* top, const uint8_t* middle, const uint8_t* bottom,
-                              uint8_t* out,
-                              int count) { inkRow(top, middle, bottom, out, count, table); });
+       [&edges = edgeSteps()](const PlaneWindow& rows, uint8_t* out, std::size_t count) {
+         alg::inkRow(rows, out, count, edges);
+       });
 }
 
 void PragueCarton(unsigned char* src, unsigned char* dst, int width, int height, float /*unused*/) {
   draw(src, dst, width, height,
-       [&table = cartoonTable()](const uint8_t* top, const uint8_t* middle, const uint8_t* bottom,
-                                 uint8_t* out, int count) {
-         for (std::ptrdiff_t at = 0; at < std::ptrdiff_t{count} * alg::kPackedBytes;
-              at += alg::kPackedBytes) {
-           cartoonPixel(top + at, middle + at, bottom + at, out + at, table);
-         }
+       [&factors = cartoonFactors()](const PlaneWindow& rows, uint8_t* out, std::size_t count) {
+         alg::cartoonRow(rows, out, count, factors);
        });
 }

@@ -7,7 +7,9 @@
 #include <cstdint>
 #include <cstring>
 
+#include "base/block.h"
 #include "base/image_size.h"
+#include "kernels/grey_rows.h"
 
 namespace alg {
 
@@ -55,23 +57,45 @@ inline auto packedRows(const uint8_t* src, int width) {
   return [src, pitch](int y) { return src + (y * pitch); };
 }
 
-/// The rows of a packed image as one byte a pixel, grey(blue, green, red). `ring` holds three rows
-/// of `width` bytes, which take turns.
-template <class Grey>
-auto greyRows(const uint8_t* src, int width, uint8_t* ring, Grey grey) {
-  return [rows = packedRows(src, width), width, ring, grey](int y) {
-    const uint8_t* pixel = rows(y);
-    uint8_t* row = ring + (std::ptrdiff_t{y % 3} * width);
-    for (int x = 0; x < width; ++x, pixel += kPackedBytes) {
-      row[x] = static_cast<uint8_t>(grey(pixel[0], pixel[1], pixel[2]));
+/// Work memory for rows of single bytes, kRowPadding behind each.
+class WorkRows {
+ public:
+  /// Tests as false when memory is short.
+  WorkRows(int rows, int width)
+      : pitch_(width + static_cast<std::ptrdiff_t>(kRowPadding)),
+        block_(allocateBlock(static_cast<std::size_t>(rows * pitch_))) {
+    if (block_) {
+      std::memset(block_.get(), 0, static_cast<std::size_t>(rows * pitch_));
     }
+  }
+
+  explicit operator bool() const { return block_ != nullptr; }
+  std::ptrdiff_t pitch() const { return pitch_; }
+  uint8_t* row(int index) const { return block_.get() + (index * pitch_); }
+
+ private:
+  std::ptrdiff_t pitch_;
+  Block block_;
+};
+
+/// The rows of a packed image as one grey byte a pixel. The first three rows of `work` take turns.
+inline auto greyRows(const uint8_t* src, int width, const WorkRows& work,
+                     const GreyWeights& weights) {
+  return [rows = packedRows(src, width), width, &work, weights](int y) {
+    uint8_t* row = work.row(y % 3);
+    greyRow(rows(y), row, static_cast<std::size_t>(width), weights);
     return row;
   };
 }
 
-/// Bytes of the ring for greyRows().
-constexpr std::size_t greyRingBytes(int width) {
-  return std::size_t{3} * static_cast<unsigned>(width);
+/// The rows of a packed image as three planes, each a work row. The first nine rows of `work` take
+/// turns, three at a time.
+inline auto planeRows(const uint8_t* src, int width, const WorkRows& work) {
+  return [rows = packedRows(src, width), width, &work](int y) {
+    uint8_t* planes = work.row(y % 3 * kPackedBytes);
+    splitRow(rows(y), planes, work.pitch(), static_cast<std::size_t>(width));
+    return planes;
+  };
 }
 
 inline void copyPixel(uint8_t* to, const uint8_t* from) { std::memcpy(to, from, kPackedBytes); }

@@ -148,7 +148,9 @@ const PackedEffect kEffects[] = {
     onPaper(kLargePaper)};
 
 TEST(Drawing, EverySizeAndColourGivesTheReferenceBytes) {
-  for (const PackedEffect& effect : kEffects) checkEverySize(effect);
+  onEachTarget([] {
+    for (const PackedEffect& effect : kEffects) checkEverySize(effect);
+  });
   for (const PackedEffect& effect : std::span(kEffects).first(4)) checkEveryColour(effect);
 }
 

@@ -1,0 +1,65 @@
+// Row kernels of the drawing effects. They look at windows of 3 x 3 pixels: row pointers are at the
+// first window's left column, `count` windows follow one another. Rows of single bytes are padded
+// (kRowPadding), those that are read and those that are written; packed pixels are not.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace alg {
+
+/// grey[x] = 128 + 16 x (bottom right - top left of window x), limited to a byte.
+void reliefRow(const uint8_t* top, const uint8_t* bottom, uint8_t* grey, std::size_t count);
+void reliefRowPlain(const uint8_t* top, const uint8_t* bottom, uint8_t* grey, std::size_t count);
+
+/// 255 minus the length of the gradient, in which all three rows and columns weigh the same, twice.
+/// The length is rounded down, and limited to 255.
+void lineRow(const uint8_t* top, const uint8_t* middle, const uint8_t* bottom, uint8_t* grey,
+             std::size_t count);
+void lineRowPlain(const uint8_t* top, const uint8_t* middle, const uint8_t* bottom, uint8_t* grey,
+                  std::size_t count);
+
+/// The rows of a window, each as the three planes of its pixels, `pitch` bytes apart.
+struct PlaneWindow {
+  const uint8_t *top, *middle, *bottom;
+  std::ptrdiff_t pitch;
+
+  PlaneWindow plane(int c) const {
+    return {top + c * pitch, middle + c * pitch, bottom + c * pitch, pitch};
+  }
+};
+
+/// A falling function of a squared gradient whose steps are 1: its arguments plus kOffset are cut
+/// into blocks of which none has more than one step, 64 to each power of two. A block's number is
+/// that of the argument's float, without the lower bits of the mantissa.
+///
+///     entry   0 | 22 bits: last argument before the step, plus kOffset | 8 bits: value before it
+///
+/// so that (argument + kOffset) << 8 is greater than the entry just behind the step.
+struct EdgeSteps {
+  static constexpr int kOffset = 1024;
+  static constexpr int kBlockShift = 17;                   // of a float's bits
+  static constexpr int kFirstBlock = (127 + 8 + 10) << 6;  // of kOffset << 8
+  static constexpr int kMaxEnergy = 2 * 1020 * 1020;
+  static constexpr int kBlocks = 11 << 6;  // up to 2^21, which is beyond the greatest argument
+
+  int32_t entries[kBlocks];
+};
+
+/// Each channel overlaid with its inverted Sobel edges; the channels are crossed on their way.
+void inkRow(const PlaneWindow& rows, uint8_t* out, std::size_t count, const EdgeSteps& edges);
+void inkRowPlain(const PlaneWindow& rows, uint8_t* out, std::size_t count, const EdgeSteps& edges);
+
+/// Entry 3 x (a channel's brightest neighbour) + (the brightest of all channels' neighbours) is the
+/// channel's factor in 24 fractional bits, modulo 2^32.
+struct CartoonFactors {
+  int32_t entries[4 * 255 + 1];
+};
+
+/// Each channel times its factor, modulo 256; the channels are crossed on their way.
+void cartoonRow(const PlaneWindow& rows, uint8_t* out, std::size_t count,
+                const CartoonFactors& factors);
+void cartoonRowPlain(const PlaneWindow& rows, uint8_t* out, std::size_t count,
+                     const CartoonFactors& factors);
+
+}  // namespace alg

@@ -1,0 +1,406 @@
+// Vector twins of the drawing effects' row kernels, compiled once per vector target. Each works on
+// a whole vector of bytes at a time, which become two vectors of 16-bit and four of 32-bit lanes.
+#include <cstring>
+
+#include "base/image_size.h"
+#include "classic/drawing_rows.h"
+#include "kernels/grey_rows.h"
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "classic/drawing_rows_simd.cpp"
+#include "hwy/foreach_target.h"  // IWYU pragma: keep
+#include "hwy/highway.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace alg::HWY_NAMESPACE {
+
+#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
+
+// Without vectors the definitions are the fastest there is.
+void reliefRowVector(const uint8_t* top, const uint8_t* bottom, uint8_t* grey, std::size_t count) {
+  reliefRowPlain(top, bottom, grey, count);
+}
+
+void lineRowVector(const uint8_t* top, const uint8_t* middle, const uint8_t* bottom, uint8_t* grey,
+                   std::size_t count) {
+  lineRowPlain(top, middle, bottom, grey, count);
+}
+
+void inkRowVector(const PlaneWindow& rows, uint8_t* out, std::size_t count,
+                  const EdgeSteps& edges) {
+  inkRowPlain(rows, out, count, edges);
+}
+
+void cartoonRowVector(const PlaneWindow& rows, uint8_t* out, std::size_t count,
+                      const CartoonFactors& factors) {
+  cartoonRowPlain(rows, out, count, factors);
+}
+
+#else
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+using Bytes = hn::ScalableTag<uint8_t>;
+using SignedBytes = hn::RebindToSigned<Bytes>;
+using Shorts = hn::Repartition<int16_t, Bytes>;
+using Ints = hn::Repartition<int32_t, Bytes>;
+using Floats = hn::Repartition<float, Bytes>;
+using ByteVector = hn::Vec<Bytes>;
+using ShortVector = hn::Vec<Shorts>;
+using IntVector = hn::Vec<Ints>;
+
+constexpr std::size_t kBlock = hn::MaxLanes(Bytes());  // windows a step
+static_assert(kBlock + 2 <= kRowPadding);
+
+// One value for each byte of a vector. With AVX2 every widening and narrowing step stays within the
+// blocks of 16 bytes, so that the order in between does not matter.
+struct Shorts2 {
+  ShortVector lower, upper;
+};
+
+struct Ints4 {
+  IntVector part[4];
+};
+
+// Steps between bytes, 16-bit and 32-bit lanes -------------------------------------------------
+
+#if HWY_TARGET == HWY_NEON
+
+// sum + kWeight x (plus - minus)
+template <int kWeight>
+HWY_INLINE Shorts2 addDifference(Shorts2 sum, ByteVector plus, ByteVector minus) {
+  const uint8x16_t weight = vdupq_n_u8(kWeight);
+  uint16x8_t lower = vreinterpretq_u16_s16(sum.lower.raw);
+  uint16x8_t upper = vreinterpretq_u16_s16(sum.upper.raw);
+  lower = vmlal_u8(lower, vget_low_u8(plus.raw), vget_low_u8(weight));
+  lower = vmlsl_u8(lower, vget_low_u8(minus.raw), vget_low_u8(weight));
+  upper = vmlsl_high_u8(vmlal_high_u8(upper, plus.raw, weight), minus.raw, weight);
+  return {ShortVector(vreinterpretq_s16_u16(lower)), ShortVector(vreinterpretq_s16_u16(upper))};
+}
+
+// a + 3 x b
+HWY_INLINE Shorts2 plusThrice(ByteVector a, ByteVector b) {
+  const uint8x16_t three = vdupq_n_u8(3);
+  const uint16x8_t lower =
+      vmlal_u8(vmovl_u8(vget_low_u8(a.raw)), vget_low_u8(b.raw), vget_low_u8(three));
+  const uint16x8_t upper = vmlal_high_u8(vmovl_high_u8(a.raw), b.raw, three);
+  return {ShortVector(vreinterpretq_s16_u16(lower)), ShortVector(vreinterpretq_s16_u16(upper))};
+}
+
+HWY_INLINE Ints4 sumsOfSquares(Shorts2 a, Shorts2 b) {
+  const auto lower = [](ShortVector x, ShortVector y) {
+    return IntVector(vmlal_s16(vmull_s16(vget_low_s16(x.raw), vget_low_s16(x.raw)),
+                               vget_low_s16(y.raw), vget_low_s16(y.raw)));
+  };
+  const auto upper = [](ShortVector x, ShortVector y) {
+    return IntVector(vmlal_high_s16(vmull_high_s16(x.raw, x.raw), y.raw, y.raw));
+  };
+  return {{lower(a.lower, b.lower), upper(a.lower, b.lower), lower(a.upper, b.upper),
+           upper(a.upper, b.upper)}};
+}
+
+// The lanes hold 0..255.
+HWY_INLINE ByteVector narrow(Ints4 v) {
+  const auto bytes = [](IntVector x) { return vreinterpretq_u8_s32(x.raw); };
+  const auto even = [](uint8x16_t x, uint8x16_t y) {
+    return vreinterpretq_u8_u16(vuzp1q_u16(vreinterpretq_u16_u8(x), vreinterpretq_u16_u8(y)));
+  };
+  return ByteVector(vuzp1q_u8(even(bytes(v.part[0]), bytes(v.part[1])),
+                              even(bytes(v.part[2]), bytes(v.part[3]))));
+}
+
+// (a x b) >> 7, where b is below 128
+HWY_INLINE ByteVector scaled(ByteVector a, ByteVector b) {
+  const uint16x8_t lower = vmull_u8(vget_low_u8(a.raw), vget_low_u8(b.raw));
+  return ByteVector(vshrn_high_n_u16(vshrn_n_u16(lower, 7), vmull_high_u8(a.raw, b.raw), 7));
+}
+
+// table[index] in each lane, two indices out of a register at a time.
+HWY_INLINE IntVector lookUp(const int32_t* table, IntVector index) {
+  const uint64x2_t pairs = vreinterpretq_u64_s32(index.raw);
+  const uint64_t first = vgetq_lane_u64(pairs, 0), second = vgetq_lane_u64(pairs, 1);
+  int32x4_t v = vld1q_dup_s32(table + static_cast<uint32_t>(first));
+  v = vld1q_lane_s32(table + (first >> 32), v, 1);
+  v = vld1q_lane_s32(table + static_cast<uint32_t>(second), v, 2);
+  return IntVector(vld1q_lane_s32(table + (second >> 32), v, 3));
+}
+
+#else
+
+// Bytes x, y of each pair times kX and kY, added.
+template <int kX, int kY>
+HWY_INLINE Shorts2 weighPairs(ByteVector x, ByteVector y) {
+  const Bytes d;
+  const __m256i weights = _mm256_set1_epi16(static_cast<int16_t>((kX & 0xFF) | kY * 256));
+  return {ShortVector{_mm256_maddubs_epi16(hn::InterleaveLower(d, x, y).raw, weights)},
+          ShortVector{_mm256_maddubs_epi16(hn::InterleaveUpper(d, x, y).raw, weights)}};
+}
+
+// sum + kWeight x (plus - minus)
+template <int kWeight>
+HWY_INLINE Shorts2 addDifference(Shorts2 sum, ByteVector plus, ByteVector minus) {
+  const Shorts2 difference = weighPairs<kWeight, -kWeight>(plus, minus);
+  return {hn::Add(sum.lower, difference.lower), hn::Add(sum.upper, difference.upper)};
+}
+
+// a + 3 x b
+HWY_INLINE Shorts2 plusThrice(ByteVector a, ByteVector b) { return weighPairs<1, 3>(a, b); }
+
+HWY_INLINE Ints4 sumsOfSquares(Shorts2 a, Shorts2 b) {
+  const auto squares = [](ShortVector pairs)
+                           HWY_ATTR { return IntVector{_mm256_madd_epi16(pairs.raw, pairs.raw)}; };
+  const Shorts d;
+  return {{squares(hn::InterleaveLower(d, a.lower, b.lower)),
+           squares(hn::InterleaveUpper(d, a.lower, b.lower)),
+           squares(hn::InterleaveLower(d, a.upper, b.upper)),
+           squares(hn::InterleaveUpper(d, a.upper, b.upper))}};
+}
+
+// The lanes hold 0..255.
+HWY_INLINE ByteVector narrow(Ints4 v) {
+  return ByteVector{_mm256_packus_epi16(_mm256_packs_epi32(v.part[0].raw, v.part[1].raw),
+                                        _mm256_packs_epi32(v.part[2].raw, v.part[3].raw))};
+}
+
+// (a x b) >> 7, where b is below 128
+HWY_INLINE ByteVector scaled(ByteVector a, ByteVector b) {
+  const __m256i evenBytes = _mm256_set1_epi16(0xFF);
+  const __m256i even = _mm256_maddubs_epi16(a.raw, _mm256_and_si256(b.raw, evenBytes));
+  const __m256i odd = _mm256_maddubs_epi16(a.raw, _mm256_andnot_si256(evenBytes, b.raw));
+  return ByteVector{_mm256_or_si256(_mm256_srli_epi16(even, 7),
+                                    _mm256_andnot_si256(evenBytes, _mm256_slli_epi16(odd, 1)))};
+}
+
+HWY_INLINE IntVector lookUp(const int32_t* table, IntVector index) {
+  return hn::GatherIndex(Ints(), table, index);
+}
+
+#endif
+
+HWY_INLINE Ints4 widened(Shorts2 v) {
+  const Ints d;
+  const ShortVector zero = hn::Zero(Shorts());
+  return {{hn::ZipLower(d, v.lower, zero), hn::ZipUpper(d, v.lower, zero),
+           hn::ZipLower(d, v.upper, zero), hn::ZipUpper(d, v.upper, zero)}};
+}
+
+HWY_INLINE Ints4 widened(ByteVector v) {
+  const hn::RebindToUnsigned<Shorts> d;
+  const Shorts shorts;
+  const ByteVector zero = hn::Zero(Bytes());
+  return widened(Shorts2{hn::BitCast(shorts, hn::ZipLower(d, v, zero)),
+                         hn::BitCast(shorts, hn::ZipUpper(d, v, zero))});
+}
+
+struct Gradient {
+  Shorts2 x, y;
+};
+
+// The gradient of bytes, times kScale; the middle row and column weigh kMiddle.
+template <int kScale, int kMiddle>
+HWY_INLINE Gradient gradient(const uint8_t* top, const uint8_t* middle, const uint8_t* bottom) {
+  const Bytes d;
+  const ByteVector topLeft = hn::LoadU(d, top), topRight = hn::LoadU(d, top + 2);
+  const ByteVector bottomLeft = hn::LoadU(d, bottom), bottomRight = hn::LoadU(d, bottom + 2);
+  const ShortVector zero = hn::Zero(Shorts());
+  Gradient g{{zero, zero}, {zero, zero}};
+  g.x = addDifference<kScale>(g.x, topLeft, topRight);
+  g.x = addDifference<kScale * kMiddle>(g.x, hn::LoadU(d, middle), hn::LoadU(d, middle + 2));
+  g.x = addDifference<kScale>(g.x, bottomLeft, bottomRight);
+  g.y = addDifference<kScale>(g.y, topLeft, bottomLeft);
+  g.y = addDifference<kScale * kMiddle>(g.y, hn::LoadU(d, top + 1), hn::LoadU(d, bottom + 1));
+  g.y = addDifference<kScale>(g.y, topRight, bottomRight);
+  return g;
+}
+
+// Emboss ---------------------------------------------------------------------------------------
+
+void reliefRowVector(const uint8_t* top, const uint8_t* bottom, uint8_t* grey, std::size_t count) {
+  const Bytes d;
+  const SignedBytes s;
+  const auto middle = hn::Set(d, 0x80);
+  for (std::size_t x = 0; x < count; x += kBlock) {
+    const auto from = hn::BitCast(s, hn::Xor(hn::LoadU(d, top + x), middle));
+    const auto to = hn::BitCast(s, hn::Xor(hn::LoadU(d, bottom + x + 2), middle));
+    auto step = hn::SaturatedSub(to, from);
+    for (int doubled = 1; doubled < 16; doubled *= 2) {
+      step = hn::SaturatedAdd(step, step);
+    }
+    hn::StoreU(hn::Xor(hn::BitCast(d, step), middle), d, grey + x);
+  }
+}
+
+// Sketch ---------------------------------------------------------------------------------------
+
+// The roots of squared gradients, rounded down and limited to 255. The float root is exact enough:
+// one less than a square is below 2^17, so its root is further from the next integer than any
+// rounding.
+#if HWY_TARGET == HWY_NEON
+// A hardware root takes long. An estimate with one step of refinement, rounded to the nearest, is
+// the root or the integer above it, in which case its square is too large. (Of 0, the estimate's
+// product is not a number and becomes 0.)
+HWY_INLINE ByteVector roots(const Ints4& energies) {
+  const auto nearest = [](uint32x4_t limited) {
+    const float32x4_t e = vcvtq_f32_u32(limited);
+    const float32x4_t r = vrsqrteq_f32(e);
+    const float32x4_t root = vmulq_f32(e, r);
+    return vcvtnq_u32_f32(vmulq_f32(root, vrsqrtsq_f32(root, r)));
+  };
+  const auto eight = [&](IntVector a, IntVector b) {
+    const uint32x4_t most = vdupq_n_u32(255 * 255);
+    const uint32x4_t ea = vminq_u32(vreinterpretq_u32_s32(a.raw), most);
+    const uint32x4_t eb = vminq_u32(vreinterpretq_u32_s32(b.raw), most);
+    const auto narrowed = [](uint32x4_t x, uint32x4_t y) {
+      return vuzp1q_u16(vreinterpretq_u16_u32(x), vreinterpretq_u16_u32(y));
+    };
+    const uint16x8_t root = narrowed(nearest(ea), nearest(eb));
+    return vaddq_u16(root, vcgtq_u16(vmulq_u16(root, root), narrowed(ea, eb)));
+  };
+  const uint16x8_t lower = eight(energies.part[0], energies.part[1]);
+  const uint16x8_t upper = eight(energies.part[2], energies.part[3]);
+  return ByteVector(vuzp1q_u8(vreinterpretq_u8_u16(lower), vreinterpretq_u8_u16(upper)));
+}
+#else
+HWY_INLINE ByteVector roots(Ints4 energies) {
+  const Ints d;
+  for (IntVector& e : energies.part) {
+    e = hn::ConvertTo(d, hn::Sqrt(hn::ConvertTo(Floats(), e)));
+  }
+  return narrow(energies);  // limits to 255
+}
+#endif
+
+void lineRowVector(const uint8_t* top, const uint8_t* middle, const uint8_t* bottom, uint8_t* grey,
+                   std::size_t count) {
+  const Bytes d;
+  for (std::size_t x = 0; x < count; x += kBlock) {
+    const Gradient g = gradient<2, 1>(top + x, middle + x, bottom + x);
+    hn::StoreU(hn::Not(roots(sumsOfSquares(g.x, g.y))), d, grey + x);
+  }
+}
+
+// Prague ---------------------------------------------------------------------------------------
+
+// Calls block(x, to) for each block of windows from x on; what it writes to `to` as packed pixels
+// goes to `out`, in the last block through the stack.
+template <class Block>
+HWY_INLINE void forEachBlock(uint8_t* out, std::size_t count, Block block) {
+  std::size_t x = 0;
+  for (; x + kBlock <= count; x += kBlock) {
+    block(x, out + kPackedBytes * x);
+  }
+  if (x < count) {
+    uint8_t tail[kPackedBytes * kBlock];
+    block(x, tail);
+    std::memcpy(out + kPackedBytes * x, tail, kPackedBytes * (count - x));
+  }
+}
+
+// Gradients times 16 make energies times 256, which is what entries compare with.
+HWY_INLINE ByteVector edgeGreys(const PlaneWindow& w, std::size_t x, const EdgeSteps& edges) {
+  const Ints d;
+  const Gradient g = gradient<16, 2>(w.top + x, w.middle + x, w.bottom + x);
+  Ints4 v = sumsOfSquares(g.x, g.y);
+  for (IntVector& e : v.part) {
+    const IntVector argument = hn::Add(e, hn::Set(d, EdgeSteps::kOffset << 8));
+    const IntVector bits = hn::BitCast(d, hn::ConvertTo(Floats(), argument));
+    const IntVector block =
+        hn::Sub(hn::ShiftRight<EdgeSteps::kBlockShift>(bits), hn::Set(d, EdgeSteps::kFirstBlock));
+    const IntVector entry = lookUp(edges.entries, block);
+    const IntVector stepped = hn::Add(entry, hn::VecFromMask(d, hn::Gt(argument, entry)));
+    e = hn::And(stepped, hn::Set(d, 0xFF));
+  }
+  return narrow(v);
+}
+
+// Both halves of the overlay are the same product of v and grey, mirrored in the upper one.
+HWY_INLINE ByteVector overlay(ByteVector v, ByteVector grey) {
+  const SignedBytes s;
+  const auto upperHalf = hn::Lt(hn::BitCast(s, v), hn::Zero(s));
+  const ByteVector mirror = hn::BitCast(Bytes(), hn::VecFromMask(s, upperHalf));
+  return hn::Xor(scaled(hn::Xor(grey, mirror), hn::Xor(v, mirror)), mirror);
+}
+
+void inkRowVector(const PlaneWindow& rows, uint8_t* out, std::size_t count,
+                  const EdgeSteps& edges) {
+  forEachBlock(out, count, [&](std::size_t x, uint8_t* to) HWY_ATTR {
+    const Bytes d;
+    ByteVector inked[kPackedBytes];
+    for (int c = 0; c < kPackedBytes; ++c) {
+      const PlaneWindow w = rows.plane(c);
+      inked[c] = overlay(hn::LoadU(d, w.middle + x + 1), edgeGreys(w, x, edges));
+    }
+    hn::StoreInterleaved3(inked[2], inked[1], inked[0], d, to);
+  });
+}
+
+HWY_INLINE ByteVector cartooned(ByteVector v, ByteVector most, ByteVector limit,
+                                const CartoonFactors& factors) {
+  const Ints4 index = widened(plusThrice(limit, most));
+  Ints4 product = widened(v);
+  for (int i = 0; i < 4; ++i) {
+    const IntVector whole = hn::Mul(product.part[i], lookUp(factors.entries, index.part[i]));
+    const hn::RebindToUnsigned<Ints> u;
+    product.part[i] = hn::BitCast(Ints(), hn::ShiftRight<24>(hn::BitCast(u, whole)));
+  }
+  return narrow(product);
+}
+
+void cartoonRowVector(const PlaneWindow& rows, uint8_t* out, std::size_t count,
+                      const CartoonFactors& factors) {
+  forEachBlock(out, count, [&](std::size_t x, uint8_t* to) HWY_ATTR {
+    const Bytes d;
+    ByteVector most[kPackedBytes];
+    for (int c = 0; c < kPackedBytes; ++c) {
+      const PlaneWindow w = rows.plane(c);
+      const ByteVector left = hn::LoadU(d, w.top + x), right = hn::LoadU(d, w.top + x + 2);
+      ByteVector upper = hn::Max(left, right);
+      if (c == 2) {  // channel 1 of the upper right pixel unless the left one is brighter
+        upper = hn::IfThenElse(hn::Eq(upper, right), hn::LoadU(d, w.top - w.pitch + x + 2), left);
+      }
+      const ByteVector lower = hn::Max(hn::LoadU(d, w.bottom + x), hn::LoadU(d, w.bottom + x + 2));
+      most[c] = hn::Max(upper, lower);
+    }
+    const ByteVector limit = hn::Max(hn::Max(most[0], most[1]), most[2]);
+    ByteVector result[kPackedBytes];
+    for (int c = 0; c < kPackedBytes; ++c) {
+      const ByteVector v = hn::LoadU(d, rows.plane(c).middle + x + 1);
+      result[c] = cartooned(v, most[c], limit, factors);
+    }
+    hn::StoreInterleaved3(result[2], result[1], result[0], d, to);
+  });
+}
+
+#endif
+
+}  // namespace alg::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace alg {
+
+HWY_EXPORT(reliefRowVector);
+HWY_EXPORT(lineRowVector);
+HWY_EXPORT(inkRowVector);
+HWY_EXPORT(cartoonRowVector);
+
+void reliefRow(const uint8_t* top, const uint8_t* bottom, uint8_t* grey, std::size_t count) {
+  HWY_DYNAMIC_DISPATCH(reliefRowVector)(top, bottom, grey, count);
+}
+
+void lineRow(const uint8_t* top, const uint8_t* middle, const uint8_t* bottom, uint8_t* grey,
+             std::size_t count) {
+  HWY_DYNAMIC_DISPATCH(lineRowVector)(top, middle, bottom, grey, count);
+}
+
+void inkRow(const PlaneWindow& rows, uint8_t* out, std::size_t count, const EdgeSteps& edges) {
+  HWY_DYNAMIC_DISPATCH(inkRowVector)(rows, out, count, edges);
+}
+
+void cartoonRow(const PlaneWindow& rows, uint8_t* out, std::size_t count,
+                const CartoonFactors& factors) {
+  HWY_DYNAMIC_DISPATCH(cartoonRowVector)(rows, out, count, factors);
+}
+
+}  // namespace alg
+#endif
