@@ -31,7 +31,7 @@ StripEffect::StripEffect(const RgbStripDesc& strip) : width_(strip.width), filte
 }
 
 void StripEffect::mapRows(uint8_t* src, uint8_t* dst, int firstRow, int rows) {
-  if (image_) {
+  if (image_ && image_->ready()) {
     image_->mapRows(src, dst, firstRow, rows);
   } else {
     filter_(src, dst, width_, rows);

@@ -20,7 +20,7 @@ class StripEffect {
   bool ready() const { return !image_ || image_->ready(); }
 
   /// Does rows firstRow..firstRow + rows - 1 of the strip, src and dst pointing at the first of
-  /// them. They may be the same.
+  /// them. They may be the same. When not ready it passes them through.
   void mapRows(uint8_t* src, uint8_t* dst, int firstRow, int rows);
 
  private:

@@ -12,6 +12,8 @@ namespace {
 
 constexpr char kTag[] = "Defog";
 constexpr int kDefaultPoolSize = 4;
+// Room from the start, so that an effect run can't fail to queue its strips.
+constexpr std::size_t kReservedTasks = 64;
 constexpr int32_t kStarted = 0;
 constexpr int32_t kStopped = 1;
 
@@ -49,6 +51,7 @@ ThreadPool::ThreadPool() : ThreadPool(kDefaultPoolSize) {}
 
 // Stopped at first: a pool that was never started has no thread to stop.
 ThreadPool::ThreadPool(int size) : pool_size(size), pool_state(kStopped) {
+  tasks.reserve(kReservedTasks);
   pthread_cond_init(&task_cond, nullptr);
   __android_log_print(ANDROID_LOG_VERBOSE, kTag, "Constructed ThreadPool of size %d.", pool_size);
 }
@@ -57,8 +60,6 @@ ThreadPool::~ThreadPool() {
   if (pool_state != kStopped) {
     destroy_threadpool();
   }
-  tasks.clear();
-  threads.clear();
   pthread_cond_destroy(&task_cond);
 }
 
@@ -113,8 +114,11 @@ void* ThreadPool::execute_thread() {
       task_lock.unlock();
       pthread_exit(nullptr);
     }
-    Task* const task = tasks.front();
-    tasks.pop_front();
+    Task* const task = tasks[taken++];
+    if (taken == tasks.size()) {
+      tasks.clear();
+      taken = 0;
+    }
     task_lock.unlock();
     (*task)();
   }
@@ -123,6 +127,10 @@ void* ThreadPool::execute_thread() {
 int ThreadPool::add_task(Task* task) {
   task_lock.lock();
   try {
+    if (taken > kReservedTasks && taken > tasks.size() / 2) {  // a queue that is never empty
+      tasks.erase(tasks.begin(), tasks.begin() + static_cast<std::ptrdiff_t>(taken));
+      taken = 0;
+    }
     tasks.push_back(task);
   } catch (const std::bad_alloc&) {
     std::puts("out of memory");

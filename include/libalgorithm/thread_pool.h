@@ -6,8 +6,8 @@
 
 #include <pthread.h>
 
+#include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <vector>
 
 #include "libalgorithm/export.h"
@@ -67,10 +67,11 @@ class ALGORITHM_API ThreadPool {
 
  private:
   int32_t pool_size;
-  TaskLock task_lock;        // guards tasks and pool_state
+  TaskLock task_lock;        // guards tasks, taken and pool_state
   pthread_cond_t task_cond;  // signalled per queued task, broadcast on stop
   std::vector<pthread_t> threads;
-  std::deque<Task*> tasks;
+  std::vector<Task*> tasks;  // from `taken` on: those before have been taken off the front
+  std::size_t taken = 0;
   volatile int32_t pool_state;  // 0 = started, 1 = stopped
 };
 

@@ -79,6 +79,7 @@ extern "C" [[gnu::visibility("default")]] int VfbEngineCreate(int width, int hei
   if (width == 6) return 66;
   if (width == 8) return 0;
   if (++engines > 1) log("two engines at once");
-  *out = new Engine{&kOperations, 0, 0, 0};
+  *out = new (std::nothrow) Engine{&kOperations, 0, 0, 0};
+  if (*out == nullptr) return 67;
   return 0;
 }

@@ -1,0 +1,165 @@
+// Every native with each of its allocations failing, and effects without threads or pictures.
+#include <fstream>
+
+#include "device_root.h"
+#include "fake_jni.h"
+#include "injected.h"
+#include "libalgorithm/thread_pool.h"
+#include "natives.h"
+#include "platform/bitmap.h"
+#include "platform/jpeg.h"
+
+namespace {
+
+constexpr int kWidth = 64, kHeight = 48;
+
+/// A native with its input. Runs it and returns its result, or the frame that it works on.
+struct Call {
+  const char* name;
+  int inputBytes;
+  bool inPlace;
+  jobject (*run)(FakeJni& jni, jobject input, jobject output);
+  bool mayPassThrough = false;  // a picture that can't be had turns an effect into none
+};
+
+template <int kWide, int kHigh>
+jobject runEffect(JNIEnv* env, jobject frame, const char* name) {
+  EFFECT(env, nullptr, frame, kWide, kHigh, FakeJni::text(name));
+  return nullptr;
+}
+
+constexpr int kFrame = kWidth * kHeight * 3 / 2, kArgb = kWidth * kHeight * 4;
+const Call kCalls[] = {
+    {"YUV2ARGB", kFrame, false,
+     [](FakeJni& jni, jobject in, jobject) { return YUV2ARGB(jni.env(), nullptr, in, kWidth, kHeight); }},
+    {"ARGB2YVU", kArgb, false,
+     [](FakeJni& jni, jobject in, jobject) { return ARGB2YVU(jni.env(), nullptr, in, kWidth, kHeight); }},
+    {"rotateYUV", kFrame, true,
+     [](FakeJni& jni, jobject in, jobject out) {
+       ROTATE(jni.env(), nullptr, out, in, kWidth, kHeight, 90);
+       return jobject{};
+     }},
+    {"ARGB2JPEG", kArgb, false,
+     [](FakeJni& jni, jobject in, jobject) {
+       return static_cast<jobject>(ARGB2JPEG(jni.env(), nullptr, in, kWidth, kHeight, 90));
+     }},
+    {"JPEG2ARGB", 0, false,
+     [](FakeJni& jni, jobject in, jobject) {
+       jint size[2];
+       return JPEG2ARGB(jni.env(), nullptr, in, reinterpret_cast<jintArray>(size));
+     }},
+    {"Effect in one pass", kFrame, true,
+     [](FakeJni& jni, jobject in, jobject) { return runEffect<kWidth, kHeight>(jni.env(), in, "PrettyBlue"); }},
+    {"Effect in phases", kFrame, true,
+     [](FakeJni& jni, jobject in, jobject) { return runEffect<kWidth - 1, kHeight - 1>(jni.env(), in, "PrettyBlue"); }},
+    {"Effect with a picture", kFrame, true,
+     [](FakeJni& jni, jobject in, jobject) { return runEffect<kWidth, kHeight>(jni.env(), in, "PrettyJapan"); },
+     true},
+    {"Effect with a picture in phases", kFrame, true,
+     [](FakeJni& jni, jobject in, jobject) { return runEffect<kWidth - 1, kHeight>(jni.env(), in, "PrettyJapan"); },
+     true},
+    {"SFBProcess", kFrame, true,
+     [](FakeJni& jni, jobject in, jobject) {
+       SFB(jni.env(), nullptr, in, kWidth, kHeight, 1, 2, 3);
+       return jobject{};
+     }},
+};
+
+Bytes resultOf(const Call& call, FakeJni& jni, Bytes input) {
+  Bytes other = noise(kFrame, 2);
+  FakeBuffer in{input.data(), jlong(input.size())}, out{other.data(), kFrame};
+  const jobject result = call.run(jni, in, out);
+  return call.inPlace ? input : jni.take(result);
+}
+
+Bytes inputOf(const Call& call) {
+  const Bytes pixels = noise(std::max(call.inputBytes, kArgb), 3);
+  if (call.inputBytes > 0) return {pixels.begin(), pixels.begin() + call.inputBytes};
+  const auto jpeg = alg::encodeJpeg(pixels.data(), kWidth, kHeight, 80);
+  return {jpeg->bytes.get(), jpeg->bytes.get() + jpeg->size};
+}
+
+TEST(Faults, EachAllocationOfEachNativeMayFail) {
+  const DeviceRoot root;
+  root.writePicture("sucai3.png", 9, 8);
+  std::filesystem::create_directories(root.root() + "/system/lib64");
+  std::filesystem::copy_file(ENGINE, root.root() + "/system/lib64/libSFB.so");
+  for (const Call& call : kCalls) {
+    SCOPED_TRACE(call.name);
+    FakeJni jni;
+    const Bytes input = inputOf(call), good = resultOf(call, jni, input);
+    Bytes passed = input;
+    if (call.mayPassThrough) {
+      FakeBuffer frame{passed.data(), kFrame};
+      const bool phases = std::string(call.name).find("phases") != std::string::npos;
+      (phases ? runEffect<kWidth - 1, kHeight> : runEffect<kWidth, kHeight>)(jni.env(), frame, "none");
+    }
+    EXPECT_FALSE(same(good, input));
+    for (const bool allLater : {false, true}) {
+      int number = 0;
+      for (bool failed = true; failed; ++number) {
+        ASSERT_LT(number, 2000);
+        takeLogCount();
+        const long before = liveBlocks();
+        Bytes work = input;  // neither this nor the result counts
+        Bytes other = noise(kFrame, 2);
+        FakeBuffer in{work.data(), jlong(work.size())}, out{other.data(), kFrame};
+        failAllocation(number, allLater);
+        const jobject result = call.run(jni, in, out);
+        failed = stopFailing();
+        const Bytes got = call.inPlace ? work : jni.take(result);
+        const LogCount log = takeLogCount();
+        if (got == good) {
+          EXPECT_TRUE(call.name[0] == 'S' || log.errors == 2) << number;
+        } else if (!(call.mayPassThrough && got == passed)) {
+          EXPECT_TRUE(failed) << number;
+          EXPECT_TRUE(got == (call.inPlace ? input : Bytes{})) << number;
+          EXPECT_TRUE(call.name[0] == 'S' || log.errors == 3) << number << ": " << log.errors;
+        }
+        EXPECT_FALSE(jni.threw());
+        EXPECT_EQ(liveBlocks() - before, 0) << number;
+      }
+      EXPECT_GT(number, call.inPlace && call.name[0] != 'E' ? 0 : 1) << "nothing was allocated";
+      EXPECT_TRUE(same(resultOf(call, jni, input), good));
+    }
+  }
+}
+
+TEST(Faults, AnEffectNeedsNoThreads) {
+  FakeJni jni;
+  const Call& effect = kCalls[5];
+  const Bytes input = inputOf(effect), good = resultOf(effect, jni, input);
+  for (int thread = 0; thread < 4; ++thread) {
+    HALThreadPoolDestroy();
+    failThread(thread);
+    EXPECT_TRUE(same(resultOf(effect, jni, input), good));
+    failThread(-1);
+    EXPECT_EQ(g_hal_threadpool_init, 0);
+    ThreadPool* const half = g_threadpool;
+    EXPECT_TRUE(same(resultOf(effect, jni, input), good));
+    EXPECT_TRUE(g_hal_threadpool_init == 1 && g_threadpool != half);
+    delete half;
+  }
+}
+
+TEST(Faults, BrokenPicturesAreRefused) {
+  const DeviceRoot root;
+  const std::string path = root.path("picture.png");
+  root.writePicture("picture.png", 6, 5);
+  std::ifstream file(path, std::ios::binary);
+  const std::string bytes((std::istreambuf_iterator<char>(file)), {});
+  const auto decodes = [&](const std::string& content) {
+    std::ofstream(path, std::ios::binary) << content;
+    alg::Bitmap bitmap;
+    return alg::decodePngFile("/data/data/com.android.camera/effect/picture.png", bitmap);
+  };
+  EXPECT_TRUE(decodes(bytes));
+  for (std::size_t size = 0; size < bytes.size() - 12; ++size) {  // up to the end marker
+    EXPECT_FALSE(decodes(bytes.substr(0, size))) << size;
+  }
+  std::filesystem::remove(path);
+  std::filesystem::create_directory(path);
+  EXPECT_FALSE(decodes(bytes));
+}
+
+}  // namespace
