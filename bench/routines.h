@@ -1,0 +1,33 @@
+// Every exported image routine as a row of a table.
+#pragma once
+
+#include <span>
+
+#include "bench/picture.h"
+
+namespace alg::bench {
+
+/// What a routine reads.
+enum class Input { kFrame, kPacked, kWords, kInts };
+
+/// How its time is looked at beside 2 and 12 megapixels.
+enum class Look {
+  kPlain,   ///< its plain definition beside its vector twin, at 2 megapixels
+  kGrowth,  ///< that, and sizes from 0.3 to 50 megapixels
+  kRoad,    ///< sizes from 0.3 to 50 megapixels, in real time, and pools of 1, 2 and 4 threads
+  kAlone,   ///< neither: there is no vector twin
+};
+
+struct Routine {
+  const char* name;
+  Input input;
+  double moved;  // bytes a pixel that must be read and written, each once
+  /// in: width x height pixels. out: room for as many bytes; at first the same bytes, for routines
+  /// that work in place.
+  void (*run)(uint8_t* in, uint8_t* out, int width, int height);
+  Look look = Look::kPlain;
+};
+
+std::span<const Routine> routines();
+
+}  // namespace alg::bench
