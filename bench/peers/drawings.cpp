@@ -1,0 +1,129 @@
+// Effects of neighbourhoods beside compositions of OpenCV calls.
+#include <cmath>
+#include <opencv2/core.hpp>
+#include <opencv2/imgproc.hpp>
+
+#include "bench/peers/duel.h"
+#include "libalgorithm/classic_effects.h"
+
+namespace alg::bench {
+namespace {
+
+constexpr std::size_t kBytes = 3 * kPixels;
+
+cv::Mat mat(Bytes& bytes) { return {kHeight, kWidth, CV_8UC3, bytes.data()}; }
+
+template <class Ours, class Theirs>
+Duel drawing(Scene& s, Bytes& from, const char* work, double required, double tolerance, Ours ours,
+             const char* name, Theirs theirs) {
+  return {work,
+          required,
+          2 * kBytes,
+          kBytes,
+          tolerance,
+          [&s, &from, ours] { ours(from.data(), s.ours.data(), kWidth, kHeight); },
+          {{name, [&s, &from, theirs]() mutable {
+              cv::Mat to = mat(s.theirs);
+              theirs(mat(from), to);
+            }}}};
+}
+
+/// Grey of other weights than ours: the check takes a grey picture.
+struct EmbossByFilter {
+  cv::Mat one, relief;
+  cv::Mat kernel = (cv::Mat_<float>(3, 3) << -16, 0, 0, 0, 0, 0, 0, 0, 16);
+
+  void operator()(const cv::Mat& from, cv::Mat& to) {
+    cv::cvtColor(from, one, cv::COLOR_BGR2GRAY);
+    cv::filter2D(one, relief, CV_8U, kernel, {2, 2}, 128);
+    cv::cvtColor(relief, to, cv::COLOR_GRAY2BGR);
+  }
+};
+
+/// 255 minus the length of the gradient.
+struct SketchByGradients {
+  cv::Mat one, gx, gy, length, lines;
+  cv::Mat step = (cv::Mat_<float>(1, 3) << -2, 0, 2);
+  cv::Mat sum = cv::Mat::ones(1, 3, CV_32F);
+
+  void operator()(const cv::Mat& from, cv::Mat& to) {
+    cv::cvtColor(from, one, cv::COLOR_BGR2GRAY);
+    cv::sepFilter2D(one, gx, CV_32F, step, sum);
+    cv::sepFilter2D(one, gy, CV_32F, sum, step);
+    cv::magnitude(gx, gy, length);
+    length.convertTo(lines, CV_8U, -1, 255);
+    cv::cvtColor(lines, to, cv::COLOR_GRAY2BGR);
+  }
+};
+
+/// An edge map through a table (of 256 lengths), then the overlay: dark values are multiplied by
+/// it, light ones screened, and a mask picks.
+struct PragueByOverlay {
+  cv::Mat gx, gy, length, edges, dark, light, inverseEdges, isDark;
+  cv::Mat table = cv::Mat(1, 256, CV_8U);
+
+  PragueByOverlay() {
+    for (int i = 0; i < 256; ++i) {
+      const double rise = 1 - std::exp(-5 * std::pow(i / 255.0, 1.5));
+      table.at<uint8_t>(i) = static_cast<uint8_t>(255 - static_cast<int>(255 * rise));
+    }
+  }
+
+  void operator()(const cv::Mat& from, cv::Mat& to) {
+    cv::Sobel(from, gx, CV_32F, 1, 0);
+    cv::Sobel(from, gy, CV_32F, 0, 1);
+    cv::magnitude(gx, gy, length);
+    length.convertTo(edges, CV_8U, 255.0 / 350);
+    cv::LUT(edges, table, edges);
+    cv::multiply(from, edges, dark, 1.0 / 128);
+    cv::bitwise_not(edges, inverseEdges);
+    cv::bitwise_not(from, light);
+    cv::multiply(light, inverseEdges, light, 1.0 / 128);
+    cv::bitwise_not(light, light);
+    cv::threshold(from, isDark, 127, 255, cv::THRESH_BINARY_INV);
+    dark.copyTo(light, isDark);
+    cv::cvtColor(light, to, cv::COLOR_BGR2RGB);
+  }
+};
+
+/// The neighbours' other channels don't count, so the check takes a grey picture; and values above
+/// their neighbours' stay at 255, where ours wrap.
+struct CartoonByDivision {
+  cv::Mat brightest, quotient;
+  cv::Mat diagonals = (cv::Mat_<uint8_t>(3, 3) << 1, 0, 1, 0, 0, 0, 1, 0, 1);
+
+  void operator()(const cv::Mat& from, cv::Mat& to) {
+    cv::dilate(from, brightest, diagonals);
+    cv::divide(from, brightest, quotient, 255);
+    cv::cvtColor(quotient, to, cv::COLOR_BGR2RGB);
+  }
+};
+
+}  // namespace
+
+std::vector<Duel> drawingDuels(Scene& s) {
+  const auto whereNothingWraps = [&s] {
+    for (std::size_t i = 0; i < kBytes; ++i) {
+      if (s.theirs[i] == 255) s.ours[i] = 255;
+    }
+    return meanDifference(s.ours, s.theirs, kBytes);
+  };
+  const auto prague = [](auto* src, auto* dst, int w, int h) { Prague(src, dst, w, h, 0); };
+  const auto cartoon = [](auto* src, auto* dst, int w, int h) { PragueCarton(src, dst, w, h, 0); };
+  std::vector<Duel> duels = {
+      drawing(s, s.grey, "Emboss", 1.5, 1, Emboss, "OpenCV cvtColor + filter2D + cvtColor",
+              EmbossByFilter()),
+      drawing(s, s.grey, "Sketch", 3.0, 1, Sketch,
+              "OpenCV cvtColor + 2 sepFilter2D + magnitude + convertTo + cvtColor",
+              SketchByGradients()),
+      drawing(s, s.packed, "Prague", 5.0, 1, prague,
+              "OpenCV 2 Sobel + magnitude + LUT + overlay of 6 calls + cvtColor",
+              PragueByOverlay()),
+      drawing(s, s.grey, "PragueCarton", 1.0, 1, cartoon, "OpenCV dilate + divide + cvtColor",
+              CartoonByDivision()),
+  };
+  duels.back().difference = whereNothingWraps;
+  return duels;
+}
+
+}  // namespace alg::bench

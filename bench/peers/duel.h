@@ -1,0 +1,62 @@
+// What a routine of the library is measured against: the same work done by calls of another
+// library.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "bench/picture.h"
+
+namespace alg::bench {
+
+inline constexpr int kWidth = 4000;
+inline constexpr int kHeight = 3000;
+inline constexpr std::size_t kPixels = pixelsOf(kWidth, kHeight);
+
+/// What all rows work on. A result begins as a copy of `before` or of what its row says, and has
+/// room for 4 bytes a pixel.
+struct Scene {
+  Bytes words = picture(kWidth, kHeight, 4);
+  Bytes packed = picture(kWidth, kHeight, 3);
+  Bytes grey;                                  // packed, all three channels alike
+  Bytes frame;                                 // NV21
+  Bytes before{words.rbegin(), words.rend()};  // another picture
+  Bytes ours = before;
+  Bytes theirs = before;
+
+  Scene();
+};
+
+struct Peer {
+  std::string name;
+  std::function<void()> run;
+};
+
+/// Which time counts: what the process spent on all threads, or what passed.
+enum class Clock { kCpu, kWall };
+
+/// `ours` writes Scene::ours, each peer Scene::theirs. The fastest peer counts.
+struct Duel {
+  std::string work;
+  double required;     // peer's time / our time
+  std::size_t moved;   // bytes that must be read and written, each once; 0 where that says little
+  std::size_t result;  // bytes of the result
+  double tolerance;    // of the mean difference between results, in levels
+  std::function<void()> ours;
+  std::vector<Peer> peers;
+  const Bytes* before = nullptr;  // for routines that work in place
+  Clock clock = Clock::kCpu;
+  std::function<double()> difference = nullptr;  // where results are no plain bytes
+};
+
+std::vector<Duel> frameDuels(Scene& scene);
+std::vector<Duel> wordDuels(Scene& scene);
+std::vector<Duel> effectDuels(Scene& scene);
+std::vector<Duel> drawingDuels(Scene& scene);
+std::vector<Duel> roadDuels(Scene& scene);
+
+/// The mean absolute difference of the first `bytes` bytes.
+double meanDifference(const Bytes& a, const Bytes& b, std::size_t bytes);
+
+}  // namespace alg::bench

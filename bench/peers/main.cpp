@@ -1,0 +1,165 @@
+// Measures the library beside its peers and prints a Markdown table.
+//   peers [--filter REGEX] [--pairs N]
+// Each row runs ours, its peers and a memcpy of as many bytes in turn and compares the medians.
+#include <libyuv/version.h>
+#include <sched.h>
+#include <time.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <numeric>
+#include <opencv2/core/utility.hpp>
+#include <opencv2/core/version.hpp>
+#include <regex>
+
+#include "bench/peers/duel.h"
+#include "libalgorithm/classic_effects.h"
+#include "libalgorithm/yuv_convert.h"
+
+namespace alg::bench {
+
+Scene::Scene() : grey(3 * kPixels), frame(kPixels * 3 / 2) {
+  GrayScale(packed.data(), grey.data(), kWidth, kHeight);
+  decodeARGB2YVU_OpenGL(reinterpret_cast<uint32_t*>(words.data()), frame.data(),
+                        frame.data() + kPixels, kWidth, kHeight, kWidth, kWidth);
+}
+
+double meanDifference(const Bytes& a, const Bytes& b, std::size_t bytes) {
+  uint64_t sum = 0;
+  for (std::size_t i = 0; i < bytes; ++i) {
+    sum += static_cast<uint64_t>(std::abs(int{a[i]} - int{b[i]}));
+  }
+  return static_cast<double>(sum) / static_cast<double>(bytes);
+}
+
+namespace {
+
+double millisecondsOf(const std::function<void()>& run, Clock clock) {
+  const auto now = [clock] {
+    timespec time{};
+    clock_gettime(clock == Clock::kWall ? CLOCK_MONOTONIC : CLOCK_PROCESS_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
+  };
+  const double start = now();
+  run();
+  return now() - start;
+}
+
+double medianOf(std::vector<double> values) {
+  std::ranges::sort(values);
+  const std::size_t middle = values.size() / 2;
+  return values.size() % 2 == 1 ? values[middle] : (values[middle - 1] + values[middle]) / 2;
+}
+
+/// Runs ours and each peer once and compares what they give, so that a row can't measure different
+/// work. It also warms up.
+void checkResults(Scene& scene, const Duel& duel) {
+  const Bytes& before = duel.before != nullptr ? *duel.before : scene.before;
+  std::ranges::copy(before, scene.ours.begin());
+  duel.ours();
+  for (const Peer& peer : duel.peers) {
+    std::ranges::copy(before, scene.theirs.begin());
+    peer.run();
+    const double difference =
+        duel.difference ? duel.difference() : meanDifference(scene.ours, scene.theirs, duel.result);
+    if (difference > duel.tolerance) {
+      std::fprintf(stderr, "%s and %s do different work: %.2f levels apart, at most %.2f\n",
+                   duel.work.c_str(), peer.name.c_str(), difference, duel.tolerance);
+      std::exit(1);
+    }
+  }
+}
+
+/// Returns whether ours is as fast as required.
+bool measure(Scene& scene, const Duel& duel, int pairs) {
+  static Bytes copied(6 * kPixels, 1), copies = copied;
+  const auto copy = [&] {  // which moves each byte twice
+    std::memcpy(copies.data(), copied.data(), duel.moved / 2);
+  };
+  checkResults(scene, duel);
+  std::vector<double> ours, copying;
+  std::vector<std::vector<double>> theirs(duel.peers.size());
+  for (int pair = 0; pair < pairs; ++pair) {
+    ours.push_back(millisecondsOf(duel.ours, duel.clock));
+    for (std::size_t i = 0; i < theirs.size(); ++i) {
+      theirs[i].push_back(millisecondsOf(duel.peers[i].run, duel.clock));
+    }
+    copying.push_back(millisecondsOf(copy, Clock::kCpu));
+  }
+  std::vector<double> medians;
+  std::ranges::transform(theirs, std::back_inserter(medians), medianOf);
+  const auto best = std::ranges::min_element(medians);
+  const std::string& peer = duel.peers[static_cast<std::size_t>(best - medians.begin())].name;
+  const double mine = medianOf(ours);
+  const double ratio = std::round(*best / mine * 100) / 100;  // as it is shown
+  const bool reached = ratio >= duel.required;
+  char ofCopy[16] = "";
+  if (duel.moved != 0) {
+    std::snprintf(ofCopy, sizeof ofCopy, "%.2f", medianOf(copying) / mine);
+  }
+  const char* emphasis = reached ? "" : "**";
+  std::printf("| %s | %.2f | %s | %.2f | %s%.2f%s | %.1f | %s |\n", duel.work.c_str(), mine,
+              peer.c_str(), *best, emphasis, ratio, emphasis, duel.required, ofCopy);
+  std::fflush(stdout);
+  return reached;
+}
+
+/// The first two of the cores that the process may use, so that the pool's four threads have no
+/// more than the peer's two.
+void keepTwoCores() {
+  cpu_set_t all, two;
+  CPU_ZERO(&two);
+  sched_getaffinity(0, sizeof all, &all);
+  for (std::size_t core = 0; core < CPU_SETSIZE && CPU_COUNT(&two) < 2; ++core) {
+    if (CPU_ISSET(core, &all)) CPU_SET(core, &two);
+  }
+  sched_setaffinity(0, sizeof two, &two);
+}
+
+int run(const std::string& filter, int pairs) {
+  keepTwoCores();
+  cv::setNumThreads(1);
+  Scene scene;
+  const std::regex wanted(filter, std::regex::icase);
+  int rows = 0, reached = 0;
+  std::puts("| Work | Ours, ms | Peer | Peer, ms | Peer / ours | Required | Of memcpy |");
+  std::puts("|---|---:|---|---:|---:|---:|---:|");
+  for (const auto duels : {frameDuels, wordDuels, effectDuels, drawingDuels, roadDuels}) {
+    for (const Duel& duel : duels(scene)) {
+      if (std::regex_search(duel.work, wanted)) {
+        ++rows;
+        reached += measure(scene, duel, pairs) ? 1 : 0;
+      }
+    }
+  }
+  std::printf(
+      "\n%d of %d rows are as fast as required; the others are bold. %d x %d pixels, medians of %d "
+      "pairs in turn, of the process's CPU time on one thread (the road: of the time that passed). "
+      "Of memcpy: our rate as a fraction of memcpy's for as many bytes read and written. Peers: "
+      "libyuv %d, OpenCV %s.\n",
+      reached, rows, kWidth, kHeight, pairs, LIBYUV_VERSION, CV_VERSION);
+  return 0;
+}
+
+}  // namespace
+}  // namespace alg::bench
+
+int main(int count, char** arguments) {
+  std::string filter;
+  int pairs = 15;
+  for (int i = 1; i < count; i += 2) {
+    const std::string option = arguments[i];
+    if (i + 1 < count && option == "--filter") {
+      filter = arguments[i + 1];
+    } else if (i + 1 < count && option == "--pairs" && std::atoi(arguments[i + 1]) > 0) {
+      pairs = std::atoi(arguments[i + 1]);
+    } else {
+      std::fprintf(stderr, "usage: peers [--filter REGEX] [--pairs N]\n");
+      return 2;
+    }
+  }
+  return alg::bench::run(filter, pairs);
+}

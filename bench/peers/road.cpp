@@ -1,0 +1,159 @@
+// The whole road of an effect: a frame in place on two cores, and a JPEG file.
+#include <cstdio>  // which jpeglib.h takes as given
+
+#include <jpeglib.h>
+#include <libyuv.h>
+
+#include <array>
+#include <thread>
+
+#include "bench/peers/duel.h"
+#include "codec/jpeg_bridge.h"
+#include "libalgorithm/effect_pipeline.h"
+#include "libalgorithm/pretty_filters.h"
+#include "libalgorithm/yuv_convert.h"
+
+namespace alg::bench {
+namespace {
+
+constexpr std::size_t kFrame = kPixels * 3 / 2;
+constexpr int kQuality = 95;
+
+/// PrettySweet's curves by channel, found by running it: B, G, R and unused for each value.
+std::array<uint8_t, 1024> sweetTable() {
+  std::array<uint8_t, 1024> table{};
+  for (std::size_t v = 0; v < 256; ++v) {
+    const auto byte = static_cast<uint8_t>(v);
+    uint8_t red_green_blue[3] = {byte, byte, byte};
+    PrettySweet(red_green_blue, &table[4 * v], 1, 1);  // crossed: B, G, R
+  }
+  return table;
+}
+
+/// Rows first to last of an NV21 frame, in place: bands of 8 rows, which stay in the cache. libyuv
+/// maps by table 4-byte pixels only.
+void libyuvBands(uint8_t* frame, int first, int last, const uint8_t* table) {
+  constexpr int kBand = 8;
+  constexpr int kPitch = kWidth * 4;
+  Bytes pixels(std::size_t{kPitch} * kBand);
+  for (int row = first; row < last; row += kBand) {
+    const int rows = std::min(kBand, last - row);
+    uint8_t* y = frame + pixelsOf(kWidth, row);
+    uint8_t* vu = frame + kPixels + pixelsOf(kWidth, row / 2);
+    libyuv::NV21ToARGB(y, kWidth, vu, kWidth, pixels.data(), kPitch, kWidth, rows);
+    libyuv::RGBColorTable(pixels.data(), kPitch, table, 0, 0, kWidth, rows);
+    libyuv::ARGBToNV21(pixels.data(), kPitch, y, kWidth, vu, kWidth, kWidth, rows);
+  }
+}
+
+void runRoad(uint8_t* frame) {
+  KAVRO_PrettyEffect_Function("PrettySweet", "", frame, frame + kPixels, kHeight, kWidth, kWidth,
+                              kWidth);
+}
+
+Duel road(Scene& s) {
+  return {"road with PrettySweet, pool on 2 cores",
+          2.0,
+          2 * kFrame,
+          kFrame,
+          2.5,
+          [&s] { runRoad(s.ours.data()); },
+          {{"libyuv NV21ToARGB + RGBColorTable + ARGBToNV21, in bands, 2 threads",
+            [&s, table = sweetTable()] {
+              constexpr int kHalf = kHeight / 2;
+              std::jthread lower(libyuvBands, s.theirs.data(), kHalf, kHeight, table.data());
+              libyuvBands(s.theirs.data(), 0, kHalf, table.data());
+            }}},
+          &s.frame,
+          Clock::kWall};
+}
+
+// JPEG -------------------------------------------------------------------------------------------
+
+struct JpegFile {
+  Block bytes;
+  std::size_t size = 0;
+};
+
+/// The application's way: pixels, frame, effect, pixels.
+void throughRoad(const JpegFile& from, JpegFile& to) {
+  auto photo = jpegToArgb(from.bytes.get(), from.size);
+  static Bytes frame(kFrame);
+  auto* words = reinterpret_cast<uint32_t*>(photo->pixels.get());
+  uint8_t* chroma = frame.data() + kPixels;
+  decodeARGB2YVU_OpenGL(words, frame.data(), chroma, kWidth, kHeight, kWidth, kWidth);
+  runRoad(frame.data());
+  decodeYVU2ARGB_OpenGL(words, frame.data(), chroma, kWidth, kHeight, kWidth, kWidth);
+  auto jpeg = argbToJpeg(photo->pixels.get(), kWidth, kHeight, kQuality);
+  to = {std::move(jpeg->bytes), jpeg->size};
+}
+
+/// The codec's floor: row by row from decoder to encoder, through a table for each channel.
+void throughCodec(const JpegFile& from, JpegFile& to, const uint8_t* table) {
+  jpeg_error_mgr errors;
+  jpeg_decompress_struct in;
+  jpeg_compress_struct out;
+  in.err = out.err = jpeg_std_error(&errors);
+  jpeg_create_decompress(&in);
+  jpeg_create_compress(&out);
+  jpeg_mem_src(&in, from.bytes.get(), static_cast<unsigned long>(from.size));
+  jpeg_read_header(&in, TRUE);
+  in.out_color_space = JCS_EXT_BGR;
+  jpeg_start_decompress(&in);
+  unsigned char* bytes = nullptr;
+  unsigned long size = 0;
+  jpeg_mem_dest(&out, &bytes, &size);
+  out.image_width = in.output_width;
+  out.image_height = in.output_height;
+  out.input_components = 3;
+  out.in_color_space = JCS_EXT_BGR;
+  jpeg_set_defaults(&out);
+  jpeg_set_quality(&out, kQuality, TRUE);
+  jpeg_start_compress(&out, TRUE);
+  Bytes pixels(std::size_t{kWidth} * 3);
+  JSAMPROW row = pixels.data();
+  while (in.output_scanline < in.output_height) {
+    jpeg_read_scanlines(&in, &row, 1);
+    for (std::size_t i = 0; i < pixels.size(); i += 3) {
+      for (std::size_t c = 0; c < 3; ++c) row[i + c] = table[std::size_t{4} * row[i + c] + c];
+    }
+    jpeg_write_scanlines(&out, &row, 1);
+  }
+  jpeg_finish_compress(&out);
+  jpeg_destroy_compress(&out);
+  jpeg_finish_decompress(&in);
+  jpeg_destroy_decompress(&in);
+  to = {Block(bytes), size};
+}
+
+Duel jpegFile(Scene& s) {
+  static JpegFile source, ours, theirs;
+  auto jpeg = argbToJpeg(s.words.data(), kWidth, kHeight, kQuality);
+  source = {std::move(jpeg->bytes), jpeg->size};
+  const auto difference = [] {
+    const auto a = jpegToArgb(ours.bytes.get(), ours.size);
+    const auto b = jpegToArgb(theirs.bytes.get(), theirs.size);
+    return meanDifference({a->pixels.get(), a->pixels.get() + 4 * kPixels},
+                          {b->pixels.get(), b->pixels.get() + 4 * kPixels}, 4 * kPixels);
+  };
+  return {.work = "JPEG file -> PrettySweet -> JPEG file, quality 95",
+          .required = 0.8,
+          .moved = 0,
+          .result = 0,
+          .tolerance = 3.5,
+          .ours = [] { throughRoad(source, ours); },
+          .peers = {{"libjpeg alone, row by row, with tables",
+                     [table = sweetTable()] { throughCodec(source, theirs, table.data()); }}},
+          .difference = difference};
+}
+
+}  // namespace
+
+std::vector<Duel> roadDuels(Scene& s) {
+  std::vector<Duel> duels;
+  duels.push_back(road(s));
+  duels.push_back(jpegFile(s));
+  return duels;
+}
+
+}  // namespace alg::bench

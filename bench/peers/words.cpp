@@ -1,0 +1,135 @@
+// Images of 4-byte pixels: rotation, resize, blends and blurs, beside libyuv and OpenCV.
+#include <libyuv.h>
+
+#include <opencv2/core.hpp>
+
+#include "bench/peers/duel.h"
+#include "libalgorithm/camera_util.h"
+#include "libalgorithm/pretty_filters.h"
+
+namespace alg::bench {
+namespace {
+
+constexpr std::size_t kBytes = 4 * kPixels;
+constexpr int kPitch = kWidth * 4;
+constexpr int kHalfWidth = kWidth / 2;
+constexpr int kHalfHeight = kHeight / 2;
+
+uint32_t* asWords(Bytes& bytes) { return reinterpret_cast<uint32_t*>(bytes.data()); }
+
+cv::Mat mat(Bytes& bytes, int width, int height) { return {height, width, CV_8UC4, bytes.data()}; }
+
+Duel quarterTurn(Scene& s, const char* work, int degrees, cv::RotateFlags code) {
+  return {
+      work,
+      3.0,
+      2 * kBytes,
+      kBytes,
+      0,
+      [=, &s] { CameraUtil::rotateARGB(s.words.data(), s.ours.data(), kWidth, kHeight, degrees); },
+      {{"OpenCV rotate", [=, &s] {
+          cv::Mat turned = mat(s.theirs, kHeight, kWidth);
+          cv::rotate(mat(s.words, kWidth, kHeight), turned, code);
+        }}}};
+}
+
+Duel halfTurn(Scene& s) {
+  return {"rotate ARGB by 180",
+          1.0,
+          2 * kBytes,
+          kBytes,
+          0,
+          [&s] { CameraUtil::rotateARGB180(s.words.data(), s.ours.data(), kWidth, kHeight); },
+          {{"libyuv ARGBRotate", [&s] {
+              libyuv::ARGBRotate(s.words.data(), kPitch, s.theirs.data(), kPitch, kWidth, kHeight,
+                                 libyuv::kRotate180);
+            }}}};
+}
+
+/// Both mix four neighbours (at half size libyuv takes their mean).
+Duel resizing(Scene& s, const char* work, Bytes& from, int width, int height, int toWidth,
+              int toHeight) {
+  const std::size_t result = 4 * pixelsOf(toWidth, toHeight);
+  return {
+      work,
+      0.8,
+      4 * pixelsOf(width, height) + result,
+      result,
+      2.5,
+      [=, &s, &from] { Resize(asWords(s.ours), toWidth, toHeight, asWords(from), width, height); },
+      {{"libyuv ARGBScale, kFilterBilinear", [=, &s, &from] {
+          libyuv::ARGBScale(from.data(), width * 4, width, height, s.theirs.data(), toWidth * 4,
+                            toWidth, toHeight, libyuv::kFilterBilinear);
+        }}}};
+}
+
+/// In place on a picture of its own.
+Duel mixing(Scene& s) {
+  constexpr int kWeight = 64;  // of 256
+  return {"add2Image",
+          1.0,
+          3 * kBytes,
+          kBytes,
+          1,
+          [&s] {
+            CameraUtil::add2Image(s.words.data(), kWeight, s.ours.data(), 256 - kWeight, kBytes);
+          },
+          {{"libyuv ARGBInterpolate", [&s] {
+              uint8_t* to = s.theirs.data();
+              libyuv::ARGBInterpolate(to, kPitch, s.words.data(), kPitch, to, kPitch, kWidth,
+                                      kHeight, kWeight);
+            }}}};
+}
+
+using Blend = void(const uint8_t*, uint8_t*, unsigned int);
+using Pick = void(cv::InputArray, cv::InputArray, cv::OutputArray);
+
+Duel picking(Scene& s, const char* work, Blend* ours, const char* name, Pick* theirs) {
+  return {work,
+          1.0,
+          3 * kBytes,
+          kBytes,
+          0,
+          [=, &s] { ours(s.words.data(), s.ours.data(), kBytes); },
+          {{name, [=, &s] {
+              cv::Mat to = mat(s.theirs, kWidth, kHeight);
+              theirs(mat(s.words, kWidth, kHeight), to, to);
+            }}}};
+}
+
+/// The peer's radius is our peak everywhere.
+Duel blurring(Scene& s, const char* work, int radius, double tolerance,
+              std::function<void()> ours) {
+  return {work,
+          0.7,
+          2 * kBytes,
+          kBytes,
+          tolerance,
+          std::move(ours),
+          {{"libyuv ARGBBlur", [&s, radius, sums = std::vector<int32_t>()]() mutable {
+              sums.resize(std::size_t{kPitch} * (kHeight + 1));
+              libyuv::ARGBBlur(s.words.data(), kPitch, s.theirs.data(), kPitch, sums.data(), kPitch,
+                               kWidth, kHeight, radius);
+            }}}};
+}
+
+}  // namespace
+
+std::vector<Duel> wordDuels(Scene& s) {
+  static Bytes half = picture(kHalfWidth, kHalfHeight, 4);
+  return {
+      quarterTurn(s, "rotate ARGB by 90", 90, cv::ROTATE_90_CLOCKWISE),
+      halfTurn(s),
+      quarterTurn(s, "rotate ARGB by 270", 270, cv::ROTATE_90_COUNTERCLOCKWISE),
+      resizing(s, "Resize to half", s.words, kWidth, kHeight, kHalfWidth, kHalfHeight),
+      resizing(s, "Resize to double", half, kHalfWidth, kHalfHeight, kWidth, kHeight),
+      mixing(s),
+      picking(s, "add2ImageByBrightness", CameraUtil::add2ImageByBrightness, "OpenCV max", cv::max),
+      picking(s, "add2ImageByDarkness", CameraUtil::add2ImageByDarkness, "OpenCV min", cv::min),
+      blurring(s, "ActiveBlur", 12, 1.5,
+               [&s] { ActiveBlur(asWords(s.ours), asWords(s.words), 0, kWidth, kHeight); }),
+      blurring(s, "blur", 24, 2, [&s] { blur(s.ours.data(), asWords(s.words), kWidth, kHeight); }),
+  };
+}
+
+}  // namespace alg::bench
