@@ -2,8 +2,10 @@
 
 #include <cstdlib>
 #include <limits>
+#include <optional>
 
 #include "base/image_size.h"
+#include "effect/strip_effect.h"
 #include "libalgorithm/yuv_convert.h"
 #include "threadpool/global_pool.h"
 
@@ -35,6 +37,14 @@ RgbStripDesc workStrip(const Frame& frame, const Strip& strip, uint8_t* workImag
                                   static_cast<std::size_t>(strip.firstRow));
 }
 
+/// EffectFunction(), with its work memory had before: all strips get the effect, or none.
+void mapStrip(const void* input, const void* param, void* output) {
+  const auto& in = *static_cast<const RgbStripDesc*>(param);
+  const auto& out = *static_cast<const RgbStripDesc*>(output);
+  auto& effect = *static_cast<StripEffect*>(const_cast<void*>(input));
+  effect.mapRows(in.pixels, out.pixels, 0, in.rows);
+}
+
 }  // namespace
 
 bool runPhases(const char* effectName, const Frame& frame) {
@@ -45,7 +55,7 @@ bool runPhases(const char* effectName, const Frame& frame) {
   YuvStripDesc yuv[kStrips];
   RgbStripDesc in[kStrips];
   RgbStripDesc out[kStrips];
-  StripRange ranges[kStrips] = {};
+  std::optional<StripEffect> effects[kStrips];
   const WorkImages images(frame.width, frame.height);
   if (!WorkImages::ready()) {
     return false;
@@ -66,11 +76,13 @@ bool runPhases(const char* effectName, const Frame& frame) {
     in[i] = workStrip(frame, strip, gCLAHE_Rgb_Buffer_in);
     addEffect(in[i], effect, i);
     out[i] = workStrip(frame, strip, gCLAHE_Rgb_Buffer_out);
-    ranges[i].firstRow = strip.firstRow;
-    ranges[i].imageHeight = frame.height;
-    records[i] = {&in[i], &out[i], &ranges[i]};
+    effects[i].emplace(in[i]);
+    if (!effects[i]->ready()) {
+      return false;
+    }
+    records[i] = {&*effects[i], &out[i], &in[i]};
   }
-  runOnPool(effect.stripCount, EffectFunction, records);
+  runOnPool(effect.stripCount, mapStrip, records);
 
   for (int i = 0; i < kStrips; ++i) {
     out[i] = workStrip(frame, stripOf(frame.height, kStrips, i), gCLAHE_Rgb_Buffer_out);

@@ -58,6 +58,18 @@ void configure(SfbEngine* engine, const SfbLevels& levels) {
   log("SetConfiguration finished");
 }
 
+int runEngine(SfbEngine* engine, GtImage* image, const SfbLevels& levels) {
+  try {
+    configure(engine, levels);
+    const int result = engine->operations->process(engine, kProcessArgument, image, 0, 0);
+    log("Process %d", result);
+    return result;
+  } catch (...) {  // it may run out of memory
+    log("The engine threw an exception");
+    return kSfbThrew;
+  }
+}
+
 }  // namespace
 
 SfbLevels sfbLevels(int smooth, int toning, int slimming) {
@@ -115,9 +127,7 @@ int SFBProcess(GtImage* image, const SfbLevels* levels) {
     log("VfbEngineCreate gave no engine");
     return kSfbNotLoaded;
   }
-  configure(engine, levels->mode == 1 ? kDefaultLevels : *levels);
-  const int result = engine->operations->process(engine, kProcessArgument, image, 0, 0);
-  log("Process %d", result);
+  const int result = runEngine(engine, image, levels->mode == 1 ? kDefaultLevels : *levels);
   engine->operations->release(engine);
   return result;
 }

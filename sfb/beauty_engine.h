@@ -14,6 +14,9 @@ inline constexpr char kSfbLibrary[] = "/system/lib64/libSFB.so";
 /// Result when there is no engine to call.
 inline constexpr int kSfbNotLoaded = -100;
 
+/// Result when the engine threw an exception.
+inline constexpr int kSfbThrew = -101;
+
 struct SfbLevels {
   int32_t mode;  ///< 0: do nothing, 1: the engine's default levels, 2: those that follow
   int32_t smooth;
@@ -32,8 +35,9 @@ void vfb_init_gtimage(GtImage* image, uint32_t format, int width, int height, in
                       int planeRows, uint8_t* data);
 
 /// Beautifies the frame in place. Returns 0, the engine's error code, or kSfbNotLoaded when the
-/// library, its factory or an engine can't be had: the next call then tries again. Thread-safe:
-/// the engine library gets one call at a time, further callers wait. Null levels do nothing.
+/// library, its factory or an engine can't be had (the next call then tries again), or kSfbThrew.
+/// Thread-safe: the engine library gets one call at a time, further callers wait. Null levels do
+/// nothing.
 int SFBProcess(GtImage* image, const SfbLevels* levels);
 
 /// A tenth of the levels that mode 2 was last called with, towards zero. For SFBProcess() alone to

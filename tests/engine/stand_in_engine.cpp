@@ -4,9 +4,10 @@
 #include <android/log.h>
 
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <string>
+#include <new>
 
 namespace {
 
@@ -29,12 +30,13 @@ void log(const char* format, Values... values) {
   __android_log_print(ANDROID_LOG_INFO, "engine", format, values...);
 }
 
-std::string hex(const uint8_t* bytes, int count) {
-  std::string text;
-  for (int i = 0; i < count; ++i)
-    text += {"0123456789abcdef"[bytes[i] >> 4], "0123456789abcdef"[bytes[i] & 15]};
-  return text;
-}
+/// Bytes in hex, taking no memory.
+struct Hex {
+  Hex(const uint8_t* bytes, int count) {
+    for (int i = 0; i < count; ++i) std::snprintf(text + 2 * i, 3, "%02x", bytes[i]);
+  }
+  char text[161];
+};
 
 template <class Value>
 Value at(const uint8_t* record, int offset) {
@@ -51,14 +53,15 @@ void release(Engine* engine) {
 
 int setConfiguration(Engine* engine, const uint8_t* configuration) {
   const auto* levels = at<const uint8_t*>(configuration, 8);
-  log("configuration %s %s", hex(configuration, 8).c_str(), hex(levels, 9).c_str());
+  log("configuration %s %s", Hex(configuration, 8).text, Hex(levels, 9).text);
   engine->smooth = levels[4], engine->toning = levels[5], engine->slimming = levels[6];
   return 5;  // which nobody looks at
 }
 
 int process(Engine* engine, int mode, const uint8_t* image, int64_t a, int64_t b) {
-  log("process %d %s %d %d", mode, hex(image, 80).c_str(), a != 0, b != 0);
+  log("process %d %s %d %d", mode, Hex(image, 80).text, a != 0, b != 0);
   if (engine->toning == 99) return -7;
+  if (engine->toning == 98) throw std::bad_alloc();
   const auto height = at<uint32_t>(image, 8);
   for (uint32_t i = 0; i < at<uint32_t>(image, 16) * height; ++i)
     at<uint8_t*>(image, 24)[i] += engine->smooth;

@@ -157,6 +157,7 @@ TEST_F(LoadedBeauty, FailuresOfTheEngineAreReturned) {
     bool releases;
   } rows[] = {{6, 1, 66, "4 engine: create 6 4 30100002 8\n", false},
               {8, 1, -100, "6 DOC_SFB: VfbEngineCreate gave no engine\n", false},
+              {10, 98, -101, "6 DOC_SFB: The engine threw an exception\n4 engine: release\n", true},
               {10, 99, -7, "6 DOC_SFB: Process -7\n4 engine: release\n", true}};
   for (const auto& row : rows) {
     const Call call = beautify(row.width, 4, 1, row.toning, 1);

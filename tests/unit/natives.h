@@ -3,7 +3,7 @@
 
 #include <jni.h>
 
-#define NATIVE(result, name, symbol, ...)                                                      \
+#define NATIVE(result, name, symbol, ...)                                                       \
   extern "C" result Java_com_orvik_camera_common_Native_##symbol(JNIEnv*, jclass, __VA_ARGS__); \
   constexpr auto* name = Java_com_orvik_camera_common_Native_##symbol
 NATIVE(jobject, YUV2ARGB, YUVAlgorithm_YUV2ARGB, jobject, jint, jint);
