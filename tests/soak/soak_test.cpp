@@ -1,0 +1,90 @@
+// Many calls: from several threads at once, and in a long row.
+#include <atomic>
+#include <chrono>
+#include <thread>
+
+#include "libalgorithm/thread_pool.h"
+#include "native_calls.h"
+
+/// The log of thousands of calls is of no interest.
+extern "C" [[gnu::visibility("default")]] int __android_log_print(int, const char*, const char*,
+                                                                  ...) {
+  return 1;
+}
+
+namespace {
+
+/// A call's input, and what it gives on its own.
+struct Expected {
+  const Call& call;
+  Bytes input, result;
+};
+
+std::vector<Expected> expectedOfAll() {
+  FakeJni jni;
+  std::vector<Expected> all;
+  for (const Call& call : kCalls) {
+    all.push_back({call, inputOf(call), {}});
+    all.back().result = resultOf(call, jni, all.back().input);
+  }
+  return all;
+}
+
+TEST(Soak, CallsFromManyThreadsAreExact) {
+  const NativesDevice device(ENGINE);
+  const std::vector<Expected> all = expectedOfAll();
+  const char* const seconds = std::getenv("SOAK_SECONDS");
+  const auto end = std::chrono::steady_clock::now() +
+                   std::chrono::seconds(seconds == nullptr ? 5 : std::atoi(seconds));
+  std::atomic<int> calls = 0, wrong = 0;
+  std::vector<std::thread> threads;
+  for (std::size_t t = 0; t < 6; ++t) {
+    threads.emplace_back([&, t] {
+      FakeJni jni;
+      for (std::size_t i = t; std::chrono::steady_clock::now() < end; i += t + 1) {
+        const Expected& expected = all[i % all.size()];
+        wrong += resultOf(expected.call, jni, expected.input) != expected.result;
+        ++calls;
+        if (i % 97 == 0) HALThreadPoolDestroy();
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(wrong, 0);
+  EXPECT_GT(calls, 100);
+}
+
+int entries(const char* folder) {
+  return int(std::distance(std::filesystem::directory_iterator(folder), {}));
+}
+
+long residentPages() {
+  long pages = 0;
+  std::FILE* const file = std::fopen("/proc/self/statm", "r");
+  EXPECT_EQ(std::fscanf(file, "%*d %ld", &pages), 1);
+  std::fclose(file);
+  return pages;
+}
+
+TEST(Soak, TwentyThousandCallsLeaveNothingBehind) {
+  const NativesDevice device(ENGINE);
+  const std::vector<Expected> all = expectedOfAll();
+  FakeJni jni;
+  int wrong = 0;
+  const auto run = [&](int calls) {
+    for (int i = 0; i < calls; ++i) {
+      const Expected& expected = all[zu(i) % all.size()];
+      wrong += resultOf(expected.call, jni, expected.input) != expected.result;
+    }
+  };
+  run(1000);
+  const long pages = residentPages();
+  const int threads = entries("/proc/self/task"), files = entries("/proc/self/fd");
+  run(20000);
+  EXPECT_LT(residentPages(), pages + 128) << "half a megabyte more";
+  EXPECT_EQ(entries("/proc/self/task"), threads);
+  EXPECT_EQ(entries("/proc/self/fd"), files);
+  EXPECT_EQ(wrong, 0);
+}
+
+}  // namespace
