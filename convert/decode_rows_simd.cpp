@@ -56,7 +56,7 @@ constexpr uint32_t offsetOf(int32_t factors) {
 
 // factor * sample + offset; a factor above 16 bits multiplies in two parts.
 template <int32_t kFactor>
-ChromaTerm gain(uint8x8_t sample) {
+HWY_INLINE ChromaTerm gain(uint8x8_t sample) {
   constexpr auto kHalf = static_cast<uint16_t>(kFactor / 2 < 0xFFFF ? kFactor / 2 : 0xFFFF);
   constexpr auto kRest = static_cast<uint16_t>(kFactor - 2 * kHalf);
   const uint16x8_t once = vmovl_u8(sample), twice = vshll_n_u8(sample, 1);
@@ -66,7 +66,7 @@ ChromaTerm gain(uint8x8_t sample) {
 }
 
 template <RowFormat kFormat>
-ChromaTerms chromaTerms(const uint8_t* chroma) {
+HWY_INLINE ChromaTerms chromaTerms(const uint8_t* chroma) {
   const uint8x8x2_t pairs = vld2_u8(chroma);
   const uint8x8_t u = pairs.val[kFormat == RowFormat::kArgbVU ? 1 : 0];
   const uint8x8_t v = pairs.val[kFormat == RowFormat::kArgbVU ? 0 : 1];
@@ -85,7 +85,7 @@ struct Level {
 };
 
 // 76310 Y as 2 Y times half of it, which fits 16 bits.
-Level levelOf(uint8x8_t luma) {
+HWY_INLINE Level levelOf(uint8x8_t luma) {
   static_assert(bt601::kLumaGain % 2 == 0 && bt601::kLumaGain / 2 <= 0xFFFF);
   const uint16x8_t twice = vshll_n_u8(luma, 1);
   constexpr auto kHalf = static_cast<uint16_t>(bt601::kLumaGain / 2);
@@ -98,13 +98,13 @@ Level levelOf(uint8x8_t luma) {
 //   + chroma   iiii iiii . ffff ffff
 //   ADDHN      iiii iiii                 16 bits, signed
 //   SQSHLU     cccc ....                 0..255 in the upper byte
-ByteVector channel(const Level& level, const ChromaTerm& term) {
+HWY_INLINE ByteVector channel(const Level& level, const ChromaTerm& term) {
   const uint16x8_t whole = vaddhn_high_u32(vaddhn_u32(level.low, term.low), level.high, term.high);
   return ByteVector(vreinterpretq_u8_u16(vqshluq_n_s16(vreinterpretq_s16_u16(whole), 8)));
 }
 
 template <RowFormat kFormat>
-void decodeBlock(const uint8_t* luma, const ChromaTerms& terms, uint8_t* pixels) {
+HWY_INLINE void decodeBlock(const uint8_t* luma, const ChromaTerms& terms, uint8_t* pixels) {
   const uint8x8x2_t columns = vld2_u8(luma);
   const Level even = levelOf(columns.val[0]), odd = levelOf(columns.val[1]);
   const auto both = [&](const ChromaTerm& term) HWY_ATTR {
@@ -125,9 +125,10 @@ using Words = hn::Repartition<uint32_t, Bytes>;
 using ShortVector = hn::Vec<Shorts>;
 
 constexpr std::size_t kBlock = hn::MaxLanes(Bytes());  // pixels a step
-constexpr int kFractionMask = 0x7FFF;
+constexpr int kTopBit = 0x8000;
 
-// The chroma part of a channel for sixteen pairs: integer part and 15 bits of fraction.
+// The chroma part of a channel for sixteen pairs: integer part, and fraction with its top bit
+// flipped, so that signed comparisons order it.
 struct ChromaTerm {
   ShortVector whole, fraction;
 };
@@ -136,17 +137,20 @@ struct ChromaTerms {
   ChromaTerm b, g, r;
 };
 
-ShortVector set(int value) { return hn::Set(Shorts(), static_cast<int16_t>(value)); }
+HWY_INLINE ShortVector set(int value) { return hn::Set(Shorts(), static_cast<int16_t>(value)); }
 
-ShortVector upperHalves(ShortVector value) {  // shifted down as unsigned
-  return hn::BitCast(Shorts(), hn::ShiftRight<1>(hn::BitCast(UShorts(), value)));
+// The lower half of a product with an odd factor, with its top bit flipped.
+template <int32_t kFactor>
+HWY_INLINE ShortVector flippedFraction(ShortVector sample) {
+  static_assert(kFactor % 2 != 0);
+  return hn::Mul(hn::Xor(sample, set(kTopBit)), set(kFactor));
 }
 
 // Samples of a block as even (lower) and odd (upper) bytes of 16-bit lanes. Pixel words leave the
 // unpacking in fours, by turns from the lower and the upper half of the vector: here they are put
 // where they will leave in order.
 template <RowFormat kFormat>
-ShortVector loadSamples(const uint8_t* samples) {
+HWY_INLINE ShortVector loadSamples(const uint8_t* samples) {
   const ByteVector bytes = hn::LoadU(Bytes(), samples);
   if constexpr (kFormat == RowFormat::kPackedUV) {
     return hn::BitCast(Shorts(), bytes);
@@ -158,39 +162,34 @@ ShortVector loadSamples(const uint8_t* samples) {
   }
 }
 
-ShortVector evenBytes(ShortVector samples) { return hn::And(samples, set(0xFF)); }
+HWY_INLINE ShortVector evenBytes(ShortVector samples) { return hn::And(samples, set(0xFF)); }
 
-ShortVector oddBytes(ShortVector samples) {
+HWY_INLINE ShortVector oddBytes(ShortVector samples) {
   return hn::BitCast(Shorts(), hn::ShiftRight<8>(hn::BitCast(UShorts(), samples)));
 }
 
-// factor * sample, where the factor is a little off a multiple of 65536.
+// factor * sample, where the factor is a little off 2 * 65536.
 template <int32_t kFactor>
-ChromaTerm gain(ShortVector sample) {
-  constexpr int32_t kWhole = (kFactor + 0x8000) >> 16;
-  static_assert(kWhole == 2);
-  const ShortVector rest = set(kFactor - kWhole * 65536);
-  return {hn::Add(hn::MulHigh(sample, rest), hn::Add(sample, sample)),
-          upperHalves(hn::Mul(sample, rest))};
+HWY_INLINE ChromaTerm gain(ShortVector sample) {
+  constexpr int32_t kRest = kFactor - 2 * 65536;
+  static_assert(kRest >= -0x8000 && kRest <= 0x7FFF);
+  return {hn::Add(hn::MulHigh(sample, set(kRest)), hn::Add(sample, sample)),
+          flippedFraction<kRest>(sample)};
 }
 
-// Green has two products: 32-bit sums of lanes (u, v), in the order in which they are packed again.
-ChromaTerm greenTerm(ShortVector u, ShortVector v) {
-  static_assert(bt601::kGreenFromV >= -0x18000 && bt601::kGreenFromU >= -0x8000);
-  constexpr int32_t kRest = bt601::kGreenFromV + 65536;
-  const __m256i factors = _mm256_set1_epi32((kRest << 16) | (bt601::kGreenFromU & 0xFFFF));
-  const __m256i low = _mm256_madd_epi16(_mm256_unpacklo_epi16(u.raw, v.raw), factors);
-  const __m256i high = _mm256_madd_epi16(_mm256_unpackhi_epi16(u.raw, v.raw), factors);
-  const ShortVector whole{
-      _mm256_packs_epi32(_mm256_srai_epi32(low, 16), _mm256_srai_epi32(high, 16))};
-  const __m256i zero = _mm256_setzero_si256();
-  const ShortVector fraction{_mm256_packus_epi32(_mm256_blend_epi16(low, zero, 0xAA),
-                                                 _mm256_blend_epi16(high, zero, 0xAA))};
-  return {hn::Sub(whole, v), upperHalves(fraction)};
+// Green has two products. The mask of a carry between their fractions is -1.
+HWY_INLINE ChromaTerm greenTerm(ShortVector u, ShortVector v) {
+  constexpr int32_t kFromU = bt601::kGreenFromU, kFromV = bt601::kGreenFromV + 65536;
+  static_assert(kFromU >= -0x8000 && kFromV <= 0x7FFF);
+  const ShortVector first = flippedFraction<kFromV>(v);
+  const ShortVector fraction = hn::Add(first, hn::Mul(u, set(kFromU)));
+  const ShortVector carry = hn::VecFromMask(Shorts(), hn::Gt(first, fraction));
+  const ShortVector whole = hn::Add(hn::MulHigh(v, set(kFromV)), hn::MulHigh(u, set(kFromU)));
+  return {hn::Sub(hn::Sub(whole, v), carry), fraction};
 }
 
 template <RowFormat kFormat>
-ChromaTerms chromaTerms(const uint8_t* chroma) {
+HWY_INLINE ChromaTerms chromaTerms(const uint8_t* chroma) {
   const ShortVector pairs = loadSamples<kFormat>(chroma);
   const ShortVector first = hn::Sub(evenBytes(pairs), set(bt601::kChromaOffset));
   const ShortVector second = hn::Sub(oddBytes(pairs), set(bt601::kChromaOffset));
@@ -199,21 +198,20 @@ ChromaTerms chromaTerms(const uint8_t* chroma) {
   return {gain<bt601::kBlueFromU>(u), greenTerm(u, v), gain<bt601::kRedFromV>(v)};
 }
 
-// 76310 (Y - 16): integer part, and what its 15 bits of fraction lack to the largest.
+// 76310 (Y - 16): integer part, and what its fraction lacks to the largest, top bit flipped.
 struct Level {
   ShortVector whole, missing;
 };
 
-Level levelOf(ShortVector luma) {
+HWY_INLINE Level levelOf(ShortVector luma) {
   constexpr int32_t kRest = bt601::kLumaGain - 65536;
-  static_assert(kRest % 2 == 0);
   const ShortVector y = hn::Sub(luma, set(bt601::kLumaOffset));
   return {hn::Add(hn::MulHigh(y, set(kRest)), y),
-          hn::AndNot(hn::Mul(y, set(kRest / 2)), set(kFractionMask))};
+          hn::Xor(hn::Mul(y, set(kRest)), set(kTopBit - 1))};
 }
 
 // Integer part of the sum: a fraction beyond what is missing carries (the mask is -1).
-ShortVector channel(const Level& level, const ChromaTerm& term) {
+HWY_INLINE ShortVector channel(const Level& level, const ChromaTerm& term) {
   const auto carries = hn::Gt(term.fraction, level.missing);
   return hn::Sub(hn::Add(level.whole, term.whole), hn::VecFromMask(Shorts(), carries));
 }
@@ -225,7 +223,7 @@ ShortVector channel(const Level& level, const ChromaTerm& term) {
 //
 // The 48 bytes are three parts of 16. Byte i of the parts takes each channel once, so that a single
 // shuffle puts all bytes of a channel into their columns, and each part picks among the channels.
-void storePacked(ByteVector b, ByteVector g, ByteVector r, uint8_t* pixels) {
+HWY_INLINE void storePacked(ByteVector b, ByteVector g, ByteVector r, uint8_t* pixels) {
   const Bytes d;
   static constexpr uint8_t kColumns[] = {5,  10, 0, 13, 3,  8, 6,  11, 1,
                                          14, 4,  9, 7,  12, 2, 15, 5,  10};
@@ -247,7 +245,7 @@ void storePacked(ByteVector b, ByteVector g, ByteVector r, uint8_t* pixels) {
 }
 
 // Words B, G, R, 255 from such channels; each unpacking doubles the unit.
-void storeWords(ByteVector b, ByteVector g, ByteVector r, uint8_t* pixels) {
+HWY_INLINE void storeWords(ByteVector b, ByteVector g, ByteVector r, uint8_t* pixels) {
   const Bytes d;
   const hn::Repartition<uint16_t, Bytes> pairs;
   const hn::Repartition<uint32_t, Bytes> words;
@@ -270,7 +268,7 @@ void storeWords(ByteVector b, ByteVector g, ByteVector r, uint8_t* pixels) {
 }
 
 template <RowFormat kFormat>
-void decodeBlock(const uint8_t* luma, const ChromaTerms& terms, uint8_t* pixels) {
+HWY_INLINE void decodeBlock(const uint8_t* luma, const ChromaTerms& terms, uint8_t* pixels) {
   const ShortVector samples = loadSamples<kFormat>(luma);
   const Level even = levelOf(evenBytes(samples)), odd = levelOf(oddBytes(samples));
   const auto both = [&](const ChromaTerm& term) HWY_ATTR {  // saturated
@@ -286,8 +284,8 @@ void decodeBlock(const uint8_t* luma, const ChromaTerms& terms, uint8_t* pixels)
 #endif  // NEON or AVX2
 
 template <RowFormat kFormat>
-void decodeBlocks(const uint8_t* const (&luma)[2], const uint8_t* chroma,
-                  uint8_t* const (&pixels)[2], std::size_t x) {
+HWY_INLINE void decodeBlocks(const uint8_t* const (&luma)[2], const uint8_t* chroma,
+                             uint8_t* const (&pixels)[2], std::size_t x) {
   const ChromaTerms terms = chromaTerms<kFormat>(chroma + x);
   decodeBlock<kFormat>(luma[0] + x, terms, pixels[0] + pixelBytes(kFormat) * x);
   if (luma[1] != nullptr) {
@@ -295,37 +293,30 @@ void decodeBlocks(const uint8_t* const (&luma)[2], const uint8_t* chroma,
   }
 }
 
-// Less than a block, through copies on the stack, so that nothing beyond the row is read or
-// written.
-template <RowFormat kFormat>
-void decodeTail(const uint8_t* const (&luma)[2], const uint8_t* chroma, uint8_t* const (&pixels)[2],
-                std::size_t x, std::size_t rest) {
-  constexpr std::size_t kBytes = pixelBytes(kFormat);
-  uint8_t chromaTail[kBlock] = {};
-  std::memcpy(chromaTail, chroma + x, rest + rest % 2);
-  const ChromaTerms terms = chromaTerms<kFormat>(chromaTail);
-  for (int row = 0; row < 2 && luma[row] != nullptr; ++row) {
-    uint8_t lumaTail[kBlock] = {}, pixelTail[kBytes * kBlock];
-    std::memcpy(lumaTail, luma[row] + x, rest);
-    decodeBlock<kFormat>(lumaTail, terms, pixelTail);
-    std::memcpy(pixels[row] + kBytes * x, pixelTail, kBytes * rest);
-  }
-}
-
 template <RowFormat kFormat>
 void decodeFormat(const uint8_t* const (&luma)[2], const uint8_t* chroma,
                   uint8_t* const (&pixels)[2], std::size_t width) {
-  std::size_t x = 0;
-  for (; x + kBlock <= width; x += kBlock) {
-    decodeBlocks<kFormat>(luma, chroma, pixels, x);
+  // The last pixels of an even row make a block again.
+  const bool again = width >= kBlock && width % 2 == 0;
+  const std::size_t end = again ? width : width - width % kBlock;
+  for (std::size_t x = 0; x < end; x += kBlock) {
+    decodeBlocks<kFormat>(luma, chroma, pixels, x < width - kBlock ? x : width - kBlock);
   }
-  if (x == width) {
+  if (end == width) {
     return;
   }
-  if (width > kBlock && width % 2 == 0) {  // the last pixels make a block again
-    decodeBlocks<kFormat>(luma, chroma, pixels, width - kBlock);
-  } else {
-    decodeTail<kFormat>(luma, chroma, pixels, x, width - x);
+  // Less than a block goes through copies, so that nothing beyond the row is read or written.
+  constexpr std::size_t kBytes = pixelBytes(kFormat);
+  const std::size_t rest = width - end;
+  uint8_t lumaTail[2][kBlock] = {}, chromaTail[kBlock] = {}, pixelTail[2][kBytes * kBlock];
+  std::memcpy(chromaTail, chroma + end, rest + rest % 2);
+  for (int row = 0; row < 2 && luma[row] != nullptr; ++row) {
+    std::memcpy(lumaTail[row], luma[row] + end, rest);
+  }
+  decodeFormat<kFormat>({lumaTail[0], lumaTail[1]}, chromaTail, {pixelTail[0], pixelTail[1]},
+                        kBlock);
+  for (int row = 0; row < 2 && luma[row] != nullptr; ++row) {
+    std::memcpy(pixels[row] + kBytes * end, pixelTail[row], kBytes * rest);
   }
 }
 

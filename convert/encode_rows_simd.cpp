@@ -57,7 +57,7 @@ struct Pixels {
 };
 
 template <RowFormat kFormat>
-Pixels loadPixels(const uint8_t* pixels) {
+HWY_INLINE Pixels loadPixels(const uint8_t* pixels) {
   if constexpr (kFormat == RowFormat::kPackedUV) {
     const uint8x16x3_t p = vld3q_u8(pixels);
     return {p.val[0], p.val[1], p.val[2]};
@@ -75,7 +75,7 @@ Pixels loadPixels(const uint8_t* pixels) {
 //
 // Both sums stay below 65536, and the lower one's last byte never reaches the luma.
 template <RowFormat kFormat>
-uint8x16_t lumaOf(const Pixels& p) {
+HWY_INLINE uint8x16_t lumaOf(const Pixels& p) {
   constexpr ByteWeights kWeights = byteWeights(kFormat, bt601::kY);
   static_assert(kWeights.first >= 0 && kWeights.middle >= 0 && kWeights.last >= 0);
   const auto upperHalf = [](int32_t w) { return vdupq_n_u8(static_cast<uint8_t>(w >> 8)); };
@@ -103,13 +103,13 @@ struct EvenPixels {
   int16x8_t first, middle, last;
 };
 
-int16x8_t evenBytes(uint8x16_t bytes) {
+HWY_INLINE int16x8_t evenBytes(uint8x16_t bytes) {
   return vreinterpretq_s16_u16(vandq_u16(vreinterpretq_u16_u8(bytes), vdupq_n_u16(0xFF)));
 }
 
 // One sample of eight chroma pairs: 32-bit sums, their upper halves.
 template <RowFormat kFormat>
-uint16x8_t chromaOf(const EvenPixels& p, const bt601::Weights& weights) {
+HWY_INLINE uint16x8_t chromaOf(const EvenPixels& p, const bt601::Weights& weights) {
   const ByteWeights w = byteWeights(kFormat, weights);
   const auto first = static_cast<int16_t>(w.first), middle = static_cast<int16_t>(w.middle),
              last = static_cast<int16_t>(w.last);
@@ -123,7 +123,7 @@ uint16x8_t chromaOf(const EvenPixels& p, const bt601::Weights& weights) {
 }
 
 template <RowFormat kFormat>
-void encodeBlock(const uint8_t* pixels, uint8_t* luma, uint8_t* chroma) {
+HWY_INLINE void encodeBlock(const uint8_t* pixels, uint8_t* luma, uint8_t* chroma) {
   const Pixels p = loadPixels<kFormat>(pixels);
   if (luma != nullptr) {
     vst1q_u8(luma, lumaOf<kFormat>(p));
@@ -159,7 +159,7 @@ struct Pixels {
 // Lanes of four pixels' 12 bytes each. Those of the last part lie at the end of what is read, so
 // that nothing beyond the block is.
 template <RowFormat kFormat>
-Pixels loadPixels(const uint8_t* pixels, std::size_t part) {
+HWY_INLINE Pixels loadPixels(const uint8_t* pixels, std::size_t part) {
   const Bytes d;
   const Shorts shorts;
   const uint8_t* from = pixels + pixelBytes(kFormat) * kPart * part;
@@ -188,7 +188,7 @@ Pixels loadPixels(const uint8_t* pixels, std::size_t part) {
 }
 
 // Sum of the weighted bytes of each pixel.
-IntVector weigh(const Pixels& p, const ByteWeights& w) {
+HWY_INLINE IntVector weigh(const Pixels& p, const ByteWeights& w) {
   const Ints d;
   const IntVector outer = hn::Set(d, (w.last << 16) | (w.first & 0xFFFF));
   const IntVector middle = hn::Set(d, w.middle & 0xFFFF);
@@ -197,7 +197,7 @@ IntVector weigh(const Pixels& p, const ByteWeights& w) {
 }
 
 // Packing has left fours of bytes by turns from the lower and the upper half: back into order.
-void storeInOrder(__m256i fours, uint8_t* to) {
+HWY_INLINE void storeInOrder(__m256i fours, uint8_t* to) {
   alignas(32) static constexpr int32_t kOrder[8] = {0, 4, 1, 5, 2, 6, 3, 7};
   const Words words;
   const auto ordered =
@@ -207,7 +207,7 @@ void storeInOrder(__m256i fours, uint8_t* to) {
 
 // All factors are even: their halves fit 16 bits. The offset is whole and can be added to bytes.
 template <RowFormat kFormat>
-void storeLuma(const Pixels (&p)[4], uint8_t* luma) {
+HWY_INLINE void storeLuma(const Pixels (&p)[4], uint8_t* luma) {
   constexpr ByteWeights kWeights = byteWeights(kFormat, bt601::kY);
   static_assert((kWeights.first | kWeights.middle | kWeights.last) % 2 == 0);
   static_assert(bt601::kY.offset % 65536 == 0);
@@ -222,7 +222,7 @@ void storeLuma(const Pixels (&p)[4], uint8_t* luma) {
 
 // Chroma pairs of the even ones of sixteen pixels, as signed shorts without their offset.
 template <RowFormat kFormat>
-__m256i pairsOf(const Pixels& p, const Pixels& q) {
+HWY_INLINE __m256i pairsOf(const Pixels& p, const Pixels& q) {
   const auto even = [](ShortVector a, ShortVector b) HWY_ATTR {
     return ShortVector{_mm256_castps_si256(
         _mm256_shuffle_ps(_mm256_castsi256_ps(a.raw), _mm256_castsi256_ps(b.raw), 0x88))};
@@ -234,7 +234,7 @@ __m256i pairsOf(const Pixels& p, const Pixels& q) {
 }
 
 template <RowFormat kFormat>
-void storeChroma(const Pixels (&p)[4], uint8_t* chroma) {
+HWY_INLINE void storeChroma(const Pixels (&p)[4], uint8_t* chroma) {
   static_assert(bt601::kU.offset == 0x80 << 16 && bt601::kV.offset == bt601::kU.offset);
   const __m256i pairs =
       _mm256_packs_epi16(pairsOf<kFormat>(p[0], p[1]), pairsOf<kFormat>(p[2], p[3]));
@@ -242,7 +242,7 @@ void storeChroma(const Pixels (&p)[4], uint8_t* chroma) {
 }
 
 template <RowFormat kFormat>
-void encodeBlock(const uint8_t* pixels, uint8_t* luma, uint8_t* chroma) {
+HWY_INLINE void encodeBlock(const uint8_t* pixels, uint8_t* luma, uint8_t* chroma) {
   const Pixels p[4] = {loadPixels<kFormat>(pixels, 0), loadPixels<kFormat>(pixels, 1),
                        loadPixels<kFormat>(pixels, 2), loadPixels<kFormat>(pixels, 3)};
   if (luma != nullptr) {
@@ -258,31 +258,27 @@ void encodeBlock(const uint8_t* pixels, uint8_t* luma, uint8_t* chroma) {
 template <RowFormat kFormat>
 void encodeFormat(const uint8_t* pixels, uint8_t* luma, uint8_t* chroma, std::size_t width) {
   constexpr std::size_t kBytes = pixelBytes(kFormat);
-  const auto encodeAt = [&](std::size_t x) HWY_ATTR {
+  // The last pixels of an even row make a block again.
+  const bool again = width >= kBlock && width % 2 == 0;
+  const std::size_t end = again ? width : width - width % kBlock;
+  for (std::size_t at = 0; at < end; at += kBlock) {
+    const std::size_t x = at < width - kBlock ? at : width - kBlock;
     encodeBlock<kFormat>(pixels + kBytes * x, luma == nullptr ? nullptr : luma + x,
                          chroma == nullptr ? nullptr : chroma + x);
-  };
-  std::size_t x = 0;
-  for (; x + kBlock <= width; x += kBlock) {
-    encodeAt(x);
   }
-  if (x == width) {
+  if (end == width) {
     return;
   }
-  if (width > kBlock && width % 2 == 0) {  // the last pixels make a block again
-    encodeAt(width - kBlock);
-    return;
-  }
-  // Less than a block, through copies on the stack, so that nothing beyond the row is touched.
-  const std::size_t rest = width - x;
+  // Less than a block goes through copies, so that nothing beyond the row is read or written.
+  const std::size_t rest = width - end;
   uint8_t pixelTail[kBytes * kBlock] = {}, lumaTail[kBlock], chromaTail[kBlock];
-  std::memcpy(pixelTail, pixels + kBytes * x, kBytes * rest);
-  encodeBlock<kFormat>(pixelTail, lumaTail, chromaTail);
+  std::memcpy(pixelTail, pixels + kBytes * end, kBytes * rest);
+  encodeFormat<kFormat>(pixelTail, lumaTail, chromaTail, kBlock);
   if (luma != nullptr) {
-    std::memcpy(luma + x, lumaTail, rest);
+    std::memcpy(luma + end, lumaTail, rest);
   }
   if (chroma != nullptr) {
-    std::memcpy(chroma + x, chromaTail, rest + rest % 2);
+    std::memcpy(chroma + end, chromaTail, rest + rest % 2);
   }
 }
 
