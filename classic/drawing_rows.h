@@ -40,7 +40,7 @@ struct EdgeSteps {
   static constexpr int kOffset = 1024;
   static constexpr int kBlockShift = 17;                   // of a float's bits
   static constexpr int kFirstBlock = (127 + 8 + 10) << 6;  // of kOffset << 8
-  static constexpr int kMaxEnergy = 2 * 1020 * 1020;
+  static constexpr int kStrongest = 350 * 350;             // nothing changes beyond
   static constexpr int kBlocks = 11 << 6;  // up to 2^21, which is beyond the greatest argument
 
   int32_t entries[kBlocks];

@@ -99,8 +99,8 @@ HWY_INLINE Ints4 sumsOfSquares(Shorts2 a, Shorts2 b) {
            upper(a.upper, b.upper)}};
 }
 
-// The lanes hold 0..255.
-HWY_INLINE ByteVector narrow(Ints4 v) {
+// The low bytes.
+HWY_INLINE ByteVector narrow(const Ints4& v) {
   const auto bytes = [](IntVector x) { return vreinterpretq_u8_s32(x.raw); };
   const auto even = [](uint8x16_t x, uint8x16_t y) {
     return vreinterpretq_u8_u16(vuzp1q_u16(vreinterpretq_u16_u8(x), vreinterpretq_u16_u8(y)));
@@ -156,8 +156,8 @@ HWY_INLINE Ints4 sumsOfSquares(Shorts2 a, Shorts2 b) {
            squares(hn::InterleaveUpper(d, a.upper, b.upper))}};
 }
 
-// The lanes hold 0..255.
-HWY_INLINE ByteVector narrow(Ints4 v) {
+// Limited to 0..255.
+HWY_INLINE ByteVector narrow(const Ints4& v) {
   return ByteVector{_mm256_packus_epi16(_mm256_packs_epi32(v.part[0].raw, v.part[1].raw),
                                         _mm256_packs_epi32(v.part[2].raw, v.part[3].raw))};
 }
@@ -169,10 +169,6 @@ HWY_INLINE ByteVector scaled(ByteVector a, ByteVector b) {
   const __m256i odd = _mm256_maddubs_epi16(a.raw, _mm256_andnot_si256(evenBytes, b.raw));
   return ByteVector{_mm256_or_si256(_mm256_srli_epi16(even, 7),
                                     _mm256_andnot_si256(evenBytes, _mm256_slli_epi16(odd, 1)))};
-}
-
-HWY_INLINE IntVector lookUp(const int32_t* table, IntVector index) {
-  return hn::GatherIndex(Ints(), table, index);
 }
 
 #endif
@@ -296,21 +292,85 @@ HWY_INLINE void forEachBlock(uint8_t* out, std::size_t count, Block block) {
   }
 }
 
+#if HWY_TARGET == HWY_NEON
+
+// The low bytes of trunc(v x 255 x 4 / index).
+HWY_INLINE Ints4 cartooned(const Ints4& v, const Ints4& index, const CartoonFactors& factors) {
+  const hn::RebindToUnsigned<Ints> u;
+  Ints4 result;
+  for (int i = 0; i < 4; ++i) {
+    const IntVector whole = hn::Mul(v.part[i], lookUp(factors.entries, index.part[i]));
+    result.part[i] = hn::BitCast(Ints(), hn::ShiftRight<24>(hn::BitCast(u, whole)));
+  }
+  return result;
+}
+
+#else
+
+// The low bytes of trunc(v x 255 x f), where f = 4 / (index + 1), rounded. Where the true quotient
+// is an integer, the result is one less if f is below it. So v x 255 is moved by 1/8 to where the
+// rounding has moved f: that decides these cases, and is too little to matter in any other.
+HWY_INLINE Ints4 cartooned(const Ints4& v, const Ints4& index, const CartoonFactors& /*unused*/) {
+  const Ints d;
+  const Floats f;
+  Ints4 result;
+  for (int i = 0; i < 4; ++i) {
+    const auto n = hn::ConvertTo(f, hn::Add(index.part[i], hn::Set(d, 1)));
+    const auto factor = hn::Div(hn::Set(f, 4.0F), n);
+    const auto error = hn::MulSub(factor, n, hn::Set(f, 4.0F));
+    const auto value = hn::MulAdd(hn::ConvertTo(f, v.part[i]), hn::Set(f, 255.0F),
+                                  hn::CopySign(hn::Set(f, 0.125F), error));
+    result.part[i] = hn::And(hn::ConvertTo(d, hn::Mul(value, factor)), hn::Set(d, 0xFF));
+  }
+  return result;
+}
+
+#endif
+
+// Rows are inked in chunks, in three steps, because looking up works through memory: the energies
+// and their blocks, the blocks' entries, and what these say about the energies.
+struct EdgeChunk {
+  static constexpr std::size_t kWindows = 256;
+
+  HWY_ALIGN int32_t energies[kWindows];  // plus the offset, times 256
+  HWY_ALIGN int32_t entries[kWindows];   // at first the numbers of the blocks
+};
+
 // Gradients times 16 make energies times 256, which is what entries compare with.
-HWY_INLINE ByteVector edgeGreys(const PlaneWindow& w, std::size_t x, const EdgeSteps& edges) {
+HWY_INLINE void takeEnergies(const PlaneWindow& w, std::size_t x, int32_t* energies,
+                             int32_t* blocks) {
   const Ints d;
   const Gradient g = gradient<16, 2>(w.top + x, w.middle + x, w.bottom + x);
-  Ints4 v = sumsOfSquares(g.x, g.y);
-  for (IntVector& e : v.part) {
-    const IntVector argument = hn::Add(e, hn::Set(d, EdgeSteps::kOffset << 8));
-    const IntVector bits = hn::BitCast(d, hn::ConvertTo(Floats(), argument));
+  const Ints4 sums = sumsOfSquares(g.x, g.y);
+  for (std::size_t i = 0; i < 4; ++i) {
+    const IntVector energy = hn::Add(sums.part[i], hn::Set(d, EdgeSteps::kOffset << 8));
+    const IntVector bits = hn::BitCast(d, hn::ConvertTo(Floats(), energy));
     const IntVector block =
         hn::Sub(hn::ShiftRight<EdgeSteps::kBlockShift>(bits), hn::Set(d, EdgeSteps::kFirstBlock));
-    const IntVector entry = lookUp(edges.entries, block);
-    const IntVector stepped = hn::Add(entry, hn::VecFromMask(d, hn::Gt(argument, entry)));
-    e = hn::And(stepped, hn::Set(d, 0xFF));
+    hn::Store(energy, d, energies + i * kBlock / 4);
+    hn::Store(block, d, blocks + i * kBlock / 4);
   }
-  return narrow(v);
+}
+
+// Two numbers out of a register at a time, low half first. `count` is even.
+HWY_INLINE void lookUp(const int32_t* table, int32_t* values, std::size_t count) {
+  for (std::size_t i = 0; i < count; i += 2) {
+    uint64_t pair;
+    std::memcpy(&pair, values + i, sizeof pair);
+    values[i] = table[static_cast<uint32_t>(pair)];
+    values[i + 1] = table[pair >> 32];
+  }
+}
+
+HWY_INLINE ByteVector edgeGreys(const int32_t* energies, const int32_t* entries) {
+  const Ints d;
+  Ints4 greys;
+  for (std::size_t i = 0; i < 4; ++i) {
+    const IntVector entry = hn::Load(d, entries + i * kBlock / 4);
+    const auto stepped = hn::Gt(hn::Load(d, energies + i * kBlock / 4), entry);
+    greys.part[i] = hn::And(hn::Add(entry, hn::VecFromMask(d, stepped)), hn::Set(d, 0xFF));
+  }
+  return narrow(greys);
 }
 
 // Both halves of the overlay are the same product of v and grey, mirrored in the upper one.
@@ -321,29 +381,35 @@ HWY_INLINE ByteVector overlay(ByteVector v, ByteVector grey) {
   return hn::Xor(scaled(hn::Xor(grey, mirror), hn::Xor(v, mirror)), mirror);
 }
 
-void inkRowVector(const PlaneWindow& rows, uint8_t* out, std::size_t count,
-                  const EdgeSteps& edges) {
-  forEachBlock(out, count, [&](std::size_t x, uint8_t* to) HWY_ATTR {
-    const Bytes d;
-    ByteVector inked[kPackedBytes];
-    for (int c = 0; c < kPackedBytes; ++c) {
-      const PlaneWindow w = rows.plane(c);
-      inked[c] = overlay(hn::LoadU(d, w.middle + x + 1), edgeGreys(w, x, edges));
-    }
-    hn::StoreInterleaved3(inked[2], inked[1], inked[0], d, to);
-  });
+// The inked bytes of one plane.
+HWY_INLINE void inkPlane(const PlaneWindow& w, std::size_t from, std::size_t count,
+                         const EdgeSteps& edges, uint8_t* inked) {
+  const Bytes d;
+  EdgeChunk chunk;
+  for (std::size_t x = 0; x < count; x += kBlock) {
+    takeEnergies(w, from + x, chunk.energies + x, chunk.entries + x);
+  }
+  lookUp(edges.entries, chunk.entries, hwy::RoundUpTo(count, kBlock));
+  for (std::size_t x = 0; x < count; x += kBlock) {
+    const ByteVector grey = edgeGreys(chunk.energies + x, chunk.entries + x);
+    hn::Store(overlay(hn::LoadU(d, w.middle + from + x + 1), grey), d, inked + x);
+  }
 }
 
-HWY_INLINE ByteVector cartooned(ByteVector v, ByteVector most, ByteVector limit,
-                                const CartoonFactors& factors) {
-  const Ints4 index = widened(plusThrice(limit, most));
-  Ints4 product = widened(v);
-  for (int i = 0; i < 4; ++i) {
-    const IntVector whole = hn::Mul(product.part[i], lookUp(factors.entries, index.part[i]));
-    const hn::RebindToUnsigned<Ints> u;
-    product.part[i] = hn::BitCast(Ints(), hn::ShiftRight<24>(hn::BitCast(u, whole)));
+void inkRowVector(const PlaneWindow& rows, uint8_t* out, std::size_t count,
+                  const EdgeSteps& edges) {
+  HWY_ALIGN uint8_t inked[kPackedBytes][EdgeChunk::kWindows];
+  for (std::size_t from = 0; from < count; from += EdgeChunk::kWindows) {
+    const std::size_t part = HWY_MIN(count - from, EdgeChunk::kWindows);
+    for (int c = 0; c < kPackedBytes; ++c) {
+      inkPlane(rows.plane(c), from, part, edges, inked[c]);
+    }
+    forEachBlock(out + kPackedBytes * from, part, [&](std::size_t x, uint8_t* to) HWY_ATTR {
+      const Bytes d;
+      hn::StoreInterleaved3(hn::Load(d, inked[2] + x), hn::Load(d, inked[1] + x),
+                            hn::Load(d, inked[0] + x), d, to);
+    });
   }
-  return narrow(product);
 }
 
 void cartoonRowVector(const PlaneWindow& rows, uint8_t* out, std::size_t count,
@@ -365,7 +431,8 @@ void cartoonRowVector(const PlaneWindow& rows, uint8_t* out, std::size_t count,
     ByteVector result[kPackedBytes];
     for (int c = 0; c < kPackedBytes; ++c) {
       const ByteVector v = hn::LoadU(d, rows.plane(c).middle + x + 1);
-      result[c] = cartooned(v, most[c], limit, factors);
+      const Ints4 index = widened(plusThrice(limit, most[c]));
+      result[c] = narrow(cartooned(widened(v), index, factors));
     }
     hn::StoreInterleaved3(result[2], result[1], result[0], d, to);
   });

@@ -18,14 +18,13 @@ using alg::CartoonFactors;
 using alg::EdgeSteps;
 using alg::PlaneWindow;
 
-constexpr int kStrongest = 350 * 350;  // squared gradients count up to this
 constexpr int kPlanes = 3 * alg::kPackedBytes;
 
 /// The grey of a squared gradient: 255 without an edge, 2 on a strong one, falling in steps of 1.
 /// Any C library's exp and pow give these: errors of up to 64 units in the last place in either,
 /// tried over all arguments, change none.
 int edgeGrey(int energy) {
-  const auto root = std::sqrt(static_cast<float>(std::min(energy, kStrongest)));
+  const auto root = std::sqrt(static_cast<float>(std::min(energy, EdgeSteps::kStrongest)));
   const double length = root / 350.0f;  // a float, up to 1
   const auto rise = static_cast<float>(1.0 - std::exp(-5.0 * std::pow(length, 1.5)));
   return 255 - static_cast<int>(rise * 255.0f);
@@ -104,7 +103,7 @@ CartoonFactors findCartoonFactors() {
     const auto f = static_cast<float>(4.0 / n);
     const bool roundedDown = static_cast<double>(f) * n < 4.0;
     const uint64_t below = (kDividend - 1) / static_cast<unsigned>(n);
-    factors.entries[i] = static_cast<int32_t>(roundedDown ? below : below + 2);
+    factors.entries[i] = static_cast<int32_t>(roundedDown ? below : below + 1);
   }
   return factors;
 }
