@@ -1,6 +1,7 @@
 // Rotations against the reference.
 #include "guarded.h"
 #include "libalgorithm/camera_util.h"
+#include "vector_targets.h"
 
 namespace {
 
@@ -39,15 +40,19 @@ void check(const Rotation& r, int width, int height, bool dispatched) {
 }
 
 TEST(Rotate, EverySizeTurnsAsTheReference) {
-  for (const Rotation& r : kRotations) {
-    for (int i = 0; i < 400; ++i) check(r, i / 20 + 1, i % 20 + 1, i % 3 == 0);
-    check(r, 130, 66, true);
-    check(r, 258, 514, false);
-    for (const int degrees : {0, 360, -90, 45, 450, r.degrees + 1}) {  // nothing to do
-      (r.yuv ? CameraUtil::rotateYUV : CameraUtil::rotateARGB)(nullptr, nullptr, 4, 4, degrees);
+  onEachTarget([] {
+    for (const Rotation& r : kRotations) {
+      for (int i = 0; i < 400; ++i) check(r, i / 20 + 1, i % 20 + 1, i % 3 == 0);
+      for (int i = 0; i < 99; ++i) check(r, i * 29 % 90 + 20, i * 17 % 99 + 20, false);
+      check(r, 130, 66, true);
+      check(r, 258, 1090, false);  // several tiles in both directions
+      check(r, r.yuv ? 2086 : 1034, r.yuv ? 2018 : 1018, false);         // larger than caches
+      for (const int degrees : {0, 360, -90, 45, 450, r.degrees + 1}) {  // nothing to do
+        (r.yuv ? CameraUtil::rotateYUV : CameraUtil::rotateARGB)(nullptr, nullptr, 4, 4, degrees);
+      }
+      for (const auto& [width, height] : kSizesBelowOne) r.routine(nullptr, nullptr, width, height);
     }
-    for (const auto& [width, height] : kSizesBelowOne) r.routine(nullptr, nullptr, width, height);
-  }
+  });
 }
 
 TEST(Rotate, TheTwoFamiliesTurnOppositeWays) {

@@ -1,0 +1,233 @@
+// Vector twins of transpose and mirror, compiled once per vector target.
+#include <algorithm>
+#include <cstring>
+
+#include "camerautil/turn_rows.h"
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "camerautil/turn_rows_simd.cpp"
+#include "hwy/foreach_target.h"  // IWYU pragma: keep
+#include "hwy/cache_control.h"
+#include "hwy/highway.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace alg::HWY_NAMESPACE {
+
+#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
+
+// Without vectors the definitions are the fastest there is.
+
+void transposeVector(std::size_t elementBytes, Rows<const uint8_t> src, Rows<uint8_t> dst,
+                     int columns, int rows) {
+  transposePlain(elementBytes, src, dst, columns, rows);
+}
+
+void mirrorVector(std::size_t elementBytes, const uint8_t* src, uint8_t* dst, std::size_t count) {
+  mirrorPlain(elementBytes, src, dst, count);
+}
+
+#else
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+using Bytes = hn::ScalableTag<uint8_t>;
+constexpr int kVectorBytes = hn::MaxLanes(Bytes());
+constexpr int kBlockBytes = 16;      // of the blocks that vector instructions shuffle within
+constexpr int kLineBytes = 64;       // of a cache line
+constexpr int kRunBytes = 1024;      // written to a destination row at a time
+constexpr int kPrefetchBytes = 128;  // how far ahead in each source row
+// Destinations from this size on don't stay in a cache for their reader anyway. Their lines are
+// written past the caches, which spares reading them first.
+constexpr int64_t kStreamedBytes = 4 << 20;
+constexpr bool kCanStream = HWY_TARGET == HWY_AVX2;
+
+/// Visits begin, begin + step, ...; the last step is moved back to end at `end`, so that steps
+/// cover the range whole. It isn't shorter than a step.
+template <class Visit>
+HWY_INLINE void cover(int begin, int end, int step, Visit visit) {
+  for (int i = begin; i < end; i += step) {
+    visit(std::min(i, end - step));
+  }
+}
+
+/// Writes a run of a destination row: whole cache lines past the caches, the rest as usual.
+HWY_INLINE void copyRun(const uint8_t* from, uint8_t* to, int bytes, bool stream) {
+  const Bytes d;
+  if (kCanStream && stream) {
+    const int head =
+        std::min(static_cast<int>(-reinterpret_cast<uintptr_t>(to) % kLineBytes), bytes);
+    std::memcpy(to, from, static_cast<std::size_t>(head));
+    const int lines = head + (bytes - head) / kLineBytes * kLineBytes;
+    for (int i = head; i < lines; i += kVectorBytes) {
+      hn::Stream(hn::LoadU(d, from + i), d, to + i);
+    }
+    std::memcpy(to + lines, from + lines, static_cast<std::size_t>(bytes - lines));
+  } else {
+    std::memcpy(to, from, static_cast<std::size_t>(bytes));
+  }
+}
+
+// Transposes by way of a tile that stays in the cache: one cache line of each of many source rows
+// becomes long runs of as many destination rows. So every line of the source is read once, every
+// line of the destination written at once, and neither pages nor rows a power of two apart collide.
+//
+//   source rows  . . [line] . .      tile  a0 b0 c0 ...  --> destination row 0  . . a0 b0 c0 . .
+//     a:             a0 a1 a2              a1 b1 c1 ...  --> destination row 1  . . a1 b1 c1 . .
+//     b:             b0 b1 b2              a2 b2 c2 ...
+//     c:             c0 c1 c2
+template <class Element>
+struct Turn {
+  using Vector = hn::ScalableTag<Element>;
+  using Block = hn::Full128<Element>;
+  static constexpr int kSize = sizeof(Element);
+  static constexpr int kColumns = kBlockBytes / kSize;  // of source columns a block
+  static constexpr int kRows = kVectorBytes / kSize;    // of source rows
+  static constexpr int kLine = kLineBytes / kSize;
+  static constexpr int kRun = kRunBytes / kSize;
+  static constexpr int kTilePitch = kRunBytes + kLineBytes;  // not a power of two
+
+  // Loads a block's row r; a vector of 256 bits has row r + kColumns in its upper half, so that no
+  // step of the transpose crosses the halves.
+  static HWY_INLINE hn::Vec<Vector> load(const uint8_t* src, std::ptrdiff_t pitch, int r) {
+    const auto* low = reinterpret_cast<const Element*>(src + pitch * r);
+    if constexpr (kRows > kColumns) {
+      const auto* high = reinterpret_cast<const Element*>(src + pitch * (r + kColumns));
+      return hn::Combine(Vector(), hn::LoadU(Block(), high), hn::LoadU(Block(), low));
+    } else {
+      return hn::LoadU(Block(), low);
+    }
+  }
+
+  // Interleaving row i with row i + n / 2 rotates the bits of (row, column) by one; log2(n) times
+  // exchange row and column.
+  static HWY_INLINE void transposeBlock(const uint8_t* src, std::ptrdiff_t pitch, uint8_t* tile) {
+    const Vector d;
+    hn::Vec<Vector> v[kColumns];
+    hn::Vec<Vector> w[kColumns];
+    HWY_UNROLL(16)
+    for (int i = 0; i < kColumns; ++i) {
+      v[i] = load(src, pitch, i);
+    }
+    HWY_UNROLL(4)
+    for (int stage = 1; stage < kColumns; stage *= 2) {
+      HWY_UNROLL(8)
+      for (int i = 0; i < kColumns / 2; ++i) {
+        w[2 * i] = hn::InterleaveLower(d, v[i], v[i + kColumns / 2]);
+        w[2 * i + 1] = hn::InterleaveUpper(d, v[i], v[i + kColumns / 2]);
+      }
+      HWY_UNROLL(16)
+      for (int i = 0; i < kColumns; ++i) {
+        v[i] = w[i];
+      }
+    }
+    HWY_UNROLL(16)
+    for (int i = 0; i < kColumns; ++i) {
+      hn::StoreU(v[i], d, reinterpret_cast<Element*>(tile + kTilePitch * i));
+    }
+  }
+
+  /// Fills a tile with the elements of the columns from k and the rows from x on.
+  static HWY_INLINE void fillTile(Rows<const uint8_t> src, int k, int columns, int x, int rows,
+                                  uint8_t* tile) {
+    cover(0, rows, kRows, [&](int r) HWY_ATTR {
+      const uint8_t* from = src.row(x + r) + std::ptrdiff_t{kSize} * k;
+      for (int i = 0; i < kRows; ++i) {
+        __builtin_prefetch(from + src.pitch * i + kPrefetchBytes);
+      }
+      cover(0, columns, kColumns, [&](int c) HWY_ATTR {
+        transposeBlock(from + kSize * c, src.pitch, tile + kTilePitch * c + kSize * r);
+      });
+    });
+  }
+
+  static void transpose(Rows<const uint8_t> src, Rows<uint8_t> dst, int columns, int rows) {
+    if (columns < kColumns || rows < kRows) {
+      return transposePlain(kSize, src, dst, columns, rows);
+    }
+    const bool stream = int64_t{columns} * rows * kSize >= kStreamedBytes;
+    // Strips of about equal height, so that moving the last one back repeats little.
+    const int strips = (rows - 1) / kRun + 1;
+    const int even = (rows - 1) / strips + 1;
+    const int stripRows = std::min((even + kRows - 1) / kRows * kRows, rows);
+    const int tileColumns = std::min(columns, kLine);
+    alignas(kLineBytes) uint8_t tile[kLine * kTilePitch];
+    cover(0, rows, stripRows, [&](int x) HWY_ATTR {
+      cover(0, columns, tileColumns, [&](int k) HWY_ATTR {
+        fillTile(src, k, tileColumns, x, stripRows, tile);
+        for (int c = 0; c < tileColumns; ++c) {
+          copyRun(tile + kTilePitch * c, dst.row(k + c) + std::ptrdiff_t{kSize} * x,
+                  kSize * stripRows, stream);
+        }
+      });
+    });
+    if (kCanStream && stream) {
+      hwy::FlushStream();
+    }
+  }
+
+  // A vector at a time from the end: reverses the elements of each block, then the blocks.
+  static void mirror(const uint8_t* src, uint8_t* dst, std::size_t count) {
+    const Bytes d;
+    constexpr std::size_t kStep = kVectorBytes;
+    HWY_ALIGN uint8_t order[kBlockBytes];
+    for (unsigned i = 0; i < kBlockBytes; ++i) {
+      order[i] = static_cast<uint8_t>(i ^ (kBlockBytes - kSize));
+    }
+    const auto pattern = hn::LoadDup128(d, order);
+    std::size_t rest = kSize * count;
+    for (; rest >= kStep; rest -= kStep, dst += kStep) {
+      auto v = hn::TableLookupBytes(hn::LoadU(d, src + rest - kStep), pattern);
+      if constexpr (kVectorBytes > kBlockBytes) {
+        v = hn::ConcatLowerUpper(d, v, v);
+      }
+      hn::StoreU(v, d, dst);
+    }
+    mirrorPlain(kSize, src, dst, rest / kSize);
+  }
+};
+
+void transposeVector(std::size_t elementBytes, Rows<const uint8_t> src, Rows<uint8_t> dst,
+                     int columns, int rows) {
+  switch (elementBytes) {
+    case 1:
+      return Turn<uint8_t>::transpose(src, dst, columns, rows);
+    case 2:
+      return Turn<uint16_t>::transpose(src, dst, columns, rows);
+    default:
+      return Turn<uint32_t>::transpose(src, dst, columns, rows);
+  }
+}
+
+void mirrorVector(std::size_t elementBytes, const uint8_t* src, uint8_t* dst, std::size_t count) {
+  switch (elementBytes) {
+    case 1:
+      return Turn<uint8_t>::mirror(src, dst, count);
+    case 2:
+      return Turn<uint16_t>::mirror(src, dst, count);
+    default:
+      return Turn<uint32_t>::mirror(src, dst, count);
+  }
+}
+
+#endif  // vectors or not
+
+}  // namespace alg::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace alg {
+
+HWY_EXPORT(transposeVector);
+HWY_EXPORT(mirrorVector);
+
+void transpose(std::size_t elementBytes, Rows<const uint8_t> src, Rows<uint8_t> dst, int columns,
+               int rows) {
+  HWY_DYNAMIC_DISPATCH(transposeVector)(elementBytes, src, dst, columns, rows);
+}
+
+void mirror(std::size_t elementBytes, const uint8_t* src, uint8_t* dst, std::size_t count) {
+  HWY_DYNAMIC_DISPATCH(mirrorVector)(elementBytes, src, dst, count);
+}
+
+}  // namespace alg
+#endif
