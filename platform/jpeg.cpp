@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "base/image_size.h"
+#include "platform/large_block.h"
 
 namespace alg {
 namespace {
@@ -102,7 +103,7 @@ bool decodeInto(jpeg_decompress_struct& jpeg, ErrorManager& errors, std::span<co
   if (pitch * jpeg.output_height > options.maxPixelBytes) {
     return false;
   }
-  *pixels = static_cast<uint8_t*>(std::malloc(pitch * jpeg.output_height));
+  *pixels = allocateLargeBlock(pitch * jpeg.output_height).release();
   if (*pixels == nullptr) {
     return false;
   }
@@ -118,11 +119,12 @@ bool decodeInto(jpeg_decompress_struct& jpeg, ErrorManager& errors, std::span<co
   return true;
 }
 
-/// Encodes into *bytes, which the caller frees, also when this fails.
+/// Encodes into *bytes, which the caller frees, also when this fails. It starts as a block of *size
+/// bytes; the codec moves on to larger ones of its own, but leaves that one to the caller.
 bool encodeInto(jpeg_compress_struct& jpeg, ErrorManager& errors, const uint8_t* pixels, int width,
                 int height, int quality, unsigned char** bytes, unsigned long* size) {
   if (setjmp(errors.failed) != 0) {
-    if (*bytes != nullptr) {
+    if (jpeg.dest != nullptr && *bytes != nullptr) {
       // The codec may have moved to a larger buffer; only this call tells where it is.
       jpeg.dest->term_destination(&jpeg);
     }
@@ -186,9 +188,17 @@ std::optional<EncodedJpeg> encodeJpeg(const uint8_t* pixels, int width, int heig
   jpeg_compress_struct jpeg{};
   ErrorManager errors;
   jpeg.err = prepare(errors);
-  unsigned char* bytes = nullptr;
-  unsigned long size = 0;
+  // A photo takes less at quality 95. Memory that is never written costs nothing, but growing from
+  // the codec's first 4 KB on would copy all bytes once, through fresh memory each time.
+  constexpr std::size_t kHeaders = 4096;  // bytes
+  const std::size_t guess = kHeaders + pixelCount(width, height);
+  Block first = allocateLargeBlock(guess);
+  unsigned char* bytes = first.get();
+  unsigned long size = first ? static_cast<unsigned long>(guess) : 0;
   const bool encoded = encodeInto(jpeg, errors, pixels, width, height, quality, &bytes, &size);
+  if (bytes == first.get()) {
+    (void)first.release();
+  }
   EncodedJpeg result{Block(bytes), size};
   jpeg_destroy_compress(&jpeg);
   return encoded ? std::optional(std::move(result)) : std::nullopt;

@@ -1,0 +1,15 @@
+// Malloc'ed blocks for whole images.
+#pragma once
+
+#include <cstddef>
+
+#include "base/block.h"
+
+namespace alg {
+
+/// allocateBlock() for blocks of megabytes, which malloc takes fresh from the system: entering
+/// those page by page costs a third of what decoding a JPEG into them does, so that the system is
+/// asked for large pages. Memory that is never written is never taken.
+Block allocateLargeBlock(std::size_t bytes);
+
+}  // namespace alg
