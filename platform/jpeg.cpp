@@ -18,6 +18,7 @@ namespace {
 
 struct ErrorManager {
   jpeg_error_mgr base;
+  jpeg_progress_mgr progress;
   std::jmp_buf failed;
 };
 
@@ -27,10 +28,26 @@ struct ErrorManager {
 
 void stayQuiet(j_common_ptr) {}
 
+/// Scans that a file of so many pixels may have: a few kilobytes can ask for thousands of passes
+/// over the whole image. Ordinary progressive files have about ten.
+int mostScans(int64_t pixels) {
+  constexpr int64_t kPixelScans = int64_t{1} << 31;
+  return static_cast<int>(std::clamp<int64_t>(kPixelScans / pixels, 32, 500));
+}
+
+/// Called by the codec from time to time; ends the decoding of a file with too many scans.
+void limitScans(j_common_ptr codec) {
+  const auto& jpeg = *reinterpret_cast<j_decompress_ptr>(codec);
+  if (jpeg.input_scan_number > mostScans(int64_t{jpeg.image_width} * jpeg.image_height)) {
+    leave(codec);
+  }
+}
+
 jpeg_error_mgr* prepare(ErrorManager& errors) {
   jpeg_std_error(&errors.base);
   errors.base.error_exit = leave;
   errors.base.output_message = stayQuiet;
+  errors.progress = {limitScans, 0, 0, 0, 0};
   return &errors.base;
 }
 
@@ -91,9 +108,10 @@ bool decodeInto(jpeg_decompress_struct& jpeg, ErrorManager& errors, std::span<co
   jpeg_create_decompress(&jpeg);
   jpeg_mem_src(&jpeg, file.data(), static_cast<unsigned long>(file.size()));
   jpeg_read_header(&jpeg, TRUE);
-  if (nothingLeft(*jpeg.src, file)) {
+  if (nothingLeft(*jpeg.src, file) || !isPictureSize(jpeg.image_width, jpeg.image_height)) {
     return false;
   }
+  jpeg.progress = &errors.progress;
   const bool cmyk = jpeg.jpeg_color_space == JCS_CMYK || jpeg.jpeg_color_space == JCS_YCCK;
   jpeg.out_color_space = cmyk ? JCS_CMYK : JCS_EXT_BGRA;
   jpeg.scale_num = 1;

@@ -32,7 +32,9 @@ struct JpegDecodeOptions {
 
 /// Decodes a whole JPEG file: baseline or progressive; grey, YCbCr, RGB, CMYK or YCCK (Adobe's
 /// inverted ones too). A truncated file decodes with the missing part grey, unless nothing of the
-/// image is there. Empty when the bytes are no JPEG or memory is short.
+/// image is there. Empty when the bytes are no JPEG or memory is short, and for images beyond
+/// 65,535 pixels a side or 256 million in all, or with more scans than any but a hostile file has
+/// (32 for the largest images, 500 for small ones).
 std::optional<DecodedJpeg> decodeJpeg(std::span<const uint8_t> file,
                                       const JpegDecodeOptions& options = {});
 

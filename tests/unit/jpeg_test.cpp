@@ -102,6 +102,24 @@ TEST(Jpeg, EveryKindDecodesToBlueGreenRedAlphaAtFullOrReducedSize) {
   }
 }
 
+TEST(Jpeg, HugeImagesAndEndlessScansAreRefused) {
+  const Bytes progressive = makeJpeg(kFixtures[3]);
+  const std::string text(progressive.begin(), progressive.end());
+  const auto lastScan = Bytes::difference_type(text.rfind("\xFF\xDA"));
+  for (const int repeats : {100, 600}) {
+    Bytes file(progressive.begin(), progressive.end() - 2);
+    for (int i = 0; i < repeats; ++i) {
+      file.insert(file.end(), progressive.begin() + lastScan, progressive.end() - 2);
+    }
+    file.insert(file.end(), {0xFF, 0xD9});
+    EXPECT_EQ(decode(file).has_value(), repeats < 500);
+  }
+  Bytes huge = makeJpeg(kFixtures[0]);
+  const uint8_t sides[] = {15000 >> 8, 15000 & 255, 20000 >> 8, 20000 & 255};
+  std::copy_n(sides, 4, huge.begin() + Bytes::difference_type(find(huge, '\xC0')) + 5);
+  EXPECT_FALSE(decode(huge));
+}
+
 TEST(Jpeg, TruncatedFilesDecodeAsFarAsTheyGo) {
   for (const Fixture& fixture : kFixtures) {
     const Bytes file = makeJpeg(fixture);
