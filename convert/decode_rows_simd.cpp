@@ -269,6 +269,10 @@ HWY_INLINE void storeWords(ByteVector b, ByteVector g, ByteVector r, uint8_t* pi
 
 template <RowFormat kFormat>
 HWY_INLINE void decodeBlock(const uint8_t* luma, const ChromaTerms& terms, uint8_t* pixels) {
+  // Stores wait for their lines, which processors do not fetch early enough by themselves.
+  constexpr int kAhead = 256;  // bytes; prefetching beyond the row's end is harmless
+  __builtin_prefetch(pixels + kAhead, 1);
+  __builtin_prefetch(pixels + kAhead + 64, 1);
   const ShortVector samples = loadSamples<kFormat>(luma);
   const Level even = levelOf(evenBytes(samples)), odd = levelOf(oddBytes(samples));
   const auto both = [&](const ChromaTerm& term) HWY_ATTR {  // saturated
