@@ -1,142 +1,59 @@
-// The fish-eye: each pixel is taken from where a barrel lens would have put it. Lengths are Q12
-// (4096 = 1.0, the picture's side; 2048 = from the centre to an edge). Roots, reciprocals and the
-// arc are short series of products and shifts whose truncations are contract.
-#include <algorithm>
+#include <cstdint>
 
+#include "classic/fisheye_map.h"
 #include "classic/four_corner.h"
 #include "libalgorithm/classic_effects.h"
 
+namespace alg {
 namespace {
-
-constexpr int kOne = 4096;
-
-/// How strongly the picture bends, by its aspect.
-struct Lens {
-  int aspect;  // width / height, at most 1.0
-  int reach;   // scales the angle
-  int zoom;    // fits the bent picture into the frame; 0 where that would divide by 0
-};
-
-constexpr Lens makeLens(int aspect) {
-  const int reach = 2 * aspect + 3072;
-  const int a = (reach * 2326) >> 14;
-  const int a2 = (a * a) >> 10;
-  const int p =
-      ((((a * a2) >> 10) * 442) - (((a2 * a2) >> 10) * 22) - a2 * 3394 + a * 12420 - 22481469) >>
-      12;
-  return {aspect, reach, p == 0 ? 0 : 9625600 / -p};
-}
-
-constexpr Lens kLandscape = makeLens(kOne);
-static_assert(kLandscape.reach == 11264 && kLandscape.zoom == 4147);
-
-Lens lensFor(int width, int height) {
-  if (width > height) {
-    return kLandscape;
-  }
-  const auto ratio = static_cast<float>(static_cast<double>(width) / height);
-  return makeLens(static_cast<int>(4096.0 * static_cast<double>(ratio)));
-}
-
-/// sqrt(v) x 4095 / 4096, nearly: the series of sqrt(1 + t) to the fourth power about v = 0.5.
-constexpr int root(int v) {
-  const int t = 2 * v - 4095;
-  const int t2 = t * t;
-  const int t2q = t2 >> 12;
-  const int sum = (t >> 1) + 4095 - (t2 >> 15) + ((t2q * t) >> 16) - ((t2q * t2q * 5) >> 19);
-  return (sum * 2896) >> 12;  // 1 / sqrt(2)
-}
-
-/// 1 / v for v up to 1.0: 2 - v + u^2 + u^3 + u^4 with u = 1 - v.
-constexpr int reciprocal(int v) {
-  const int u = 4095 - v;
-  const int u2 = (u * u) >> 12;
-  return 8190 - v + u2 + ((u2 * u) >> 12) + ((u2 * u2) >> 12);
-}
-
-/// pi / 2 minus the arc of x.
-constexpr int arc(int x) {
-  const int v = (x * x) >> 14;
-  const int sum =
-      (((v * x) >> 12) * 221) - (((v * v) >> 10) * 11) - (v * 1697) + ((x * 3105) >> 1) + 1868069;
-  return 6434 - (sum >> 11);
-}
-
-/// How much farther from the centre the source lies, for a squared radius.
-constexpr int stretch(int squaredRadius, const Lens& lens) {
-  const int inverse = reciprocal(root(squaredRadius));
-  const int x = (((root(1782 - squaredRadius) * inverse) >> 12) * lens.reach) >> 12;
-  return (arc(x) * ((inverse * lens.zoom) >> 12)) >> 12;
-}
-
-/// The distance from the centre, stretched, as a position on a side of `size` pixels.
-constexpr int position(int factor, int offset, int size) {
-  return (std::max(((factor * offset) >> 12) + 2048, 0) * size) >> 12;
-}
 
 /// Where a run of pixels comes from.
 struct SourceRun {
-  int y[alg::kCornerRun];
-  int x[alg::kCornerRun];
+  int y[kCornerRun];
+  int x[kCornerRun];
 };
 
-class FisheyeMap {
- public:
-  FisheyeMap(int imageWidth, int imageHeight)
-      : width(imageWidth),
-        height(imageHeight),
-        stepX((1 << 24) / imageWidth),
-        stepY((1 << 24) / imageHeight),
-        tallness((imageHeight << 12) / imageWidth),
-        lens(lensFor(imageWidth, imageHeight)) {}
-
-  void fill(SourceRun& run, int dy, int dx, int count) const {
-    const FisheyeMap map = *this;  // so that writing to the run can't change it
-    const int offsetY = (dy * map.stepY) >> 12;
-    const int lengthY = (map.tallness * ((map.lens.aspect * offsetY) >> 12)) >> 12;
-    for (int i = 0; i < count; ++i) {
-      const int offsetX = ((dx + i) * map.stepX) >> 12;
-      const int lengthX = (offsetX * map.lens.aspect) >> 12;
-      const int factor = stretch((lengthY * lengthY + lengthX * lengthX) >> 12, map.lens);
-      run.y[i] = position(factor, offsetY, map.height);
-      run.x[i] = position(factor, offsetX, map.width);
-    }
+void locate(const FisheyeMap& map, SourceRun& run, int dy, int dx, int count) {
+  const int offsetY = map.offsetY(dy);
+  const int lengthY = map.lengthY(offsetY);
+  for (int i = 0; i < count; ++i) {
+    const int offsetX = map.offsetX(dx + i);
+    const int lengthX = map.lengthX(offsetX);
+    const int factor = stretch((lengthY * lengthY + lengthX * lengthX) >> 12, map.lens);
+    run.y[i] = position(factor, offsetY, map.height);
+    run.x[i] = position(factor, offsetX, map.width);
   }
-
-  /// Only images of a million pixels and more on a side have sources outside.
-  bool inside(int y, int x) const { return y >= 0 && y < height && x >= 0 && x < width; }
-
- private:
-  int width;
-  int height;
-  int stepX;     // from column to column
-  int stepY;     // from row to row
-  int tallness;  // height / width
-  Lens lens;
-};
+}
 
 }  // namespace
 
-void Fisheye(unsigned char* src, unsigned char* dst, float /*strength*/, int width, int height) {
-  if (width < 1 || height < 1) {
-    return;
-  }
-  const FisheyeMap map(width, height);
-  const alg::Mirrors mirrors(width, height);
+void fisheyePlain(const FisheyeMap& map, const uint8_t* src, uint8_t* dst) {
+  const Mirrors mirrors(map.width, map.height);
   SourceRun run;
-  alg::walkFourCorners(
-      width, height, [&](int dy, int dx, int count) { map.fill(run, dy, dx, count); },
-      [&](int i, const alg::Corners& to) {
-        if (!map.inside(run.y[i], run.x[i])) {
+  walkFourCorners(
+      map.width, map.height, [&](int dy, int dx, int count) { locate(map, run, dy, dx, count); },
+      [&](int i, const Corners& to) {
+        const int y = run.y[i];
+        const int x = run.x[i];
+        // Only images of a million pixels and more on a side have sources outside.
+        if (y < 0 || y >= map.height || x < 0 || x >= map.width) {
           return;
         }
-        const alg::Corners from = mirrors.of(run.y[i], run.x[i]);
+        const Corners from = mirrors.of(y, x);
         for (std::size_t corner = 0; corner < to.size(); ++corner) {
-          const unsigned char* pixel = src + from[corner];
-          unsigned char* out = dst + to[corner];
+          const uint8_t* pixel = src + from[corner];
+          uint8_t* out = dst + to[corner];
           out[0] = pixel[2];
           out[1] = pixel[1];
           out[2] = pixel[0];
         }
       });
+}
+
+}  // namespace alg
+
+void Fisheye(unsigned char* src, unsigned char* dst, float /*strength*/, int width, int height) {
+  if (width >= 1 && height >= 1) {
+    alg::fisheyeSimd(alg::FisheyeMap(width, height), src, dst);
+  }
 }

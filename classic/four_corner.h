@@ -18,9 +18,8 @@
 
 namespace alg {
 
-/// Columns whose terms are worked out together, ahead of their pixels: a loop of plain sums and
-/// products that compilers turn into vectors.
-inline constexpr int kCornerRun = 256;
+/// Columns whose terms are worked out together, ahead of their pixels.
+inline constexpr int kCornerRun = 1024;
 
 /// Byte offsets of a pixel and its mirror images, in the order of the writes.
 using Corners = std::array<std::size_t, 4>;
@@ -47,23 +46,38 @@ class Mirrors {
   std::size_t lastRow;  // of the last row
 };
 
-/// Walks an image of at least 1 x 1. For each run of columns `prepare(dy, dx, count)` is called
-/// with the offsets of its first pixel from the centre, rows and columns of 0 or less, then
+/// Neighbouring pixels of a row. Their images on the right begin behind the last of them, so that
+/// runs may be written in any order of columns; only the middle column, a run of its own, may meet
+/// its image.
+struct CornerRun {
+  int y, x, count;
+  int dy, dx;  // the first pixel's offsets from the centre: 0 or less
+};
+
+/// Walks an image of at least 1 x 1 run by run.
+template <class Run>
+void walkCornerRuns(int width, int height, Run run) {
+  const int middleX = width >> 1;
+  const int middleY = height >> 1;
+  for (int y = 0; y <= middleY; ++y) {
+    for (int x = 0; x < middleX; x += kCornerRun) {
+      run(CornerRun{y, x, std::min(kCornerRun, middleX - x), y - middleY, x - middleX});
+    }
+    run(CornerRun{y, middleX, 1, y - middleY, 0});
+  }
+}
+
+/// The same pixel by pixel: for each run `prepare(dy, dx, count)` is called, then
 /// `step(i, corners)` for each i below count.
 template <class Prepare, class Step>
 void walkFourCorners(int width, int height, Prepare prepare, Step step) {
   const Mirrors mirrors(width, height);
-  const int middleX = width >> 1;
-  const int middleY = height >> 1;
-  for (int y = 0; y <= middleY; ++y) {
-    for (int x = 0; x <= middleX; x += kCornerRun) {
-      const int count = std::min(kCornerRun, middleX - x + 1);
-      prepare(y - middleY, x - middleX, count);
-      for (int i = 0; i < count; ++i) {
-        step(i, mirrors.of(y, x + i));
-      }
+  walkCornerRuns(width, height, [&](const CornerRun& run) {
+    prepare(run.dy, run.dx, run.count);
+    for (int i = 0; i < run.count; ++i) {
+      step(i, mirrors.of(run.y, run.x + i));
     }
-  }
+  });
 }
 
 }  // namespace alg

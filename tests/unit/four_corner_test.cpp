@@ -26,10 +26,12 @@ TEST(FourCorner, Walk) {
                                 kFillLight("FillLight 0.1", 0.1f)};
   const PackedEffect large[] = {kFisheye("Fisheye NaN", NAN), kFillLight("FillLight 0.5", 0.5f),
                                 kFillLight("FillLight 2", 2.0f), kFillLight("FillLight 0.2", 0.2f)};
-  for (const auto& each : small) checkEverySize(each);
-  for (const auto& each : large) {
-    for (const auto& [w, h] : kShapes) checkOn(each, noise(w * h * 3, w), w, h);
-  }
+  onEachTarget([&] {
+    for (const auto& each : small) checkEverySize(each);
+    for (const auto& each : large) {
+      for (const auto& [w, h] : kShapes) checkOn(each, noise(w * h * 3, w), w, h);
+    }
+  });
 }
 
 TEST(FourCorner, FillLightLimitsAboveAndWrapsBelow) {
