@@ -1,8 +1,8 @@
 // Blending of images as byte arrays, and the copy of a rectangle.
 //
 // Buffers may overlap: each loop reads and writes in memory order, and what a loop has written is
-// what it reads later on. The compiler's vectors stand behind its own overlap checks, so the loops
-// stay as simple as they are.
+// what it reads later on. Maximum and minimum are the compiler's vectors, which stand behind its
+// own overlap checks.
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
@@ -10,20 +10,18 @@
 
 #include "base/block.h"
 #include "base/image_size.h"
+#include "camerautil/blend_bytes.h"
 #include "libalgorithm/camera_util.h"
 
 namespace {
 
-// In bytes, not ints, so that vectors hold four times as many.
-uint8_t distance(uint8_t a, uint8_t b) { return static_cast<uint8_t>(a > b ? a - b : b - a); }
-
-uint8_t nearer(uint8_t a, uint8_t b, uint8_t c) { return distance(b, a) < distance(c, a) ? b : c; }
+int distance(uint8_t a, uint8_t b) { return a > b ? a - b : b - a; }
 
 /// Of a, b and c what is farthest from the background; the first of equally far ones.
 uint8_t farthest(uint8_t a, uint8_t b, uint8_t c, uint8_t background) {
-  const uint8_t da = distance(a, background);
-  const uint8_t db = distance(b, background);
-  const uint8_t dc = distance(c, background);
+  const int da = distance(a, background);
+  const int db = distance(b, background);
+  const int dc = distance(c, background);
   const uint8_t early = da < db ? b : a;
   return da < dc && db < dc ? c : early;
 }
@@ -68,10 +66,7 @@ void CameraUtil::add2Image(const uint8_t* src, int srcWeight, uint8_t* dst, unsi
   // Bits 8 to 15 of the sum are stored; they depend on the low 16 bits of the weights alone.
   const auto srcShare = static_cast<uint16_t>(srcWeight);
   const auto dstShare = static_cast<uint16_t>(dstWeight);
-  for (std::size_t i = 0; i < n; ++i) {
-    const auto sum = static_cast<uint16_t>(dst[i] * dstShare + src[i] * srcShare);
-    dst[i] = static_cast<uint8_t>(sum >> 8);
-  }
+  (feeds(dst, src, n) ? alg::addSharesPlain : alg::addShares)(src, srcShare, dst, dstShare, n);
 }
 
 void CameraUtil::add2ImageByBrightness(const uint8_t* src, uint8_t* dst, unsigned int n) {
@@ -115,21 +110,14 @@ uint8_t* CameraUtil::getBackground(const uint8_t* a, const uint8_t* b, const uin
   if (background == nullptr) {
     return nullptr;
   }
-  uint8_t* out = background.get();
-  for (std::size_t i = 0; i < size; ++i) {
-    out[i] = nearer(a[i], b[i], c[i]);
-  }
+  alg::takeNearer(a, b, c, background.get(), size);
   return background.release();
 }
 
 void CameraUtil::add3ImageByBackground(uint8_t* a, const uint8_t* b, const uint8_t* c, int n) {
   const std::size_t size = n > 0 ? static_cast<std::size_t>(n) : 0;
   if (!feeds(a, b, size) && !feeds(a, c, size)) {
-    // No byte is changed before it is read, so that the background can be formed on the way.
-    for (std::size_t i = 0; i < size; ++i) {
-      a[i] = farthest(a[i], b[i], c[i], nearer(a[i], b[i], c[i]));
-    }
-    return;
+    return alg::takeFarthest(a, b, c, size);
   }
   // Here b or c read what a has become, but the background is that of the images before.
   const alg::Block background(getBackground(a, b, c, n));

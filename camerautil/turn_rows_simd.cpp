@@ -6,8 +6,8 @@
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "camerautil/turn_rows_simd.cpp"
-#include "hwy/foreach_target.h"  // IWYU pragma: keep
 #include "hwy/cache_control.h"
+#include "hwy/foreach_target.h"  // IWYU pragma: keep
 #include "hwy/highway.h"
 
 HWY_BEFORE_NAMESPACE();

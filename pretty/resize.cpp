@@ -1,14 +1,37 @@
 // Bilinear resize of 32-bit words (0xAARRGGBB) in 16-bit fixed point.
 //
 // Positions are 32-bit with 16 fractional bits and wrap. The weights of two neighbours add up to
-// 65535, and every step truncates.
+// 65535, and every step truncates. Source rows are first mixed along the row, to the destination's
+// width; neighbouring rows of the destination mostly share the two that they lie between.
 #include <cstddef>
+#include <cstring>
+#include <utility>
 
+#include "base/block.h"
 #include "libalgorithm/pretty_filters.h"
+#include "pretty/resize_rows.h"
 
+namespace alg {
 namespace {
 
 constexpr uint32_t kFraction = 0xFFFF;
+constexpr uint64_t kTwoBytes = 0x000000FF000000FF;
+constexpr uint32_t kNoAlpha = 0x00FFFFFF;
+
+/// Two bytes of a word, each in 32 bits of its own: 8-bit values times 16-bit weights can't carry
+/// from one into the other.
+uint64_t spread(uint32_t word) { return (uint64_t{word & 0xFF0000} << 16) | (word & 0xFF); }
+
+uint64_t mix(uint64_t a, uint64_t b, uint32_t fraction) {
+  return ((a * (kFraction - fraction) + b * fraction) >> 16) & kTwoBytes;
+}
+
+uint32_t mix(uint32_t a, uint32_t b, uint32_t fraction) {
+  const uint64_t even = mix(spread(a), spread(b), fraction);
+  const uint64_t odd = mix(spread(a >> 8), spread(b >> 8), fraction);
+  const uint64_t mixed = even | (odd << 8);
+  return static_cast<uint32_t>(mixed | (mixed >> 16));
+}
 
 /// Source pixels per destination pixel, truncated. Out of an int's range it wraps as positions do;
 /// the way there by 64 bits holds every ratio of two ints (below 2^47).
@@ -23,79 +46,171 @@ int wholePart(int32_t position, int size) {
   return whole < 0 ? 0 : whole < size ? whole : size - 1;
 }
 
-/// Two channels or one, each in 32 bits of its own: 8-bit values times 16-bit weights can't carry
-/// from one into the other.
-struct Channels {
-  uint64_t redBlue;
-  uint64_t green;
+struct Image {
+  const uint32_t* words;
+  int width, height;
+
+  /// The last row instead of any behind it.
+  const uint32_t* row(int y) const {
+    return words + static_cast<std::ptrdiff_t>(y < height ? y : height - 1) * width;
+  }
 };
 
-Channels split(uint32_t word) {
-  return {(uint64_t{word & 0xFF0000} << 16) | (word & 0xFF), (word >> 8) & 0xFF};
+/// How many columns of source row y have their right-hand neighbour for row j of the destination;
+/// others only themselves. Neighbours end before source row j + 1, whatever y is.
+int64_t neighboursOf(const Image& src, int y, int j) {
+  const int32_t end = (j + 1) * src.width;  // in pixels; wraps
+  return end - int64_t{y} * src.width - 1;
 }
 
-/// Mixes each channel: a x (65535 - fraction) + b x fraction, >> 16.
-Channels mix(Channels a, Channels b, uint32_t fraction) {
-  const uint64_t rest = kFraction - fraction;
-  return {((a.redBlue * rest + b.redBlue * fraction) >> 16) & 0x000000FF000000FF,
-          (a.green * rest + b.green * fraction) >> 16};
-}
-
-/// Two neighbouring rows of the source for one row of the destination.
-struct RowPair {
-  const uint32_t* top;
-  const uint32_t* bottom;  // top itself in the last row
-  int64_t bound;  // columns below it have their right-hand neighbour, others only themselves
-  // What stands to the right of the last column: the first pixel of the next row. Neighbours past
-  // the end of the source are taken from the last row.
-  uint32_t endTop;
-  uint32_t endBottom;
-};
-
-/// @param y    row of the source
-/// @param row  row of the destination: neighbours to the right end before source row `row` + 1,
-///             whatever y is
-RowPair rowsAt(const uint32_t* src, int width, int height, int y, int row) {
-  const int64_t first = int64_t{y} * width;
-  const int nextRow = y + 1 < height ? y + 1 : height - 1;
-  const int afterNextRow = y + 2 < height ? y + 2 : height - 1;
-  const auto rowAt = [=](int at) { return src + static_cast<std::ptrdiff_t>(at) * width; };
-  const int32_t end = (row + 1) * width;  // in pixels; wraps
-  return {src + first, rowAt(nextRow), end - first - 1, *rowAt(nextRow), *rowAt(afterNextRow)};
-}
-
-void resizeRow(uint32_t* dst, int dstWidth, const RowPair& rows, int srcWidth, int32_t step,
-               uint32_t fractionY) {
+/// Any row of the destination, pixel by pixel.
+void resizeRow(const Image& src, int y, int64_t neighbours, uint32_t fractionY, int32_t step,
+               uint32_t* dst, int dstWidth) {
+  const auto across = [&](int rowIndex, int x, uint32_t fraction) {
+    const uint32_t* row = src.row(rowIndex);
+    const uint32_t next = x + 1 < src.width ? row[x + 1] : *src.row(rowIndex + 1);
+    return mix(row[x], x < neighbours ? next : row[x], fraction);
+  };
   int32_t position = 0;
   for (int i = 0; i < dstWidth; ++i, position += step) {
-    const int x = wholePart(position, srcWidth);
+    const int x = wholePart(position, src.width);
     const uint32_t fractionX = static_cast<uint32_t>(position) & kFraction;
-    uint32_t topRight = rows.top[x];
-    uint32_t bottomRight = rows.bottom[x];
-    if (x < rows.bound) {
-      const bool inside = x + 1 < srcWidth;
-      topRight = inside ? rows.top[x + 1] : rows.endTop;
-      bottomRight = inside ? rows.bottom[x + 1] : rows.endBottom;
+    dst[i] = mix(across(y, x, fractionX), across(y + 1, x, fractionX), fractionY) & kNoAlpha;
+  }
+}
+
+/// Mixes rows of the destination from whole rows of the source.
+class RowMixer {
+ public:
+  RowMixer(const Image& source, int dstWidth, int32_t step)
+      : src(source),
+        memory(allocateBlock(4 * sizeof(uint32_t) * static_cast<std::size_t>(dstWidth))) {
+    auto* words = reinterpret_cast<uint32_t*>(memory.get());
+    if (words != nullptr) {
+      recent.words = words;
+      older.words = words + dstWidth;
+      setColumns(reinterpret_cast<int32_t*>(words + 2 * std::ptrdiff_t{dstWidth}),
+                 words + 3 * std::ptrdiff_t{dstWidth}, dstWidth, step);
     }
-    const Channels top = mix(split(rows.top[x]), split(topRight), fractionX);
-    const Channels bottom = mix(split(rows.bottom[x]), split(bottomRight), fractionX);
-    const Channels value = mix(top, bottom, fractionY);
-    dst[i] = static_cast<uint32_t>((value.redBlue >> 16) | (value.green << 8) | value.redBlue);
+  }
+
+  /// Whether it can: with neighbours for all columns, all but the last one, or none.
+  bool can(int64_t neighbours) const {
+    return memory != nullptr && (neighbours <= 0 || neighbours + 1 >= src.width);
+  }
+
+  void mixRow(int y, int64_t neighbours, uint32_t fraction, uint32_t* dst) {
+    if (neighbours <= 0) {
+      return takeRows(src.row(y), src.row(y + 1), fraction, columns, dst);
+    }
+    const bool wraps = neighbours >= src.width;
+    const uint32_t* top = mixed(y, wraps);
+    const uint32_t* bottom = fraction == 0 ? top : mixed(y + 1, wraps);  // no share in it
+    mixRows(top, bottom, fraction, columns.count, dst);
+  }
+
+ private:
+  struct Row {
+    uint32_t* words = nullptr;
+    int y = -1;
+    bool wraps = false;  // the last word's neighbour is the next row's first, not itself
+    bool is(int otherY, bool otherWraps) const { return y == otherY && wraps == otherWraps; }
+  };
+
+  void setColumns(int32_t* index, uint32_t* fractions, int count, int32_t step) {
+    const int reach = step < 0 || step > 2 * 65536 ? 0 : step <= 65536 ? 1 : 2;
+    columns = {index, fractions, count, src.width, 0, reach};
+    int32_t position = 0;
+    for (int i = 0; i < count; ++i, position += step) {
+      index[i] = wholePart(position, src.width);
+      fractions[i] = (static_cast<uint32_t>(position) & kFraction) * 0x10001;
+      if (columns.paired == i && position >= 0 && index[i] + 1 < src.width) {
+        columns.paired = i + 1;
+      }
+    }
+  }
+
+  /// Source row y at the destination's width; the last two are kept.
+  const uint32_t* mixed(int y, bool wraps) {
+    y = y < src.height ? y : src.height - 1;
+    if (!recent.is(y, wraps)) {
+      std::swap(recent, older);
+    }
+    if (!recent.is(y, wraps)) {
+      const uint32_t* row = src.row(y);
+      mixColumns(row, wraps ? *src.row(y + 1) : row[src.width - 1], columns, recent.words);
+      recent.y = y;
+      recent.wraps = wraps;
+    }
+    return recent.words;
+  }
+
+  Image src;
+  Block memory;  // two rows, then the columns' indices and fractions
+  Row recent, older;
+  ResizeColumns columns{};
+};
+
+bool overlap(const Image& a, const Image& b) {
+  const auto first = [](const Image& image) { return reinterpret_cast<uintptr_t>(image.words); };
+  const auto end = [](const Image& image) {
+    return reinterpret_cast<uintptr_t>(image.words + int64_t{image.width} * image.height);
+  };
+  return first(a) < end(b) && first(b) < end(a);
+}
+
+void resize(const Image& src, uint32_t* dst, int dstWidth, int dstHeight) {
+  const int32_t xStep = stepOf(src.width, dstWidth);
+  const int32_t yStep = stepOf(src.height, dstHeight);
+  RowMixer mixer(src, dstWidth, xStep);
+  // A source that is written to is read pixel by pixel.
+  const bool apart = !overlap(src, {dst, dstWidth, dstHeight});
+  int32_t position = 0;
+  for (int j = 0; j < dstHeight; ++j, position += yStep, dst += dstWidth) {
+    const int y = wholePart(position, src.height);
+    const uint32_t fraction = static_cast<uint32_t>(position) & kFraction;
+    const int64_t neighbours = neighboursOf(src, y, j);
+    if (apart && mixer.can(neighbours)) {
+      mixer.mixRow(y, neighbours, fraction, dst);
+    } else {
+      resizeRow(src, y, neighbours, fraction, xStep, dst, dstWidth);
+    }
   }
 }
 
 }  // namespace
+
+void mixColumnsPlain(const uint32_t* row, uint32_t end, const ResizeColumns& columns, int from,
+                     uint32_t* out) {
+  for (int i = from; i < columns.count; ++i) {
+    const int x = columns.index[i];
+    const uint32_t next = x + 1 < columns.sourceWidth ? row[x + 1] : end;
+    out[i] = mix(row[x], next, columns.fractions[i] & kFraction);
+  }
+}
+
+void mixRowsPlain(const uint32_t* top, const uint32_t* bottom, uint32_t fraction, int from,
+                  int count, uint32_t* out) {
+  for (int i = from; i < count; ++i) {
+    out[i] = mix(top[i], bottom[i], fraction) & kNoAlpha;
+  }
+}
+
+void takeRowsPlain(const uint32_t* top, const uint32_t* bottom, uint32_t fraction,
+                   const ResizeColumns& columns, int from, uint32_t* out) {
+  for (int i = from; i < columns.count; ++i) {
+    const uint32_t upper = top[columns.index[i]];
+    const uint32_t lower = bottom[columns.index[i]];
+    out[i] = mix(mix(upper, upper, 0), mix(lower, lower, 0), fraction) & kNoAlpha;
+  }
+}
+
+}  // namespace alg
 
 void Resize(uint32_t* dst, int dstWidth, int dstHeight, const uint32_t* src, int srcWidth,
             int srcHeight) {
   if (dstWidth < 1 || dstHeight < 1 || srcWidth < 1 || srcHeight < 1) {
     return;
   }
-  const int32_t xStep = stepOf(srcWidth, dstWidth);
-  const int32_t yStep = stepOf(srcHeight, dstHeight);
-  int32_t position = 0;
-  for (int j = 0; j < dstHeight; ++j, position += yStep, dst += dstWidth) {
-    const RowPair rows = rowsAt(src, srcWidth, srcHeight, wholePart(position, srcHeight), j);
-    resizeRow(dst, dstWidth, rows, srcWidth, xStep, static_cast<uint32_t>(position) & kFraction);
-  }
+  alg::resize({src, srcWidth, srcHeight}, dst, dstWidth, dstHeight);
 }

@@ -25,42 +25,47 @@ void checkPairs(Run run, Reference reference) {
 }
 
 TEST(Composite, TwoImagesByteByByte) {
-  using Weights = std::pair<int, unsigned>;
-  for (const auto& [w, v] : {Weights{128, 128}, {256, 256}, {-3, 259}, {0x12345678, 0xFFFEDCBA}}) {
-    checkPairs([w = w, v = v](auto* src, auto* dst,
-                              unsigned n) { CameraUtil::add2Image(src, w, dst, v, n); },
-               [w = w, v = v](uint32_t s, uint32_t d) { return (d * v + s * uint32_t(w)) >> 8; });
-  }
-  checkPairs(CameraUtil::add2ImageByBrightness, [](auto s, auto d) { return std::max(s, d); });
-  checkPairs(CameraUtil::add2ImageByDarkness, [](auto s, auto d) { return std::min(s, d); });
+  onEachTarget([] {
+    using Weights = std::pair<int, unsigned>;
+    for (const auto& [w, v] :
+         {Weights{128, 128}, {256, 256}, {-3, 259}, {0x12345678, 0xFFFEDCBA}}) {
+      checkPairs([w = w, v = v](auto* src, auto* dst,
+                                unsigned n) { CameraUtil::add2Image(src, w, dst, v, n); },
+                 [w = w, v = v](uint32_t s, uint32_t d) { return (d * v + s * uint32_t(w)) >> 8; });
+    }
+    checkPairs(CameraUtil::add2ImageByBrightness, [](auto s, auto d) { return std::max(s, d); });
+    checkPairs(CameraUtil::add2ImageByDarkness, [](auto s, auto d) { return std::min(s, d); });
+  });
 }
 
 TEST(Composite, ThreeImagesAgainstTheirBackground) {
-  constexpr int kStarts[][3] = {{0, 4000, 8000}, {0, 0, 4000},  {4000, 0, 0}, {0, 1, 5},
-                                {1, 0, 4000},    {40, 4000, 3}, {9, 0, 2},    {5, 5, 5}};
-  for (const auto& [a, b, c] : kStarts) {
-    for (const int n : {-5, 0, 1, 31, 100, 3990, 3991}) {
-      Bytes expected = noise(12000, n), background;
-      for (uint8_t& byte : expected) byte = uint8_t(n % 2 == 0 ? byte % 6 : byte);  // many ties
-      const Guarded got(expected);
-      const auto distance = [&](int at, int from) { return std::abs(expected[zu(at)] - from); };
-      for (int i = 0; i < n; ++i) {
-        const int v = expected[zu(a + i)];
-        const int from = distance(b + i, v) < distance(c + i, v) ? b : c;
-        background.push_back(expected[zu(from + i)]);
+  onEachTarget([] {
+    constexpr int kStarts[][3] = {{0, 4000, 8000}, {0, 0, 4000},  {4000, 0, 0}, {0, 1, 5},
+                                  {1, 0, 4000},    {40, 4000, 3}, {9, 0, 2},    {5, 5, 5}};
+    for (const auto& [a, b, c] : kStarts) {
+      for (const int n : {-5, 0, 1, 31, 100, 3990, 3991}) {
+        Bytes expected = noise(12000, n), background;
+        for (uint8_t& byte : expected) byte = uint8_t(n % 2 == 0 ? byte % 6 : byte);  // many ties
+        const Guarded got(expected);
+        const auto distance = [&](int at, int from) { return std::abs(expected[zu(at)] - from); };
+        for (int i = 0; i < n; ++i) {
+          const int v = expected[zu(a + i)];
+          const int from = distance(b + i, v) < distance(c + i, v) ? b : c;
+          background.push_back(expected[zu(from + i)]);
+        }
+        uint8_t *at = got.data(), *bg = CameraUtil::getBackground(at + a, at + b, at + c, n);
+        EXPECT_TRUE(same({bg, background.size()}, background)) << a << " " << b << " " << n;
+        std::free(bg);
+        for (int i = 0; i < n; ++i) {
+          const int v = background[zu(i)];
+          const int da = distance(a + i, v), db = distance(b + i, v), dc = distance(c + i, v);
+          expected[zu(a + i)] = expected[zu((da < dc && db < dc ? c : da < db ? b : a) + i)];
+        }
+        CameraUtil::add3ImageByBackground(at + a, at + b, at + c, n);
+        ASSERT_TRUE(same(got.bytes(), expected)) << a << " " << b << " " << c << " " << n;
       }
-      uint8_t *at = got.data(), *bg = CameraUtil::getBackground(at + a, at + b, at + c, n);
-      EXPECT_TRUE(same({bg, background.size()}, background)) << a << " " << b << " " << n;
-      std::free(bg);
-      for (int i = 0; i < n; ++i) {
-        const int v = background[zu(i)];
-        const int da = distance(a + i, v), db = distance(b + i, v), dc = distance(c + i, v);
-        expected[zu(a + i)] = expected[zu((da < dc && db < dc ? c : da < db ? b : a) + i)];
-      }
-      CameraUtil::add3ImageByBackground(at + a, at + b, at + c, n);
-      ASSERT_TRUE(same(got.bytes(), expected)) << a << " " << b << " " << c << " " << n;
     }
-  }
+  });
 }
 
 TEST(Composite, RectanglesAreCopiedColumnByColumn) {
@@ -93,7 +98,7 @@ void resizeRef(uint32_t* dst, int dw, int dh, const uint32_t* src, int sw, int s
     for (int i = 0, fx = 0; i < dw; ++i, fx += xStep) {
       const int sx = std::clamp(fx >> 16, 0, sw - 1), sy = std::clamp(fy >> 16, 0, sh - 1);
       const int idx = sy * sw + sx, right = idx + 1 < (j + 1) * sw ? idx + 1 : idx;
-      uint32_t& word = dst[j * dw + i] = 0;
+      uint32_t word = 0;
       for (const int bit : {16, 8, 0}) {
         const auto mix = [&, bit](int at, int next) {
           while (at >= sw * sh) at -= sw;
@@ -104,33 +109,44 @@ void resizeRef(uint32_t* dst, int dw, int dh, const uint32_t* src, int sw, int s
         const int top = mix(idx, right), bottom = mix(idx + sw, right + sw), f = fy & 0xFFFF;
         word += uint32_t((top * (65535 - f) + bottom * f) >> 16) << bit;
       }
+      dst[j * dw + i] = word;
     }
   }
 }
 
 TEST(Resize, MixesFourNeighbours) {
   std::vector<std::array<int, 4>> sizes = {// to, from: steps, positions and bounds leave 32 bits
-                                           {3, 2, 70000, 1},
-                                           {2, 3, 1, 70000},
-                                           {70000, 2, 40000, 1},
-                                           {2, 66000, 32767, 1}};
+                                           {3, 2, 70000, 1},     {2, 3, 1, 70000},
+                                           {70000, 2, 40000, 1}, {2, 66000, 32767, 1},
+                                           {300, 7, 40000, 3},  // few columns far apart
+                                           {50000, 2, 40000, 3}};
   const Bytes random = noise(4 * 1500);
   for (std::size_t i = 0; i < random.size(); i += 4) {
     sizes.push_back({random[i] % 70 + 1, random[i + 1] % 70 + 1, random[i + 2] % 70 + 1,
                      random[i + 3] % 70 + 1});
   }
   const auto words = [](const Guarded& block) { return reinterpret_cast<uint32_t*>(block.data()); };
-  for (const auto& [dw, dh, sw, sh] : sizes) {
-    for (const bool white : {false, true}) {
-      const Bytes pixels = white ? Bytes(zu(sw * sh * 4), 255) : noise(sw * sh * 4, sw + dh);
-      const Guarded src(pixels, white), dst(Bytes(zu(dw * dh * 4), 1), white);
-      const Guarded expected(dst.bytes());
-      resizeRef(words(expected), dw, dh, words(src), sw, sh);
-      Resize(words(dst), dw, dh, words(src), sw, sh);
-      ASSERT_TRUE(same(dst.bytes(), expected.bytes())) << sw << "x" << sh << " " << dw << "x" << dh;
-      EXPECT_TRUE(!white || *words(dst) == 0xFDFDFD);
+  onEachTarget([&] {
+    for (const auto& [dw, dh, sw, sh] : sizes) {
+      for (const bool white : {false, true}) {
+        const Bytes pixels = white ? Bytes(zu(sw * sh * 4), 255) : noise(sw * sh * 4, sw + dh);
+        const Guarded src(pixels, white), dst(Bytes(zu(dw * dh * 4), 1), white);
+        const Guarded expected(dst.bytes());
+        resizeRef(words(expected), dw, dh, words(src), sw, sh);
+        Resize(words(dst), dw, dh, words(src), sw, sh);
+        ASSERT_TRUE(same(dst.bytes(), expected.bytes()))
+            << sw << "x" << sh << " " << dw << "x" << dh;
+        EXPECT_TRUE(!white || *words(dst) == 0xFDFDFD);
+      }
     }
-  }
+    for (const int shift : {0, -20, 20, -700}) {  // results become sources
+      const Guarded got(noise(4 * 3000)), expected(got.bytes());
+      uint32_t *at = words(got) + 1000, *to = words(expected) + 1000;
+      resizeRef(to + shift, 30, 31, to, 20, 33);
+      Resize(at + shift, 30, 31, at, 20, 33);
+      ASSERT_TRUE(same(got.bytes(), expected.bytes())) << shift;
+    }
+  });
   for (const auto& [w, h] : kSizesBelowOne) {
     Resize(nullptr, w, h, nullptr, 4, 4), Resize(nullptr, 4, 4, nullptr, w, h);
   }

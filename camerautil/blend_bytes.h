@@ -1,0 +1,30 @@
+// Byte-wise blends of images as flat arrays. What is written must not start inside what is read: at
+// its start, before it or apart from it is fine.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace alg {
+
+/// dst[i] = bits 8 to 15 of dst[i] x dstShare + src[i] x srcShare.
+void addShares(const uint8_t* src, uint16_t srcShare, uint8_t* dst, uint16_t dstShare,
+               std::size_t n);
+void addSharesPlain(const uint8_t* src, uint16_t srcShare, uint8_t* dst, uint16_t dstShare,
+                    std::size_t n);
+
+/// out[i] = of b[i] and c[i] the one nearer to a[i], c[i] if both are equally near.
+void takeNearer(const uint8_t* a, const uint8_t* b, const uint8_t* c, uint8_t* out, std::size_t n);
+void takeNearerPlain(const uint8_t* a, const uint8_t* b, const uint8_t* c, uint8_t* out,
+                     std::size_t n);
+
+/// a[i] = of a[i], b[i] and c[i] the one farthest from the background, which is of b[i] and c[i]
+/// the one nearer to a[i]; the first of equally far ones.
+///
+/// That needs no background: be x the one of b and c that it is and y the other one. x is at no
+/// distance from it, so nothing is nearer, and x never takes the place of a. y does when it is
+/// farther than a, |y - x| > |a - x|; then it is farther than x, too. So the result is y or a.
+void takeFarthest(uint8_t* a, const uint8_t* b, const uint8_t* c, std::size_t n);
+void takeFarthestPlain(uint8_t* a, const uint8_t* b, const uint8_t* c, std::size_t n);
+
+}  // namespace alg

@@ -1,0 +1,128 @@
+// Vector twins of the byte-wise blends, compiled once per vector target.
+#include "camerautil/blend_bytes.h"
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "camerautil/blend_bytes_simd.cpp"
+#include "hwy/foreach_target.h"  // IWYU pragma: keep
+#include "hwy/highway.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace alg::HWY_NAMESPACE {
+
+#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
+
+// Without vectors the definitions are the fastest there is.
+void addSharesVector(const uint8_t* src, uint16_t srcShare, uint8_t* dst, uint16_t dstShare,
+                     std::size_t n) {
+  addSharesPlain(src, srcShare, dst, dstShare, n);
+}
+
+void takeNearerVector(const uint8_t* a, const uint8_t* b, const uint8_t* c, uint8_t* out,
+                      std::size_t n) {
+  takeNearerPlain(a, b, c, out, n);
+}
+
+void takeFarthestVector(uint8_t* a, const uint8_t* b, const uint8_t* c, std::size_t n) {
+  takeFarthestPlain(a, b, c, n);
+}
+
+#else
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+using Bytes = hn::ScalableTag<uint8_t>;
+using Halves = hn::Repartition<uint16_t, Bytes>;
+using ByteVector = hn::Vec<Bytes>;
+
+constexpr std::size_t kStep = hn::MaxLanes(Bytes());
+
+// Even and odd bytes each in 16 bits, whose products wrap as the definition's do.
+void addSharesVector(const uint8_t* src, uint16_t srcShare, uint8_t* dst, uint16_t dstShare,
+                     std::size_t n) {
+  const Bytes d;
+  const Halves h;
+  const auto srcShares = hn::Set(h, srcShare);
+  const auto dstShares = hn::Set(h, dstShare);
+  const auto low = hn::Set(h, 0x00FF);
+  std::size_t i = 0;
+  for (; i + kStep <= n; i += kStep) {
+    const auto from = hn::BitCast(h, hn::LoadU(d, src + i));
+    const auto to = hn::BitCast(h, hn::LoadU(d, dst + i));
+    const auto even =
+        hn::Add(hn::Mul(hn::And(to, low), dstShares), hn::Mul(hn::And(from, low), srcShares));
+    const auto odd = hn::Add(hn::Mul(hn::ShiftRight<8>(to), dstShares),
+                             hn::Mul(hn::ShiftRight<8>(from), srcShares));
+    const auto sum = hn::Or(hn::ShiftRight<8>(even), hn::AndNot(low, odd));
+    hn::StoreU(hn::BitCast(d, sum), d, dst + i);
+  }
+  addSharesPlain(src + i, srcShare, dst + i, dstShare, n - i);
+}
+
+HWY_INLINE ByteVector distance(ByteVector a, ByteVector b) {
+#if HWY_TARGET == HWY_NEON
+  return ByteVector(vabdq_u8(a.raw, b.raw));
+#else
+  return hn::Or(hn::SaturatedSub(a, b), hn::SaturatedSub(b, a));
+#endif
+}
+
+/// Where a < b as unsigned bytes, `yes`, else `no`.
+HWY_INLINE ByteVector whereLess(ByteVector a, ByteVector b, ByteVector yes, ByteVector no) {
+  return hn::IfThenElse(hn::Eq(hn::Max(a, b), a), no, yes);
+}
+
+void takeNearerVector(const uint8_t* a, const uint8_t* b, const uint8_t* c, uint8_t* out,
+                      std::size_t n) {
+  const Bytes d;
+  std::size_t i = 0;
+  for (; i + kStep <= n; i += kStep) {
+    const ByteVector va = hn::LoadU(d, a + i);
+    const ByteVector vb = hn::LoadU(d, b + i);
+    const ByteVector vc = hn::LoadU(d, c + i);
+    hn::StoreU(whereLess(distance(vb, va), distance(vc, va), vb, vc), d, out + i);
+  }
+  takeNearerPlain(a + i, b + i, c + i, out + i, n - i);
+}
+
+void takeFarthestVector(uint8_t* a, const uint8_t* b, const uint8_t* c, std::size_t n) {
+  const Bytes d;
+  std::size_t i = 0;
+  for (; i + kStep <= n; i += kStep) {
+    const ByteVector va = hn::LoadU(d, a + i);
+    const ByteVector vb = hn::LoadU(d, b + i);
+    const ByteVector vc = hn::LoadU(d, c + i);
+    const ByteVector fromB = distance(vb, va);
+    const ByteVector fromC = distance(vc, va);
+    const ByteVector other = whereLess(fromB, fromC, vc, vb);
+    hn::StoreU(whereLess(hn::Min(fromB, fromC), distance(vb, vc), other, va), d, a + i);
+  }
+  takeFarthestPlain(a + i, b + i, c + i, n - i);
+}
+
+#endif  // vectors or not
+
+}  // namespace alg::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace alg {
+
+HWY_EXPORT(addSharesVector);
+HWY_EXPORT(takeNearerVector);
+HWY_EXPORT(takeFarthestVector);
+
+void addShares(const uint8_t* src, uint16_t srcShare, uint8_t* dst, uint16_t dstShare,
+               std::size_t n) {
+  HWY_DYNAMIC_DISPATCH(addSharesVector)(src, srcShare, dst, dstShare, n);
+}
+
+void takeNearer(const uint8_t* a, const uint8_t* b, const uint8_t* c, uint8_t* out, std::size_t n) {
+  HWY_DYNAMIC_DISPATCH(takeNearerVector)(a, b, c, out, n);
+}
+
+void takeFarthest(uint8_t* a, const uint8_t* b, const uint8_t* c, std::size_t n) {
+  HWY_DYNAMIC_DISPATCH(takeFarthestVector)(a, b, c, n);
+}
+
+}  // namespace alg
+#endif

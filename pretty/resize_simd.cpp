@@ -1,0 +1,221 @@
+// Vector twins of the resize's row kernels, compiled once per vector target.
+#include "pretty/resize_rows.h"
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "pretty/resize_simd.cpp"
+#include "hwy/foreach_target.h"  // IWYU pragma: keep
+#include "hwy/highway.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace alg::HWY_NAMESPACE {
+
+#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
+
+// Without vectors the definitions are the fastest there is.
+void mixColumnsVector(const uint32_t* row, uint32_t end, const ResizeColumns& columns,
+                      uint32_t* out) {
+  mixColumnsPlain(row, end, columns, 0, out);
+}
+
+void mixRowsVector(const uint32_t* top, const uint32_t* bottom, uint32_t fraction, int count,
+                   uint32_t* out) {
+  mixRowsPlain(top, bottom, fraction, 0, count, out);
+}
+
+void takeRowsVector(const uint32_t* top, const uint32_t* bottom, uint32_t fraction,
+                    const ResizeColumns& columns, uint32_t* out) {
+  takeRowsPlain(top, bottom, fraction, columns, 0, out);
+}
+
+#else
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+using Words = hn::ScalableTag<uint32_t>;
+using Ints = hn::RebindToSigned<Words>;
+using Halves = hn::Repartition<uint16_t, Words>;
+using Signed = hn::RebindToSigned<Halves>;
+using WordVector = hn::Vec<Words>;
+using HalfVector = hn::Vec<Halves>;
+
+constexpr int kLanes = hn::MaxLanes(Words());  // words a step
+
+// Mixes bytes that stand in 16 bits each: (a x (65535 - f) + b x f) >> 16.
+HWY_INLINE HalfVector mixHalves(HalfVector a, HalfVector b, HalfVector fraction) {
+#if HWY_TARGET == HWY_NEON
+  const uint16x8_t rest = vmvnq_u16(fraction.raw);
+  const uint32x4_t low = vmlal_u16(vmull_u16(vget_low_u16(a.raw), vget_low_u16(rest)),
+                                   vget_low_u16(b.raw), vget_low_u16(fraction.raw));
+  const uint32x4_t high = vmlal_high_u16(vmull_high_u16(a.raw, rest), b.raw, fraction.raw);
+  return HalfVector(vuzp2q_u16(vreinterpretq_u16_u32(low), vreinterpretq_u16_u32(high)));
+#else
+  // The sum is a x 65536 + (b - a) x f - a. With the product's low 16 bits unsigned, subtracting a
+  // borrows from its high ones just when they are less than a.
+  const Halves d;
+  const Signed s;
+  const auto difference = hn::BitCast(s, hn::Sub(b, a));
+  const auto signedFraction = hn::BitCast(s, fraction);  // 65536 too small from 32768 on
+  const auto high = hn::Add(hn::MulHigh(difference, signedFraction),
+                            hn::And(difference, hn::ShiftRight<15>(signedFraction)));
+  const auto low = hn::BitCast(d, hn::Mul(difference, signedFraction));
+  const auto borrow = hn::Min(hn::SaturatedSub(a, low), hn::Set(d, 1));
+  return hn::Sub(hn::Add(a, hn::BitCast(d, high)), borrow);
+#endif
+}
+
+// Mixes the bytes of words: even ones and odd ones each in 16 bits where they stand.
+HWY_INLINE WordVector mix(WordVector a, WordVector b, WordVector fractions) {
+  const Halves d;
+  const Words w;
+  const auto halvesA = hn::BitCast(d, a);
+  const auto halvesB = hn::BitCast(d, b);
+  const auto fraction = hn::BitCast(d, fractions);
+  const auto mask = hn::Set(d, 0xFF);
+  const auto even = mixHalves(hn::And(halvesA, mask), hn::And(halvesB, mask), fraction);
+  const auto odd = mixHalves(hn::ShiftRight<8>(halvesA), hn::ShiftRight<8>(halvesB), fraction);
+  return hn::BitCast(w, hn::Or(even, hn::ShiftLeft<8>(odd)));
+}
+
+// row[index[0]], row[index[1]], ...
+HWY_INLINE WordVector gather(const uint32_t* row, const int32_t* index) {
+#if HWY_TARGET == HWY_NEON
+  uint32x4_t words = vld1q_dup_u32(row + index[0]);
+  words = vld1q_lane_u32(row + index[1], words, 1);
+  words = vld1q_lane_u32(row + index[2], words, 2);
+  return WordVector(vld1q_lane_u32(row + index[3], words, 3));
+#else
+  const auto word = [&](int i) HWY_ATTR { return static_cast<int>(row[index[i]]); };
+  return WordVector{
+      _mm256_setr_epi32(word(0), word(1), word(2), word(3), word(4), word(5), word(6), word(7))};
+#endif
+}
+
+// The words of kLanes columns that all lie within kReach vectors from `first` on.
+template <int kReach>
+HWY_INLINE WordVector pick(const uint32_t* first, hn::Vec<Ints> place) {
+  const Words d;
+#if HWY_TARGET == HWY_NEON
+  const auto bytes = vreinterpretq_u8_u32(
+      vmlaq_n_u32(vdupq_n_u32(0x03020100), vreinterpretq_u32_s32(place.raw), 0x04040404));
+  const auto load = [](const uint32_t* from) { return vreinterpretq_u8_u32(vld1q_u32(from)); };
+  if constexpr (kReach == 1) {
+    return WordVector(vreinterpretq_u32_u8(vqtbl1q_u8(load(first), bytes)));
+  } else {
+    return WordVector(vreinterpretq_u32_u8(vqtbl2q_u8({load(first), load(first + kLanes)}, bytes)));
+  }
+#else
+  const Ints ints;
+  const auto lanes = hn::IndicesFromVec(d, hn::And(place, hn::Set(ints, kLanes - 1)));
+  const auto low = hn::TableLookupLanes(hn::LoadU(d, first), lanes);
+  if constexpr (kReach == 1) {
+    return low;
+  } else {
+    const auto high = hn::TableLookupLanes(hn::LoadU(d, first + kLanes), lanes);
+    const auto isHigh = hn::RebindMask(d, hn::Gt(place, hn::Set(ints, kLanes - 1)));
+    return hn::IfThenElse(isHigh, high, low);
+  }
+#endif
+}
+
+/// Calls use(i, load) for each kLanes columns of the first `count`, load(row) being row[index[i]],
+/// row[index[i + 1]], ...; returns how many columns that were. Close columns are picked from whole
+/// vectors of the row as long as these, `spare` words longer, are inside the row.
+template <int kReach, class Use>
+HWY_INLINE int forEachLanes(const ResizeColumns& columns, int count, int spare, Use use) {
+  const Ints ints;
+  int i = 0;
+  if constexpr (kReach > 0) {
+    for (; i + kLanes <= count; i += kLanes) {
+      const int32_t first = columns.index[i];
+      if (first + kReach * kLanes + spare > columns.sourceWidth) {
+        break;
+      }
+      const auto place = hn::Sub(hn::LoadU(ints, columns.index + i), hn::Set(ints, first));
+      use(i, [&](const uint32_t* row) HWY_ATTR { return pick<kReach>(row + first, place); });
+    }
+  }
+  for (; i + kLanes <= count; i += kLanes) {
+    use(i, [&](const uint32_t* row) HWY_ATTR { return gather(row, columns.index + i); });
+  }
+  return i;
+}
+
+template <class Use>
+HWY_INLINE int forEachLanes(const ResizeColumns& columns, int count, int spare, Use use) {
+  return columns.reach == 1   ? forEachLanes<1>(columns, count, spare, use)
+         : columns.reach == 2 ? forEachLanes<2>(columns, count, spare, use)
+                              : forEachLanes<0>(columns, count, spare, use);
+}
+
+void mixColumnsVector(const uint32_t* row, uint32_t end, const ResizeColumns& columns,
+                      uint32_t* out) {
+  const auto mixLanes = [&](int i, auto load) HWY_ATTR {
+    const Words d;
+    hn::StoreU(mix(load(row), load(row + 1), hn::LoadU(d, columns.fractions + i)), d, out + i);
+  };
+  const int done = forEachLanes(columns, columns.paired, 1, mixLanes);
+  mixColumnsPlain(row, end, columns, done, out);
+}
+
+void takeRowsVector(const uint32_t* top, const uint32_t* bottom, uint32_t fraction,
+                    const ResizeColumns& columns, uint32_t* out) {
+  // A mix of a byte v with itself is v x 65535 >> 16: one less, but not below 0.
+  const auto less = [](WordVector words, uint8_t by) HWY_ATTR {
+    const hn::Repartition<uint8_t, Words> bytes;
+    return hn::BitCast(Words(), hn::SaturatedSub(hn::BitCast(bytes, words), hn::Set(bytes, by)));
+  };
+  const auto noAlpha = hn::Set(Words(), 0x00FFFFFF);
+  const auto takeTop = [&](int i, auto load) HWY_ATTR {
+    hn::StoreU(hn::And(less(load(top), 2), noAlpha), Words(), out + i);
+  };
+  const auto takeBoth = [&](int i, auto load) HWY_ATTR {
+    const auto mixed =
+        mix(less(load(top), 1), less(load(bottom), 1), hn::Set(Words(), fraction * 0x10001));
+    hn::StoreU(hn::And(mixed, noAlpha), Words(), out + i);
+  };
+  const int done = fraction == 0 ? forEachLanes(columns, columns.paired, 0, takeTop)
+                                 : forEachLanes(columns, columns.paired, 0, takeBoth);
+  takeRowsPlain(top, bottom, fraction, columns, done, out);
+}
+
+void mixRowsVector(const uint32_t* top, const uint32_t* bottom, uint32_t fraction, int count,
+                   uint32_t* out) {
+  const Words d;
+  const auto fractions = hn::Set(d, fraction * 0x10001);
+  const auto noAlpha = hn::Set(d, 0x00FFFFFF);
+  int i = 0;
+  for (; i + kLanes <= count; i += kLanes) {
+    const auto mixed = mix(hn::LoadU(d, top + i), hn::LoadU(d, bottom + i), fractions);
+    hn::StoreU(hn::And(mixed, noAlpha), d, out + i);
+  }
+  mixRowsPlain(top, bottom, fraction, i, count, out);
+}
+
+#endif  // vectors or not
+
+}  // namespace alg::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace alg {
+
+HWY_EXPORT(mixColumnsVector);
+HWY_EXPORT(mixRowsVector);
+HWY_EXPORT(takeRowsVector);
+
+void mixColumns(const uint32_t* row, uint32_t end, const ResizeColumns& columns, uint32_t* out) {
+  HWY_DYNAMIC_DISPATCH(mixColumnsVector)(row, end, columns, out);
+}
+
+void mixRows(const uint32_t* top, const uint32_t* bottom, uint32_t fraction, int count,
+             uint32_t* out) {
+  HWY_DYNAMIC_DISPATCH(mixRowsVector)(top, bottom, fraction, count, out);
+}
+
+void takeRows(const uint32_t* top, const uint32_t* bottom, uint32_t fraction,
+              const ResizeColumns& columns, uint32_t* out) {
+  HWY_DYNAMIC_DISPATCH(takeRowsVector)(top, bottom, fraction, columns, out);
+}
+
+}  // namespace alg
+#endif
