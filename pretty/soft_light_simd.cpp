@@ -9,7 +9,6 @@
 // on it is a straight line in each sixteen values, rounded down; below, where it is steep, a table.
 //
 //   (slope[c >> 4] x (c & 63) + 77 x start) >> 8     start = starts[c >> 4], or low[c] for c < 32
-#include <algorithm>
 #include <cstring>
 
 #include "base/image_size.h"
@@ -32,7 +31,7 @@ struct Lines {
   alignas(16) uint8_t starts[16] = {};
   alignas(16) uint8_t low[32] = {};
 
-  constexpr int at(int slope, int start, int c) const {
+  static constexpr int at(int slope, int start, int c) {
     return (slope * (c & 63) + kStartScale * start) >> 8;
   }
   constexpr int at(int c) const {
@@ -40,18 +39,26 @@ struct Lines {
   }
 };
 
-constexpr int highGain(int c) {
-  int root = c;
-  while ((root + 1) * (root + 1) <= 255 * c) {
-    ++root;
+struct HighGains {
+  int of[256] = {};
+};
+
+constexpr HighGains kHigh = [] {
+  HighGains high;
+  for (int c = 0; c < 256; ++c) {
+    int root = c;
+    while ((root + 1) * (root + 1) <= 255 * c) {
+      ++root;
+    }
+    high.of[c] = root - c;
   }
-  return root - c;
-}
+  return high;
+}();
 
 /// Whether a line with this slope and start meets all sixteen values from `first` on.
-constexpr bool meets(const Lines& lines, int slope, int start, int first) {
+constexpr bool meets(int slope, int start, int first) {
   for (int c = first; c < first + 16; ++c) {
-    if (lines.at(slope, start, c) != highGain(c)) {
+    if (Lines::at(slope, start, c) != kHigh.of[c]) {
       return false;
     }
   }
@@ -61,16 +68,15 @@ constexpr bool meets(const Lines& lines, int slope, int start, int first) {
 constexpr Lines kLines = [] {
   Lines lines;
   for (int c = 0; c < 32; ++c) {
-    lines.low[c] = static_cast<uint8_t>((256 * highGain(c) + kStartScale - 1) / kStartScale);
+    lines.low[c] = static_cast<uint8_t>((256 * kHigh.of[c] + kStartScale - 1) / kStartScale);
   }
   for (int segment = 2; segment < 16; ++segment) {
     const int first = 16 * segment;
-    // The rise over the segment is rounded to 1; clang ends much longer searches.
-    const int middle = 256 * (highGain(first + 15) - highGain(first)) / 15;
-    for (int slope = std::max(middle - 18, -128); slope <= std::min(middle + 18, 127); ++slope) {
-      const int rest = 256 * highGain(first) - slope * (first & 63);
+    const int chord = 256 * (kHigh.of[first + 15] - kHigh.of[first]) / 15;
+    for (int slope = chord - 18; slope <= chord + 18; ++slope) {  // rounding hides less than 256/15
+      const int rest = 256 * kHigh.of[first] - slope * (first & 63);
       for (int start = rest / kStartScale; start <= (rest + 255) / kStartScale; ++start) {
-        if (start >= 0 && start < 256 && meets(lines, slope, start, first)) {
+        if (meets(slope, start, first)) {
           lines.slopes[segment] = static_cast<int8_t>(slope);
           lines.starts[segment] = static_cast<uint8_t>(start);
         }
@@ -82,7 +88,7 @@ constexpr Lines kLines = [] {
 
 constexpr bool linesMeetAll() {
   for (int c = 0; c < 256; ++c) {
-    if (kLines.at(c) != highGain(c)) {
+    if (kLines.at(c) != kHigh.of[c]) {
       return false;
     }
   }
@@ -250,9 +256,7 @@ HWY_INLINE ByteVector softLightOf(ByteVector c, ByteVector overlay) {
   const SignedBytes s;
   const ByteVector lighter = hn::BitCast(d, hn::BroadcastSignBit(hn::BitCast(s, overlay)));
   const ByteVector up = hn::And(c, lighter);
-  const ByteVector segment =
-      hn::And(hn::BitCast(d, hn::ShiftRight<4>(hn::BitCast(hn::ScalableTag<uint16_t>(), up))),
-              hn::Set(d, 0x0F));
+  const ByteVector segment = hn::ShiftRight<4>(up);
   const ByteVector slopes = hn::LoadDup128(d, reinterpret_cast<const uint8_t*>(kLines.slopes));
   const Operands x = {hn::AndNot(lighter, c), hn::And(up, hn::Set(d, 63)),
                       hn::TableLookupBytes(slopes, segment), startOf(up, segment)};

@@ -41,9 +41,9 @@ TEST(Pretty, EveryPairOfPixelAndOverlayByteGivesTheReferenceByte) {
     values.push_back(c), others.push_back(o), blended.push_back(uint8_t(ref::softLight(c, o)));
   }
   onEachTarget([&] {
-    Bytes light(values.size());
-    alg::softLightBytes(values.data(), others.data(), light.data(), light.size());
-    EXPECT_TRUE(same(light, blended));
+    const Guarded c(values), o(others), light(Bytes(values.size()));
+    alg::softLightBytes(c.data(), o.data(), light.data(), values.size());
+    EXPECT_TRUE(same(light.bytes(), blended));
     for (int id = 20; id <= 27; ++id) {
       ref::filter(id, pixels.data(), expected.data(), 256, 256, overlay.rgba.data(), 256, 256);
       run(id, pixels.data(), got.data(), 256, 256, overlay);
