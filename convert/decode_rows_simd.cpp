@@ -288,29 +288,26 @@ HWY_INLINE void decodeBlock(const uint8_t* luma, const ChromaTerms& terms, uint8
 #endif  // NEON or AVX2
 
 template <RowFormat kFormat>
-HWY_INLINE void decodeBlocks(const uint8_t* const (&luma)[2], const uint8_t* chroma,
-                             uint8_t* const (&pixels)[2], std::size_t x) {
-  const ChromaTerms terms = chromaTerms<kFormat>(chroma + x);
-  decodeBlock<kFormat>(luma[0] + x, terms, pixels[0] + pixelBytes(kFormat) * x);
-  if (luma[1] != nullptr) {
-    decodeBlock<kFormat>(luma[1] + x, terms, pixels[1] + pixelBytes(kFormat) * x);
-  }
-}
-
-template <RowFormat kFormat>
 void decodeFormat(const uint8_t* const (&luma)[2], const uint8_t* chroma,
                   uint8_t* const (&pixels)[2], std::size_t width) {
   // The last pixels of an even row make a block again.
   const bool again = width >= kBlock && width % 2 == 0;
   const std::size_t end = again ? width : width - width % kBlock;
-  for (std::size_t x = 0; x < end; x += kBlock) {
-    decodeBlocks<kFormat>(luma, chroma, pixels, x < width - kBlock ? x : width - kBlock);
+  constexpr std::size_t kBytes = pixelBytes(kFormat);
+  const uint8_t *const first = luma[0], *const second = luma[1];
+  uint8_t *const firstPixels = pixels[0], *const secondPixels = pixels[1];
+  for (std::size_t at = 0; at < end; at += kBlock) {
+    const std::size_t x = at < width - kBlock ? at : width - kBlock;
+    const ChromaTerms terms = chromaTerms<kFormat>(chroma + x);
+    decodeBlock<kFormat>(first + x, terms, firstPixels + kBytes * x);
+    if (second != nullptr) {
+      decodeBlock<kFormat>(second + x, terms, secondPixels + kBytes * x);
+    }
   }
   if (end == width) {
     return;
   }
   // Less than a block goes through copies, so that nothing beyond the row is read or written.
-  constexpr std::size_t kBytes = pixelBytes(kFormat);
   const std::size_t rest = width - end;
   uint8_t lumaTail[2][kBlock] = {}, chromaTail[kBlock] = {}, pixelTail[2][kBytes * kBlock];
   std::memcpy(chromaTail, chroma + end, rest + rest % 2);

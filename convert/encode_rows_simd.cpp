@@ -122,13 +122,13 @@ HWY_INLINE uint16x8_t chromaOf(const EvenPixels& p, const bt601::Weights& weight
   return vreinterpretq_u16_s16(vaddhn_high_s32(vaddhn_s32(low, offset), high, offset));
 }
 
-template <RowFormat kFormat>
+template <RowFormat kFormat, bool kChroma>
 HWY_INLINE void encodeBlock(const uint8_t* pixels, uint8_t* luma, uint8_t* chroma) {
   const Pixels p = loadPixels<kFormat>(pixels);
-  if (luma != nullptr) {
+  if (!kChroma || luma != nullptr) {
     vst1q_u8(luma, lumaOf<kFormat>(p));
   }
-  if (chroma != nullptr) {
+  if constexpr (kChroma) {
     const EvenPixels even = {evenBytes(p.first), evenBytes(p.middle), evenBytes(p.last)};
     const uint16x8_t first = chromaOf<kFormat>(even, firstOfPair(kFormat));
     const uint16x8_t second = chromaOf<kFormat>(even, secondOfPair(kFormat));
@@ -241,21 +241,21 @@ HWY_INLINE void storeChroma(const Pixels (&p)[4], uint8_t* chroma) {
   storeInOrder(_mm256_xor_si256(pairs, _mm256_set1_epi8(-0x80)), chroma);
 }
 
-template <RowFormat kFormat>
+template <RowFormat kFormat, bool kChroma>
 HWY_INLINE void encodeBlock(const uint8_t* pixels, uint8_t* luma, uint8_t* chroma) {
   const Pixels p[4] = {loadPixels<kFormat>(pixels, 0), loadPixels<kFormat>(pixels, 1),
                        loadPixels<kFormat>(pixels, 2), loadPixels<kFormat>(pixels, 3)};
-  if (luma != nullptr) {
+  if (!kChroma || luma != nullptr) {
     storeLuma<kFormat>(p, luma);
   }
-  if (chroma != nullptr) {
+  if constexpr (kChroma) {
     storeChroma<kFormat>(p, chroma);
   }
 }
 
 #endif  // NEON or AVX2
 
-template <RowFormat kFormat>
+template <RowFormat kFormat, bool kChroma>
 void encodeFormat(const uint8_t* pixels, uint8_t* luma, uint8_t* chroma, std::size_t width) {
   constexpr std::size_t kBytes = pixelBytes(kFormat);
   // The last pixels of an even row make a block again.
@@ -263,8 +263,9 @@ void encodeFormat(const uint8_t* pixels, uint8_t* luma, uint8_t* chroma, std::si
   const std::size_t end = again ? width : width - width % kBlock;
   for (std::size_t at = 0; at < end; at += kBlock) {
     const std::size_t x = at < width - kBlock ? at : width - kBlock;
-    encodeBlock<kFormat>(pixels + kBytes * x, luma == nullptr ? nullptr : luma + x,
-                         chroma == nullptr ? nullptr : chroma + x);
+    const bool hasLuma = !kChroma || luma != nullptr;
+    encodeBlock<kFormat, kChroma>(pixels + kBytes * x, hasLuma ? luma + x : nullptr,
+                                  kChroma ? chroma + x : nullptr);
   }
   if (end == width) {
     return;
@@ -273,11 +274,11 @@ void encodeFormat(const uint8_t* pixels, uint8_t* luma, uint8_t* chroma, std::si
   const std::size_t rest = width - end;
   uint8_t pixelTail[kBytes * kBlock] = {}, lumaTail[kBlock], chromaTail[kBlock];
   std::memcpy(pixelTail, pixels + kBytes * end, kBytes * rest);
-  encodeFormat<kFormat>(pixelTail, lumaTail, chromaTail, kBlock);
+  encodeFormat<kFormat, kChroma>(pixelTail, lumaTail, chromaTail, kBlock);
   if (luma != nullptr) {
     std::memcpy(luma + end, lumaTail, rest);
   }
-  if (chroma != nullptr) {
+  if constexpr (kChroma) {
     std::memcpy(chroma + end, chromaTail, rest + rest % 2);
   }
 }
@@ -285,13 +286,16 @@ void encodeFormat(const uint8_t* pixels, uint8_t* luma, uint8_t* chroma, std::si
 // Leaves out the samples whose row is null.
 void encodeRowVector(RowFormat format, const uint8_t* pixels, uint8_t* luma, uint8_t* chroma,
                      std::size_t width) {
-  switch (format) {
-    case RowFormat::kArgbUV:
-      return encodeFormat<RowFormat::kArgbUV>(pixels, luma, chroma, width);
-    case RowFormat::kArgbVU:
-      return encodeFormat<RowFormat::kArgbVU>(pixels, luma, chroma, width);
-    case RowFormat::kPackedUV:
-      return encodeFormat<RowFormat::kPackedUV>(pixels, luma, chroma, width);
+  const bool packed = format == RowFormat::kPackedUV;
+  if (chroma == nullptr) {
+    packed ? encodeFormat<RowFormat::kPackedUV, false>(pixels, luma, nullptr, width)
+           : encodeFormat<RowFormat::kArgbUV, false>(pixels, luma, nullptr, width);
+  } else if (packed) {
+    encodeFormat<RowFormat::kPackedUV, true>(pixels, luma, chroma, width);
+  } else if (format == RowFormat::kArgbUV) {
+    encodeFormat<RowFormat::kArgbUV, true>(pixels, luma, chroma, width);
+  } else {
+    encodeFormat<RowFormat::kArgbVU, true>(pixels, luma, chroma, width);
   }
 }
 
