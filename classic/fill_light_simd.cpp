@@ -8,6 +8,8 @@
 //   turned    R G B  R G B  R G B  R G B  R G B  -   + gains, limited to 255
 //
 // The byte stored too many belongs to the run's next pixel, which is written later.
+#include <array>
+
 #include "base/image_size.h"
 #include "classic/four_corner.h"
 #include "classic/light_gains.h"
@@ -33,7 +35,6 @@ void fillLightRows(const FillLight& light, const uint8_t* src, uint8_t* dst) {
 namespace hn = hwy::HWY_NAMESPACE;
 
 using Bytes = hn::ScalableTag<uint8_t>;
-using HalfBytes = hn::Half<Bytes>;
 using Shorts = hn::Repartition<int16_t, Bytes>;
 using Unsigned = hn::Repartition<uint16_t, Bytes>;
 using Ints = hn::Repartition<int32_t, Bytes>;
@@ -79,6 +80,29 @@ UnsignedVector falloffs(UnsignedVector d) {
   return hn::Add(sum, sum);
 }
 
+// Ints to shorts and shorts to bytes, in the order of instructions: on x86 each half of a vector is
+// joined for itself, which the halves of falloffs undo for ints; bytes are put in order.
+ShortVector join(IntVector low, IntVector high) {
+#if HWY_TARGET == HWY_NEON
+  return ShortVector(vcombine_s16(vqmovn_s32(low.raw), vqmovn_s32(high.raw)));
+#else
+  return ShortVector{_mm256_packs_epi32(low.raw, high.raw)};
+#endif
+}
+
+hn::Vec<Bytes> narrow(ShortVector low, ShortVector high) {
+#if HWY_TARGET == HWY_NEON
+  return hn::Vec<Bytes>(vcombine_u8(vqmovun_s16(low.raw), vqmovun_s16(high.raw)));
+#else
+  const __m256i order = _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7);
+  return hn::Vec<Bytes>{_mm256_permutevar8x32_epi32(_mm256_packus_epi16(low.raw, high.raw), order)};
+#endif
+}
+
+struct ShortGains {
+  ShortVector red, green, blue;
+};
+
 hn::Vec<Bytes> backwards(hn::Vec<Bytes> v) {
   const Unsigned d;
   const UnsignedVector pairs = hn::Reverse(d, hn::BitCast(d, v));
@@ -99,16 +123,20 @@ class LightRow {
            32767 - ((least * light_.inverse) >> 15) <= 0x4000;
   }
 
-  void workOut(const CornerRun& run) {
+  void workOut(const CornerRun& run, const std::array<const uint8_t*, 8>& soon) {
     const Bytes d;
     for (int i = 0; i < run.count; i += kBlock) {
-      hn::Vec<HalfBytes> red[2], green[2], blue[2];
-      for (int half = 0; half < 2; ++half) {
-        gainsOf(run.dy, run.dx + i + half * kShortLanes, red[half], green[half], blue[half]);
+      // Meanwhile memory has time to bring the pixels.
+      for (const uint8_t* pixels : soon) {
+        __builtin_prefetch(pixels + kPackedBytes * i);
+        __builtin_prefetch(pixels + kPackedBytes * i + 48);
       }
-      const auto r = hn::Combine(d, red[1], red[0]);
-      const auto g = hn::Combine(d, green[1], green[0]);
-      const auto b = hn::Combine(d, blue[1], blue[0]);
+      ShortGains low, high;
+      gainsOf(run.dy, run.dx + i, low);
+      gainsOf(run.dy, run.dx + i + kShortLanes, high);
+      const auto r = narrow(low.red, high.red);
+      const auto g = narrow(low.green, high.green);
+      const auto b = narrow(low.blue, high.blue);
       hn::StoreInterleaved3(r, g, b, d, left_ + kPackedBytes * i);
       hn::StoreInterleaved3(backwards(r), backwards(g), backwards(b), d,
                             right_ + kPackedBytes * (run.count - i));
@@ -148,29 +176,28 @@ class LightRow {
     const auto taken = hn::ShiftRight<15>(hn::Mul(reach, hn::Set(d, light_.inverse)));
     weight = hn::Max(hn::Sub(hn::Set(d, 32767), taken), hn::Zero(d));
     const auto scale = hn::Sub(hn::Set(d, 98301), hn::ShiftLeft<3>(weight));
-    dimmed = hn::ConvertTo(d, hn::Mul(hn::ConvertTo(floats, scale), hn::Set(floats, 0.33333f)));
+    const auto product = hn::Mul(hn::ConvertTo(floats, scale), hn::Set(floats, 0.33333f));
+#if HWY_TARGET == HWY_NEON
+    dimmed = hn::ConvertTo(d, product);
+#else
+    dimmed = IntVector{_mm256_cvttps_epi32(product.raw)};  // no care for values beyond 31 bits
+#endif
   }
 
-  void gainsOf(int dy, int dx, hn::Vec<HalfBytes>& red, hn::Vec<HalfBytes>& green,
-               hn::Vec<HalfBytes>& blue) const {
-    const Ints ints;
-    const Shorts shorts;
-    const Unsigned d;
-    const hn::Half<Unsigned> half;
-    const HalfBytes bytes;
-    const auto join = [&](IntVector low, IntVector high) HWY_ATTR {  // the lower halves of lanes
-      return hn::ConcatEven(d, hn::BitCast(d, high), hn::BitCast(d, low));
-    };
-    const UnsignedVector distance = join(distances(dy, dx), distances(dy, dx + kIntLanes));
+  void gainsOf(int dy, int dx, ShortGains& gains) const {
+    const UnsignedVector distance =
+        hn::BitCast(Unsigned(), join(distances(dy, dx), distances(dy, dx + kIntLanes)));
     const UnsignedVector falloff = falloffs(distance);
+    const UnsignedVector zero = hn::Zero(Unsigned());
     IntVector weight[2], dimmed[2];
-    weigh(hn::PromoteTo(ints, hn::LowerHalf(half, falloff)), weight[0], dimmed[0]);
-    weigh(hn::PromoteTo(ints, hn::UpperHalf(half, falloff)), weight[1], dimmed[1]);
-    const auto w = hn::BitCast(shorts, join(weight[0], weight[1]));
-    const auto k = hn::BitCast(shorts, join(dimmed[0], dimmed[1]));
-    red = hn::DemoteTo(bytes, hn::Add(scaled(k, 122), scaled(w, 255)));
-    green = hn::DemoteTo(bytes, hn::Add(scaled(k, 74), scaled(w, 4 * 33)));
-    blue = hn::DemoteTo(bytes, hn::Add(scaled(k, 97), scaled(w, 97)));
+    weigh(hn::BitCast(Ints(), hn::InterleaveLower(falloff, zero)), weight[0], dimmed[0]);
+    weigh(hn::BitCast(Ints(), hn::InterleaveUpper(Unsigned(), falloff, zero)), weight[1],
+          dimmed[1]);
+    const ShortVector w = join(weight[0], weight[1]);
+    const ShortVector k = join(dimmed[0], dimmed[1]);
+    gains.red = hn::Add(scaled(k, 122), scaled(w, 255));
+    gains.green = hn::Add(scaled(k, 74), scaled(w, 4 * 33));
+    gains.blue = hn::Add(scaled(k, 97), scaled(w, 97));
   }
 
   const FillLight light_;
@@ -184,14 +211,15 @@ void lightUp(const uint8_t* src, uint8_t* dst, const uint8_t* gains, int count) 
                                                     6, 11, 10, 9, 14, 13, 12, 15};
   const Bytes16 d;
   const auto turned = hn::Load(d, kTurned);
-  int i = 0;
-  for (; i + 6 <= count; i += 5, src += 15, dst += 15, gains += 15) {
-    const auto pixels = hn::TableLookupBytes(hn::LoadU(d, src), turned);
-    hn::StoreU(hn::SaturatedAdd(pixels, hn::LoadU(d, gains)), d, dst);
+  const auto bytes = static_cast<std::size_t>(kPackedBytes * count);
+  std::size_t at = 0;
+  for (; at + 18 <= bytes; at += 15) {
+    const auto pixels = hn::TableLookupBytes(hn::LoadU(d, src + at), turned);
+    hn::StoreU(hn::SaturatedAdd(pixels, hn::LoadU(d, gains + at)), d, dst + at);
   }
-  for (; i < count; ++i, src += kPackedBytes, dst += kPackedBytes, gains += kPackedBytes) {
-    for (int k = 0; k < kPackedBytes; ++k) {
-      dst[k] = static_cast<uint8_t>(std::min(src[2 - k] + gains[k], 255));
+  for (; at < bytes; at += kPackedBytes) {
+    for (std::size_t k = 0; k < kPackedBytes; ++k) {
+      dst[at + k] = static_cast<uint8_t>(std::min(src[at + 2 - k] + gains[at + k], 255));
     }
   }
 }
@@ -203,15 +231,14 @@ void fillLightRows(const FillLight& light, const uint8_t* src, uint8_t* dst) {
   }
   const Mirrors mirrors(light.width, light.height);
   walkCornerRuns(light.width, light.height, [&](const CornerRun& run) HWY_ATTR {
-    row.workOut(run);
     const Corners left = mirrors.of(run.y, run.x);
     const Corners right = mirrors.of(run.y, run.x + run.count - 1);
-    for (const std::size_t at : {left[0], left[1]}) {
-      lightUp(src + at, dst + at, row.left(), run.count);
-    }
-    for (const std::size_t at : {right[2], right[3]}) {
-      lightUp(src + at, dst + at, row.right(), run.count);
-    }
+    row.workOut(run, {src + left[0], src + right[2], src + left[1], src + right[3], dst + left[0],
+                      dst + right[2], dst + left[1], dst + right[3]});
+    lightUp(src + left[0], dst + left[0], row.left(), run.count);
+    lightUp(src + right[2], dst + right[2], row.right(), run.count);
+    lightUp(src + left[1], dst + left[1], row.left(), run.count);
+    lightUp(src + right[3], dst + right[3], row.right(), run.count);
   });
 }
 

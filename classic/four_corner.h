@@ -19,7 +19,7 @@
 namespace alg {
 
 /// Columns whose terms are worked out together, ahead of their pixels.
-inline constexpr int kCornerRun = 1024;
+inline constexpr int kCornerRun = 2048;
 
 /// Byte offsets of a pixel and its mirror images, in the order of the writes.
 using Corners = std::array<std::size_t, 4>;
