@@ -9,10 +9,24 @@
 
 namespace alg {
 
+/// A curve as three steps on bytes: v ^ flip (0 or 255), + up with a ceiling at 255, - down with a
+/// floor at 0.
+struct ByteSteps {
+  uint8_t flip, up, down;
+};
+
 /// curve[k] maps byte k of a source pixel; its result is stored at byte 2 - k.
 struct Curves {
   alignas(16) uint8_t curve[3][256];
+
+  // The same curves as the vector twin wants them; prepareCurves() fills them in.
+  alignas(16) uint8_t rows[3][256];  // see curve_map_simd.cpp
+  ByteSteps steps[3];
+  bool allSteps;  // all three curves are such steps
 };
+
+/// Derives from the curves themselves what else the mapper needs.
+void prepareCurves(Curves& curves);
 
 /// Builds the three curves from functions of a byte value (0..255 as int) to a byte.
 template <class Curve0, class Curve1, class Curve2>
@@ -23,6 +37,7 @@ Curves makeCurves(Curve0 curve0, Curve1 curve1, Curve2 curve2) {
     curves.curve[1][v] = curve1(v);
     curves.curve[2][v] = curve2(v);
   }
+  prepareCurves(curves);
   return curves;
 }
 

@@ -3,6 +3,7 @@
 #include <climits>
 
 #include "effect_check.h"
+#include "kernels/curve_map.h"
 #include "libalgorithm/classic_effects.h"
 
 namespace {
@@ -47,31 +48,65 @@ Pixel sepia(int r, int g, int b) {
   return {std::min(r2, 255), std::min(g2, 255), (557 * r + 1097 * g + 268 * b) >> 11};
 }
 
-PackedEffect effect(const char* name, PackedEffect::Run run, Rule* rule, bool inPlace = true) {
+PackedEffect effect(const char* name, PackedEffect::Run run, Rule* rule) {
   const auto reference = [rule](const uint8_t* src, uint8_t* dst, int width, int height) {
     for (int i = 0; i < width * height; ++i, src += 3, dst += 3) {
       const Pixel out = rule(src[2], src[1], src[0]);
       for (int k = 0; k < 3; ++k) dst[k] = uint8_t(out[zu(k)]);
     }
   };
-  return {name, std::move(run), reference, inPlace};
+  return {name, std::move(run), reference, true};
 }
 
 TEST(Tone, EverySizeAndOverlapGivesTheReferenceBytes) {
   const auto runLomo = [](auto... args) { Lomo(args..., nullptr, 0, 0); };
   onEachTarget([&] {
+    checkEverySize(effect("CrossProcess", CrossProcess, crossProcess));
+    checkEverySize(effect("Mosaic", Mosaic, mosaic));
     for (const PackedEffect& curved :
-         {effect("CrossProcess", CrossProcess, crossProcess), effect("Pink", Pink, pink),
-          effect("Summer", Summer, summer), effect("Ocean", Ocean, ocean),
-          effect("negative", negative, inverse), effect("Mosaic", Mosaic, mosaic),
-          effect("otherTest", otherTest, test), effect("Lomo", runLomo, lomo, false)}) {
-      checkEverySize(curved);
+         {effect("Pink", Pink, pink), effect("Summer", Summer, summer),
+          effect("Ocean", Ocean, ocean), effect("negative", negative, inverse),
+          effect("otherTest", otherTest, test), effect("Lomo", runLomo, lomo)}) {
+      checkOn(curved, noise(351 * 41 * 3), 351, 41);
+    }
+    checkEverySize(effect("GrayScale", GrayScale, grey));
+    checkEverySize(effect("Sepia", Sepia, sepia));
+  });
+  checkEveryColour(effect("GrayScale", GrayScale, grey));
+  checkEveryColour(effect("Sepia", Sepia, sepia));
+}
+
+/// A curve from four bytes of noise: any table, or steps on bytes, a third of them with one flaw.
+Bytes anyCurve(const uint8_t* dice) {
+  if (dice[0] % 4 == 0) return noise(256, dice[1]);
+  Bytes curve;
+  const int up = dice[1] % 3 == 0 ? 255 : dice[1], down = dice[2] % 3 == 0 ? 0 : dice[2];
+  for (int v = 0; v < 256; ++v) {
+    const int flipped = dice[0] % 2 == 0 ? v : 255 - v;
+    curve.push_back(uint8_t(std::max(std::min(flipped + up, 255) - down, 0)));
+  }
+  if (dice[3] % 3 == 0) ++curve[dice[3]];
+  return curve;
+}
+
+TEST(Curves, OfEveryKindMapAsTheirTables) {
+  onEachTarget([] {
+    for (int seed = 0; seed < 2000; ++seed) {
+      const Bytes dice = noise(12, seed);
+      const Bytes c0 = anyCurve(&dice[0]), c1 = anyCurve(&dice[4]), c2 = anyCurve(&dice[8]);
+      const auto curves =
+          alg::makeCurves([&](int v) { return c0[zu(v)]; }, [&](int v) { return c1[zu(v)]; },
+                          [&](int v) { return c2[zu(v)]; });
+      Bytes pixels, expected;
+      for (int v = 0; v < 256; ++v) {
+        const uint8_t v0 = uint8_t(v), v1 = uint8_t(v * 3 + seed), v2 = uint8_t(255 - v);
+        pixels.insert(pixels.end(), {v0, v1, v2});
+        expected.insert(expected.end(), {c2[v2], c1[v1], c0[v0]});
+      }
+      alg::mapCurves(pixels.data(), pixels.data(), 256, curves);
+      EXPECT_TRUE(same(pixels, expected)) << "curves " << seed;
     }
   });
-  for (const auto& mixed : {effect("GrayScale", GrayScale, grey), effect("Sepia", Sepia, sepia)}) {
-    checkEverySize(mixed);
-    checkEveryColour(mixed);
-  }
 }
 
 TEST(Tone, KnownColours) {

@@ -1,0 +1,167 @@
+// Vector twins of the colour mixes, compiled once per vector target.
+//
+// Sums of 18 or 20 bits are taken in 16-bit lanes: a weight is coarse x 2^s + fine with s =
+// shift - 7, so that
+//
+//     sum >> shift  =  (coarse sum + (fine sum >> s)) >> 7        exactly
+//
+// Coarse weights fit 7 bits and fine ones 4. AVX2's sums saturate at 2^15 - 1, which then gives
+// 255, as the definition's limit wants it; NEON's stay below 2^16 and saturate when they become
+// bytes.
+#include "classic/colour_mix.h"
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "classic/colour_mix_simd.cpp"
+#include "hwy/foreach_target.h"  // IWYU pragma: keep
+#include "hwy/highway.h"
+#include "kernels/packed_planes-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace alg::HWY_NAMESPACE {
+
+#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
+
+// Without vectors the definition is the fastest there is.
+void mixColoursVector(ColourMix mix, const uint8_t* src, uint8_t* dst, std::size_t pixels) {
+  mixColoursPlain(mix, src, dst, pixels);
+}
+
+#else
+
+using planes::ByteVector;
+using planes::Planes;
+
+constexpr int fineBits(const MixWeights& weights) { return weights.shift - 7; }
+
+constexpr MixWeights coarse(const MixWeights& w) {
+  const int bits = fineBits(w);
+  return {w.red >> bits, w.green >> bits, w.blue >> bits, 0};
+}
+
+constexpr MixWeights fine(const MixWeights& w) {
+  const int mask = (1 << fineBits(w)) - 1;
+  return {w.red & mask, w.green & mask, w.blue & mask, 0};
+}
+
+constexpr int weightSum(const MixWeights& w) { return w.red + w.green + w.blue; }
+
+#if HWY_TARGET == HWY_NEON
+
+// Half a vector of pixels.
+struct Half {
+  uint8x8_t r, g, b;
+};
+
+struct Halves {
+  explicit Halves(const Planes& p)
+      : lower{vget_low_u8(p.of[2].raw), vget_low_u8(p.of[1].raw), vget_low_u8(p.of[0].raw)},
+        upper{vget_high_u8(p.of[2].raw), vget_high_u8(p.of[1].raw), vget_high_u8(p.of[0].raw)} {}
+
+  Half lower, upper;
+};
+
+template <MixWeights kWeights>
+HWY_INLINE uint16x8_t weigh(const Half& p) {
+  const uint16x8_t red = vmull_u8(p.r, vdup_n_u8(kWeights.red));
+  const uint16x8_t redGreen = vmlal_u8(red, p.g, vdup_n_u8(kWeights.green));
+  return vmlal_u8(redGreen, p.b, vdup_n_u8(kWeights.blue));
+}
+
+template <MixWeights kWeights>
+HWY_INLINE uint16x8_t mixHalf(const Half& p) {
+  return vsraq_n_u16(weigh<coarse(kWeights)>(p), weigh<fine(kWeights)>(p), fineBits(kWeights));
+}
+
+template <MixWeights kWeights>
+HWY_INLINE ByteVector mix(const Halves& p) {
+  const uint8x8_t lower = vqshrn_n_u16(mixHalf<kWeights>(p.lower), 7);
+  return ByteVector(vqshrn_high_n_u16(lower, mixHalf<kWeights>(p.upper), 7));
+}
+
+#else
+
+// Half a vector of pixels: pairs of bytes, red and green, blue and 0.
+struct Half {
+  __m256i redGreen, blue;
+};
+
+struct Halves {
+  // All channels in the home order of channel 1.
+  explicit Halves(const Planes& p) {
+    const __m256i b = planes::rehome<0, 1>(p.of[0]).raw;
+    const __m256i g = p.of[1].raw;
+    const __m256i r = planes::rehome<2, 1>(p.of[2]).raw;
+    lower = {_mm256_unpacklo_epi8(r, g), _mm256_unpacklo_epi8(b, _mm256_setzero_si256())};
+    upper = {_mm256_unpackhi_epi8(r, g), _mm256_unpackhi_epi8(b, _mm256_setzero_si256())};
+  }
+
+  Half lower, upper;
+};
+
+// Saturates where sums of that many bytes may need it; plain sums are faster.
+template <int kWeightSum>
+HWY_INLINE __m256i addWords(__m256i a, __m256i b) {
+  return kWeightSum * 255 > 32767 ? _mm256_adds_epi16(a, b) : _mm256_add_epi16(a, b);
+}
+
+template <MixWeights kWeights>
+HWY_INLINE __m256i weigh(const Half& p) {
+  const __m256i redGreen = _mm256_set1_epi16(kWeights.green * 256 + kWeights.red);
+  return addWords<weightSum(kWeights)>(
+      _mm256_maddubs_epi16(p.redGreen, redGreen),
+      _mm256_maddubs_epi16(p.blue, _mm256_set1_epi16(kWeights.blue)));
+}
+
+template <MixWeights kWeights>
+HWY_INLINE __m256i mixHalf(const Half& p) {
+  const __m256i rest = _mm256_srli_epi16(weigh<fine(kWeights)>(p), fineBits(kWeights));
+  return _mm256_srli_epi16(
+      addWords<weightSum(coarse(kWeights)) + 4>(weigh<coarse(kWeights)>(p), rest), 7);
+}
+
+template <MixWeights kWeights>
+HWY_INLINE ByteVector mix(const Halves& p) {
+  return ByteVector{_mm256_packus_epi16(mixHalf<kWeights>(p.lower), mixHalf<kWeights>(p.upper))};
+}
+
+#endif
+
+// From the home order of channel 1.
+HWY_INLINE Planes join(ByteVector first, ByteVector second, ByteVector third) {
+  return {{planes::rehome<1, 0>(first), second, planes::rehome<1, 2>(third)}};
+}
+
+void greyVector(const uint8_t* src, uint8_t* dst, std::size_t pixels) {
+  planes::forEachBlock(src, dst, pixels, [](const Planes& p) HWY_ATTR {
+    const ByteVector luma = mix<kLuma>(Halves(p));
+    return join(luma, luma, luma);
+  });
+}
+
+void sepiaVector(const uint8_t* src, uint8_t* dst, std::size_t pixels) {
+  planes::forEachBlock(src, dst, pixels, [](const Planes& p) HWY_ATTR {
+    const Halves halves(p);
+    return join(mix<kSepiaRed>(halves), mix<kSepiaGreen>(halves), mix<kSepiaBlue>(halves));
+  });
+}
+
+void mixColoursVector(ColourMix mix, const uint8_t* src, uint8_t* dst, std::size_t pixels) {
+  (mix == ColourMix::kGrey ? greyVector : sepiaVector)(src, dst, pixels);
+}
+
+#endif
+
+}  // namespace alg::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace alg {
+
+HWY_EXPORT(mixColoursVector);
+
+void mixColoursSimd(ColourMix mix, const uint8_t* src, uint8_t* dst, std::size_t pixels) {
+  HWY_DYNAMIC_DISPATCH(mixColoursVector)(mix, src, dst, pixels);
+}
+
+}  // namespace alg
+#endif

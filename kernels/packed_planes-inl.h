@@ -1,0 +1,144 @@
+// Packed 3-byte pixels as three vectors, one per channel; included by kernel files, once per vector
+// target.
+//
+// Where three-way loads and stores are slow, three whole vectors of bytes are split by blends
+// alone, which leaves each channel's bytes where they were: in a vector of L lanes (L = 16 or 32),
+// byte c of pixel p lies in lane (3p + c) mod L, the home order of channel c:
+//
+//     bytes    0 1 2 0 1 2 0 1 ... | 1 2 0 1 2 0 ... | 2 0 1 2 ...       (L = 32: 0 | 2 | 1)
+//     plane 0  lanes 0, 3, 6, ... from the first vector, the others from the second and third
+//
+// The home orders differ by rotations only. A kernel that treats channels one by one rotates just
+// what changes its channel; one that mixes channels first rotates all to the same order.
+#if defined(ALG_PACKED_PLANES_INL_H_) == defined(HWY_TARGET_TOGGLE)
+#ifdef ALG_PACKED_PLANES_INL_H_
+#undef ALG_PACKED_PLANES_INL_H_
+#else
+#define ALG_PACKED_PLANES_INL_H_
+#endif
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#include "base/image_size.h"
+#include "hwy/highway.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace alg::HWY_NAMESPACE {
+
+#if HWY_TARGET != HWY_SCALAR && HWY_TARGET != HWY_EMU128
+
+namespace planes {
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+using Bytes = hn::ScalableTag<uint8_t>;
+using ByteVector = hn::Vec<Bytes>;
+
+constexpr std::size_t kLanes = hn::MaxLanes(Bytes());  // pixels a step
+constexpr std::size_t kBlockBytes = kPackedBytes * kLanes;
+
+struct Planes {
+  ByteVector of[kPackedBytes];  // [c] in the home order of channel c
+};
+
+#if HWY_TARGET == HWY_NEON
+
+// All home orders are the same.
+template <int kFrom, int kTo>
+HWY_INLINE ByteVector rehome(ByteVector v) {
+  return v;
+}
+
+HWY_INLINE Planes load(const uint8_t* from) {
+  ByteVector v0, v1, v2;
+  hn::LoadInterleaved3(Bytes(), from, v0, v1, v2);
+  return {{v0, v1, v2}};
+}
+
+HWY_INLINE void store(const Planes& p, uint8_t* to) {
+  hn::StoreInterleaved3(p.of[0], p.of[1], p.of[2], Bytes(), to);
+}
+
+#else
+
+// Lane i takes lane i + kBy, round the vector's end; kBy = -2..2.
+template <int kBy>
+HWY_INLINE ByteVector rotateDown(ByteVector v) {
+  const Bytes d;
+  static_assert(kLanes == 32, "two blocks of 16");
+  const ByteVector swapped = hn::SwapAdjacentBlocks(v);
+  if constexpr (kBy < 0) {
+    return hn::CombineShiftRightBytes<16 + kBy>(d, v, swapped);
+  } else if constexpr (kBy > 0) {
+    return hn::CombineShiftRightBytes<kBy>(d, swapped, v);
+  } else {
+    return v;
+  }
+}
+
+// From the home order of one channel to that of another.
+template <int kFrom, int kTo>
+HWY_INLINE ByteVector rehome(ByteVector v) {
+  return rotateDown<kFrom - kTo>(v);
+}
+
+// a in the lanes i with i % 3 = 0, b in those with 1, c in those with 2.
+HWY_INLINE ByteVector choose(ByteVector a, ByteVector b, ByteVector c) {
+  alignas(32) static constexpr uint8_t kEveryThird[kLanes + 2] = {
+      255, 0,   0, 255, 0,   0, 255, 0,   0, 255, 0,   0, 255, 0,   0, 255, 0,
+      0,   255, 0, 0,   255, 0, 0,   255, 0, 0,   255, 0, 0,   255, 0, 0,   255};
+  const Bytes d;
+  const auto first = hn::MaskFromVec(hn::Load(d, kEveryThird));
+  const auto third = hn::MaskFromVec(hn::LoadU(d, kEveryThird + 1));
+  return hn::IfThenElse(first, a, hn::IfThenElse(third, c, b));
+}
+
+// Vector k begins with byte 32k % 3 of a pixel: 0, 2, 1.
+HWY_INLINE Planes load(const uint8_t* from) {
+  const Bytes d;
+  const ByteVector v0 = hn::LoadU(d, from);
+  const ByteVector v1 = hn::LoadU(d, from + kLanes);
+  const ByteVector v2 = hn::LoadU(d, from + 2 * kLanes);
+  return {{choose(v0, v1, v2), choose(v2, v0, v1), choose(v1, v2, v0)}};
+}
+
+HWY_INLINE void store(const Planes& p, uint8_t* to) {
+  const Bytes d;
+  hn::StoreU(choose(p.of[0], p.of[1], p.of[2]), d, to);
+  hn::StoreU(choose(p.of[2], p.of[0], p.of[1]), d, to + kLanes);
+  hn::StoreU(choose(p.of[1], p.of[2], p.of[0]), d, to + 2 * kLanes);
+}
+
+#endif
+
+// dst = map(planes of src), a vector of pixels at a time. The tail goes through the stack: nothing
+// behind the pixels is read or written.
+template <class Map>
+HWY_INLINE void forEachBlock(const uint8_t* src, uint8_t* dst, std::size_t pixels, Map map) {
+  uint8_t tail[kBlockBytes] = {};
+  for (std::size_t rest = kPackedBytes * pixels; rest > 0;) {
+    const std::size_t bytes = rest < kBlockBytes ? rest : kBlockBytes;
+    const bool whole = bytes == kBlockBytes;
+    if (!whole) {
+      std::memcpy(tail, src, bytes);
+    }
+    store(map(load(whole ? src : tail)), whole ? dst : tail);
+    if (!whole) {
+      std::memcpy(dst, tail, bytes);
+    }
+    src += bytes;
+    dst += bytes;
+    rest -= bytes;
+  }
+}
+
+}  // namespace planes
+
+#endif
+
+}  // namespace alg::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#endif  // ALG_PACKED_PLANES_INL_H_
