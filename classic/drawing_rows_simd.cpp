@@ -115,16 +115,6 @@ HWY_INLINE ByteVector scaled(ByteVector a, ByteVector b) {
   return ByteVector(vshrn_high_n_u16(vshrn_n_u16(lower, 7), vmull_high_u8(a.raw, b.raw), 7));
 }
 
-// table[index] in each lane, two indices out of a register at a time.
-HWY_INLINE IntVector lookUp(const int32_t* table, IntVector index) {
-  const uint64x2_t pairs = vreinterpretq_u64_s32(index.raw);
-  const uint64_t first = vgetq_lane_u64(pairs, 0), second = vgetq_lane_u64(pairs, 1);
-  int32x4_t v = vld1q_dup_s32(table + static_cast<uint32_t>(first));
-  v = vld1q_lane_s32(table + (first >> 32), v, 1);
-  v = vld1q_lane_s32(table + static_cast<uint32_t>(second), v, 2);
-  return IntVector(vld1q_lane_s32(table + (second >> 32), v, 3));
-}
-
 #else
 
 // Bytes x, y of each pair times kX and kY, added.
@@ -292,49 +282,9 @@ HWY_INLINE void forEachBlock(uint8_t* out, std::size_t count, Block block) {
   }
 }
 
-#if HWY_TARGET == HWY_NEON
-
-// The low bytes of trunc(v x 255 x 4 / index).
-HWY_INLINE Ints4 cartooned(const Ints4& v, const Ints4& index, const CartoonFactors& factors) {
-  const hn::RebindToUnsigned<Ints> u;
-  Ints4 result;
-  for (int i = 0; i < 4; ++i) {
-    const IntVector whole = hn::Mul(v.part[i], lookUp(factors.entries, index.part[i]));
-    result.part[i] = hn::BitCast(Ints(), hn::ShiftRight<24>(hn::BitCast(u, whole)));
-  }
-  return result;
-}
-
-#else
-
-// The low bytes of trunc(v x 255 x f), where f = 4 / (index + 1), rounded. Where the true quotient
-// is an integer, the result is one less if f is below it. So v x 255 is moved by 1/8 to where the
-// rounding has moved f: that decides these cases, and is too little to matter in any other.
-HWY_INLINE Ints4 cartooned(const Ints4& v, const Ints4& index, const CartoonFactors& /*unused*/) {
-  const Ints d;
-  const Floats f;
-  Ints4 result;
-  for (int i = 0; i < 4; ++i) {
-    const auto n = hn::ConvertTo(f, hn::Add(index.part[i], hn::Set(d, 1)));
-    const auto factor = hn::Div(hn::Set(f, 4.0F), n);
-    const auto error = hn::MulSub(factor, n, hn::Set(f, 4.0F));
-    const auto value = hn::MulAdd(hn::ConvertTo(f, v.part[i]), hn::Set(f, 255.0F),
-                                  hn::CopySign(hn::Set(f, 0.125F), error));
-    result.part[i] = hn::And(hn::ConvertTo(d, hn::Mul(value, factor)), hn::Set(d, 0xFF));
-  }
-  return result;
-}
-
-#endif
-
-// Rows are inked in chunks, in three steps, because looking up works through memory: the energies
-// and their blocks, the blocks' entries, and what these say about the energies.
-struct EdgeChunk {
-  static constexpr std::size_t kWindows = 256;
-
-  HWY_ALIGN int32_t energies[kWindows];  // plus the offset, times 256
-  HWY_ALIGN int32_t entries[kWindows];   // at first the numbers of the blocks
-};
+// Rows are taken in chunks and in three steps, because looking up works through memory: what has to
+// be looked up, the entries, and what follows from them.
+constexpr std::size_t kChunk = 256;  // windows
 
 // Gradients times 16 make energies times 256, which is what entries compare with.
 HWY_INLINE void takeEnergies(const PlaneWindow& w, std::size_t x, int32_t* energies,
@@ -385,22 +335,22 @@ HWY_INLINE ByteVector overlay(ByteVector v, ByteVector grey) {
 HWY_INLINE void inkPlane(const PlaneWindow& w, std::size_t from, std::size_t count,
                          const EdgeSteps& edges, uint8_t* inked) {
   const Bytes d;
-  EdgeChunk chunk;
+  HWY_ALIGN int32_t energies[kChunk], entries[kChunk];
   for (std::size_t x = 0; x < count; x += kBlock) {
-    takeEnergies(w, from + x, chunk.energies + x, chunk.entries + x);
+    takeEnergies(w, from + x, energies + x, entries + x);
   }
-  lookUp(edges.entries, chunk.entries, hwy::RoundUpTo(count, kBlock));
+  lookUp(edges.entries, entries, hwy::RoundUpTo(count, kBlock));
   for (std::size_t x = 0; x < count; x += kBlock) {
-    const ByteVector grey = edgeGreys(chunk.energies + x, chunk.entries + x);
+    const ByteVector grey = edgeGreys(energies + x, entries + x);
     hn::Store(overlay(hn::LoadU(d, w.middle + from + x + 1), grey), d, inked + x);
   }
 }
 
 void inkRowVector(const PlaneWindow& rows, uint8_t* out, std::size_t count,
                   const EdgeSteps& edges) {
-  HWY_ALIGN uint8_t inked[kPackedBytes][EdgeChunk::kWindows];
-  for (std::size_t from = 0; from < count; from += EdgeChunk::kWindows) {
-    const std::size_t part = HWY_MIN(count - from, EdgeChunk::kWindows);
+  HWY_ALIGN uint8_t inked[kPackedBytes][kChunk];
+  for (std::size_t from = 0; from < count; from += kChunk) {
+    const std::size_t part = HWY_MIN(count - from, kChunk);
     for (int c = 0; c < kPackedBytes; ++c) {
       inkPlane(rows.plane(c), from, part, edges, inked[c]);
     }
@@ -412,30 +362,62 @@ void inkRowVector(const PlaneWindow& rows, uint8_t* out, std::size_t count,
   }
 }
 
+// The numbers of a block's factors; planes of them are a chunk apart.
+HWY_INLINE void takeBrightest(const PlaneWindow& rows, std::size_t x, int32_t* numbers) {
+  const Bytes d;
+  ByteVector most[kPackedBytes];
+  for (int c = 0; c < kPackedBytes; ++c) {
+    const PlaneWindow w = rows.plane(c);
+    const ByteVector left = hn::LoadU(d, w.top + x), right = hn::LoadU(d, w.top + x + 2);
+    ByteVector upper = hn::Max(left, right);
+    if (c == 2) {  // channel 1 of the upper right pixel unless the left one is brighter
+      upper = hn::IfThenElse(hn::Eq(upper, right), hn::LoadU(d, w.top - w.pitch + x + 2), left);
+    }
+    const ByteVector lower = hn::Max(hn::LoadU(d, w.bottom + x), hn::LoadU(d, w.bottom + x + 2));
+    most[c] = hn::Max(upper, lower);
+  }
+  const ByteVector brightest = hn::Max(hn::Max(most[0], most[1]), most[2]);
+  for (int c = 0; c < kPackedBytes; ++c) {
+    const Ints4 number = widened(plusThrice(brightest, most[c]));
+    for (std::size_t i = 0; i < 4; ++i) {
+      hn::Store(number.part[i], Ints(), numbers + c * kChunk + i * kBlock / 4);
+    }
+  }
+}
+
+// The high bytes of the products.
+HWY_INLINE ByteVector scaledBy(const int32_t* factors, ByteVector v) {
+  const Ints d;
+  const hn::RebindToUnsigned<Ints> u;
+  Ints4 products = widened(v);
+  for (std::size_t i = 0; i < 4; ++i) {
+    const IntVector product = hn::Mul(products.part[i], hn::Load(d, factors + i * kBlock / 4));
+    products.part[i] = hn::BitCast(d, hn::ShiftRight<24>(hn::BitCast(u, product)));
+  }
+  return narrow(products);
+}
+
 void cartoonRowVector(const PlaneWindow& rows, uint8_t* out, std::size_t count,
                       const CartoonFactors& factors) {
-  forEachBlock(out, count, [&](std::size_t x, uint8_t* to) HWY_ATTR {
-    const Bytes d;
-    ByteVector most[kPackedBytes];
+  HWY_ALIGN int32_t looked[kPackedBytes][kChunk];  // at first the numbers of the factors
+  for (std::size_t from = 0; from < count; from += kChunk) {
+    const std::size_t part = HWY_MIN(count - from, kChunk);
+    for (std::size_t x = 0; x < part; x += kBlock) {
+      takeBrightest(rows, from + x, looked[0] + x);
+    }
     for (int c = 0; c < kPackedBytes; ++c) {
-      const PlaneWindow w = rows.plane(c);
-      const ByteVector left = hn::LoadU(d, w.top + x), right = hn::LoadU(d, w.top + x + 2);
-      ByteVector upper = hn::Max(left, right);
-      if (c == 2) {  // channel 1 of the upper right pixel unless the left one is brighter
-        upper = hn::IfThenElse(hn::Eq(upper, right), hn::LoadU(d, w.top - w.pitch + x + 2), left);
+      lookUp(factors.entries, looked[c], hwy::RoundUpTo(part, kBlock));
+    }
+    forEachBlock(out + kPackedBytes * from, part, [&](std::size_t x, uint8_t* to) HWY_ATTR {
+      const Bytes d;
+      ByteVector result[kPackedBytes];
+      for (int c = 0; c < kPackedBytes; ++c) {
+        const ByteVector v = hn::LoadU(d, rows.plane(c).middle + from + x + 1);
+        result[c] = scaledBy(looked[c] + x, v);
       }
-      const ByteVector lower = hn::Max(hn::LoadU(d, w.bottom + x), hn::LoadU(d, w.bottom + x + 2));
-      most[c] = hn::Max(upper, lower);
-    }
-    const ByteVector limit = hn::Max(hn::Max(most[0], most[1]), most[2]);
-    ByteVector result[kPackedBytes];
-    for (int c = 0; c < kPackedBytes; ++c) {
-      const ByteVector v = hn::LoadU(d, rows.plane(c).middle + x + 1);
-      const Ints4 index = widened(plusThrice(limit, most[c]));
-      result[c] = narrow(cartooned(widened(v), index, factors));
-    }
-    hn::StoreInterleaved3(result[2], result[1], result[0], d, to);
-  });
+      hn::StoreInterleaved3(result[2], result[1], result[0], d, to);
+    });
+  }
 }
 
 #endif

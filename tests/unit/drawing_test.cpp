@@ -147,11 +147,48 @@ const PackedEffect kEffects[] = {
     onPaper(kSmallPaper),
     onPaper(kLargePaper)};
 
-TEST(Drawing, EverySizeAndColourGivesTheReferenceBytes) {
-  onEachTarget([] {
-    for (const PackedEffect& effect : kEffects) checkEverySize(effect);
+void checkSizesOnEachTarget(std::initializer_list<int> effects) {
+  onEachTarget([&] {
+    for (const int i : effects) checkEverySize(kEffects[i]);
   });
+}
+TEST(Drawing, EmbossAndNatureInEverySize) { checkSizesOnEachTarget({1, 2}); }
+TEST(Drawing, SketchesInEverySize) { checkSizesOnEachTarget({0, 5, 6}); }
+TEST(Drawing, PragueInEverySize) { checkSizesOnEachTarget({3, 4}); }
+
+TEST(Drawing, EveryColourGivesTheReferenceBytes) {
   for (const PackedEffect& effect : std::span(kEffects).first(4)) checkEveryColour(effect);
+}
+
+/// One window of 3 x 3 pixels for each (a, b), next to each other; pixels(a, b, set) sets its bytes
+/// by row, column and channel.
+template <class Pixels>
+void checkWindows(const PackedEffect& effect, int as, int bs, Pixels pixels) {
+  const int width = as * bs * 3;
+  Bytes image(zu(width * 9));
+  for (int i = 0; i < as * bs; ++i) {
+    pixels(i % as, i / as, [&](int y, int x, int c, int v) {
+      image[zu(((y * as * bs + i) * 3 + x) * 3 + c)] = uint8_t(v);
+    });
+  }
+  onEachTarget([&] { checkOn(effect, image, width, 3); });
+}
+
+TEST(Drawing, EveryEdgeOfPragueAndSketch) {  // both gradients are odd or both even
+  for (const int effect : {0, 4}) {
+    checkWindows(kEffects[effect], 352, 176, [](int gx, int half, auto set) {
+      for (int c = 0; c < 3; ++c) {
+        set(0, 0, c, gx % 2), set(1, 0, c, gx / 2), set(0, 1, c, half), set(1, 1, c, gx + 85 * c);
+      }
+    });
+  }
+}
+
+TEST(Drawing, EveryFactorAndValueOfPragueCarton) {  // 3 x least + most = 0..1020
+  checkWindows(kEffects[3], 256, 1021, [](int v, int i, auto set) {
+    const int least = i / 4, most = i - 3 * least;
+    for (int c = 0; c < 3; ++c) set(1, 1, c, v), set(2, 2, c, c == i % 3 ? most : least);
+  });
 }
 
 TEST(Drawing, UniformImages) {
