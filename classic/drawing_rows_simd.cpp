@@ -88,11 +88,11 @@ HWY_INLINE Shorts2 plusThrice(ByteVector a, ByteVector b) {
 }
 
 HWY_INLINE Ints4 sumsOfSquares(Shorts2 a, Shorts2 b) {
-  const auto lower = [](ShortVector x, ShortVector y) {
+  const auto lower = [](ShortVector x, ShortVector y) HWY_ATTR {
     return IntVector(vmlal_s16(vmull_s16(vget_low_s16(x.raw), vget_low_s16(x.raw)),
                                vget_low_s16(y.raw), vget_low_s16(y.raw)));
   };
-  const auto upper = [](ShortVector x, ShortVector y) {
+  const auto upper = [](ShortVector x, ShortVector y) HWY_ATTR {
     return IntVector(vmlal_high_s16(vmull_high_s16(x.raw, x.raw), y.raw, y.raw));
   };
   return {{lower(a.lower, b.lower), upper(a.lower, b.lower), lower(a.upper, b.upper),
@@ -101,8 +101,8 @@ HWY_INLINE Ints4 sumsOfSquares(Shorts2 a, Shorts2 b) {
 
 // The low bytes.
 HWY_INLINE ByteVector narrow(const Ints4& v) {
-  const auto bytes = [](IntVector x) { return vreinterpretq_u8_s32(x.raw); };
-  const auto even = [](uint8x16_t x, uint8x16_t y) {
+  const auto bytes = [](IntVector x) HWY_ATTR { return vreinterpretq_u8_s32(x.raw); };
+  const auto even = [](uint8x16_t x, uint8x16_t y) HWY_ATTR {
     return vreinterpretq_u8_u16(vuzp1q_u16(vreinterpretq_u16_u8(x), vreinterpretq_u16_u8(y)));
   };
   return ByteVector(vuzp1q_u8(even(bytes(v.part[0]), bytes(v.part[1])),
@@ -178,6 +178,13 @@ HWY_INLINE Ints4 widened(ByteVector v) {
                          hn::BitCast(shorts, hn::ZipUpper(d, v, zero))});
 }
 
+HWY_INLINE Ints4 load4(const int32_t* from) {
+  const Ints d;
+  constexpr std::size_t kLanes = kBlock / 4;
+  return {{hn::Load(d, from), hn::Load(d, from + kLanes), hn::Load(d, from + 2 * kLanes),
+           hn::Load(d, from + 3 * kLanes)}};
+}
+
 struct Gradient {
   Shorts2 x, y;
 };
@@ -226,17 +233,17 @@ void reliefRowVector(const uint8_t* top, const uint8_t* bottom, uint8_t* grey, s
 // the root or the integer above it, in which case its square is too large. (Of 0, the estimate's
 // product is not a number and becomes 0.)
 HWY_INLINE ByteVector roots(const Ints4& energies) {
-  const auto nearest = [](uint32x4_t limited) {
+  const auto nearest = [](uint32x4_t limited) HWY_ATTR {
     const float32x4_t e = vcvtq_f32_u32(limited);
     const float32x4_t r = vrsqrteq_f32(e);
     const float32x4_t root = vmulq_f32(e, r);
     return vcvtnq_u32_f32(vmulq_f32(root, vrsqrtsq_f32(root, r)));
   };
-  const auto eight = [&](IntVector a, IntVector b) {
+  const auto eight = [&](IntVector a, IntVector b) HWY_ATTR {
     const uint32x4_t most = vdupq_n_u32(255 * 255);
     const uint32x4_t ea = vminq_u32(vreinterpretq_u32_s32(a.raw), most);
     const uint32x4_t eb = vminq_u32(vreinterpretq_u32_s32(b.raw), most);
-    const auto narrowed = [](uint32x4_t x, uint32x4_t y) {
+    const auto narrowed = [](uint32x4_t x, uint32x4_t y) HWY_ATTR {
       return vuzp1q_u16(vreinterpretq_u16_u32(x), vreinterpretq_u16_u32(y));
     };
     const uint16x8_t root = narrowed(nearest(ea), nearest(eb));
@@ -314,11 +321,11 @@ HWY_INLINE void lookUp(const int32_t* table, int32_t* values, std::size_t count)
 
 HWY_INLINE ByteVector edgeGreys(const int32_t* energies, const int32_t* entries) {
   const Ints d;
-  Ints4 greys;
+  Ints4 greys = load4(entries);
   for (std::size_t i = 0; i < 4; ++i) {
-    const IntVector entry = hn::Load(d, entries + i * kBlock / 4);
-    const auto stepped = hn::Gt(hn::Load(d, energies + i * kBlock / 4), entry);
-    greys.part[i] = hn::And(hn::Add(entry, hn::VecFromMask(d, stepped)), hn::Set(d, 0xFF));
+    const auto stepped = hn::Gt(hn::Load(d, energies + i * kBlock / 4), greys.part[i]);
+    const IntVector moved = hn::Add(greys.part[i], hn::VecFromMask(d, stepped));
+    greys.part[i] = hn::And(moved, hn::Set(d, 0xFF));
   }
   return narrow(greys);
 }
@@ -377,7 +384,7 @@ HWY_INLINE void takeBrightest(const PlaneWindow& rows, std::size_t x, int32_t* n
     most[c] = hn::Max(upper, lower);
   }
   const ByteVector brightest = hn::Max(hn::Max(most[0], most[1]), most[2]);
-  for (int c = 0; c < kPackedBytes; ++c) {
+  for (std::size_t c = 0; c < kPackedBytes; ++c) {
     const Ints4 number = widened(plusThrice(brightest, most[c]));
     for (std::size_t i = 0; i < 4; ++i) {
       hn::Store(number.part[i], Ints(), numbers + c * kChunk + i * kBlock / 4);
