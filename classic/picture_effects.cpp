@@ -1,8 +1,11 @@
 // The two effects that blend pictures of the device into the image.
+#include <algorithm>
 #include <cstddef>
 
 #include "base/image_size.h"
-#include "kernels/nearest_steps.h"
+#include "classic/picture_rows.h"
+#include "kernels/overlap.h"
+#include "kernels/stretched_rows.h"
 #include "libalgorithm/classic_effects.h"
 #include "platform/bitmap.h"
 
@@ -12,72 +15,97 @@ constexpr const char* kColorpaintPath = "/data/data/com.android.camera/effect/co
 constexpr const char* kFrontPath = "/data/data/com.android.camera/effect/front.png";
 constexpr const char* kEffectPath = "/data/data/com.android.camera/effect/effect.png";
 
-constexpr int kPictureBytes = 4;  // R, G, B, A
-
-/// Calls write(pixel, dst, offset) for each pixel of the image in memory order: `pixel` is a copy
-/// of the source pixel (B, G, R), so that dst may overlap src, and `offset` is the byte offset of
-/// the picture's pixel there, the picture being stretched over the image by nearest neighbour.
-template <class Write>
-void blendStretched(const uint8_t* src, uint8_t* dst, int width, int height,
-                    const alg::Bitmap& picture, Write write) {
-  if (width < 1 || height < 1) {
-    return;
-  }
-  const std::size_t pitch = static_cast<std::size_t>(picture.width) * kPictureBytes;
-  alg::NearestSteps row(picture.height, height);
-  for (int y = 0; y < height; ++y, row.advance()) {
-    const std::size_t rowOffset = pitch * static_cast<std::size_t>(row.index());
-    alg::NearestSteps column(picture.width, width);
-    for (int x = 0; x < width; ++x, column.advance()) {
-      const uint8_t pixel[alg::kPackedBytes] = {src[0], src[1], src[2]};
-      write(pixel, dst, rowOffset + static_cast<std::size_t>(column.index()) * kPictureBytes);
-      src += alg::kPackedBytes;
-      dst += alg::kPackedBytes;
+/// Calls work(src, dst, row, first column, pixels) for pieces of rows in memory order, no pixel of
+/// which is read after one of them was written.
+template <class Work>
+void forEachPiece(const uint8_t* src, uint8_t* dst, int width, int height, Work work) {
+  const auto columns = static_cast<std::size_t>(width);
+  const std::size_t piece =
+      alg::pixelsAtATime(src, dst, columns * static_cast<std::size_t>(height));
+  for (int row = 0; row < height; ++row) {
+    for (std::size_t x = 0; x < columns;) {
+      const std::size_t pixels = std::min(piece, columns - x);
+      work(src, dst, row, x, pixels);
+      x += pixels;
+      src += alg::kPackedBytes * pixels;
+      dst += alg::kPackedBytes * pixels;
     }
   }
 }
 
 uint8_t addLimited(int a, int b) { return static_cast<uint8_t>(a + b < 255 ? a + b : 255); }
 
-/// (alpha x front + (255 - alpha) x value) / 256: an opaque front loses up to one level.
 uint8_t layOver(int alpha, int front, int value) {
   return static_cast<uint8_t>((alpha * front + (255 - alpha) * value) >> 8);
 }
 
 }  // namespace
 
+namespace alg {
+
+void paintRowPlain(const uint8_t* src, const uint8_t* paint, uint8_t* dst, std::size_t pixels) {
+  for (std::size_t i = 0; i < kPackedBytes * pixels; i += kPackedBytes) {
+    const uint8_t pixel[] = {src[i], src[i + 1], src[i + 2]};
+    dst[i] = addLimited(pixel[2], paint[i + 2]);
+    dst[i + 1] = addLimited(pixel[1], paint[i + 1]);
+    dst[i + 2] = addLimited(pixel[0], paint[i]);
+  }
+}
+
+void layRowPlain(const uint8_t* src, const uint8_t* front, const uint8_t* mask, uint8_t* dst,
+                 std::size_t pixels) {
+  for (std::size_t i = 0; i < pixels;
+       ++i, src += kPackedBytes, dst += kPackedBytes, front += kArgbBytes, mask += kArgbBytes) {
+    const int inverting = mask[3] != 0 ? 255 : 0;  // 255 - v = 255 ^ v
+    const uint8_t pixel[] = {src[0], src[1], src[2]};
+    dst[0] = layOver(front[3], front[0], pixel[2] ^ inverting);
+    dst[1] = layOver(front[3], front[1], pixel[1] ^ inverting);
+    dst[2] = layOver(front[3], front[2], pixel[0] ^ inverting);
+  }
+}
+
+}  // namespace alg
+
 void Colorpaint(unsigned char* src, unsigned char* dst, int width, int height) {
   if (!alg::decodePngFile(kColorpaintPath, alg::bitmap_effect)) {
     return;
   }
   const uint8_t* picture = alg::bitmap_effect.pixels.get();
-  blendStretched(src, dst, width, height, alg::bitmap_effect,
-                 [picture](const uint8_t* bgr, uint8_t* out, std::size_t offset) {
-                   const uint8_t* paint = picture + offset;
-                   out[0] = addLimited(bgr[2], paint[0]);
-                   out[1] = addLimited(bgr[1], paint[1]);
-                   out[2] = addLimited(bgr[0], paint[2]);
-                 });
+  alg::StretchedRows paint(alg::bitmap_effect.width, alg::bitmap_effect.height, width, height,
+                           alg::StretchedPixels::kPackedCrossed);
+  if (!paint.any()) {
+    return;
+  }
+  forEachPiece(src, dst, width, height,
+               [&](const uint8_t* from, uint8_t* to, int y, std::size_t x, std::size_t pixels) {
+                 const uint8_t* row = paint.row(picture, y);
+                 alg::paintRow(from, row + alg::kPackedBytes * x, to, pixels);
+               });
 }
 
 void areaeffect(unsigned char* src, unsigned char* dst, int width, int height) {
   // Both are decoded whatever becomes of the first: the bitmaps outlive the call.
   const bool hasFront = alg::decodePngFile(kFrontPath, alg::bitmap_front);
   const bool hasEffect = alg::decodePngFile(kEffectPath, alg::bitmap_effect);
-  if (!hasFront || !hasEffect || alg::bitmap_effect.width < alg::bitmap_front.width ||
-      alg::bitmap_effect.height < alg::bitmap_front.height) {
+  const alg::Bitmap& front = alg::bitmap_front;
+  const alg::Bitmap& effect = alg::bitmap_effect;
+  if (!hasFront || !hasEffect || effect.width < front.width || effect.height < front.height) {
     return;
   }
   // The offset in the front picture counts in both, in a wider effect picture, too: there it lies
   // in another column or row, but always inside.
-  const uint8_t* front = alg::bitmap_front.pixels.get();
-  const uint8_t* effect = alg::bitmap_effect.pixels.get();
-  blendStretched(src, dst, width, height, alg::bitmap_front,
-                 [front, effect](const uint8_t* bgr, uint8_t* out, std::size_t offset) {
-                   const uint8_t* over = front + offset;
-                   const int inverting = effect[offset + 3] != 0 ? 255 : 0;  // 255 - v = 255 ^ v
-                   out[0] = layOver(over[3], over[0], bgr[2] ^ inverting);
-                   out[1] = layOver(over[3], over[1], bgr[1] ^ inverting);
-                   out[2] = layOver(over[3], over[2], bgr[0] ^ inverting);
-                 });
+  constexpr auto kWhole = alg::StretchedPixels::kWhole;
+  alg::StretchedRows over(front.width, front.height, width, height, kWhole);
+  alg::StretchedRows mask(front.width, front.height, width, height, kWhole);
+  if (!over.any() || !mask.any()) {
+    return;
+  }
+  const uint8_t* frontPixels = front.pixels.get();
+  const uint8_t* effectPixels = effect.pixels.get();
+  forEachPiece(src, dst, width, height,
+               [&](const uint8_t* from, uint8_t* to, int y, std::size_t x, std::size_t pixels) {
+                 const std::size_t offset = alg::kArgbBytes * x;
+                 alg::layRow(from, over.row(frontPixels, y) + offset,
+                             mask.row(effectPixels, y) + offset, to, pixels);
+               });
 }

@@ -2,11 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
-#include <functional>
 
 #include "base/image_size.h"
-#include "kernels/nearest_steps.h"
+#include "kernels/overlap.h"
 
 namespace alg {
 namespace {
@@ -37,28 +35,6 @@ uint8_t blend(const Gains& g, int c, uint8_t o) {
   return static_cast<uint8_t>(c + change);
 }
 
-/// How many pixels can be done at a time, so that none of them is read after one was written: a
-/// destination that starts inside the source feeds results back into pixels still to be read.
-std::size_t pixelsAtATime(const uint8_t* src, const uint8_t* dst, std::size_t pixels) {
-  const std::less<> before;
-  if (before(src, dst) && before(dst, src + kPackedBytes * pixels)) {
-    return std::max(static_cast<std::size_t>(dst - src) / kPackedBytes, std::size_t{1});
-  }
-  return pixels;
-}
-
-/// Column by column; for overlays that are wider than the image or very narrow.
-void stretchSlowly(const uint8_t* overlayRow, int overlayWidth, int width, bool reversed,
-                   uint8_t* to) {
-  NearestSteps column(overlayWidth, width);
-  for (int i = 0; i < width; ++i, column.advance(), to += kPackedBytes) {
-    const uint8_t* pixel = overlayRow + std::ptrdiff_t{4} * column.index();
-    to[0] = pixel[reversed ? 2 : 0];
-    to[1] = pixel[1];
-    to[2] = pixel[reversed ? 0 : 2];
-  }
-}
-
 }  // namespace
 
 uint8_t softLight(uint8_t c, uint8_t o) { return blend(gains(), c, o); }
@@ -82,84 +58,28 @@ void pinkLightPixelsPlain(const uint8_t* src, const uint8_t* overlay, uint8_t* d
   }
 }
 
-void stretchQuadsPlain(const uint8_t* overlayRow, const StretchedQuad* quads, std::size_t count,
-                       uint8_t* to) {
-  for (const StretchedQuad* quad = quads; quad != quads + count; ++quad, to += kQuadBytes) {
-    for (int i = 0; i < kQuadBytes; ++i) {
-      to[i] = overlayRow[quad->offset + quad->bytes[i]];
-    }
-  }
-}
-
 SoftLightImage::SoftLightImage(const SoftLightEffect& effect, const Overlay& overlay, int width,
                                int height)
     : effect_(effect),
-      overlay_(overlay),
-      width_(width),
-      height_(height),
-      crossed_(effect.order == SoftLightEffect::Order::kCurvesThenBlend) {
-  if (nothingToDo()) {
-    return;
-  }
-  const std::size_t quads = (static_cast<std::size_t>(width) + 3) / 4;
-  const bool inQuads = overlay.width >= 4 && overlay.width <= width;
-  const std::size_t stretchedBytes = kQuadBytes * quads + kStretchSlack;
-  work_ = allocateBlock((inQuads ? sizeof(StretchedQuad) * quads : 0) + stretchedBytes);
-  if (!work_) {
-    return;
-  }
-  stretched_ = work_.get();
-  if (inQuads) {
-    quads_ = reinterpret_cast<StretchedQuad*>(work_.get());
-    quadCount_ = quads;
-    stretched_ += sizeof(StretchedQuad) * quads;
-    fillQuads();
-  }
-}
-
-void SoftLightImage::fillQuads() {
-  NearestSteps column(overlay_.width, width_);
-  const int last = overlay_.width - 1;
-  for (std::size_t i = 0; i < quadCount_; ++i) {
-    const int first = std::min(column.index(), overlay_.width - 4);
-    StretchedQuad& quad = quads_[i];
-    quad = {};
-    quad.offset = uint32_t{4} * static_cast<uint32_t>(first);
-    for (int k = 0; k < kQuadBytes; k += kPackedBytes, column.advance()) {
-      const int byte = 4 * (std::min(column.index(), last) - first);
-      quad.bytes[k] = static_cast<uint8_t>(byte + (crossed_ ? 2 : 0));
-      quad.bytes[k + 1] = static_cast<uint8_t>(byte + 1);
-      quad.bytes[k + 2] = static_cast<uint8_t>(byte + (crossed_ ? 0 : 2));
-    }
-  }
-}
-
-const uint8_t* SoftLightImage::stretchedRow(int imageRow) {
-  const int64_t row = int64_t{imageRow} * overlay_.height / height_;
-  if (row != stretchedFrom_) {
-    stretchedFrom_ = row;
-    const uint8_t* overlayRow = overlay_.pixels + std::ptrdiff_t{4} * overlay_.width * row;
-    if (quads_ != nullptr) {
-      stretchQuads(overlayRow, quads_, quadCount_, stretched_);
-    } else {
-      stretchSlowly(overlayRow, overlay_.width, width_, crossed_, stretched_);
-    }
-  }
-  return stretched_;
-}
+      overlay_(overlay.pixels),
+      width_(static_cast<std::size_t>(width)),
+      empty_(width < 1 || height < 1 || overlay.width < 1 || overlay.height < 1),
+      rows_(overlay.width, overlay.height, width, height,
+            effect.order == SoftLightEffect::Order::kCurvesThenBlend
+                ? StretchedPixels::kPackedCrossed
+                : StretchedPixels::kPacked) {}
 
 void SoftLightImage::mapRows(const uint8_t* src, uint8_t* dst, int firstRow, int rows) {
-  if (!work_ || rows < 1) {
+  if (!rows_.any() || rows < 1) {
     return;
   }
-  const auto width = static_cast<std::size_t>(width_);
-  const std::size_t block = pixelsAtATime(src, dst, width * static_cast<std::size_t>(rows));
+  const std::size_t block = pixelsAtATime(src, dst, width_ * static_cast<std::size_t>(rows));
   for (int row = firstRow; row < firstRow + rows; ++row) {
-    const uint8_t* overlay = stretchedRow(row);
-    for (std::size_t done = 0; done < width;) {
-      const std::size_t pixels = std::min(block, width - done);
+    const uint8_t* overlay = rows_.row(overlay_, row);
+    for (std::size_t done = 0; done < width_;) {
+      const std::size_t pixels = std::min(block, width_ - done);
       const std::size_t bytes = kPackedBytes * pixels;
-      if (crossed_) {
+      if (effect_.order == SoftLightEffect::Order::kCurvesThenBlend) {
         mapCurves(src, dst, pixels, effect_.curves);
         softLightBytes(dst, overlay, dst, bytes);
       } else {

@@ -4,8 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "base/block.h"
 #include "kernels/curve_map.h"
+#include "kernels/stretched_rows.h"
 
 namespace alg {
 
@@ -30,15 +30,6 @@ struct SoftLightEffect {
   Curves curves;
 };
 
-/// Four columns of the image: they meet four neighbouring overlay pixels at most when the overlay
-/// is not wider.
-struct StretchedQuad {
-  uint8_t bytes[16];  // from where each of the 12 bytes of the packed pixels comes; 4 unused
-  uint32_t offset;    // in bytes, of the 16 bytes of the overlay row they come from
-};
-inline constexpr int kQuadBytes = 12;
-inline constexpr std::size_t kStretchSlack = 4;
-
 /// How much pink pulls byte 0 of a pixel up and the others down: positive below 128, negative
 /// above, -13..12.
 constexpr int pinkShift(int v) { return ((v - 128) * v * (v - 255)) >> 16; }
@@ -52,8 +43,8 @@ class SoftLightImage {
   /// The effect and the overlay's pixels must outlive this.
   SoftLightImage(const SoftLightEffect& effect, const Overlay& overlay, int width, int height);
 
-  /// Whether work memory for the rows could be had.
-  bool ready() const { return work_ != nullptr || nothingToDo(); }
+  /// Whether work memory for the rows could be had, if there are any.
+  bool ready() const { return rows_.any() || empty_; }
 
   /// Does rows firstRow..firstRow + rows - 1 of the image, src and dst pointing at the first of
   /// them. Pixels go in memory order, each read whole before it is written, so that src and dst may
@@ -62,21 +53,11 @@ class SoftLightImage {
   void mapRows(const uint8_t* src, uint8_t* dst, int firstRow, int rows);
 
  private:
-  bool nothingToDo() const {
-    return width_ < 1 || height_ < 1 || overlay_.width < 1 || overlay_.height < 1;
-  }
-  void fillQuads();
-  const uint8_t* stretchedRow(int imageRow);
-
   const SoftLightEffect& effect_;
-  const Overlay overlay_;
-  const int width_, height_;
-  const bool crossed_;  // the overlay meets pixels that are crossed already
-  Block work_;          // quads_, then stretched_
-  StretchedQuad* quads_ = nullptr;
-  std::size_t quadCount_ = 0;
-  uint8_t* stretched_ = nullptr;
-  int64_t stretchedFrom_ = -1;  // overlay row
+  const uint8_t* const overlay_;
+  const std::size_t width_;
+  const bool empty_;    // a size is below 1
+  StretchedRows rows_;  // crossed where they meet pixels that are crossed already
 };
 
 /// The whole image at once.
@@ -90,17 +71,11 @@ void softLightBytes(const uint8_t* src, const uint8_t* overlay, uint8_t* dst, st
 /// The same with packed pixels that are turned to pink first.
 void pinkLightPixels(const uint8_t* src, const uint8_t* overlay, uint8_t* dst, std::size_t pixels);
 
-/// Writes kQuadBytes bytes for each quad, and kStretchSlack behind the last one.
-void stretchQuads(const uint8_t* overlayRow, const StretchedQuad* quads, std::size_t count,
-                  uint8_t* to);
-
 /// The definitions.
 void softLightBytesPlain(const uint8_t* src, const uint8_t* overlay, uint8_t* dst,
                          std::size_t bytes);
 void pinkLightPixelsPlain(const uint8_t* src, const uint8_t* overlay, uint8_t* dst,
                           std::size_t pixels);
-void stretchQuadsPlain(const uint8_t* overlayRow, const StretchedQuad* quads, std::size_t count,
-                       uint8_t* to);
 
 // The effects of the Pretty filters (overlay_filters.cpp), built at first use.
 const SoftLightEffect& japanEffect();

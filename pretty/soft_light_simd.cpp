@@ -114,11 +114,6 @@ void pinkLightVector(const uint8_t* src, const uint8_t* overlay, uint8_t* dst, s
   pinkLightPixelsPlain(src, overlay, dst, pixels);
 }
 
-void stretchVector(const uint8_t* overlayRow, const StretchedQuad* quads, std::size_t count,
-                   uint8_t* to) {
-  stretchQuadsPlain(overlayRow, quads, count, to);
-}
-
 #else
 
 namespace hn = hwy::HWY_NAMESPACE;
@@ -313,15 +308,6 @@ void pinkLightVector(const uint8_t* src, const uint8_t* overlay, uint8_t* dst, s
                });
 }
 
-void stretchVector(const uint8_t* overlayRow, const StretchedQuad* quads, std::size_t count,
-                   uint8_t* to) {
-  const hn::FixedTag<uint8_t, 16> d;
-  for (const StretchedQuad* quad = quads; quad != quads + count; ++quad, to += kQuadBytes) {
-    const auto pixels = hn::LoadU(d, overlayRow + quad->offset);
-    hn::StoreU(hn::TableLookupBytes(pixels, hn::LoadU(d, quad->bytes)), d, to);
-  }
-}
-
 #endif
 
 }  // namespace alg::HWY_NAMESPACE
@@ -332,7 +318,6 @@ namespace alg {
 
 HWY_EXPORT(softLightVector);
 HWY_EXPORT(pinkLightVector);
-HWY_EXPORT(stretchVector);
 
 void softLightBytes(const uint8_t* src, const uint8_t* overlay, uint8_t* dst, std::size_t bytes) {
   HWY_DYNAMIC_DISPATCH(softLightVector)(src, overlay, dst, bytes);
@@ -340,11 +325,6 @@ void softLightBytes(const uint8_t* src, const uint8_t* overlay, uint8_t* dst, st
 
 void pinkLightPixels(const uint8_t* src, const uint8_t* overlay, uint8_t* dst, std::size_t pixels) {
   HWY_DYNAMIC_DISPATCH(pinkLightVector)(src, overlay, dst, pixels);
-}
-
-void stretchQuads(const uint8_t* overlayRow, const StretchedQuad* quads, std::size_t count,
-                  uint8_t* to) {
-  HWY_DYNAMIC_DISPATCH(stretchVector)(overlayRow, quads, count, to);
 }
 
 }  // namespace alg

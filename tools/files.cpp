@@ -87,11 +87,15 @@ std::vector<uint8_t> readFile(const fs::path& path) {
   if (!file) {
     fail("read", path, errno);
   }
+  std::error_code noSize;  // of a pipe
+  const std::uintmax_t expected = fs::file_size(path, noSize);
+  constexpr std::size_t kLargestGuess = 1U << 30U;
   std::vector<uint8_t> bytes;
   std::size_t size = 0;
-  do {
+  do {  // one byte more than expected shows that the file has ended
     constexpr std::size_t kFirstPiece = 1U << 20U;
-    bytes.resize(std::max(kFirstPiece, 2 * size));
+    const auto guess = noSize ? kFirstPiece : std::min<std::size_t>(expected, kLargestGuess) + 1;
+    bytes.resize(std::max(guess, 2 * size));
     size += std::fread(bytes.data() + size, 1, bytes.size() - size, file.get());
   } while (size == bytes.size());
   if (std::ferror(file.get()) != 0) {

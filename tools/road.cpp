@@ -3,11 +3,11 @@
 #include <fmt/format.h>
 
 #include <new>
-#include <vector>
 
 #include "base/image_size.h"
 #include "libalgorithm/effect_pipeline.h"
 #include "libalgorithm/yuv_convert.h"
+#include "platform/large_block.h"
 #include "tools/device_root.h"
 
 namespace alg::tool {
@@ -16,9 +16,12 @@ void throughFrame(Photo& photo, const std::function<void(const Frame&)>& work) {
   const int width = photo.width;
   const int height = photo.height;
   uint32_t* pixels = wordsOf(photo);
-  std::vector<uint8_t> bytes(static_cast<std::size_t>(yuvFrameBytes(width, height)));
-  uint8_t* chroma = bytes.data() + pixelCount(width, height);
-  const Frame frame{bytes.data(), chroma, width, height, width, width};
+  const Block bytes = allocateLargeBlock(static_cast<std::size_t>(yuvFrameBytes(width, height)));
+  if (!bytes) {
+    throw std::bad_alloc();
+  }
+  uint8_t* chroma = bytes.get() + pixelCount(width, height);
+  const Frame frame{bytes.get(), chroma, width, height, width, width};
 
   decodeARGB2YVU_OpenGL(pixels, frame.y, frame.uv, width, height, width, width);
   work(frame);

@@ -1,0 +1,130 @@
+// Row kernels of the picture effects, compiled once per vector target.
+#include <cstring>
+
+#include "base/image_size.h"
+#include "classic/picture_rows.h"
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "classic/picture_rows_simd.cpp"
+#include "hwy/foreach_target.h"  // IWYU pragma: keep
+#include "hwy/highway.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace alg::HWY_NAMESPACE {
+
+#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
+
+// Without vectors the definitions are the fastest there is.
+void paintVector(const uint8_t* src, const uint8_t* paint, uint8_t* dst, std::size_t pixels) {
+  paintRowPlain(src, paint, dst, pixels);
+}
+
+void layVector(const uint8_t* src, const uint8_t* front, const uint8_t* mask, uint8_t* dst,
+               std::size_t pixels) {
+  layRowPlain(src, front, mask, dst, pixels);
+}
+
+#else
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+using Bytes = hn::ScalableTag<uint8_t>;
+using Shorts = hn::Repartition<uint16_t, Bytes>;
+using ByteVector = hn::Vec<Bytes>;
+
+constexpr std::size_t kLanes = hn::MaxLanes(Bytes());  // pixels a step
+
+HWY_INLINE void paintBlock(const uint8_t* src, const uint8_t* paint, uint8_t* dst) {
+  const Bytes d;
+  ByteVector b, g, r, paintB, paintG, paintR;
+  hn::LoadInterleaved3(d, src, b, g, r);
+  hn::LoadInterleaved3(d, paint, paintB, paintG, paintR);
+  hn::StoreInterleaved3(hn::SaturatedAdd(r, paintR), hn::SaturatedAdd(g, paintG),
+                        hn::SaturatedAdd(b, paintB), d, dst);
+}
+
+// Even and odd bytes take turns in 16-bit lanes: of the sums, which fit, the upper bytes remain.
+HWY_INLINE ByteVector layOver(ByteVector alpha, ByteVector front, ByteVector value) {
+  const Bytes d;
+  const Shorts shorts;
+  const auto lowBytes = hn::Set(shorts, 0xFF);
+  const auto even = [&](ByteVector v)
+                        HWY_ATTR { return hn::And(hn::BitCast(shorts, v), lowBytes); };
+  const auto odd = [&](ByteVector v) HWY_ATTR { return hn::ShiftRight<8>(hn::BitCast(shorts, v)); };
+  const ByteVector rest = hn::Not(alpha);  // 255 - alpha
+  const auto sum0 = hn::Add(hn::Mul(even(alpha), even(front)), hn::Mul(even(rest), even(value)));
+  const auto sum1 = hn::Add(hn::Mul(odd(alpha), odd(front)), hn::Mul(odd(rest), odd(value)));
+  return hn::BitCast(d, hn::Or(hn::ShiftRight<8>(sum0), hn::AndNot(lowBytes, sum1)));
+}
+
+HWY_INLINE void layBlock(const uint8_t* src, const uint8_t* front, const uint8_t* mask,
+                         uint8_t* dst) {
+  const Bytes d;
+  ByteVector b, g, r, frontR, frontG, frontB, alpha, unused0, unused1, unused2, maskAlpha;
+  hn::LoadInterleaved3(d, src, b, g, r);
+  hn::LoadInterleaved4(d, front, frontR, frontG, frontB, alpha);
+  hn::LoadInterleaved4(d, mask, unused0, unused1, unused2, maskAlpha);
+  const ByteVector kept = hn::VecFromMask(d, hn::Eq(maskAlpha, hn::Zero(d)));
+  const auto shown = [&](ByteVector v) HWY_ATTR { return hn::Xor(v, hn::Not(kept)); };
+  hn::StoreInterleaved3(layOver(alpha, frontR, shown(r)), layOver(alpha, frontG, shown(g)),
+                        layOver(alpha, frontB, shown(b)), d, dst);
+}
+
+void paintVector(const uint8_t* src, const uint8_t* paint, uint8_t* dst, std::size_t pixels) {
+  std::size_t i = 0;
+  for (; i + kLanes <= pixels; i += kLanes) {
+    paintBlock(src + kPackedBytes * i, paint + kPackedBytes * i, dst + kPackedBytes * i);
+  }
+  if (i < pixels) {
+    uint8_t values[kPackedBytes * kLanes] = {};
+    uint8_t others[kPackedBytes * kLanes] = {};
+    const std::size_t bytes = kPackedBytes * (pixels - i);
+    std::memcpy(values, src + kPackedBytes * i, bytes);
+    std::memcpy(others, paint + kPackedBytes * i, bytes);
+    paintBlock(values, others, values);
+    std::memcpy(dst + kPackedBytes * i, values, bytes);
+  }
+}
+
+void layVector(const uint8_t* src, const uint8_t* front, const uint8_t* mask, uint8_t* dst,
+               std::size_t pixels) {
+  std::size_t i = 0;
+  for (; i + kLanes <= pixels; i += kLanes) {
+    layBlock(src + kPackedBytes * i, front + kArgbBytes * i, mask + kArgbBytes * i,
+             dst + kPackedBytes * i);
+  }
+  if (i < pixels) {
+    uint8_t values[kPackedBytes * kLanes] = {};
+    uint8_t fronts[kArgbBytes * kLanes] = {};
+    uint8_t masks[kArgbBytes * kLanes] = {};
+    const std::size_t left = pixels - i;
+    std::memcpy(values, src + kPackedBytes * i, kPackedBytes * left);
+    std::memcpy(fronts, front + kArgbBytes * i, kArgbBytes * left);
+    std::memcpy(masks, mask + kArgbBytes * i, kArgbBytes * left);
+    layBlock(values, fronts, masks, values);
+    std::memcpy(dst + kPackedBytes * i, values, kPackedBytes * left);
+  }
+}
+
+#endif
+
+}  // namespace alg::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace alg {
+
+HWY_EXPORT(paintVector);
+HWY_EXPORT(layVector);
+
+void paintRow(const uint8_t* src, const uint8_t* paint, uint8_t* dst, std::size_t pixels) {
+  HWY_DYNAMIC_DISPATCH(paintVector)(src, paint, dst, pixels);
+}
+
+void layRow(const uint8_t* src, const uint8_t* front, const uint8_t* mask, uint8_t* dst,
+            std::size_t pixels) {
+  HWY_DYNAMIC_DISPATCH(layVector)(src, front, mask, dst, pixels);
+}
+
+}  // namespace alg
+#endif
