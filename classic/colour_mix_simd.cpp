@@ -5,9 +5,8 @@
 //
 //     sum >> shift  =  (coarse sum + (fine sum >> s)) >> 7        exactly
 //
-// Coarse weights fit 7 bits and fine ones 4. AVX2's sums saturate at 2^15 - 1, which then gives
-// 255, as the definition's limit wants it; NEON's stay below 2^16 and saturate when they become
-// bytes.
+// Coarse weights fit 7 bits and fine ones 4, so that all stays below 2^16, and values above 255 are
+// limited when they become bytes. AVX2's sums of two products end at 2^15 - 1, which is 255 then.
 #include "classic/colour_mix.h"
 
 #undef HWY_TARGET_INCLUDE
@@ -42,8 +41,6 @@ constexpr MixWeights fine(const MixWeights& w) {
   const int mask = (1 << fineBits(w)) - 1;
   return {w.red & mask, w.green & mask, w.blue & mask, 0};
 }
-
-constexpr int weightSum(const MixWeights& w) { return w.red + w.green + w.blue; }
 
 #if HWY_TARGET == HWY_NEON
 
@@ -98,25 +95,17 @@ struct Halves {
   Half lower, upper;
 };
 
-// Saturates where sums of that many bytes may need it; plain sums are faster.
-template <int kWeightSum>
-HWY_INLINE __m256i addWords(__m256i a, __m256i b) {
-  return kWeightSum * 255 > 32767 ? _mm256_adds_epi16(a, b) : _mm256_add_epi16(a, b);
-}
-
 template <MixWeights kWeights>
 HWY_INLINE __m256i weigh(const Half& p) {
   const __m256i redGreen = _mm256_set1_epi16(kWeights.green * 256 + kWeights.red);
-  return addWords<weightSum(kWeights)>(
-      _mm256_maddubs_epi16(p.redGreen, redGreen),
-      _mm256_maddubs_epi16(p.blue, _mm256_set1_epi16(kWeights.blue)));
+  return _mm256_add_epi16(_mm256_maddubs_epi16(p.redGreen, redGreen),
+                          _mm256_maddubs_epi16(p.blue, _mm256_set1_epi16(kWeights.blue)));
 }
 
 template <MixWeights kWeights>
 HWY_INLINE __m256i mixHalf(const Half& p) {
   const __m256i rest = _mm256_srli_epi16(weigh<fine(kWeights)>(p), fineBits(kWeights));
-  return _mm256_srli_epi16(
-      addWords<weightSum(coarse(kWeights)) + 4>(weigh<coarse(kWeights)>(p), rest), 7);
+  return _mm256_srli_epi16(_mm256_add_epi16(weigh<coarse(kWeights)>(p), rest), 7);
 }
 
 template <MixWeights kWeights>

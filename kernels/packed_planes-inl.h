@@ -117,20 +117,15 @@ HWY_INLINE void store(const Planes& p, uint8_t* to) {
 // behind the pixels is read or written.
 template <class Map>
 HWY_INLINE void forEachBlock(const uint8_t* src, uint8_t* dst, std::size_t pixels, Map map) {
-  uint8_t tail[kBlockBytes] = {};
-  for (std::size_t rest = kPackedBytes * pixels; rest > 0;) {
-    const std::size_t bytes = rest < kBlockBytes ? rest : kBlockBytes;
-    const bool whole = bytes == kBlockBytes;
-    if (!whole) {
-      std::memcpy(tail, src, bytes);
-    }
-    store(map(load(whole ? src : tail)), whole ? dst : tail);
-    if (!whole) {
-      std::memcpy(dst, tail, bytes);
-    }
-    src += bytes;
-    dst += bytes;
-    rest -= bytes;
+  std::size_t bytes = kPackedBytes * pixels;
+  for (; bytes >= kBlockBytes; bytes -= kBlockBytes, src += kBlockBytes, dst += kBlockBytes) {
+    store(map(load(src)), dst);
+  }
+  if (bytes > 0) {
+    uint8_t tail[kBlockBytes] = {};
+    std::memcpy(tail, src, bytes);
+    store(map(load(tail)), tail);
+    std::memcpy(dst, tail, bytes);
   }
 }
 
