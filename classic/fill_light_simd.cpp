@@ -131,9 +131,8 @@ class LightRow {
         __builtin_prefetch(pixels + kPackedBytes * i);
         __builtin_prefetch(pixels + kPackedBytes * i + 48);
       }
-      ShortGains low, high;
-      gainsOf(run.dy, run.dx + i, low);
-      gainsOf(run.dy, run.dx + i + kShortLanes, high);
+      const ShortGains low = gainsOf(run.dy, run.dx + i);
+      const ShortGains high = gainsOf(run.dy, run.dx + i + kShortLanes);
       const auto r = narrow(low.red, high.red);
       const auto g = narrow(low.green, high.green);
       const auto b = narrow(low.blue, high.blue);
@@ -166,38 +165,40 @@ class LightRow {
     return hn::ShiftRight<15>(hn::Mul(squared, hn::Set(d, light_.norm)));
   }
 
-  /// Weights, and what the light takes from the colours: (98301 - 8 w) x 0.33333, truncated. In
-  /// single precision that was compared for all weights up to 24661: it is the same.
-  void weigh(IntVector falloff, IntVector& weight, IntVector& dimmed) const {
+  IntVector weights(IntVector falloff) const {
     const Ints d;
-    const Floats floats;
     const auto reach =
         hn::Add(hn::Max(falloff, hn::Set(d, light_.full)), hn::Set(d, light_.full >> 2));
     const auto taken = hn::ShiftRight<15>(hn::Mul(reach, hn::Set(d, light_.inverse)));
-    weight = hn::Max(hn::Sub(hn::Set(d, 32767), taken), hn::Zero(d));
+    return hn::Max(hn::Sub(hn::Set(d, 32767), taken), hn::Zero(d));
+  }
+
+  /// What the light takes from the colours: (98301 - 8 w) x 0.33333, truncated. Single precision
+  /// was compared with double for all weights: up to 24661 it is the same.
+  static IntVector dimmed(IntVector weight) {
+    const Ints d;
+    const Floats floats;
     const auto scale = hn::Sub(hn::Set(d, 98301), hn::ShiftLeft<3>(weight));
     const auto product = hn::Mul(hn::ConvertTo(floats, scale), hn::Set(floats, 0.33333f));
 #if HWY_TARGET == HWY_NEON
-    dimmed = hn::ConvertTo(d, product);
+    return hn::ConvertTo(d, product);
 #else
-    dimmed = IntVector{_mm256_cvttps_epi32(product.raw)};  // no care for values beyond 31 bits
+    return IntVector{_mm256_cvttps_epi32(product.raw)};  // no care for values beyond 31 bits
 #endif
   }
 
-  void gainsOf(int dy, int dx, ShortGains& gains) const {
+  ShortGains gainsOf(int dy, int dx) const {
     const UnsignedVector distance =
         hn::BitCast(Unsigned(), join(distances(dy, dx), distances(dy, dx + kIntLanes)));
     const UnsignedVector falloff = falloffs(distance);
     const UnsignedVector zero = hn::Zero(Unsigned());
-    IntVector weight[2], dimmed[2];
-    weigh(hn::BitCast(Ints(), hn::InterleaveLower(falloff, zero)), weight[0], dimmed[0]);
-    weigh(hn::BitCast(Ints(), hn::InterleaveUpper(Unsigned(), falloff, zero)), weight[1],
-          dimmed[1]);
-    const ShortVector w = join(weight[0], weight[1]);
-    const ShortVector k = join(dimmed[0], dimmed[1]);
-    gains.red = hn::Add(scaled(k, 122), scaled(w, 255));
-    gains.green = hn::Add(scaled(k, 74), scaled(w, 4 * 33));
-    gains.blue = hn::Add(scaled(k, 97), scaled(w, 97));
+    const IntVector low = weights(hn::BitCast(Ints(), hn::InterleaveLower(falloff, zero)));
+    const IntVector high =
+        weights(hn::BitCast(Ints(), hn::InterleaveUpper(Unsigned(), falloff, zero)));
+    const ShortVector w = join(low, high);
+    const ShortVector k = join(dimmed(low), dimmed(high));
+    return {hn::Add(scaled(k, 122), scaled(w, 255)), hn::Add(scaled(k, 74), scaled(w, 4 * 33)),
+            hn::Add(scaled(k, 97), scaled(w, 97))};
   }
 
   const FillLight light_;

@@ -188,9 +188,9 @@ void fisheyeRows(const FisheyeMap& map, const uint8_t* src, uint8_t* dst) {
   walkCornerRuns(map.width, map.height, [&](const CornerRun& run) HWY_ATTR {
     fisheye.locate(run, sources);
     const Corners to = mirrors.of(run.y, run.x);
-    const auto copy = [&](auto copyTo, int corner, const int32_t* from, std::ptrdiff_t ahead) {
+    const auto copy = [&](auto copyTo, int corner, const int32_t* from, std::ptrdiff_t rows) {
       const auto at = static_cast<std::size_t>(corner);
-      copyTo(src + ends[at], from, dst + to[at], run.count, ahead);
+      copyTo(src + ends[at], from, dst + to[at], run.count, rows);
     };
     copy(copyRun<false, false>, 0, sources.fromTopLeft, ahead);
     copy(copyRun<true, false>, 1, sources.fromBottomLeft, -ahead);

@@ -18,7 +18,7 @@
 
 namespace alg {
 
-/// Columns whose terms are worked out together, ahead of their pixels.
+/// Columns whose terms are worked out together, ahead of their pixels. Long runs suit memory.
 inline constexpr int kCornerRun = 2048;
 
 /// Byte offsets of a pixel and its mirror images, in the order of the writes.
