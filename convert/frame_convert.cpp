@@ -33,8 +33,10 @@ void scatterPairs(ChromaCursor& cursor, const uint8_t* pairs, uint8_t* chroma, i
   }
 }
 
-// Decoding two rows at a time saves arithmetic. Where memory is the limit, as on desk machines, it
-// does not pay: two streams of stores are slower than one.
+// Decoding two rows at a time saves arithmetic. Where memory is the limit, as on desk machines,
+// that does not pay: two streams of stores are slower than one. It does for what stays in the
+// cache.
+constexpr std::size_t kCachedBytes = std::size_t{64} * 1024;
 #if defined(__aarch64__)
 constexpr bool kDecodesPairs = true;
 #else
@@ -57,12 +59,13 @@ void decodeFrame(RowFormat format, uint8_t* pixels, const Planes<const uint8_t>&
   }
   ChromaCursor cursor(width, height, planes.uvStride, ChromaCursor::Direction::kDecode);
   const std::size_t pitch = pixelBytes(format) * static_cast<std::size_t>(width);
+  const bool inPairs = kDecodesPairs || pitch * static_cast<std::size_t>(height) <= kCachedBytes;
   const auto decodeBlockRow = [&](int row, int x, int count, const uint8_t* pairs) {
     const std::size_t firstByte = pixelBytes(format) * static_cast<std::size_t>(x);
     const auto pixelRow = [&](int r) {
       return pixels + pitch * static_cast<std::size_t>(r) + firstByte;
     };
-    if (kDecodesPairs && row + 1 < height) {
+    if (inPairs && row + 1 < height) {
       decodeRowPair(format, lumaRow(planes, row) + x, planes.yStride, pairs, pixelRow(row),
                     static_cast<std::ptrdiff_t>(pitch), static_cast<std::size_t>(count));
       return;
