@@ -1,0 +1,33 @@
+// The curve mapper against its definition: any curves, any overlap.
+#include <cstring>
+
+#include "fuzz/check.h"
+#include "fuzz/input.h"
+#include "kernels/curve_map.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
+  Input input(data, size);
+  const bool oneBlock = input.byte() % 2 != 0;
+  const int bytes = 3 * (input.side(2000) - 1), shift = input.upTo(400) - 200;
+  alg::Curves curves;
+  const Bytes values = input.fill(sizeof curves.curve);
+  std::memcpy(curves.curve, values.data(), values.size());
+
+  const std::size_t from = zu(std::max(-shift, 0)), to = zu(std::max(shift, 0));
+  const Bytes block = input.fill(bytes + (oneBlock ? std::abs(shift) : 0));
+  Bytes expected = block;
+  const auto run = [&](auto map, Bytes& into) {
+    if (oneBlock) {
+      map(into.data() + from, into.data() + to, zu(bytes / 3), curves);
+    } else {
+      map(block.data(), into.data(), zu(bytes / 3), curves);
+    }
+  };
+  run(alg::mapCurvesPlain, expected);
+  onEachVectorTarget([&] {
+    Bytes got = block;
+    run([](auto... arguments) { alg::mapCurves(arguments...); }, got);
+    expectSame(got, expected, "mapped pixels");
+  });
+  return 0;
+}
