@@ -67,6 +67,8 @@ ShortVector scaled(ShortVector v, int factor) {
 #endif
 }
 
+static_assert(falloff(0x7FFF) == falloff(0x8000));
+
 UnsignedVector falloffs(UnsignedVector d) {
   const auto times = [](UnsignedVector v, int factor) HWY_ATTR {
     return product(v, hn::Set(Unsigned(), static_cast<uint16_t>(factor)));
@@ -140,15 +142,6 @@ class LightRow {
       hn::StoreInterleaved3(backwards(r), backwards(g), backwards(b), d,
                             right_ + kPackedBytes * (run.count - i));
     }
-    // A distance of 1.0, in a corner, has 16 bits.
-    if (light_.distance(run.dy, run.dx) > 0x7FFF) {
-      const Gains gains = light_.gains(run.dy, run.dx);
-      for (uint8_t* to : {left_, right_ + kPackedBytes * (kBlock + run.count - 1)}) {
-        to[0] = static_cast<uint8_t>(gains.red);
-        to[1] = static_cast<uint8_t>(gains.green);
-        to[2] = static_cast<uint8_t>(gains.blue);
-      }
-    }
   }
 
   /// In the order of columns.
@@ -158,6 +151,7 @@ class LightRow {
  private:
   static constexpr int kMaxSide = 0xFFFF;  // squared half diagonals have 31 bits
 
+  // The corners' distance of 1.0 has 16 bits. Joined, it becomes 32767, which falls off the same.
   IntVector distances(int dy, int dx) const {
     const Ints d;
     const auto x = hn::Add(iota_, hn::Set(d, dx));
