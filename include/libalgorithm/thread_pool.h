@@ -140,6 +140,6 @@ ALGORITHM_API extern int32_t g_hal_threadpool_init;
 /// half-started pool is then left behind, which nothing uses, and the next call makes a new one.
 /// Thread-safe.
 ALGORITHM_API int HALThreadPoolInit();
-/// Stops and deletes the process-wide pool if there is one, after an effect run under way has ended.
-/// Returns 0. Thread-safe.
+/// Stops and deletes the process-wide pool if there is one, after an effect run under way has
+/// ended. Returns 0. Thread-safe.
 ALGORITHM_API int HALThreadPoolDestroy();
