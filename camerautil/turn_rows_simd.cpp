@@ -153,6 +153,14 @@ struct Turn {
     alignas(kLineBytes) uint8_t tile[kLine * kTilePitch];
     cover(0, rows, stripRows, [&](int x) HWY_ATTR {
       cover(0, columns, tileColumns, [&](int k) HWY_ATTR {
+        if (kCanStream && stream) {
+          // The lines at both ends of a run are shared with its neighbours and read first.
+          for (int c = 0; c < tileColumns; ++c) {
+            const uint8_t* run = dst.row(k + c) + std::ptrdiff_t{kSize} * x;
+            __builtin_prefetch(run, 1);
+            __builtin_prefetch(run + kSize * stripRows - 1, 1);
+          }
+        }
         fillTile(src, k, tileColumns, x, stripRows, tile);
         for (int c = 0; c < tileColumns; ++c) {
           copyRun(tile + kTilePitch * c, dst.row(k + c) + std::ptrdiff_t{kSize} * x,
