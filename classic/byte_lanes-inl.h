@@ -1,0 +1,194 @@
+// Steps between vectors of bytes and of wider lanes, and the gradient of bytes; included by the
+// drawing effects' kernel file, once per vector target.
+#if defined(ALG_BYTE_LANES_INL_H_) == defined(HWY_TARGET_TOGGLE)
+#ifdef ALG_BYTE_LANES_INL_H_
+#undef ALG_BYTE_LANES_INL_H_
+#else
+#define ALG_BYTE_LANES_INL_H_
+#endif
+
+#include <cstddef>
+#include <cstdint>
+
+#include "hwy/highway.h"
+#include "kernels/grey_rows.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace alg::HWY_NAMESPACE {
+
+#if HWY_TARGET != HWY_SCALAR && HWY_TARGET != HWY_EMU128
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+using Bytes = hn::ScalableTag<uint8_t>;
+using SignedBytes = hn::RebindToSigned<Bytes>;
+using Shorts = hn::Repartition<int16_t, Bytes>;
+using Ints = hn::Repartition<int32_t, Bytes>;
+using Floats = hn::Repartition<float, Bytes>;
+using ByteVector = hn::Vec<Bytes>;
+using ShortVector = hn::Vec<Shorts>;
+using IntVector = hn::Vec<Ints>;
+
+constexpr std::size_t kBlock = hn::MaxLanes(Bytes());  // windows a step
+static_assert(kBlock + 2 <= kRowPadding);
+
+// One value for each byte of a vector. With AVX2 every widening and narrowing step stays within the
+// blocks of 16 bytes, so that the order in between does not matter.
+struct Shorts2 {
+  ShortVector lower, upper;
+};
+
+struct Ints4 {
+  IntVector part[4];
+};
+
+// Steps between bytes, 16-bit and 32-bit lanes -------------------------------------------------
+
+#if HWY_TARGET == HWY_NEON
+
+// sum + kWeight x (plus - minus)
+template <int kWeight>
+HWY_INLINE Shorts2 addDifference(Shorts2 sum, ByteVector plus, ByteVector minus) {
+  const uint8x16_t weight = vdupq_n_u8(kWeight);
+  uint16x8_t lower = vreinterpretq_u16_s16(sum.lower.raw);
+  uint16x8_t upper = vreinterpretq_u16_s16(sum.upper.raw);
+  lower = vmlal_u8(lower, vget_low_u8(plus.raw), vget_low_u8(weight));
+  lower = vmlsl_u8(lower, vget_low_u8(minus.raw), vget_low_u8(weight));
+  upper = vmlsl_high_u8(vmlal_high_u8(upper, plus.raw, weight), minus.raw, weight);
+  return {ShortVector(vreinterpretq_s16_u16(lower)), ShortVector(vreinterpretq_s16_u16(upper))};
+}
+
+// a + 3 x b
+HWY_INLINE Shorts2 plusThrice(ByteVector a, ByteVector b) {
+  const uint8x16_t three = vdupq_n_u8(3);
+  const uint16x8_t lower =
+      vmlal_u8(vmovl_u8(vget_low_u8(a.raw)), vget_low_u8(b.raw), vget_low_u8(three));
+  const uint16x8_t upper = vmlal_high_u8(vmovl_high_u8(a.raw), b.raw, three);
+  return {ShortVector(vreinterpretq_s16_u16(lower)), ShortVector(vreinterpretq_s16_u16(upper))};
+}
+
+HWY_INLINE Ints4 sumsOfSquares(Shorts2 a, Shorts2 b) {
+  const auto lower = [](ShortVector x, ShortVector y) HWY_ATTR {
+    return IntVector(vmlal_s16(vmull_s16(vget_low_s16(x.raw), vget_low_s16(x.raw)),
+                               vget_low_s16(y.raw), vget_low_s16(y.raw)));
+  };
+  const auto upper = [](ShortVector x, ShortVector y) HWY_ATTR {
+    return IntVector(vmlal_high_s16(vmull_high_s16(x.raw, x.raw), y.raw, y.raw));
+  };
+  return {{lower(a.lower, b.lower), upper(a.lower, b.lower), lower(a.upper, b.upper),
+           upper(a.upper, b.upper)}};
+}
+
+// The low bytes.
+HWY_INLINE ByteVector narrow(const Ints4& v) {
+  const auto bytes = [](IntVector x) HWY_ATTR { return vreinterpretq_u8_s32(x.raw); };
+  const auto even = [](uint8x16_t x, uint8x16_t y) HWY_ATTR {
+    return vreinterpretq_u8_u16(vuzp1q_u16(vreinterpretq_u16_u8(x), vreinterpretq_u16_u8(y)));
+  };
+  return ByteVector(vuzp1q_u8(even(bytes(v.part[0]), bytes(v.part[1])),
+                              even(bytes(v.part[2]), bytes(v.part[3]))));
+}
+
+// (a x b) >> 7, where b is below 128
+HWY_INLINE ByteVector scaled(ByteVector a, ByteVector b) {
+  const uint16x8_t lower = vmull_u8(vget_low_u8(a.raw), vget_low_u8(b.raw));
+  return ByteVector(vshrn_high_n_u16(vshrn_n_u16(lower, 7), vmull_high_u8(a.raw, b.raw), 7));
+}
+
+#else
+
+// Bytes x, y of each pair times kX and kY, added.
+template <int kX, int kY>
+HWY_INLINE Shorts2 weighPairs(ByteVector x, ByteVector y) {
+  const Bytes d;
+  const __m256i weights = _mm256_set1_epi16(static_cast<int16_t>((kX & 0xFF) | kY * 256));
+  return {ShortVector{_mm256_maddubs_epi16(hn::InterleaveLower(d, x, y).raw, weights)},
+          ShortVector{_mm256_maddubs_epi16(hn::InterleaveUpper(d, x, y).raw, weights)}};
+}
+
+// sum + kWeight x (plus - minus)
+template <int kWeight>
+HWY_INLINE Shorts2 addDifference(Shorts2 sum, ByteVector plus, ByteVector minus) {
+  const Shorts2 difference = weighPairs<kWeight, -kWeight>(plus, minus);
+  return {hn::Add(sum.lower, difference.lower), hn::Add(sum.upper, difference.upper)};
+}
+
+// a + 3 x b
+HWY_INLINE Shorts2 plusThrice(ByteVector a, ByteVector b) { return weighPairs<1, 3>(a, b); }
+
+HWY_INLINE Ints4 sumsOfSquares(Shorts2 a, Shorts2 b) {
+  const auto squares = [](ShortVector pairs)
+                           HWY_ATTR { return IntVector{_mm256_madd_epi16(pairs.raw, pairs.raw)}; };
+  const Shorts d;
+  return {{squares(hn::InterleaveLower(d, a.lower, b.lower)),
+           squares(hn::InterleaveUpper(d, a.lower, b.lower)),
+           squares(hn::InterleaveLower(d, a.upper, b.upper)),
+           squares(hn::InterleaveUpper(d, a.upper, b.upper))}};
+}
+
+// Limited to 0..255.
+HWY_INLINE ByteVector narrow(const Ints4& v) {
+  return ByteVector{_mm256_packus_epi16(_mm256_packs_epi32(v.part[0].raw, v.part[1].raw),
+                                        _mm256_packs_epi32(v.part[2].raw, v.part[3].raw))};
+}
+
+// (a x b) >> 7, where b is below 128
+HWY_INLINE ByteVector scaled(ByteVector a, ByteVector b) {
+  const __m256i evenBytes = _mm256_set1_epi16(0xFF);
+  const __m256i even = _mm256_maddubs_epi16(a.raw, _mm256_and_si256(b.raw, evenBytes));
+  const __m256i odd = _mm256_maddubs_epi16(a.raw, _mm256_andnot_si256(evenBytes, b.raw));
+  return ByteVector{_mm256_or_si256(_mm256_srli_epi16(even, 7),
+                                    _mm256_andnot_si256(evenBytes, _mm256_slli_epi16(odd, 1)))};
+}
+
+#endif
+
+HWY_INLINE Ints4 widened(Shorts2 v) {
+  const Ints d;
+  const ShortVector zero = hn::Zero(Shorts());
+  return {{hn::ZipLower(d, v.lower, zero), hn::ZipUpper(d, v.lower, zero),
+           hn::ZipLower(d, v.upper, zero), hn::ZipUpper(d, v.upper, zero)}};
+}
+
+HWY_INLINE Ints4 widened(ByteVector v) {
+  const hn::RebindToUnsigned<Shorts> d;
+  const Shorts shorts;
+  const ByteVector zero = hn::Zero(Bytes());
+  return widened(Shorts2{hn::BitCast(shorts, hn::ZipLower(d, v, zero)),
+                         hn::BitCast(shorts, hn::ZipUpper(d, v, zero))});
+}
+
+HWY_INLINE Ints4 load4(const int32_t* from) {
+  const Ints d;
+  constexpr std::size_t kLanes = kBlock / 4;
+  return {{hn::Load(d, from), hn::Load(d, from + kLanes), hn::Load(d, from + 2 * kLanes),
+           hn::Load(d, from + 3 * kLanes)}};
+}
+
+struct Gradient {
+  Shorts2 x, y;
+};
+
+// The gradient of bytes, times kScale; the middle row and column weigh kMiddle.
+template <int kScale, int kMiddle>
+HWY_INLINE Gradient gradient(const uint8_t* top, const uint8_t* middle, const uint8_t* bottom) {
+  const Bytes d;
+  const ByteVector topLeft = hn::LoadU(d, top), topRight = hn::LoadU(d, top + 2);
+  const ByteVector bottomLeft = hn::LoadU(d, bottom), bottomRight = hn::LoadU(d, bottom + 2);
+  const ShortVector zero = hn::Zero(Shorts());
+  Gradient g{{zero, zero}, {zero, zero}};
+  g.x = addDifference<kScale>(g.x, topLeft, topRight);
+  g.x = addDifference<kScale * kMiddle>(g.x, hn::LoadU(d, middle), hn::LoadU(d, middle + 2));
+  g.x = addDifference<kScale>(g.x, bottomLeft, bottomRight);
+  g.y = addDifference<kScale>(g.y, topLeft, bottomLeft);
+  g.y = addDifference<kScale * kMiddle>(g.y, hn::LoadU(d, top + 1), hn::LoadU(d, bottom + 1));
+  g.y = addDifference<kScale>(g.y, topRight, bottomRight);
+  return g;
+}
+
+#endif
+
+}  // namespace alg::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#endif  // ALG_BYTE_LANES_INL_H_
