@@ -111,9 +111,11 @@ HWY_INLINE void decodeBlock(const uint8_t* luma, const ChromaTerms& terms, uint8
     return vtrn2q_u8(channel(even, term).raw, channel(odd, term).raw);
   };
   if constexpr (kFormat == RowFormat::kPackedUV) {
-    vst3q_u8(pixels, uint8x16x3_t{both(terms.b), both(terms.g), both(terms.r)});
+    const uint8x16x3_t packed{both(terms.b), both(terms.g), both(terms.r)};
+    vst3q_u8(pixels, packed);
   } else {
-    vst4q_u8(pixels, uint8x16x4_t{both(terms.b), both(terms.g), both(terms.r), vdupq_n_u8(0xFF)});
+    const uint8x16x4_t words{both(terms.b), both(terms.g), both(terms.r), vdupq_n_u8(0xFF)};
+    vst4q_u8(pixels, words);
   }
 }
 
