@@ -14,7 +14,7 @@ uint32_t* words(uint8_t* bytes) { return reinterpret_cast<uint32_t*>(bytes); }
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
   Input input(data, size);
   const int kind = input.byte() % 5, channels = kind < 2 ? 3 : 4;
-  const int width = input.side(1500), height = input.side(std::max(1, 1500 / width));
+  const int width = input.side(1500), height = input.side(1500 / width);
   const int offset = input.upTo(600) - 200, rows = input.upTo(900) - 200;  // of the ramp, kind 1
   const Bytes pixels = input.fill(width * height * channels);
   Bytes expected(pixels.size());

@@ -58,7 +58,7 @@ Image reference(const Converter& c, Image image, const Frame& f) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
   Input input(data, size);
   const Converter& c = input.pick(kConverters);
-  const int width = input.side(4000), height = input.side(std::max(1, 4000 / width));
+  const int width = input.side(4000), height = input.side(4000 / width);
   const Frame f{width, height, width + input.upTo(70), width + input.upTo(70) * (input.byte() % 2)};
   const Image image{input.fill(width * height * c.pixelBytes),
                     input.fill(f.yStride * (height - 1) + width), input.fill(ref::chromaBytes(f))};

@@ -39,10 +39,10 @@ class Input {
     return list[byte() % std::size(list)];
   }
 
-  /// 1..limit. The first byte chooses the scale: small sizes have more corners in them.
+  /// 1..limit, or 1. The first byte chooses the scale: small sizes have more corners in them.
   int side(int limit) {
     constexpr int kScales[] = {8, 40, 300, 1 << 30};
-    const int most = std::min(pick(kScales), limit);
+    const int most = std::clamp(limit, 1, pick(kScales));
     return most <= 65536 ? 1 + upTo(most - 1) : 1 + int(word() % uint32_t(most));
   }
 

@@ -10,7 +10,7 @@ constexpr int kLongest = 70000, kMostPixels = 6000;
 
 struct Size {
   explicit Size(Input& input)
-      : width(input.side(kLongest)), height(input.side(std::max(1, kMostPixels / width))) {
+      : width(input.side(kLongest)), height(input.side(kMostPixels / width)) {
     if (input.byte() % 2 != 0) std::swap(width, height);
   }
   int width, height;

@@ -18,7 +18,7 @@ ref::Picture choosePicture(Input& input, const PictureFolder& folder) {
   folder.remove();
   ref::Picture picture{input.side(400) - 1, 0, {}};
   if (picture.width == 0) return picture;
-  picture.height = input.side(std::max(1, 4000 / picture.width));
+  picture.height = input.side(4000 / picture.width);
   picture.rgba = input.fill(picture.width * picture.height * 4);
   for (std::size_t i = 3; i < picture.rgba.size(); i += 4) picture.rgba[i] = 255;
   png_image png{};
@@ -39,7 +39,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
   const std::string typed = input.text(30);
   const ref::Effect effect =
       known < 28 ? ref::kEffects[zu(known)] : effectNamed(typed.c_str());  // up to its first zero
-  const int width = input.side(5000), height = input.side(std::max(1, 10000 / width));
+  const int most = input.byte() % 8 == 1 ? 120000 : 10000;  // large ones have several bands a strip
+  const int width = input.side(5000), height = input.side(most / width);
   const int yPad = input.upTo(40), uvPad = input.byte() % 4 == 0 ? input.upTo(40) : 0;
   const ref::Frame f{width, height, width + yPad, width + uvPad};
   const ref::Picture picture = choosePicture(input, folder);

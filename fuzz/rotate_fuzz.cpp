@@ -34,7 +34,8 @@ void reference(const Rotation& r, const Bytes& src, Bytes& dst, int width, int h
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
   Input input(data, size);
   const Rotation& r = input.pick(kRotations);
-  int width = input.side(16000), height = input.side(std::max(1, 16000 / width));
+  const int most = input.byte() % 32 == 1 ? 1200000 : 16000;  // large ones go past the cache
+  int width = input.side(most), height = input.side(most / width);
   const int pixels = width * height;
   const Bytes src = input.fill(r.yuv ? pixels * 3 / 2 : pixels * 4),
               dst = input.fill(int(src.size()));
