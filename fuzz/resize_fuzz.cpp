@@ -25,13 +25,20 @@ uint32_t* words(const Bytes& bytes) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
   Input input(data, size);
   const Size to(input), from(input);
-  const Bytes src = input.fill(from.width * from.height * 4);
-  Bytes expected(zu(to.width * to.height * 4));
-  ref::resize(words(expected), to.width, to.height, words(src), from.width, from.height);
-  onEachVectorTarget([&] {
-    const Bytes got(expected.size(), 1);
-    Resize(words(got), to.width, to.height, words(src), from.width, from.height);
-    expectSame(got, expected, "resized words");
-  });
+  const int toWords = to.width * to.height, fromWords = from.width * from.height;
+  // Both images in one block or in blocks of their own. Results become sources where they overlap.
+  const bool oneBlock = input.byte() % 4 == 1;
+  const int shift = input.upTo(4000) - 2000, start = std::max(-shift, 0);
+  const int end = std::max(start + fromWords, start + shift + toWords);
+  const Bytes src = input.fill(4 * (oneBlock ? end : fromWords)), dst(zu(4 * toWords), 1);
+  const auto run = [&](auto* resize) {
+    Bytes result = oneBlock ? src : dst;
+    uint32_t* const at = words(result) + (oneBlock ? start + shift : 0);
+    resize(at, to.width, to.height, oneBlock ? words(result) + start : words(src), from.width,
+           from.height);
+    return result;
+  };
+  const Bytes expected = run(ref::resize);
+  onEachVectorTarget([&] { expectSame(run(Resize), expected, "resized words"); });
   return 0;
 }

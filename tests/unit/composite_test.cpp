@@ -4,6 +4,7 @@
 #include "effect_check.h"
 #include "libalgorithm/camera_util.h"
 #include "libalgorithm/pretty_filters.h"
+#include "resize_reference.h"
 
 namespace {
 
@@ -91,29 +92,6 @@ TEST(Composite, RectanglesAreCopiedColumnByColumn) {
   }
 }
 
-void resizeRef(uint32_t* dst, int dw, int dh, const uint32_t* src, int sw, int sh) {
-  const int xStep = int(int64_t(double(sw) / dw * 65536.0));
-  const int yStep = int(int64_t(double(sh) / dh * 65536.0));
-  for (int j = 0, fy = 0; j < dh; ++j, fy += yStep) {
-    for (int i = 0, fx = 0; i < dw; ++i, fx += xStep) {
-      const int sx = std::clamp(fx >> 16, 0, sw - 1), sy = std::clamp(fy >> 16, 0, sh - 1);
-      const int idx = sy * sw + sx, right = idx + 1 < (j + 1) * sw ? idx + 1 : idx;
-      uint32_t word = 0;
-      for (const int bit : {16, 8, 0}) {
-        const auto mix = [&, bit](int at, int next) {
-          while (at >= sw * sh) at -= sw;
-          while (next >= sw * sh) next -= sw;
-          const int a = src[at] >> bit & 255, b = src[next] >> bit & 255, f = fx & 0xFFFF;
-          return (a * (65535 - f) + b * f) >> 16;
-        };
-        const int top = mix(idx, right), bottom = mix(idx + sw, right + sw), f = fy & 0xFFFF;
-        word += uint32_t((top * (65535 - f) + bottom * f) >> 16) << bit;
-      }
-      dst[j * dw + i] = word;
-    }
-  }
-}
-
 TEST(Resize, MixesFourNeighbours) {
   std::vector<std::array<int, 4>> sizes = {// to, from: steps, positions and bounds leave 32 bits
                                            {3, 2, 70000, 1},     {2, 3, 1, 70000},
@@ -132,7 +110,7 @@ TEST(Resize, MixesFourNeighbours) {
         const Bytes pixels = white ? Bytes(zu(sw * sh * 4), 255) : noise(sw * sh * 4, sw + dh);
         const Guarded src(pixels, white), dst(Bytes(zu(dw * dh * 4), 1), white);
         const Guarded expected(dst.bytes());
-        resizeRef(words(expected), dw, dh, words(src), sw, sh);
+        ref::resize(words(expected), dw, dh, words(src), sw, sh);
         Resize(words(dst), dw, dh, words(src), sw, sh);
         ASSERT_TRUE(same(dst.bytes(), expected.bytes()))
             << sw << "x" << sh << " " << dw << "x" << dh;
@@ -142,7 +120,7 @@ TEST(Resize, MixesFourNeighbours) {
     for (const int shift : {0, -20, 20, -700}) {  // results become sources
       const Guarded got(noise(4 * 3000)), expected(got.bytes());
       uint32_t *at = words(got) + 1000, *to = words(expected) + 1000;
-      resizeRef(to + shift, 30, 31, to, 20, 33);
+      ref::resize(to + shift, 30, 31, to, 20, 33);
       Resize(at + shift, 30, 31, at, 20, 33);
       ASSERT_TRUE(same(got.bytes(), expected.bytes())) << shift;
     }

@@ -12,7 +12,7 @@ inline void resize(uint32_t* dst, int dw, int dh, const uint32_t* src, int sw, i
     for (int i = 0, fx = 0; i < dw; ++i, fx += xStep) {
       const int sx = std::clamp(fx >> 16, 0, sw - 1), sy = std::clamp(fy >> 16, 0, sh - 1);
       const int idx = sy * sw + sx, right = idx + 1 < (j + 1) * sw ? idx + 1 : idx;
-      uint32_t& word = dst[j * dw + i] = 0;
+      uint32_t word = 0;
       for (const int bit : {16, 8, 0}) {
         const auto mix = [&, bit](int at, int next) {
           while (at >= sw * sh) at -= sw;
@@ -23,6 +23,7 @@ inline void resize(uint32_t* dst, int dw, int dh, const uint32_t* src, int sw, i
         const int top = mix(idx, right), bottom = mix(idx + sw, right + sw), f = fy & 0xFFFF;
         word += uint32_t((top * (65535 - f) + bottom * f) >> 16) << bit;
       }
+      dst[j * dw + i] = word;
     }
   }
 }
