@@ -105,7 +105,8 @@ void mapStretch(const uint8_t* src, uint8_t* dst, std::size_t pixels, const Curv
   });
   forEachVector(curves.curve[2], pixels, [&](std::size_t i, const auto& lookUp) HWY_ATTR {
     const uint8x16_t last = lookUp(vld1q_u8(plane[2] + i));
-    vst3q_u8(dst + kPackedBytes * i, {{last, vld1q_u8(plane[1] + i), vld1q_u8(plane[0] + i)}});
+    const uint8x16x3_t crossed{last, vld1q_u8(plane[1] + i), vld1q_u8(plane[0] + i)};
+    vst3q_u8(dst + kPackedBytes * i, crossed);
   });
 }
 

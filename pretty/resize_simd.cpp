@@ -93,7 +93,6 @@ HWY_INLINE WordVector gather(const uint32_t* row, const int32_t* index) {
 // The words of kLanes columns that all lie within kReach vectors from `first` on.
 template <int kReach>
 HWY_INLINE WordVector pick(const uint32_t* first, hn::Vec<Ints> place) {
-  const Words d;
 #if HWY_TARGET == HWY_NEON
   const auto bytes = vreinterpretq_u8_u32(
       vmlaq_n_u32(vdupq_n_u32(0x03020100), vreinterpretq_u32_s32(place.raw), 0x04040404));
@@ -104,6 +103,7 @@ HWY_INLINE WordVector pick(const uint32_t* first, hn::Vec<Ints> place) {
     return WordVector(vreinterpretq_u32_u8(vqtbl2q_u8({load(first), load(first + kLanes)}, bytes)));
   }
 #else
+  const Words d;
   const Ints ints;
   const auto lanes = hn::IndicesFromVec(d, hn::And(place, hn::Set(ints, kLanes - 1)));
   const auto low = hn::TableLookupLanes(hn::LoadU(d, first), lanes);

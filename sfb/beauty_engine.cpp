@@ -13,10 +13,7 @@ SfbTenths sfbTenths;
 
 namespace {
 
-template <class... Values>
-[[gnu::format(printf, 1, 0)]] void log(const char* format, Values... values) {
-  __android_log_print(ANDROID_LOG_ERROR, "DOC_SFB", format, values...);
-}
+constexpr char kTag[] = "DOC_SFB";
 
 constexpr SfbLevels kDefaultLevels{1, 60, 60, 30};
 constexpr uint8_t kStrongest = 100;
@@ -32,14 +29,14 @@ bool loadFactory() {
   if (pSfbEngineCreate != nullptr) {
     return true;
   }
-  log("Loading SFBEngine library ... ");
+  __android_log_print(ANDROID_LOG_ERROR, kTag, "Loading SFBEngine library ... ");
   if (void* const library = loadLibrary(kSfbLibrary)) {
-    log("Loading function ... ");
+    __android_log_print(ANDROID_LOG_ERROR, kTag, "Loading function ... ");
     pSfbEngineCreate = reinterpret_cast<VfbEngineCreate*>(findSymbol(library, "VfbEngineCreate"));
   }
   if (pSfbEngineCreate == nullptr) {
-    log("%s", loaderError());
-    log("loadSFBFunc failed...");
+    __android_log_print(ANDROID_LOG_ERROR, kTag, "%s", loaderError());
+    __android_log_print(ANDROID_LOG_ERROR, kTag, "loadSFBFunc failed...");
   }
   return pSfbEngineCreate != nullptr;
 }
@@ -52,20 +49,22 @@ void configure(SfbEngine* engine, const SfbLevels& levels) {
   block.slimming = static_cast<uint8_t>(levels.slimming);
   const SfbConfiguration configuration{block.smooth, block.toning, kStrongest, kStrongest, 1,
                                        &block};
-  log("SetConfiguration s %d, t %d, l %d, sl %d, sc %d, ee %d, ec %d", block.smooth, block.toning,
-      block.slimming, configuration.sl, configuration.sc, block.ee, block.ec);
+  __android_log_print(ANDROID_LOG_ERROR, kTag,
+                      "SetConfiguration s %d, t %d, l %d, sl %d, sc %d, ee %d, ec %d", block.smooth,
+                      block.toning, block.slimming, configuration.sl, configuration.sc, block.ee,
+                      block.ec);
   engine->operations->setConfiguration(engine, &configuration);
-  log("SetConfiguration finished");
+  __android_log_print(ANDROID_LOG_ERROR, kTag, "SetConfiguration finished");
 }
 
 int runEngine(SfbEngine* engine, GtImage* image, const SfbLevels& levels) {
   try {
     configure(engine, levels);
     const int result = engine->operations->process(engine, kProcessArgument, image, 0, 0);
-    log("Process %d", result);
+    __android_log_print(ANDROID_LOG_ERROR, kTag, "Process %d", result);
     return result;
   } catch (...) {  // it may run out of memory
-    log("The engine threw an exception");
+    __android_log_print(ANDROID_LOG_ERROR, kTag, "The engine threw an exception");
     return kSfbThrew;
   }
 }
@@ -99,7 +98,7 @@ void vfb_init_gtimage(GtImage* image, uint32_t format, int width, int height, in
     image->plane[1] = {chromaPitch, 0, data + lumaBytes};
     image->plane[2] = {chromaPitch, 0, data + lumaBytes + lumaBytes / 4};
   } else {
-    log("GT_FMT_UNKNOWN in init");
+    __android_log_print(ANDROID_LOG_ERROR, kTag, "GT_FMT_UNKNOWN in init");
   }
 }
 
@@ -111,8 +110,8 @@ int SFBProcess(GtImage* image, const SfbLevels* levels) {
   if (levels->mode == 2) {
     sfbTenths = {levels->smooth / 10, levels->toning / 10, levels->slimming / 10};
   }
-  log("mode:%d, slimming:%d, smooth:%d, toning:%d", levels->mode, levels->slimming, levels->smooth,
-      levels->toning);
+  __android_log_print(ANDROID_LOG_ERROR, kTag, "mode:%d, slimming:%d, smooth:%d, toning:%d",
+                      levels->mode, levels->slimming, levels->smooth, levels->toning);
   if (!loadFactory()) {
     return kSfbNotLoaded;
   }
@@ -124,7 +123,7 @@ int SFBProcess(GtImage* image, const SfbLevels* levels) {
     return error;
   }
   if (engine == nullptr) {
-    log("VfbEngineCreate gave no engine");
+    __android_log_print(ANDROID_LOG_ERROR, kTag, "VfbEngineCreate gave no engine");
     return kSfbNotLoaded;
   }
   const int result = runEngine(engine, image, levels->mode == 1 ? kDefaultLevels : *levels);
