@@ -5,7 +5,7 @@
 
 namespace {
 
-constexpr int64_t kMostPixels = int64_t{4} << 20;
+constexpr int64_t kMostPixels = int64_t{1} << 20;
 
 /// Whether any frame header asks for more pixels than a quick run can hold.
 bool tooLarge(std::span<const uint8_t> file) {
