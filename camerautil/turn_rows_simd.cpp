@@ -102,8 +102,8 @@ struct Turn {
   // exchange row and column.
   static HWY_INLINE void transposeBlock(const uint8_t* src, std::ptrdiff_t pitch, uint8_t* tile) {
     const Vector d;
-    hn::Vec<Vector> v[kColumns];
-    hn::Vec<Vector> w[kColumns];
+    hn::Vec<Vector> v[std::size_t{kColumns}];
+    hn::Vec<Vector> w[std::size_t{kColumns}];
     HWY_UNROLL(16)
     for (int i = 0; i < kColumns; ++i) {
       v[i] = load(src, pitch, i);
@@ -150,7 +150,7 @@ struct Turn {
     const int even = (rows - 1) / strips + 1;
     const int stripRows = std::min((even + kRows - 1) / kRows * kRows, rows);
     const int tileColumns = std::min(columns, kLine);
-    alignas(kLineBytes) uint8_t tile[kLine * kTilePitch];
+    alignas(kLineBytes) uint8_t tile[std::size_t{kLine} * kTilePitch];
     cover(0, rows, stripRows, [&](int x) HWY_ATTR {
       cover(0, columns, tileColumns, [&](int k) HWY_ATTR {
         if (kCanStream && stream) {
