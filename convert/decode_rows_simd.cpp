@@ -4,6 +4,7 @@
 // doubled; the arithmetic of a pair serves the two pixels of two rows. A channel is the integer
 // part of level + chroma, where level = 76310 (Y - 16). As 76310 is even, the last fraction bit
 // never carries, and 15 bits of fraction are enough.
+#include <cstdint>
 #include <cstring>
 
 #include "convert/bt601.h"
@@ -122,7 +123,6 @@ HWY_INLINE void decodeBlock(const uint8_t* luma, const ChromaTerms& terms, uint8
 #else  // AVX2
 
 using Shorts = hn::Repartition<int16_t, Bytes>;
-using UShorts = hn::Repartition<uint16_t, Bytes>;
 using Words = hn::Repartition<uint32_t, Bytes>;
 using ShortVector = hn::Vec<Shorts>;
 
@@ -141,11 +141,41 @@ struct ChromaTerms {
 
 HWY_INLINE ShortVector set(int value) { return hn::Set(Shorts(), static_cast<int16_t>(value)); }
 
-// The lower half of a product with an odd factor, with its top bit flipped.
+// Samples leave their bytes times five: factors divided by that fit 16 signed bits, so that the
+// upper half of one product is the integer part and the lower half of another the fraction.
+// Rounding the quotient changes no integer part; for the fraction, 5 has an inverse modulo 65536.
+constexpr int kTimes = 5;
+constexpr int64_t kInverse = 52429;
+static_assert(kTimes * kInverse % 65536 == 1);
+
+constexpr int32_t quotientOf(int32_t factor) {
+  return (factor + (factor < 0 ? -kTimes : kTimes) / 2) / kTimes;
+}
+
+constexpr bool exact(int32_t factor) {
+  bool same = quotientOf(factor) >= -0x8000 && quotientOf(factor) <= 0x7FFF;
+  for (int32_t sample = -128; sample < 128; ++sample) {
+    same = same && (kTimes * sample * quotientOf(factor)) >> 16 == (sample * factor) >> 16;
+  }
+  return same;
+}
+
 template <int32_t kFactor>
-HWY_INLINE ShortVector flippedFraction(ShortVector sample) {
+HWY_INLINE ShortVector wholeOf(ShortVector five) {
+  static_assert(exact(kFactor));
+  return hn::MulHigh(five, set(quotientOf(kFactor)));
+}
+
+template <int32_t kFactor>
+HWY_INLINE ShortVector fractionOf(ShortVector five) {
+  return hn::Mul(five, set(static_cast<int16_t>(kFactor * kInverse)));
+}
+
+// The same with its top bit flipped: an odd factor leaves a flipped bit where it is.
+template <int32_t kFactor>
+HWY_INLINE ShortVector flippedFractionOf(ShortVector five) {
   static_assert(kFactor % 2 != 0);
-  return hn::Mul(hn::Xor(sample, set(kTopBit)), set(kFactor));
+  return fractionOf<kFactor>(hn::Xor(five, set(kTopBit)));
 }
 
 // Samples of a block as even (lower) and odd (upper) bytes of 16-bit lanes. Pixel words leave the
@@ -164,37 +194,33 @@ HWY_INLINE ShortVector loadSamples(const uint8_t* samples) {
   }
 }
 
-HWY_INLINE ShortVector evenBytes(ShortVector samples) { return hn::And(samples, set(0xFF)); }
-
-HWY_INLINE ShortVector oddBytes(ShortVector samples) {
-  return hn::BitCast(Shorts(), hn::ShiftRight<8>(hn::BitCast(UShorts(), samples)));
+// Five times what the even or the odd bytes are above an offset.
+template <int kOffset, bool kOdd>
+HWY_INLINE ShortVector fiveTimes(ShortVector samples) {
+  const ShortVector factors = set(kOdd ? kTimes << 8 : kTimes);
+  return hn::Sub(ShortVector{_mm256_maddubs_epi16(samples.raw, factors.raw)},
+                 set(kTimes * kOffset));
 }
 
-// factor * sample, where the factor is a little off 2 * 65536.
 template <int32_t kFactor>
-HWY_INLINE ChromaTerm gain(ShortVector sample) {
-  constexpr int32_t kRest = kFactor - 2 * 65536;
-  static_assert(kRest >= -0x8000 && kRest <= 0x7FFF);
-  return {hn::Add(hn::MulHigh(sample, set(kRest)), hn::Add(sample, sample)),
-          flippedFraction<kRest>(sample)};
+HWY_INLINE ChromaTerm gain(ShortVector five) {
+  return {wholeOf<kFactor>(five), flippedFractionOf<kFactor>(five)};
 }
 
 // Green has two products. The mask of a carry between their fractions is -1.
 HWY_INLINE ChromaTerm greenTerm(ShortVector u, ShortVector v) {
-  constexpr int32_t kFromU = bt601::kGreenFromU, kFromV = bt601::kGreenFromV + 65536;
-  static_assert(kFromU >= -0x8000 && kFromV <= 0x7FFF);
-  const ShortVector first = flippedFraction<kFromV>(v);
-  const ShortVector fraction = hn::Add(first, hn::Mul(u, set(kFromU)));
+  const ShortVector first = flippedFractionOf<bt601::kGreenFromV>(v);
+  const ShortVector fraction = hn::Add(first, fractionOf<bt601::kGreenFromU>(u));
   const ShortVector carry = hn::VecFromMask(Shorts(), hn::Gt(first, fraction));
-  const ShortVector whole = hn::Add(hn::MulHigh(v, set(kFromV)), hn::MulHigh(u, set(kFromU)));
-  return {hn::Sub(hn::Sub(whole, v), carry), fraction};
+  const ShortVector whole = hn::Add(wholeOf<bt601::kGreenFromV>(v), wholeOf<bt601::kGreenFromU>(u));
+  return {hn::Sub(whole, carry), fraction};
 }
 
 template <RowFormat kFormat>
 HWY_INLINE ChromaTerms chromaTerms(const uint8_t* chroma) {
   const ShortVector pairs = loadSamples<kFormat>(chroma);
-  const ShortVector first = hn::Sub(evenBytes(pairs), set(bt601::kChromaOffset));
-  const ShortVector second = hn::Sub(oddBytes(pairs), set(bt601::kChromaOffset));
+  const ShortVector first = fiveTimes<bt601::kChromaOffset, false>(pairs);
+  const ShortVector second = fiveTimes<bt601::kChromaOffset, true>(pairs);
   const ShortVector u = kFormat == RowFormat::kArgbVU ? second : first;
   const ShortVector v = kFormat == RowFormat::kArgbVU ? first : second;
   return {gain<bt601::kBlueFromU>(u), greenTerm(u, v), gain<bt601::kRedFromV>(v)};
@@ -205,11 +231,10 @@ struct Level {
   ShortVector whole, missing;
 };
 
-HWY_INLINE Level levelOf(ShortVector luma) {
-  constexpr int32_t kRest = bt601::kLumaGain - 65536;
-  const ShortVector y = hn::Sub(luma, set(bt601::kLumaOffset));
-  return {hn::Add(hn::MulHigh(y, set(kRest)), y),
-          hn::Xor(hn::Mul(y, set(kRest)), set(kTopBit - 1))};
+HWY_INLINE Level levelOf(ShortVector five) {
+  static_assert(bt601::kLumaGain % kTimes == 0);  // right for any luma
+  return {wholeOf<bt601::kLumaGain>(five),
+          hn::Xor(fractionOf<bt601::kLumaGain>(five), set(kTopBit - 1))};
 }
 
 // Integer part of the sum: a fraction beyond what is missing carries (the mask is -1).
@@ -272,11 +297,12 @@ HWY_INLINE void storeWords(ByteVector b, ByteVector g, ByteVector r, uint8_t* pi
 template <RowFormat kFormat>
 HWY_INLINE void decodeBlock(const uint8_t* luma, const ChromaTerms& terms, uint8_t* pixels) {
   // Stores wait for their lines, which processors do not fetch early enough by themselves.
-  constexpr int kAhead = 256;  // bytes; prefetching beyond the row's end is harmless
+  constexpr int kAhead = 384;  // bytes; prefetching beyond the row's end is harmless
   __builtin_prefetch(pixels + kAhead, 1);
   __builtin_prefetch(pixels + kAhead + 64, 1);
   const ShortVector samples = loadSamples<kFormat>(luma);
-  const Level even = levelOf(evenBytes(samples)), odd = levelOf(oddBytes(samples));
+  const Level even = levelOf(fiveTimes<bt601::kLumaOffset, false>(samples));
+  const Level odd = levelOf(fiveTimes<bt601::kLumaOffset, true>(samples));
   const auto both = [&](const ChromaTerm& term) HWY_ATTR {  // saturated
     return ByteVector{_mm256_packus_epi16(channel(even, term).raw, channel(odd, term).raw)};
   };
@@ -289,7 +315,7 @@ HWY_INLINE void decodeBlock(const uint8_t* luma, const ChromaTerms& terms, uint8
 
 #endif  // NEON or AVX2
 
-template <RowFormat kFormat>
+template <RowFormat kFormat, bool kTwo>
 void decodeFormat(const uint8_t* const (&luma)[2], const uint8_t* chroma,
                   uint8_t* const (&pixels)[2], std::size_t width) {
   // The last pixels of an even row make a block again.
@@ -298,11 +324,15 @@ void decodeFormat(const uint8_t* const (&luma)[2], const uint8_t* chroma,
   constexpr std::size_t kBytes = pixelBytes(kFormat);
   const uint8_t *const first = luma[0], *const second = luma[1];
   uint8_t *const firstPixels = pixels[0], *const secondPixels = pixels[1];
-  for (std::size_t at = 0; at < end; at += kBlock) {
+  // From the second block on, words are stored to whole cache lines if that parts no pair.
+  const std::size_t before = (0 - reinterpret_cast<std::uintptr_t>(firstPixels)) % 64;
+  const bool aligns = HWY_TARGET == HWY_AVX2 && kBytes == 4 && again && before % 8 == 0;
+  const std::size_t lead = aligns && before != 0 ? before / 4 : kBlock;
+  for (std::size_t at = 0; at < end; at += at == 0 ? lead : kBlock) {
     const std::size_t x = at < width - kBlock ? at : width - kBlock;
     const ChromaTerms terms = chromaTerms<kFormat>(chroma + x);
     decodeBlock<kFormat>(first + x, terms, firstPixels + kBytes * x);
-    if (second != nullptr) {
+    if constexpr (kTwo) {
       decodeBlock<kFormat>(second + x, terms, secondPixels + kBytes * x);
     }
   }
@@ -313,27 +343,33 @@ void decodeFormat(const uint8_t* const (&luma)[2], const uint8_t* chroma,
   const std::size_t rest = width - end;
   uint8_t lumaTail[2][kBlock] = {}, chromaTail[kBlock] = {}, pixelTail[2][kBytes * kBlock];
   std::memcpy(chromaTail, chroma + end, rest + rest % 2);
-  for (int row = 0; row < 2 && luma[row] != nullptr; ++row) {
+  for (int row = 0; row < (kTwo ? 2 : 1); ++row) {
     std::memcpy(lumaTail[row], luma[row] + end, rest);
   }
-  decodeFormat<kFormat>({lumaTail[0], lumaTail[1]}, chromaTail, {pixelTail[0], pixelTail[1]},
-                        kBlock);
-  for (int row = 0; row < 2 && luma[row] != nullptr; ++row) {
+  decodeFormat<kFormat, kTwo>({lumaTail[0], lumaTail[1]}, chromaTail, {pixelTail[0], pixelTail[1]},
+                              kBlock);
+  for (int row = 0; row < (kTwo ? 2 : 1); ++row) {
     std::memcpy(pixels[row] + kBytes * end, pixelTail[row], kBytes * rest);
+  }
+}
+
+template <bool kTwo>
+void decodeAny(RowFormat format, const uint8_t* const (&luma)[2], const uint8_t* chroma,
+               uint8_t* const (&pixels)[2], std::size_t width) {
+  switch (format) {
+    case RowFormat::kArgbUV:
+      return decodeFormat<RowFormat::kArgbUV, kTwo>(luma, chroma, pixels, width);
+    case RowFormat::kArgbVU:
+      return decodeFormat<RowFormat::kArgbVU, kTwo>(luma, chroma, pixels, width);
+    case RowFormat::kPackedUV:
+      return decodeFormat<RowFormat::kPackedUV, kTwo>(luma, chroma, pixels, width);
   }
 }
 
 // One row when luma[1] is null.
 void decodeRowsVector(RowFormat format, const uint8_t* const (&luma)[2], const uint8_t* chroma,
                       uint8_t* const (&pixels)[2], std::size_t width) {
-  switch (format) {
-    case RowFormat::kArgbUV:
-      return decodeFormat<RowFormat::kArgbUV>(luma, chroma, pixels, width);
-    case RowFormat::kArgbVU:
-      return decodeFormat<RowFormat::kArgbVU>(luma, chroma, pixels, width);
-    case RowFormat::kPackedUV:
-      return decodeFormat<RowFormat::kPackedUV>(luma, chroma, pixels, width);
-  }
+  (luma[1] != nullptr ? decodeAny<true> : decodeAny<false>)(format, luma, chroma, pixels, width);
 }
 
 #endif  // vectors or not
