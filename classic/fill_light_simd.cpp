@@ -1,17 +1,21 @@
 // Vector twin of the fill light, compiled once per vector target.
 //
-// Gains are worked out for a run's columns once, most of it in 16-bit lanes, and kept as bytes in
-// the order of a destination row, for the run and, back to front, for its images on the right. All
-// that is left to do for a pixel is to turn it round and to add. Five pixels a step:
+// Gains are worked out for the left half of a row, most of it in 16-bit lanes, and kept as bytes in
+// the order of a destination row, for it and, back to front, for its image on the right. Where the
+// light is even, towards the centre, there is one gain for all. What is left to do for a pixel is
+// to turn it round and to add. Five pixels a step:
 //
 //   loaded    B G R  B G R  B G R  B G R  B G R  -
 //   turned    R G B  R G B  R G B  R G B  R G B  -   + gains, limited to 255
 //
-// The byte stored too many belongs to the run's next pixel, which is written later.
-#include <array>
-
+// The byte stored too many belongs to the next pixel, which is written later.
+//
+// Memory is quickest in its own order, so a band of rows at the top is lit downwards, then its
+// images at the bottom, downwards too, with the gains kept: taking turns between a row and its
+// image costs a third more time. With an even height the row above the middle one ends with the
+// middle one's gains, whose image it is.
+#include "base/block.h"
 #include "base/image_size.h"
-#include "classic/four_corner.h"
 #include "classic/light_gains.h"
 
 #undef HWY_TARGET_INCLUDE
@@ -69,6 +73,19 @@ ShortVector scaled(ShortVector v, int factor) {
 
 static_assert(falloff(0x7FFF) == falloff(0x8000));
 
+/// By how much, rounding, `falloff` ever exceeds what it is farther from the centre.
+constexpr int ripple() {
+  int most = 0;
+  int nearest = 0x8000;
+  for (int d = 0x8000; d >= 0; --d) {
+    const int here = falloff(d);
+    most = here - nearest > most ? here - nearest : most;
+    nearest = here < nearest ? here : nearest;
+  }
+  return most;
+}
+constexpr int kRipple = ripple();
+
 UnsignedVector falloffs(UnsignedVector d) {
   const auto times = [](UnsignedVector v, int factor) HWY_ATTR {
     return product(v, hn::Set(Unsigned(), static_cast<uint16_t>(factor)));
@@ -111,9 +128,9 @@ hn::Vec<Bytes> backwards(hn::Vec<Bytes> v) {
   return hn::BitCast(Bytes(), hn::Or(hn::ShiftLeft<8>(pairs), hn::ShiftRight<8>(pairs)));
 }
 
-class LightRow {
+class LightTerms {
  public:
-  explicit LightRow(const FillLight& light) : light_(light) {}
+  explicit LightTerms(const FillLight& light) : light_(light) {}
 
   /// Whether all weights are at most half, so that gains are bytes and their terms 16 bits wide.
   /// All radii from 0.3 to 100 or more are like that.
@@ -125,31 +142,42 @@ class LightRow {
            32767 - ((least * light_.inverse) >> 15) <= 0x4000;
   }
 
-  void workOut(const CornerRun& run, const std::array<const uint8_t*, 8>& soon) {
+  /// The gains of a row's columns 0..: in this order and for their images. Stops where the light is
+  /// even, or at the middle, and returns that column. Meanwhile memory has time to bring the pixels
+  /// to be lit next, at `src` and `dst`.
+  int workOut(int y, uint8_t* left, uint8_t* rightEnd, const uint8_t* src,
+              const uint8_t* dst) const {
     const Bytes d;
-    for (int i = 0; i < run.count; i += kBlock) {
-      // Meanwhile memory has time to bring the pixels.
-      for (const uint8_t* pixels : soon) {
-        __builtin_prefetch(pixels + kPackedBytes * i);
-        __builtin_prefetch(pixels + kPackedBytes * i + 48);
+    const int dy = y - (light_.height >> 1);
+    const int middle = light_.width >> 1;
+    const int count = (light_.width - 1) >> 1;
+    int x = 0;
+    for (; x < count && !even(dy, x - middle); x += kBlock) {
+      for (int line = 0; line < 2 * kPackedBytes * kBlock; line += 64) {
+        __builtin_prefetch(src + 2 * kPackedBytes * x + line);
+        __builtin_prefetch(dst + 2 * kPackedBytes * x + line);
       }
-      const ShortGains low = gainsOf(run.dy, run.dx + i);
-      const ShortGains high = gainsOf(run.dy, run.dx + i + kShortLanes);
+      const ShortGains low = gainsOf(dy, x - middle);
+      const ShortGains high = gainsOf(dy, x - middle + kShortLanes);
       const auto r = narrow(low.red, high.red);
       const auto g = narrow(low.green, high.green);
       const auto b = narrow(low.blue, high.blue);
-      hn::StoreInterleaved3(r, g, b, d, left_ + kPackedBytes * i);
+      hn::StoreInterleaved3(r, g, b, d, left + kPackedBytes * x);
       hn::StoreInterleaved3(backwards(r), backwards(g), backwards(b), d,
-                            right_ + kPackedBytes * (run.count - i));
+                            rightEnd - kPackedBytes * (x + kBlock));
     }
+    return std::min(x, count);
   }
 
-  /// In the order of columns.
-  const uint8_t* left() const { return left_; }
-  const uint8_t* right() const { return right_ + kPackedBytes * kBlock; }
+  Gains middleOf(int y) const { return light_.gains(y - (light_.height >> 1), 0); }
 
  private:
   static constexpr int kMaxSide = 0xFFFF;  // squared half diagonals have 31 bits
+
+  /// Whether the light is even from there to the centre.
+  bool even(int dy, int dx) const {
+    return falloff(light_.distance(dy, dx)) + kRipple <= light_.full;
+  }
 
   // The corners' distance of 1.0 has 16 bits. Joined, it becomes 32767, which falls off the same.
   IntVector distances(int dy, int dx) const {
@@ -197,44 +225,94 @@ class LightRow {
 
   const FillLight light_;
   const IntVector iota_ = hn::Iota(Ints(), 0);
-  uint8_t left_[kPackedBytes * (kCornerRun + kBlock)];
-  uint8_t right_[kPackedBytes * (kCornerRun + kBlock)];  // a block of room, then the gains
 };
 
-void lightUp(const uint8_t* src, uint8_t* dst, const uint8_t* gains, int count) {
+/// Lights `bytes` bytes and perhaps some more up to `room`, to be lit again. The gains of five
+/// pixels are `step` bytes after those of the five before: 15, or 0 to take the same ones again.
+HWY_NOINLINE void lightUp(const uint8_t* src, uint8_t* dst, std::size_t bytes, std::size_t room,
+                          const uint8_t* gains, std::size_t step) {
   HWY_ALIGN static constexpr uint8_t kTurned[16] = {2, 1,  0,  5, 4,  3,  8,  7,
                                                     6, 11, 10, 9, 14, 13, 12, 15};
   const Bytes16 d;
   const auto turned = hn::Load(d, kTurned);
-  const auto bytes = static_cast<std::size_t>(kPackedBytes * count);
   std::size_t at = 0;
-  for (; at + 18 <= bytes; at += 15) {
+  for (; at < bytes && at + 18 <= room; at += 15, gains += step) {
     const auto pixels = hn::TableLookupBytes(hn::LoadU(d, src + at), turned);
-    hn::StoreU(hn::SaturatedAdd(pixels, hn::LoadU(d, gains + at)), d, dst + at);
+    hn::StoreU(hn::SaturatedAdd(pixels, hn::LoadU(d, gains)), d, dst + at);
   }
-  for (; at < bytes; at += kPackedBytes) {
+  for (; at < bytes; at += kPackedBytes, gains += step / 5) {
     for (std::size_t k = 0; k < kPackedBytes; ++k) {
-      dst[at + k] = static_cast<uint8_t>(std::min(src[at + 2 - k] + gains[at + k], 255));
+      dst[at + k] = static_cast<uint8_t>(std::min(src[at + 2 - k] + gains[k], 255));
     }
   }
 }
 
+/// The gains of a row and its image.
+class LightRow {
+ public:
+  /// Bytes of memory for a row of that many pixels: two halves, each with a block to spare.
+  static std::size_t bytesFor(int width) {
+    return 2 * kPackedBytes * (static_cast<std::size_t>(width) / 2 + 2 * kBlock);
+  }
+
+  void keepIn(uint8_t* memory, std::size_t size) {
+    left_ = memory;
+    rightEnd_ = memory + size - kPackedBytes * kBlock;
+  }
+
+  void workOut(const LightTerms& terms, int y, const uint8_t* src, const uint8_t* dst) {
+    sides_ = kPackedBytes * static_cast<std::size_t>(terms.workOut(y, left_, rightEnd_, src, dst));
+    const Gains gains = terms.middleOf(y);
+    for (std::size_t i = 0; i < sizeof middle_; i += kPackedBytes) {
+      middle_[i] = static_cast<uint8_t>(gains.red);
+      middle_[i + 1] = static_cast<uint8_t>(gains.green);
+      middle_[i + 2] = static_cast<uint8_t>(gains.blue);
+    }
+  }
+
+  void light(const uint8_t* src, uint8_t* dst, std::size_t rowBytes) const {
+    const std::size_t right = rowBytes - sides_;
+    lightUp(src, dst, sides_, rowBytes, left_, 15);
+    lightUp(src + sides_, dst + sides_, right - sides_, rowBytes - sides_, middle_, 0);
+    lightUp(src + right, dst + right, sides_, sides_, rightEnd_ - sides_, 15);
+  }
+
+ private:
+  uint8_t* left_;
+  uint8_t* rightEnd_;
+  std::size_t sides_;   // bytes of pixels on either side with gains of their own
+  uint8_t middle_[18];  // those of all others
+};
+
 void fillLightRows(const FillLight& light, const uint8_t* src, uint8_t* dst) {
-  LightRow row(light);
-  if (!row.fits()) {
+  constexpr int kBand = 8;
+  const LightTerms terms(light);
+  const std::size_t size = LightRow::bytesFor(light.width);
+  const auto memory = terms.fits() ? allocateBlock(kBand * size) : nullptr;
+  if (memory == nullptr) {
     return fillLightPlain(light, src, dst);
   }
-  const Mirrors mirrors(light.width, light.height);
-  walkCornerRuns(light.width, light.height, [&](const CornerRun& run) HWY_ATTR {
-    const Corners left = mirrors.of(run.y, run.x);
-    const Corners right = mirrors.of(run.y, run.x + run.count - 1);
-    row.workOut(run, {src + left[0], src + right[2], src + left[1], src + right[3], dst + left[0],
-                      dst + right[2], dst + left[1], dst + right[3]});
-    lightUp(src + left[0], dst + left[0], row.left(), run.count);
-    lightUp(src + right[2], dst + right[2], row.right(), run.count);
-    lightUp(src + left[1], dst + left[1], row.left(), run.count);
-    lightUp(src + right[3], dst + right[3], row.right(), run.count);
-  });
+  LightRow rows[kBand];
+  for (std::size_t k = 0; k < kBand; ++k) {
+    rows[k].keepIn(memory.get() + size * k, size);
+  }
+  const std::size_t rowBytes = kPackedBytes * static_cast<std::size_t>(light.width);
+  const int middle = light.height >> 1;
+  for (int top = 0; top <= middle; top += kBand) {
+    const int count = std::min(kBand, middle + 1 - top);
+    for (int k = 0; k < count; ++k) {
+      const std::size_t at = rowBytes * static_cast<std::size_t>(top + k);
+      rows[k].workOut(terms, top + k, src + at, dst + at);
+      rows[k].light(src + at, dst + at, rowBytes);
+    }
+    for (int k = count - 1; k >= 0; --k) {
+      const int image = light.height - 1 - top - k;
+      if (image != middle) {  // that row has its own terms
+        const std::size_t at = rowBytes * static_cast<std::size_t>(image);
+        rows[k].light(src + at, dst + at, rowBytes);
+      }
+    }
+  }
 }
 
 #endif  // vectors or not

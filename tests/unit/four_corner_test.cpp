@@ -22,9 +22,10 @@ constexpr std::pair<int, int> kShapes[] = {{3, 700},    {700, 3},     {1, 5000},
                                            {131074, 3}, {1200000, 2}, {2, 1200000}};
 
 TEST(FourCorner, Walk) {
-  const PackedEffect small[] = {kFisheye("Fisheye 0.5", 0.5f), kFillLight("FillLight 1", 1.0f)};
+  const PackedEffect small[] = {kFisheye("Fisheye 0.5", 0.5f), kFillLight("FillLight 0.3", 0.3f)};
   const PackedEffect large[] = {kFisheye("Fisheye NaN", NAN), kFillLight("FillLight 0.4", 0.4f),
-                                kFillLight("FillLight 3", 3.0f), kFillLight("FillLight 0.1", 0.1f)};
+                                kFillLight("FillLight 0.8", 0.8f),
+                                kFillLight("FillLight 0.1", 0.1f)};
   for (const auto& each : small) checkEverySize(each);
   onEachTarget([&] {
     for (const auto& each : large) {
