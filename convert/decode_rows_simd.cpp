@@ -143,14 +143,13 @@ HWY_INLINE ShortVector set(int value) { return hn::Set(Shorts(), static_cast<int
 
 // Samples leave their bytes times five: factors divided by that fit 16 signed bits, so that the
 // upper half of one product is the integer part and the lower half of another the fraction.
-// Rounding the quotient changes no integer part; for the fraction, 5 has an inverse modulo 65536.
+// Cutting off the quotient changes no integer part; for the fraction, 5 has an inverse modulo
+// 65536.
 constexpr int kTimes = 5;
 constexpr int64_t kInverse = 52429;
 static_assert(kTimes * kInverse % 65536 == 1);
 
-constexpr int32_t quotientOf(int32_t factor) {
-  return (factor + (factor < 0 ? -kTimes : kTimes) / 2) / kTimes;
-}
+constexpr int32_t quotientOf(int32_t factor) { return factor / kTimes; }
 
 constexpr bool exact(int32_t factor) {
   bool same = quotientOf(factor) >= -0x8000 && quotientOf(factor) <= 0x7FFF;

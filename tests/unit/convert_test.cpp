@@ -113,7 +113,8 @@ TEST(Convert, PairsOfRowsAndRowsWithChromaEqualThePlainKernels) {
       const int pitch = pixelBytes * (width + 2), pairs = (width + 1) / 2 * 2;
       SCOPED_TRACE(testing::Message() << "format " << i % 3 << " width " << width);
       const Guarded luma(noise(lumaStride + width)), chroma(noise(pairs, 2));
-      const Guarded pixels(noise(pitch + pixelBytes * width, 3));
+      // At addresses of whole pairs of words and others.
+      const Guarded pixels(noise(pitch + pixelBytes * (width + i % 2), 3));
       const Bytes decoded = copied(pixels, [&](uint8_t* to) {
         for (const int row : {0, 1}) {
           alg::decodeRowPlain(format, luma.data() + row * lumaStride, chroma.data(),
