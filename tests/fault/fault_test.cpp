@@ -1,6 +1,7 @@
 // Every native with each of its allocations failing, and effects without threads or pictures.
 #include <fstream>
 
+#include "base/image_size.h"
 #include "injected.h"
 #include "libalgorithm/thread_pool.h"
 #include "native_calls.h"
@@ -83,6 +84,7 @@ TEST(Faults, AnEffectNeedsNoThreads) {
 
 TEST(Faults, BrokenPicturesAreRefused) {
   const DeviceRoot root;
+  constexpr char kPath[] = "/data/data/com.android.camera/effect/picture.png";
   const std::string path = root.path("picture.png");
   root.writePicture("picture.png", 6, 5);
   std::ifstream file(path, std::ios::binary);
@@ -90,12 +92,20 @@ TEST(Faults, BrokenPicturesAreRefused) {
   const auto decodes = [&](const std::string& content) {
     std::ofstream(path, std::ios::binary) << content;
     alg::Bitmap bitmap;
-    return alg::decodePngFile("/data/data/com.android.camera/effect/picture.png", bitmap);
+    return alg::decodePngFile(kPath, bitmap);
   };
   EXPECT_TRUE(decodes(bytes));
   for (std::size_t size = 0; size < bytes.size() - 12; ++size) {  // up to the end marker
     EXPECT_FALSE(decodes(bytes.substr(0, size))) << size;
   }
+  for (const int side : {65535, 65536}) {
+    for (const auto& [width, height] : {std::pair{side, 1}, {1, side}}) {
+      root.writePng("picture.png", width, height, PNG_COLOR_TYPE_GRAY, 8, Bytes(zu(side)));
+      alg::Bitmap bitmap;
+      EXPECT_EQ(alg::decodePngFile(kPath, bitmap), side == 65535);
+    }
+  }
+  EXPECT_TRUE(alg::isPictureSize(16000, 16000) && !alg::isPictureSize(16000, 16001));
   std::filesystem::remove(path);
   std::filesystem::create_directory(path);
   EXPECT_FALSE(decodes(bytes));
