@@ -4,9 +4,9 @@
 #include <cstring>
 
 #include "base/image_size.h"
+#include "effect/pipeline.h"
 #include "libalgorithm/camera_util.h"
 #include "libalgorithm/classic_effects.h"
-#include "libalgorithm/effect_pipeline.h"
 #include "libalgorithm/pretty_filters.h"
 #include "libalgorithm/yuv_convert.h"
 
@@ -97,9 +97,9 @@ void evenBlur(uint8_t* in, uint8_t* out, int w, int h) {
   miniature_r(in, out, w, h, half / kPeak * (kPeak - kRadius), 2 * half);
 }
 
-template <char const* kName>
+template <char const* kName, Road kRoad = Road::kFastest>
 void road(uint8_t* /*in*/, uint8_t* out, int w, int h) {
-  KAVRO_PrettyEffect_Function(kName, "", out, out + w * h, h, w, w, w);
+  runEffect(kName, {out, out + w * h, w, h, w, w}, kRoad);
 }
 constexpr char kSweet[] = "PrettySweet", kJapan[] = "PrettyJapan", kPasses[] = "sepia";
 
@@ -155,6 +155,8 @@ constexpr Routine kRoutines[] = {
     // Effect road.
     {"EffectFunction, passing through", Input::kPacked, 2 * kP, strip<&EffectFunction>},
     {"KAVRO_PrettyEffect_Function PrettySweet", Input::kFrame, 2 * kF, road<kSweet>, Look::kRoad},
+    {"KAVRO_PrettyEffect_Function PrettySweet in phases", Input::kFrame, 2 * kF,
+     road<kSweet, Road::kPhases>, Look::kRoad},
     {"KAVRO_PrettyEffect_Function PrettyJapan", Input::kFrame, 2 * kF, road<kJapan>, Look::kRoad},
     {"KAVRO_PrettyEffect_Function sepia", Input::kFrame, 2 * kF, road<kPasses>, Look::kRoad},
     // Pretty filters, temperature, resize, blurs.
