@@ -2,9 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <functional>
 #include <optional>
-#include <utility>
 
 #include "base/block.h"
 #include "base/image_size.h"
@@ -57,15 +55,7 @@ void runStrip(const void* /*input*/, const void* /*param*/, void* output) {
 }  // namespace
 
 bool bandsFit(const Frame& frame) {
-  if (frame.width % 2 != 0 || frame.height % 2 != 0 || frame.uvStride != frame.width ||
-      frame.yStride < frame.width) {
-    return false;
-  }
-  const std::ptrdiff_t lumaBytes =
-      std::ptrdiff_t{frame.height - 1} * frame.yStride + std::ptrdiff_t{frame.width};
-  const std::ptrdiff_t chromaBytes = std::ptrdiff_t{frame.height / 2} * frame.uvStride;
-  const std::less_equal<> upTo;
-  return upTo(frame.y + lumaBytes, frame.uv) || upTo(frame.uv + chromaBytes, frame.y);
+  return frame.width % 2 == 0 && frame.height % 2 == 0 && frame.uvStride == frame.width;
 }
 
 bool runBands(const char* effectName, const Frame& frame) {

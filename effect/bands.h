@@ -12,8 +12,8 @@
 namespace alg {
 
 /// Whether the frame can go in one pass: a band must read no sample that another one writes. That
-/// takes even sizes, chroma rows without gaps (the conversions walk padded ones in a way of their
-/// own), and planes that don't overlap.
+/// takes even sizes, and chroma rows without gaps: the conversions walk padded ones in a way of
+/// their own.
 bool bandsFit(const Frame& frame);
 
 /// Runs the effect on such a frame. Returns false, with the frame untouched, when memory is short

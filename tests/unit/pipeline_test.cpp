@@ -78,6 +78,19 @@ TEST(Road, SmallOddAndPaddedFramesAreClippedToTheFrame) {
   }
 }
 
+TEST(Road, PaddedLumaAndChromaBeforeItMakeNoDifference) {
+  for (const int lumaAt : {0, 32 * 64}) {
+    Bytes frames[2] = {noise(80 * 70), noise(80 * 70)};
+    for (const alg::Road road : {alg::Road::kFastest, alg::Road::kPhases}) {
+      uint8_t* const y = frames[int(road)].data() + lumaAt;
+      uint8_t* const uv = frames[int(road)].data() + (lumaAt == 0 ? 70 * 48 : 0);
+      EXPECT_TRUE(alg::runEffect("PrettyBlue", {y, uv, 64, 48, 70, 64}, road));
+    }
+    EXPECT_TRUE(same(frames[0], frames[1]));
+    EXPECT_FALSE(same(frames[0], noise(80 * 70)));
+  }
+}
+
 TEST(Road, LogsThePoolOnceAndTheNameEveryRun) {
   const DeviceRoot root;
   HALThreadPoolDestroy();
