@@ -1,8 +1,10 @@
 /**
  * Image routines of the camera application, written in native code and working on raw memory.
  *
- * <p>Loading any class of this package loads {@code libAlgorithm.so} from the library path. What
- * follows holds for every method here.
+ * <p>Four classes hold native methods; loading one of them loads {@code libAlgorithm.so} from the
+ * library path. What follows holds for every native method. {@link
+ * com.orvik.camera.common.Native.CameraFrames}, plain Java, packs a camera's planes into the frames
+ * they take, and checks buffers ahead of a call with exceptions.
  *
  * <h2>Buffers</h2>
  *
@@ -54,7 +56,7 @@
  * <p>A null or heap buffer, a buffer too small for the sizes given, a size below 1 or so large that
  * the image would pass {@link Integer#MAX_VALUE} bytes, a null name, a null or short array: the
  * method writes <b>one error line to the log</b> (priority ERROR, the class's name as tag) and
- * returns null or leaves the frame untouched. No method throws an exception, and none
+ * returns null or leaves the frame untouched. No native method throws an exception, and none
  * reads or writes outside its buffers. Each method also logs a line on entry (ending in " E") and on exit
  * (" X").
  *
