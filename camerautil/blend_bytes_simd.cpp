@@ -1,5 +1,6 @@
 // Vector twins of the byte-wise blends, compiled once per vector target.
 #include "camerautil/blend_bytes.h"
+#include "kernels/vector_frame.h"
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "camerautil/blend_bytes_simd.cpp"
@@ -9,22 +10,11 @@
 HWY_BEFORE_NAMESPACE();
 namespace alg::HWY_NAMESPACE {
 
-#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
+#if !ALG_HAS_VECTORS()
 
-// Without vectors the definitions are the fastest there is.
-void addSharesVector(const uint8_t* src, uint16_t srcShare, uint8_t* dst, uint16_t dstShare,
-                     std::size_t n) {
-  addSharesPlain(src, srcShare, dst, dstShare, n);
-}
-
-void takeNearerVector(const uint8_t* a, const uint8_t* b, const uint8_t* c, uint8_t* out,
-                      std::size_t n) {
-  takeNearerPlain(a, b, c, out, n);
-}
-
-void takeFarthestVector(uint8_t* a, const uint8_t* b, const uint8_t* c, std::size_t n) {
-  takeFarthestPlain(a, b, c, n);
-}
+constexpr auto& addSharesVector = addSharesPlain;
+constexpr auto& takeNearerVector = takeNearerPlain;
+constexpr auto& takeFarthestVector = takeFarthestPlain;
 
 #else
 

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "camerautil/turn_rows.h"
+#include "kernels/vector_frame.h"
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "camerautil/turn_rows_simd.cpp"
@@ -13,18 +14,10 @@
 HWY_BEFORE_NAMESPACE();
 namespace alg::HWY_NAMESPACE {
 
-#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
+#if !ALG_HAS_VECTORS()
 
-// Without vectors the definitions are the fastest there is.
-
-void transposeVector(std::size_t elementBytes, Rows<const uint8_t> src, Rows<uint8_t> dst,
-                     int columns, int rows) {
-  transposePlain(elementBytes, src, dst, columns, rows);
-}
-
-void mirrorVector(std::size_t elementBytes, const uint8_t* src, uint8_t* dst, std::size_t count) {
-  mirrorPlain(elementBytes, src, dst, count);
-}
+constexpr auto& transposeVector = transposePlain;
+constexpr auto& mirrorVector = mirrorPlain;
 
 #else
 

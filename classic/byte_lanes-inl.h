@@ -12,11 +12,12 @@
 
 #include "hwy/highway.h"
 #include "kernels/grey_rows.h"
+#include "kernels/vector_frame.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace alg::HWY_NAMESPACE {
 
-#if HWY_TARGET != HWY_SCALAR && HWY_TARGET != HWY_EMU128
+#if ALG_HAS_VECTORS()
 
 namespace hn = hwy::HWY_NAMESPACE;
 

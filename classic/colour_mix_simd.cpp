@@ -8,6 +8,7 @@
 // Coarse weights fit 7 bits and fine ones 4, so that all stays below 2^16, and values above 255 are
 // limited when they become bytes. AVX2's sums of two products end at 2^15 - 1, which is 255 then.
 #include "classic/colour_mix.h"
+#include "kernels/vector_frame.h"
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "classic/colour_mix_simd.cpp"
@@ -18,12 +19,9 @@
 HWY_BEFORE_NAMESPACE();
 namespace alg::HWY_NAMESPACE {
 
-#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
+#if !ALG_HAS_VECTORS()
 
-// Without vectors the definition is the fastest there is.
-void mixColoursVector(ColourMix mix, const uint8_t* src, uint8_t* dst, std::size_t pixels) {
-  mixColoursPlain(mix, src, dst, pixels);
-}
+constexpr auto& mixColoursVector = mixColoursPlain;
 
 #else
 

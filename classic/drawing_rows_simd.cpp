@@ -5,6 +5,7 @@
 #include "base/image_size.h"
 #include "classic/drawing_rows.h"
 #include "kernels/grey_rows.h"
+#include "kernels/vector_frame.h"
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "classic/drawing_rows_simd.cpp"
@@ -16,27 +17,12 @@
 HWY_BEFORE_NAMESPACE();
 namespace alg::HWY_NAMESPACE {
 
-#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
+#if !ALG_HAS_VECTORS()
 
-// Without vectors the definitions are the fastest there is.
-void reliefRowVector(const uint8_t* top, const uint8_t* bottom, uint8_t* grey, std::size_t count) {
-  reliefRowPlain(top, bottom, grey, count);
-}
-
-void lineRowVector(const uint8_t* top, const uint8_t* middle, const uint8_t* bottom, uint8_t* grey,
-                   std::size_t count) {
-  lineRowPlain(top, middle, bottom, grey, count);
-}
-
-void inkRowVector(const PlaneWindow& rows, uint8_t* out, std::size_t count,
-                  const EdgeSteps& edges) {
-  inkRowPlain(rows, out, count, edges);
-}
-
-void cartoonRowVector(const PlaneWindow& rows, uint8_t* out, std::size_t count,
-                      const CartoonFactors& factors) {
-  cartoonRowPlain(rows, out, count, factors);
-}
+constexpr auto& reliefRowVector = reliefRowPlain;
+constexpr auto& lineRowVector = lineRowPlain;
+constexpr auto& inkRowVector = inkRowPlain;
+constexpr auto& cartoonRowVector = cartoonRowPlain;
 
 #else
 

@@ -48,6 +48,6 @@ void fillLightPlain(const FillLight& light, const uint8_t* src, uint8_t* dst) {
 
 void FillLightFix(unsigned char* src, unsigned char* dst, float radius, int width, int height) {
   if (width >= 1 && height >= 1) {
-    alg::fillLightSimd(alg::FillLight(radius, width, height), src, dst);
+    alg::fillLight(alg::FillLight(radius, width, height), src, dst);
   }
 }

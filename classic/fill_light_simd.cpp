@@ -17,6 +17,7 @@
 #include "base/block.h"
 #include "base/image_size.h"
 #include "classic/light_gains.h"
+#include "kernels/vector_frame.h"
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "classic/fill_light_simd.cpp"
@@ -27,12 +28,9 @@ HWY_BEFORE_NAMESPACE();
 namespace alg::HWY_NAMESPACE {
 namespace {
 
-#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
+#if !ALG_HAS_VECTORS()
 
-// Without vectors the definition is the fastest there is.
-void fillLightRows(const FillLight& light, const uint8_t* src, uint8_t* dst) {
-  fillLightPlain(light, src, dst);
-}
+constexpr auto& fillLightVector = fillLightPlain;
 
 #else
 
@@ -284,7 +282,7 @@ class LightRow {
   uint8_t middle_[18];  // those of all others
 };
 
-void fillLightRows(const FillLight& light, const uint8_t* src, uint8_t* dst) {
+void fillLightVector(const FillLight& light, const uint8_t* src, uint8_t* dst) {
   constexpr int kBand = 8;
   const LightTerms terms(light);
   const std::size_t size = LightRow::bytesFor(light.width);
@@ -324,10 +322,10 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace alg {
 
-HWY_EXPORT(fillLightRows);
+HWY_EXPORT(fillLightVector);
 
-void fillLightSimd(const FillLight& light, const uint8_t* src, uint8_t* dst) {
-  HWY_DYNAMIC_DISPATCH(fillLightRows)(light, src, dst);
+void fillLight(const FillLight& light, const uint8_t* src, uint8_t* dst) {
+  HWY_DYNAMIC_DISPATCH(fillLightVector)(light, src, dst);
 }
 
 }  // namespace alg

@@ -54,6 +54,6 @@ void fisheyePlain(const FisheyeMap& map, const uint8_t* src, uint8_t* dst) {
 
 void Fisheye(unsigned char* src, unsigned char* dst, float /*strength*/, int width, int height) {
   if (width >= 1 && height >= 1) {
-    alg::fisheyeSimd(alg::FisheyeMap(width, height), src, dst);
+    alg::fisheye(alg::FisheyeMap(width, height), src, dst);
   }
 }

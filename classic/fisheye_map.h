@@ -99,7 +99,7 @@ struct FisheyeMap {
 /// By the definition: one pixel and its mirror images at a time.
 void fisheyePlain(const FisheyeMap& map, const uint8_t* src, uint8_t* dst);
 
-/// The same result for ordinary sizes.
-void fisheyeSimd(const FisheyeMap& map, const uint8_t* src, uint8_t* dst);
+/// The same result.
+void fisheye(const FisheyeMap& map, const uint8_t* src, uint8_t* dst);
 
 }  // namespace alg

@@ -14,6 +14,7 @@
 #include "base/image_size.h"
 #include "classic/fisheye_map.h"
 #include "classic/four_corner.h"
+#include "kernels/vector_frame.h"
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "classic/fisheye_simd.cpp"
@@ -24,12 +25,9 @@ HWY_BEFORE_NAMESPACE();
 namespace alg::HWY_NAMESPACE {
 namespace {
 
-#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
+#if !ALG_HAS_VECTORS()
 
-// Without vectors the definition is the fastest there is.
-void fisheyeRows(const FisheyeMap& map, const uint8_t* src, uint8_t* dst) {
-  fisheyePlain(map, src, dst);
-}
+constexpr auto& fisheyeVector = fisheyePlain;
 
 #else
 
@@ -175,7 +173,7 @@ void copyRun(const uint8_t* base, const int32_t* offsets, uint8_t* to, int count
   }
 }
 
-void fisheyeRows(const FisheyeMap& map, const uint8_t* src, uint8_t* dst) {
+void fisheyeVector(const FisheyeMap& map, const uint8_t* src, uint8_t* dst) {
   Fisheye fisheye(map);
   if (!fisheye.fillTable()) {
     return fisheyePlain(map, src, dst);
@@ -208,10 +206,10 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace alg {
 
-HWY_EXPORT(fisheyeRows);
+HWY_EXPORT(fisheyeVector);
 
-void fisheyeSimd(const FisheyeMap& map, const uint8_t* src, uint8_t* dst) {
-  HWY_DYNAMIC_DISPATCH(fisheyeRows)(map, src, dst);
+void fisheye(const FisheyeMap& map, const uint8_t* src, uint8_t* dst) {
+  HWY_DYNAMIC_DISPATCH(fisheyeVector)(map, src, dst);
 }
 
 }  // namespace alg

@@ -61,6 +61,6 @@ struct FillLight {
 void fillLightPlain(const FillLight& light, const uint8_t* src, uint8_t* dst);
 
 /// The same result.
-void fillLightSimd(const FillLight& light, const uint8_t* src, uint8_t* dst);
+void fillLight(const FillLight& light, const uint8_t* src, uint8_t* dst);
 
 }  // namespace alg

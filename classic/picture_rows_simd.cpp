@@ -3,6 +3,7 @@
 
 #include "base/image_size.h"
 #include "classic/picture_rows.h"
+#include "kernels/vector_frame.h"
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "classic/picture_rows_simd.cpp"
@@ -12,17 +13,10 @@
 HWY_BEFORE_NAMESPACE();
 namespace alg::HWY_NAMESPACE {
 
-#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
+#if !ALG_HAS_VECTORS()
 
-// Without vectors the definitions are the fastest there is.
-void paintVector(const uint8_t* src, const uint8_t* paint, uint8_t* dst, std::size_t pixels) {
-  paintRowPlain(src, paint, dst, pixels);
-}
-
-void layVector(const uint8_t* src, const uint8_t* front, const uint8_t* mask, uint8_t* dst,
-               std::size_t pixels) {
-  layRowPlain(src, front, mask, dst, pixels);
-}
+constexpr auto& paintRowVector = paintRowPlain;
+constexpr auto& layRowVector = layRowPlain;
 
 #else
 
@@ -70,7 +64,7 @@ HWY_INLINE void layBlock(const uint8_t* src, const uint8_t* front, const uint8_t
                         layOver(alpha, frontB, shown(b)), d, dst);
 }
 
-void paintVector(const uint8_t* src, const uint8_t* paint, uint8_t* dst, std::size_t pixels) {
+void paintRowVector(const uint8_t* src, const uint8_t* paint, uint8_t* dst, std::size_t pixels) {
   std::size_t i = 0;
   for (; i + kLanes <= pixels; i += kLanes) {
     paintBlock(src + kPackedBytes * i, paint + kPackedBytes * i, dst + kPackedBytes * i);
@@ -86,8 +80,8 @@ void paintVector(const uint8_t* src, const uint8_t* paint, uint8_t* dst, std::si
   }
 }
 
-void layVector(const uint8_t* src, const uint8_t* front, const uint8_t* mask, uint8_t* dst,
-               std::size_t pixels) {
+void layRowVector(const uint8_t* src, const uint8_t* front, const uint8_t* mask, uint8_t* dst,
+                  std::size_t pixels) {
   std::size_t i = 0;
   for (; i + kLanes <= pixels; i += kLanes) {
     layBlock(src + kPackedBytes * i, front + kArgbBytes * i, mask + kArgbBytes * i,
@@ -114,16 +108,16 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace alg {
 
-HWY_EXPORT(paintVector);
-HWY_EXPORT(layVector);
+HWY_EXPORT(paintRowVector);
+HWY_EXPORT(layRowVector);
 
 void paintRow(const uint8_t* src, const uint8_t* paint, uint8_t* dst, std::size_t pixels) {
-  HWY_DYNAMIC_DISPATCH(paintVector)(src, paint, dst, pixels);
+  HWY_DYNAMIC_DISPATCH(paintRowVector)(src, paint, dst, pixels);
 }
 
 void layRow(const uint8_t* src, const uint8_t* front, const uint8_t* mask, uint8_t* dst,
             std::size_t pixels) {
-  HWY_DYNAMIC_DISPATCH(layVector)(src, front, mask, dst, pixels);
+  HWY_DYNAMIC_DISPATCH(layRowVector)(src, front, mask, dst, pixels);
 }
 
 }  // namespace alg

@@ -9,6 +9,7 @@
 
 #include "convert/bt601.h"
 #include "convert/convert_rows.h"
+#include "kernels/vector_frame.h"
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "convert/decode_rows_simd.cpp"
@@ -18,7 +19,7 @@
 HWY_BEFORE_NAMESPACE();
 namespace alg::HWY_NAMESPACE {
 
-#if HWY_TARGET != HWY_AVX2 && HWY_TARGET != HWY_NEON
+#if !ALG_HAS_VECTORS()
 
 // Without vectors the definition is the fastest there is.
 void decodeRowsVector(RowFormat format, const uint8_t* const (&luma)[2], const uint8_t* chroma,

@@ -3,6 +3,7 @@
 
 #include "convert/bt601.h"
 #include "convert/convert_rows.h"
+#include "kernels/vector_frame.h"
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "convert/encode_rows_simd.cpp"
@@ -12,7 +13,7 @@
 HWY_BEFORE_NAMESPACE();
 namespace alg::HWY_NAMESPACE {
 
-#if HWY_TARGET != HWY_AVX2 && HWY_TARGET != HWY_NEON
+#if !ALG_HAS_VECTORS()
 
 // Without vectors the definitions are the fastest there is.
 void encodeRowVector(RowFormat format, const uint8_t* pixels, uint8_t* luma, uint8_t* chroma,

@@ -13,6 +13,7 @@
 
 #include "base/image_size.h"
 #include "kernels/box_blur_rows.h"
+#include "kernels/vector_frame.h"
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "kernels/box_blur_simd.cpp"
@@ -23,7 +24,7 @@ HWY_BEFORE_NAMESPACE();
 namespace alg::HWY_NAMESPACE {
 namespace {
 
-#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
+#if !ALG_HAS_VECTORS()
 
 // Without vectors the definitions are the fastest there is.
 BlurKernels rowKernels() { return kPlainBlurKernels; }

@@ -15,6 +15,7 @@
 
 #include "base/image_size.h"
 #include "kernels/curve_map.h"
+#include "kernels/vector_frame.h"
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "kernels/curve_map_simd.cpp"
@@ -25,12 +26,9 @@
 HWY_BEFORE_NAMESPACE();
 namespace alg::HWY_NAMESPACE {
 
-#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
+#if !ALG_HAS_VECTORS()
 
-// Without vectors the definition is the fastest there is.
-void mapCurvesVector(const uint8_t* src, uint8_t* dst, std::size_t pixels, const Curves& curves) {
-  mapCurvesPlain(src, dst, pixels, curves);
-}
+constexpr auto& mapCurvesVector = mapCurvesPlain;
 
 #else
 

@@ -10,6 +10,7 @@
 
 #include "base/image_size.h"
 #include "kernels/grey_rows.h"
+#include "kernels/vector_frame.h"
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "kernels/grey_rows_simd.cpp"
@@ -19,22 +20,11 @@
 HWY_BEFORE_NAMESPACE();
 namespace alg::HWY_NAMESPACE {
 
-#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
+#if !ALG_HAS_VECTORS()
 
-// Without vectors the definitions are the fastest there is.
-void greyRowVector(const uint8_t* pixels, uint8_t* grey, std::size_t width,
-                   const GreyWeights& weights) {
-  greyRowPlain(pixels, grey, width, weights);
-}
-
-void spreadGreyRowVector(const uint8_t* grey, uint8_t* pixels, std::size_t width) {
-  spreadGreyRowPlain(grey, pixels, width);
-}
-
-void splitRowVector(const uint8_t* pixels, uint8_t* planes, std::ptrdiff_t pitch,
-                    std::size_t width) {
-  splitRowPlain(pixels, planes, pitch, width);
-}
+constexpr auto& greyRowVector = greyRowPlain;
+constexpr auto& spreadGreyRowVector = spreadGreyRowPlain;
+constexpr auto& splitRowVector = splitRowPlain;
 
 #else
 

@@ -23,11 +23,12 @@
 
 #include "base/image_size.h"
 #include "hwy/highway.h"
+#include "kernels/vector_frame.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace alg::HWY_NAMESPACE {
 
-#if HWY_TARGET != HWY_SCALAR && HWY_TARGET != HWY_EMU128
+#if ALG_HAS_VECTORS()
 
 namespace planes {
 

@@ -87,4 +87,13 @@ const uint8_t* StretchedRows::row(const uint8_t* picture, int imageRow) {
   return stretched_;
 }
 
+void stretchQuadsPlain(const uint8_t* pictureRow, const StretchedQuad* quads, std::size_t count,
+                       std::size_t step, uint8_t* to) {
+  for (const StretchedQuad* quad = quads; quad != quads + count; ++quad, to += step) {
+    for (std::size_t i = 0; i < step; ++i) {
+      to[i] = pictureRow[quad->offset + quad->bytes[i]];
+    }
+  }
+}
+
 }  // namespace alg

@@ -50,8 +50,11 @@ class StretchedRows {
   int64_t stretchedFrom_ = -1;  // row of the picture
 };
 
-/// Writes 16 bytes for each quad, `step` bytes (12 or 16) apart.
+/// Writes the stretched pixels of each quad, `step` bytes (12 or 16) of them. The vector twin
+/// writes 16 each time: the last quad has room for as many.
 void stretchQuads(const uint8_t* pictureRow, const StretchedQuad* quads, std::size_t count,
                   std::size_t step, uint8_t* to);
+void stretchQuadsPlain(const uint8_t* pictureRow, const StretchedQuad* quads, std::size_t count,
+                       std::size_t step, uint8_t* to);
 
 }  // namespace alg

@@ -1,5 +1,6 @@
 // One shuffle for four pixels of a stretched row, compiled once per vector target.
 #include "kernels/stretched_rows.h"
+#include "kernels/vector_frame.h"
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "kernels/stretched_rows_simd.cpp"
@@ -9,22 +10,14 @@
 HWY_BEFORE_NAMESPACE();
 namespace alg::HWY_NAMESPACE {
 
-#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
+#if !ALG_HAS_VECTORS()
 
-// The definition.
-void stretchVector(const uint8_t* pictureRow, const StretchedQuad* quads, std::size_t count,
-                   std::size_t step, uint8_t* to) {
-  for (const StretchedQuad* quad = quads; quad != quads + count; ++quad, to += step) {
-    for (std::size_t i = 0; i < step; ++i) {
-      to[i] = pictureRow[quad->offset + quad->bytes[i]];
-    }
-  }
-}
+constexpr auto& stretchQuadsVector = stretchQuadsPlain;
 
 #else
 
-void stretchVector(const uint8_t* pictureRow, const StretchedQuad* quads, std::size_t count,
-                   std::size_t step, uint8_t* to) {
+void stretchQuadsVector(const uint8_t* pictureRow, const StretchedQuad* quads, std::size_t count,
+                        std::size_t step, uint8_t* to) {
   namespace hn = hwy::HWY_NAMESPACE;
   const hn::FixedTag<uint8_t, 16> d;
   for (const StretchedQuad* quad = quads; quad != quads + count; ++quad, to += step) {
@@ -41,11 +34,11 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace alg {
 
-HWY_EXPORT(stretchVector);
+HWY_EXPORT(stretchQuadsVector);
 
 void stretchQuads(const uint8_t* pictureRow, const StretchedQuad* quads, std::size_t count,
                   std::size_t step, uint8_t* to) {
-  HWY_DYNAMIC_DISPATCH(stretchVector)(pictureRow, quads, count, step, to);
+  HWY_DYNAMIC_DISPATCH(stretchQuadsVector)(pictureRow, quads, count, step, to);
 }
 
 }  // namespace alg

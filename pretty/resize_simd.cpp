@@ -1,4 +1,5 @@
 // Vector twins of the resize's row kernels, compiled once per vector target.
+#include "kernels/vector_frame.h"
 #include "pretty/resize_rows.h"
 
 #undef HWY_TARGET_INCLUDE
@@ -9,7 +10,7 @@
 HWY_BEFORE_NAMESPACE();
 namespace alg::HWY_NAMESPACE {
 
-#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
+#if !ALG_HAS_VECTORS()
 
 // Without vectors the definitions are the fastest there is.
 void mixColumnsVector(const uint32_t* row, uint32_t end, const ResizeColumns& columns,

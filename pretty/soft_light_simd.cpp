@@ -12,6 +12,7 @@
 #include <cstring>
 
 #include "base/image_size.h"
+#include "kernels/vector_frame.h"
 #include "pretty/soft_light.h"
 
 #undef HWY_TARGET_INCLUDE
@@ -103,16 +104,10 @@ static_assert(linesMeetAll());
 HWY_BEFORE_NAMESPACE();
 namespace alg::HWY_NAMESPACE {
 
-#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
+#if !ALG_HAS_VECTORS()
 
-// Without vectors the definitions are the fastest there is.
-void softLightVector(const uint8_t* src, const uint8_t* overlay, uint8_t* dst, std::size_t bytes) {
-  softLightBytesPlain(src, overlay, dst, bytes);
-}
-
-void pinkLightVector(const uint8_t* src, const uint8_t* overlay, uint8_t* dst, std::size_t pixels) {
-  pinkLightPixelsPlain(src, overlay, dst, pixels);
-}
+constexpr auto& softLightBytesVector = softLightBytesPlain;
+constexpr auto& pinkLightPixelsVector = pinkLightPixelsPlain;
 
 #else
 
@@ -282,7 +277,8 @@ HWY_INLINE void forEachBlock(const uint8_t* src, const uint8_t* overlay, uint8_t
   }
 }
 
-void softLightVector(const uint8_t* src, const uint8_t* overlay, uint8_t* dst, std::size_t bytes) {
+void softLightBytesVector(const uint8_t* src, const uint8_t* overlay, uint8_t* dst,
+                          std::size_t bytes) {
   const Bytes d;
   forEachBlock(src, overlay, dst, bytes,
                [&](const uint8_t* from, const uint8_t* with, uint8_t* to) HWY_ATTR {
@@ -293,7 +289,8 @@ void softLightVector(const uint8_t* src, const uint8_t* overlay, uint8_t* dst, s
                });
 }
 
-void pinkLightVector(const uint8_t* src, const uint8_t* overlay, uint8_t* dst, std::size_t pixels) {
+void pinkLightPixelsVector(const uint8_t* src, const uint8_t* overlay, uint8_t* dst,
+                           std::size_t pixels) {
   const Bytes d;
   HWY_ALIGN uint8_t signs[kStep];
   for (std::size_t i = 0; i < kStep; ++i) {
@@ -316,15 +313,15 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace alg {
 
-HWY_EXPORT(softLightVector);
-HWY_EXPORT(pinkLightVector);
+HWY_EXPORT(softLightBytesVector);
+HWY_EXPORT(pinkLightPixelsVector);
 
 void softLightBytes(const uint8_t* src, const uint8_t* overlay, uint8_t* dst, std::size_t bytes) {
-  HWY_DYNAMIC_DISPATCH(softLightVector)(src, overlay, dst, bytes);
+  HWY_DYNAMIC_DISPATCH(softLightBytesVector)(src, overlay, dst, bytes);
 }
 
 void pinkLightPixels(const uint8_t* src, const uint8_t* overlay, uint8_t* dst, std::size_t pixels) {
-  HWY_DYNAMIC_DISPATCH(pinkLightVector)(src, overlay, dst, pixels);
+  HWY_DYNAMIC_DISPATCH(pinkLightPixelsVector)(src, overlay, dst, pixels);
 }
 
 }  // namespace alg
