@@ -6,11 +6,11 @@
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
-#include <functional>
 
 #include "base/block.h"
 #include "base/image_size.h"
 #include "camerautil/blend_bytes.h"
+#include "kernels/overlap.h"
 #include "libalgorithm/camera_util.h"
 
 namespace {
@@ -24,12 +24,6 @@ uint8_t farthest(uint8_t a, uint8_t b, uint8_t c, uint8_t background) {
   const int dc = distance(c, background);
   const uint8_t early = da < db ? b : a;
   return da < dc && db < dc ? c : early;
-}
-
-/// Whether writing n bytes to `to` in memory order changes bytes of `from` that are read later.
-bool feeds(const uint8_t* to, const uint8_t* from, std::size_t n) {
-  const std::less<> before;
-  return before(from, to) && before(to, from + n);
 }
 
 /// A byte offset in 32-bit arithmetic, which wraps.
@@ -66,7 +60,8 @@ void CameraUtil::add2Image(const uint8_t* src, int srcWeight, uint8_t* dst, unsi
   // Bits 8 to 15 of the sum are stored; they depend on the low 16 bits of the weights alone.
   const auto srcShare = static_cast<uint16_t>(srcWeight);
   const auto dstShare = static_cast<uint16_t>(dstWeight);
-  (feeds(dst, src, n) ? alg::addSharesPlain : alg::addShares)(src, srcShare, dst, dstShare, n);
+  (alg::feedsBack(src, dst, n) ? alg::addSharesPlain : alg::addShares)(src, srcShare, dst, dstShare,
+                                                                       n);
 }
 
 void CameraUtil::add2ImageByBrightness(const uint8_t* src, uint8_t* dst, unsigned int n) {
@@ -116,7 +111,7 @@ uint8_t* CameraUtil::getBackground(const uint8_t* a, const uint8_t* b, const uin
 
 void CameraUtil::add3ImageByBackground(uint8_t* a, const uint8_t* b, const uint8_t* c, int n) {
   const std::size_t size = n > 0 ? static_cast<std::size_t>(n) : 0;
-  if (!feeds(a, b, size) && !feeds(a, c, size)) {
+  if (!alg::feedsBack(b, a, size) && !alg::feedsBack(c, a, size)) {
     return alg::takeFarthest(a, b, c, size);
   }
   // Here b or c read what a has become, but the background is that of the images before.
