@@ -11,10 +11,6 @@
 
 namespace {
 
-constexpr const char* kColorpaintPath = "/data/data/com.android.camera/effect/colorpaint.png";
-constexpr const char* kFrontPath = "/data/data/com.android.camera/effect/front.png";
-constexpr const char* kEffectPath = "/data/data/com.android.camera/effect/effect.png";
-
 /// Calls work(src, dst, row, first column, pixels) for pieces of rows in memory order, no pixel of
 /// which is read after one of them was written.
 template <class Work>
@@ -67,7 +63,7 @@ void layRowPlain(const uint8_t* src, const uint8_t* front, const uint8_t* mask, 
 }  // namespace alg
 
 void Colorpaint(unsigned char* src, unsigned char* dst, int width, int height) {
-  if (!alg::decodePngFile(kColorpaintPath, alg::bitmap_effect)) {
+  if (!alg::decodeEffectPicture("colorpaint.png", alg::bitmap_effect)) {
     return;
   }
   const uint8_t* picture = alg::bitmap_effect.pixels.get();
@@ -85,8 +81,8 @@ void Colorpaint(unsigned char* src, unsigned char* dst, int width, int height) {
 
 void areaeffect(unsigned char* src, unsigned char* dst, int width, int height) {
   // Both are decoded whatever becomes of the first: the bitmaps outlive the call.
-  const bool hasFront = alg::decodePngFile(kFrontPath, alg::bitmap_front);
-  const bool hasEffect = alg::decodePngFile(kEffectPath, alg::bitmap_effect);
+  const bool hasFront = alg::decodeEffectPicture("front.png", alg::bitmap_front);
+  const bool hasEffect = alg::decodeEffectPicture("effect.png", alg::bitmap_effect);
   const alg::Bitmap& front = alg::bitmap_front;
   const alg::Bitmap& effect = alg::bitmap_effect;
   if (!hasFront || !hasEffect || effect.width < front.width || effect.height < front.height) {

@@ -3,7 +3,6 @@
 #include <android/log.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <string_view>
 
 #include "libalgorithm/effect_pipeline.h"
@@ -74,11 +73,9 @@ void reportPicture(EffectTypeInfo& info) {
 }
 
 void loadPicture(const EffectTableEntry& entry, bool landscape, EffectTypeInfo& info) {
-  char path[sizeof(kPictureFolder) + 32];  // no memory taken that could be short
-  std::snprintf(path, sizeof(path), "%s%s", kPictureFolder,
-                landscape ? entry.landscapePicture : entry.portraitPicture);
+  const char* picture = landscape ? entry.landscapePicture : entry.portraitPicture;
   // Each strip gets a band of whole picture rows: a picture with fewer rows than that is of no use.
-  if (decodePngFile(path, bitmap_effect) && bitmap_effect.height >= entry.stripCount) {
+  if (decodeEffectPicture(picture, bitmap_effect) && bitmap_effect.height >= entry.stripCount) {
     reportPicture(info);
     return;
   }

@@ -35,9 +35,6 @@ struct EffectTableEntry {
 /// The identifier of unknown names and missing pictures.
 inline constexpr int32_t kNoEffect = 1000;
 
-/// Where the application installs the pictures, on the device.
-inline constexpr char kPictureFolder[] = "/data/data/com.android.camera/effect/";
-
 /// All names, in the order of their identifiers.
 std::span<const EffectTableEntry> effectTable();
 

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <new>
+#include <string>
 #include <utility>
 
 #include "base/image_size.h"
@@ -118,6 +119,12 @@ bool decodePngFile(const char* path, Bitmap& bitmap) try {
                   static_cast<int>(height)};
   return true;
 } catch (const std::bad_alloc&) {  // not even the path has room
+  return false;
+}
+
+bool decodeEffectPicture(std::string_view name, Bitmap& bitmap) try {
+  return decodePngFile(std::string(kPictureFolder).append(name).c_str(), bitmap);
+} catch (const std::bad_alloc&) {
   return false;
 }
 

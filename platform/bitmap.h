@@ -1,7 +1,8 @@
-// Pictures of the device: decoded PNG files, and the process-wide one that overlays live in.
+// Pictures of the device: decoded PNG files, and the two process-wide ones of the effects.
 #pragma once
 
 #include <cstdint>
+#include <string_view>
 
 #include "base/block.h"
 
@@ -19,6 +20,9 @@ struct Bitmap {
 /// none. Returns false, and leaves the previous picture, when the file can't be read or decoded, or
 /// has more than 65,535 pixels a side or 256 million in all.
 bool decodePngFile(const char* path, Bitmap& bitmap);
+
+/// The same for the file of that name among the pictures of the effects, in kPictureFolder.
+bool decodeEffectPicture(std::string_view name, Bitmap& bitmap);
 
 /// The picture that every overlay of the effect table, and of the classic effects, is decoded into.
 /// Not locked: one effect run at a time.
