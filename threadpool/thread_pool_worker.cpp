@@ -1,9 +1,16 @@
 #include <android/log.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <vector>
 
 #include "libalgorithm/thread_pool.h"
+
+// Filled in by callers that were built apart from the library.
+static_assert(offsetof(tagT_ThreadPoolTaskInput, input) == 0 &&
+              offsetof(tagT_ThreadPoolTaskInput, output) == 8 &&
+              offsetof(tagT_ThreadPoolTaskInput, param) == 16 &&
+              sizeof(tagT_ThreadPoolTaskInput) == 24);
 
 namespace {
 
