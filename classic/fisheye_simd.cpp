@@ -4,8 +4,9 @@
 // Positions are worked out lane by lane, as byte offsets from four corners of the picture. Then
 // pixels are collected four at a time, each with one byte too many, and turned round together:
 //
-//   loaded    a0 a1 a2 -  b0 b1 b2 -  c0 c1 c2 -  d0 d1 d2 -      (in the lower half: - a0 a1 a2
-//   ..) stored    a2 a1 a0 b2 b1 b0 c2 c1 c0 d2 d1 d0 -  -  -  -      on the left, going right
+//   loaded    a0 a1 a2 -  b0 b1 b2 -  c0 c1 c2 -  d0 d1 d2 -      in the upper half
+//             -  a0 a1 a2 -  b0 b1 b2 -  c0 c1 c2 -  d0 d1 d2     in the lower half
+//   stored    a2 a1 a0 b2 b1 b0 c2 c1 c0 d2 d1 d0 -  -  -  -      on the left, going right
 //             -  -  -  -  d2 d1 d0 c2 c1 c0 b2 b1 b0 a2 a1 a0     on the right, going left
 //
 // Bytes stored too many fall on the next pixels of the run, which are written later.

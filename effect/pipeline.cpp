@@ -8,6 +8,7 @@
 #include "threadpool/global_pool.h"
 
 namespace alg {
+
 bool runEffect(const char* effectName, const Frame& frame, Road road) {
   if (frame.width < 1 || frame.height < 1) {
     return true;

@@ -1,6 +1,7 @@
+#include "effect/strip_effect.h"
+
 #include <algorithm>
 
-#include "effect/strip_effect.h"
 #include "kernels/curve_map.h"
 
 namespace alg {

@@ -36,8 +36,7 @@ struct ImageSize {
   int64_t argbBytes;  ///< 4 x width x height
 };
 
-/// Empty, with an error line, when a side is below 1 or the product of the sides is beyond 2^31
-/// - 1.
+/// Empty, with an error line, when a side is below 1 or there are more than 2^31 - 1 pixels.
 std::optional<ImageSize> checkSize(const CallScope& call, jint width, jint height);
 
 /// The same for a frame, whose sides must also be even.

@@ -84,8 +84,7 @@ class Weigher {
 // 128 x (the sum of the high bytes) and L by 128 x (that of the low ones), together H + (L >> 8) by
 // 32768, and the grey by 128. No pair of products leaves the 16 bits.
 //
-//     8 or 16 bytes on  b0 g0 r0 b1 g1 r1 ... r3   -->   g0 r0 g1 r1 g2 r2 g3 r3 | b0 . b1 . b2 .
-//     b3 .
+//     b0 g0 r0 b1 g1 r1 ... r3   -->   g0 r0 g1 r1 g2 r2 g3 r3 | b0 . b1 . b2 . b3 .
 class Weigher {
  public:
   explicit Weigher(const GreyWeights& weights) {

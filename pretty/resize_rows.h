@@ -14,8 +14,8 @@ struct ResizeColumns {
   const uint32_t* fractions;
   int count;
   int sourceWidth;
-  int paired;  // so many columns from the left: index never falls and index + 1 is in the row, too
-  int reach;  // that among these n neighbouring columns lie within reach x n source columns, 0: far
+  int paired;  // so many columns from the left: index never falls, and index + 1 is in the row, too
+  int reach;   // any n neighbours among these lie within reach x n source columns; 0: farther apart
 };
 
 /// out[i] = mix of row[index[i]] and the word behind it; `end` is the one behind the row's last.

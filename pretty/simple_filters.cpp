@@ -1,5 +1,5 @@
-// The five simple Pretty filters, each as three curves: red (byte 0), green (byte 1), blue (byte
-// 2).
+// The five simple Pretty filters, each as three curves: for red (source byte 0), green (byte 1) and
+// blue (byte 2).
 //
 // All arithmetic is double precision unless it says float; a product added to something is one
 // std::fma, and of two products that are added the second is rounded first.
