@@ -4,7 +4,6 @@
 // what it reads later on. Maximum and minimum are the compiler's vectors, which stand behind its
 // own overlap checks.
 #include <cstddef>
-#include <cstdlib>
 #include <cstring>
 
 #include "base/block.h"

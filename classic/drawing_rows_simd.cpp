@@ -4,7 +4,6 @@
 
 #include "base/image_size.h"
 #include "classic/drawing_rows.h"
-#include "kernels/grey_rows.h"
 #include "kernels/vector_frame.h"
 
 #undef HWY_TARGET_INCLUDE

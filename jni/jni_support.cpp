@@ -6,7 +6,6 @@
 #include <cstdarg>
 #include <cstdio>
 #include <limits>
-#include <utility>
 
 #include "base/image_size.h"
 

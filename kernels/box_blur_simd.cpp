@@ -9,7 +9,6 @@
 //   total       the lanes 3, 4, 5 twice                goes to the carry
 //
 // Vectors are stored every six lanes; the next one overwrites the rest.
-#include <cstring>
 
 #include "base/image_size.h"
 #include "kernels/box_blur_rows.h"

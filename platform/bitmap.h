@@ -1,7 +1,6 @@
 // Pictures of the device: decoded PNG files, and the two process-wide ones of the effects.
 #pragma once
 
-#include <cstdint>
 #include <string_view>
 
 #include "base/block.h"

@@ -2,11 +2,12 @@
 // frames between setjmp and the codec; results travel in plain structs.
 #include "platform/jpeg.h"
 
+#include <cstdio>  // which jpeglib.h takes as given
+
 #include <jpeglib.h>
 
 #include <algorithm>
 #include <csetjmp>
-#include <cstdio>
 #include <functional>
 #include <utility>
 

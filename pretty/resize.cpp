@@ -4,7 +4,6 @@
 // 65535, and every step truncates. Source rows are first mixed along the row, to the destination's
 // width; neighbouring rows of the destination mostly share the two that they lie between.
 #include <cstddef>
-#include <cstring>
 #include <utility>
 
 #include "base/block.h"

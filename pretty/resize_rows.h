@@ -2,7 +2,6 @@
 // (a x (65535 - fraction) + b x fraction) >> 16, so that even of equal ones it is one less (or 0).
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 
 namespace alg {

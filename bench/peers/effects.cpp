@@ -1,5 +1,4 @@
 // Effects of one pixel, of its place or of a box, beside OpenCV.
-#include <array>
 #include <opencv2/core.hpp>
 #include <opencv2/imgproc.hpp>
 

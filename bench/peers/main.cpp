@@ -10,7 +10,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <numeric>
 #include <opencv2/core/utility.hpp>
 #include <opencv2/core/version.hpp>
 #include <regex>
