@@ -1,12 +1,16 @@
-// The effect road: one NV21 frame through conversion, a named effect and conversion back, in place,
-// in strips on the process-wide pool.
-//
-//   frame (NV21) --YUV2RGB--> gCLAHE_Rgb_Buffer_in --EffectFunction--> gCLAHE_Rgb_Buffer_out
-//        ^                        (4 strips)             (1 or 4 strips)        |
-//        +---------------------------- RGB2YUV (4 strips) ---------------------+
-//
-// Frames with even sizes and chroma rows without gaps take the three steps a few rows at a time
-// within each of four strips, with the same result, and need no work images.
+/// @file
+/// The effect road: one NV21 frame through conversion, a named effect and conversion back, in
+/// place, in strips on the process-wide pool.
+///
+///     frame (NV21) --YUV2RGB--> gCLAHE_Rgb_Buffer_in --EffectFunction--> gCLAHE_Rgb_Buffer_out
+///          ^                        (4 strips)             (1 or 4 strips)        |
+///          +---------------------------- RGB2YUV (4 strips) ---------------------+
+///
+/// Frames with even sizes and chroma rows without gaps take the three steps a few rows at a time
+/// within each of four strips, with the same result, and need no work images.
+///
+/// KAVRO_PrettyEffect_Function() is the whole of it and the one to call; the other names are its
+/// parts.
 #pragma once
 
 #include <cstdint>
@@ -27,31 +31,35 @@ struct EffectTypeInfo {
 
 /// Looks an effect name up (exact, case-sensitive) and decodes its overlay picture, if it has one,
 /// from "/data/data/com.android.camera/effect/". Landscape frames (width > height) may get a
-/// picture of their own. Not reentrant: all pictures share one process-wide bitmap.
-/// @param name  not null
+/// picture of their own. A picture of fewer rows than the effect has strips counts as missing. Not
+/// reentrant: all pictures share one process-wide bitmap.
+/// @param name    not null
+/// @param width   pixels of the frame
+/// @param height  rows of the frame
+/// @return by value; an unknown name has effectId 1000 and 4 strips
 ALGORITHM_API EffectTypeInfo effectTypeInit(const char* name, int width, int height);
 
 /// One strip of a YUV frame.
 struct YuvStripDesc {
-  uint8_t* y;     ///< first luma byte of the strip
-  uint8_t* uv;    ///< first chroma byte of the strip
-  int32_t width;  ///< pixels per row
-  int32_t rows;   ///< luma rows in the strip
-  int32_t yStride;
-  int32_t uvStride;
+  uint8_t* y;        ///< first luma byte of the strip
+  uint8_t* uv;       ///< first chroma byte of the strip
+  int32_t width;     ///< pixels per row
+  int32_t rows;      ///< luma rows in the strip
+  int32_t yStride;   ///< bytes from one luma row to the next
+  int32_t uvStride;  ///< bytes from one chroma row to the next
 };
 
 /// One strip of a packed 3-byte work image. The fields from effectId on are only read by
 /// EffectFunction.
 struct RgbStripDesc {
-  uint8_t* pixels;  ///< first byte of the strip; row pitch is 3 x width
-  int32_t width;
-  int32_t rows;
-  int32_t yStride;
-  int32_t uvStride;
-  int32_t channels;  ///< 3
-  int32_t effectId;
-  int32_t effectFlag;
+  uint8_t* pixels;       ///< first byte of the strip; row pitch is 3 x width
+  int32_t width;         ///< pixels per row
+  int32_t rows;          ///< rows in the strip
+  int32_t yStride;       ///< of the frame: what RGB2YUV writes with
+  int32_t uvStride;      ///< of the frame: what RGB2YUV writes with
+  int32_t channels;      ///< 3
+  int32_t effectId;      ///< as in EffectTypeInfo
+  int32_t effectFlag;    ///< as in EffectTypeInfo
   uint8_t* overlay;      ///< this strip's band of the overlay picture
   int32_t overlayWidth;  ///< pixels
   int32_t overlayRows;   ///< rows of the band
@@ -59,35 +67,49 @@ struct RgbStripDesc {
 
 /// Where an effect strip lies in its frame.
 struct StripRange {
-  int32_t reserved;
-  int32_t firstRow;
-  int32_t imageHeight;
+  int32_t reserved;     ///< not read
+  int32_t firstRow;     ///< of the strip, in rows of the frame
+  int32_t imageHeight;  ///< rows of the frame
 };
 
-/// The two work images, width x height x 3 bytes each, of a run that needs them; null between runs.
+/// The work image that a run's frame is decoded into: width x height x 3 bytes of a run that needs
+/// it; null between runs.
 ALGORITHM_API extern uint8_t* gCLAHE_Rgb_Buffer_in;
+/// The work image that a run's effect writes: as gCLAHE_Rgb_Buffer_in.
 ALGORITHM_API extern uint8_t* gCLAHE_Rgb_Buffer_out;
 
 /// Allocates both work images (a global is null when memory is short) and makes sure that the
-/// process-wide pool runs. Returns 0.
+/// process-wide pool runs. Not locked, and no check whether images are there already: runs do this
+/// themselves.
+/// @param width   pixels, at least 1
+/// @param height  rows, at least 1
+/// @return 0
 ALGORITHM_API int fastcvPollInit(int width, int height);
-/// Frees the work images and sets the globals to null.
+/// Frees the work images and sets the globals to null. Not locked.
 ALGORITHM_API void fastcvPollDestory();
 
-/// Strip callback of the effect phase: runs the Pretty filter of input's effectId (20..27) from
-/// input's to output's pixels (both RgbStripDesc); every other identifier copies with bytes 0 and 2
-/// exchanged. `param` is ignored.
+/// Strip callback (ThreadPoolTaskFunc) of the effect phase: runs the Pretty filter of the input's
+/// effectId (20..27); every other identifier copies with bytes 0 and 2 exchanged.
+/// @param input   an RgbStripDesc, whose sizes, effect and overlay count
+/// @param param   ignored
+/// @param output  an RgbStripDesc, of which only the pixels count; they may be the input's
 ALGORITHM_API void EffectFunction(const void* input, const void* param, void* output);
 
 /// Runs the named effect on a frame, in place. An unknown name or a missing picture leaves the
-/// frame as it is, up to conversion rounding. When a quarter of the height is even, the last
-/// height mod 4 rows keep their values.
-/// @param effectName  see effectTypeInit; not null
+/// frame as it is, up to what the two conversions round and clip. When a quarter of the height is
+/// even, the last height mod 4 rows keep their values. A size below 1 does nothing, nor does a run
+/// that memory is short for.
+///
+/// Runs queue up behind one process-wide lock, so any thread may call but those of the process-wide
+/// pool.
+/// @param effectName  see effectTypeInit(); not null
 /// @param format      ignored, may be null
-/// @param y, uv       luma and chroma planes
-/// @param height, width  NOTE the order; below 1 does nothing
-/// @param yStride, uvStride  bytes per row
-/// Runs queue up behind one process-wide lock, so any thread may call.
+/// @param y           luma plane, height rows of yStride bytes
+/// @param uv          chroma plane, V,U pairs, floor(height x uvStride / 2) bytes
+/// @param height      rows, best even; NOTE the order: before the width
+/// @param width       pixels per row, best even
+/// @param yStride     bytes from one luma row to the next, at least the width
+/// @param uvStride    bytes of a chroma row, the width; for others see yuv_convert.h
 extern "C" ALGORITHM_API void KAVRO_PrettyEffect_Function(const char* effectName,
                                                           const char* format, uint8_t* y,
                                                           uint8_t* uv, int height, int width,

@@ -1,5 +1,7 @@
-// Symbol visibility of the public interface. The library is built with everything hidden; what a
-// public header declares is marked with ALGORITHM_API and listed in cmake/libAlgorithm.map.
+/// @file
+/// Symbol visibility of the public interface.
 #pragma once
 
+/// Marks what the library exports. Everything else in it is hidden; the exported names are also
+/// listed in cmake/libAlgorithm.map.
 #define ALGORITHM_API __attribute__((visibility("default")))

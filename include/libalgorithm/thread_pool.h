@@ -1,7 +1,11 @@
-// A fixed pool of POSIX threads with a first-in, first-out queue, a worker that fans one job out as
-// pieces and waits for all of them, and the process-wide pool of the effect road.
-//
-// Log lines go to the tag "Defog" at priority 2 (VERBOSE).
+/// @file
+/// A fixed pool of POSIX threads with a first-in, first-out queue, a worker that fans one job out
+/// as pieces and waits for all of them, and the process-wide pool of the effect road.
+///
+/// Tasks and callbacks must not throw: on a pool's thread that ends the process. They must not wait
+/// for other tasks of their own pool either, nor stop it: all its threads may be waiting then.
+///
+/// Log lines go to the tag "Defog" at priority 2 (VERBOSE).
 #pragma once
 
 #include <pthread.h>
@@ -12,11 +16,16 @@
 
 #include "libalgorithm/export.h"
 
-/// One unit of work: a function and its argument. Owned by whoever made it, never by the pool.
+/// One unit of work: a function and its argument. Owned by whoever made it, never by the pool; it
+/// has to live until it has run.
 class ALGORITHM_API Task {
  public:
+  /// @param taskFunction  what the task does; not null
+  /// @param taskArgument  handed to the function as it is
   Task(void (*taskFunction)(void*), void* taskArgument);
+  /// Calls the function, on this thread.
   void operator()();
+  /// The same.
   void run();
 
  private:
@@ -28,12 +37,18 @@ class ALGORITHM_API Task {
 /// once more and destroys the mutex; callers rely on that order.
 class ALGORITHM_API TaskLock {
  public:
+  /// A free mutex, not recursive.
   TaskLock();
+  /// Waits until nobody holds it.
   ~TaskLock();
   TaskLock(const TaskLock&) = delete;
   TaskLock& operator=(const TaskLock&) = delete;
+  /// Waits for the mutex and takes it.
   void lock();
+  /// Gives it back; for the thread that took it.
   void unlock();
+  /// To wait on a condition with.
+  /// @return the mutex itself
   pthread_mutex_t* native() { return &mutex; }
 
  private:
@@ -41,28 +56,34 @@ class ALGORITHM_API TaskLock {
   volatile uint8_t held = 0;
 };
 
-/// A pool of pool_size threads. Construct, initialize_threadpool(), add_task() from any thread,
-/// destroy_threadpool(). A stopped pool can't be started again.
+/// A fixed number of threads and a queue of tasks. Construct, initialize_threadpool(), add_task()
+/// from any thread, destroy_threadpool(). A stopped pool can't be started again. What starts and
+/// stops it may throw std::bad_alloc.
 class ALGORITHM_API ThreadPool {
  public:
   /// A pool of four threads. Starts none yet.
   ThreadPool();
-  /// A pool of `size` threads (0 is allowed: tasks then only queue up).
+  /// Starts no thread yet.
+  /// @param size  threads of the pool; 0 is allowed: tasks then only queue up
   explicit ThreadPool(int size);
   /// Stops the pool if it runs. Tasks still queued are neither run nor deleted.
   ~ThreadPool();
   ThreadPool(const ThreadPool&) = delete;
   ThreadPool& operator=(const ThreadPool&) = delete;
 
-  /// Starts the threads. Returns 0, or -1 as soon as one can't be made (those already started keep
-  /// running).
+  /// Starts the threads.
+  /// @return 0, or -1 as soon as one can't be made (those already started keep running)
   int initialize_threadpool();
   /// Stops and joins the threads; tasks that run are finished, tasks still queued are never run.
-  /// Returns 0.
+  /// Not for the pool's own threads.
+  /// @return 0
   int destroy_threadpool();
-  /// The body of a pool thread; never returns.
+  /// The body of a pool thread: runs tasks until the pool stops, then ends the thread.
+  /// @return never
   void* execute_thread();
-  /// Queues a task (any thread). Returns 0. Ends the process when the queue can't grow.
+  /// Queues a task; any thread may. Ends the process when the queue can't grow.
+  /// @param task  stays the caller's, who keeps it alive until it has run
+  /// @return 0
   int add_task(Task* task);
 
  private:
@@ -75,7 +96,9 @@ class ALGORITHM_API ThreadPool {
   volatile int32_t pool_state;  // 0 = started, 1 = stopped
 };
 
-/// Thread entry handed to pthread_create; `pool` is a ThreadPool*.
+/// Thread entry handed to pthread_create.
+/// @param pool  a ThreadPool*
+/// @return never
 extern "C" ALGORITHM_API void* start_thread(void* pool);
 
 /// Callback for one piece of a job. Note the order: the record's third field comes second.
@@ -84,9 +107,9 @@ using ThreadPoolTaskFunc = void (*)(const void* input, const void* param, void* 
 /// One piece of a job; owned by the caller and kept alive until Work() returns. The worker never
 /// looks behind the pointers.
 struct tagT_ThreadPoolTaskInput {
-  const void* input;
-  void* output;
-  const void* param;
+  const void* input;  ///< the callback's first argument
+  void* output;       ///< its third
+  const void* param;  ///< its second
 };
 
 class ThreadPoolWorker;
@@ -94,25 +117,35 @@ class ThreadPoolWorker;
 /// What one queued task of a worker carries.
 class ALGORITHM_API ThreadPoolTaskInfo {
  public:
+  /// @param owner     the worker that counts the piece
+  /// @param function  the job's callback
+  /// @param record    the piece
   ThreadPoolTaskInfo(ThreadPoolWorker* owner, ThreadPoolTaskFunc function,
                      tagT_ThreadPoolTaskInput* record);
 
-  ThreadPoolWorker* worker;
-  ThreadPoolTaskFunc callback;
-  tagT_ThreadPoolTaskInput* input;
+  ThreadPoolWorker* worker;         ///< told when the piece is finished
+  ThreadPoolTaskFunc callback;      ///< called with the record's pointers
+  tagT_ThreadPoolTaskInput* input;  ///< the piece
 };
 
 /// Runs one job of several pieces on a pool. Use each worker for exactly one Work().
 class ALGORITHM_API ThreadPoolWorker {
  public:
+  /// Queues nothing yet.
+  /// @param workPool  runs the pieces: started, and not stopped before Work() returns
+  /// @param pieces    how many; none below 1
+  /// @param function  called once for each piece
+  /// @param records   as many records, the caller's, alive until Work() returns
   ThreadPoolWorker(ThreadPool* workPool, int pieces, ThreadPoolTaskFunc function,
                    tagT_ThreadPoolTaskInput* records);
+  /// Not before Work() has returned.
   ~ThreadPoolWorker();
   ThreadPoolWorker(const ThreadPoolWorker&) = delete;
   ThreadPoolWorker& operator=(const ThreadPoolWorker&) = delete;
 
   /// Queues the pieces in index order and returns when all have finished. Pieces run in parallel
-  /// and must not write to the same memory. With no piece it returns at once.
+  /// and must not write to the same memory. With no piece it returns at once. May throw
+  /// std::bad_alloc, before any piece is queued. Not for the pool's own threads.
   void Work();
   /// Counts one piece as finished (called on the pool's threads).
   void OneTaskFinish();
@@ -127,7 +160,8 @@ class ALGORITHM_API ThreadPoolWorker {
   ThreadPool* pool;
 };
 
-/// What every queued task of a worker runs; `info` is a ThreadPoolTaskInfo*.
+/// What every queued task of a worker runs.
+/// @param info  a ThreadPoolTaskInfo*
 ALGORITHM_API void WorkerThreadBase(void* info);
 
 /// The process-wide pool of four threads: null until HALThreadPoolInit() and after
@@ -136,10 +170,13 @@ ALGORITHM_API extern ThreadPool* g_threadpool;
 /// 1 while g_threadpool is running, else 0.
 ALGORITHM_API extern int32_t g_hal_threadpool_init;
 
-/// Makes and starts the process-wide pool if there is none. Returns 0, or -1 when it can't start: a
-/// half-started pool is then left behind, which nothing uses, and the next call makes a new one.
-/// Thread-safe.
+/// Makes and starts the process-wide pool if there is none. When it can't start, a half-started
+/// pool is left behind, which nothing uses, and the next call makes a new one. Thread-safe; waits
+/// for an effect run under way.
+/// @return 0, or -1 when it can't start
 ALGORITHM_API int HALThreadPoolInit();
 /// Stops and deletes the process-wide pool if there is one, after an effect run under way has
-/// ended. Returns 0. Thread-safe.
+/// ended; the next run starts another. Callers that put tasks of their own on g_threadpool end them
+/// first. Thread-safe, but not for the pool's own threads.
+/// @return 0
 ALGORITHM_API int HALThreadPoolDestroy();
