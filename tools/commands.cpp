@@ -247,6 +247,32 @@ void addGallery(CLI::App& app, Options& options) {
   });
 }
 
+void addCurves(CLI::App& app, Options& options) {
+  CLI::App& curves = *app.add_subcommand("curves", "Plot the tone curves of an effect as SVG");
+  CurvesRequest& request = options.curves;
+  CLI::Option* list = curves.add_flag("--list", request.list,
+                                      "print the names of the effects that consist of curves");
+  curves.add_option("NAME", request.effect, "effect name")->type_name("")->excludes(list);
+  curves.add_option("OUT", request.output, "file to write; - for the standard output")
+      ->type_name("");
+  curves.footer(
+      "The curves are measured: what becomes of each red, green and blue. Effects that mix them, "
+      "or\n"
+      "look at neighbours, places or pictures, are refused.\n\n"
+      "Examples:\n"
+      "  camera-effects curves PrettyBlue curves.svg\n"
+      "  camera-effects curves --list");
+  curves.callback([&options, &request] {
+    if (!request.list && request.output.empty()) {
+      throw CLI::RequiredError("NAME and OUT, or --list,");
+    }
+    options.work = [&request] {
+      request.list ? printCurveEffects() : plotCurves(request);
+      return true;
+    };
+  });
+}
+
 }  // namespace
 
 void addCommands(CLI::App& app, Options& options) {
@@ -258,6 +284,7 @@ void addCommands(CLI::App& app, Options& options) {
   addBlend(app, options);
   addBeauty(app, options);
   addGallery(app, options);
+  addCurves(app, options);
 }
 
 }  // namespace alg::tool

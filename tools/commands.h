@@ -7,6 +7,7 @@
 
 #include "tools/apply.h"
 #include "tools/beauty.h"
+#include "tools/curves.h"
 #include "tools/raw_frames.h"
 #include "tools/resize_blend.h"
 
@@ -29,6 +30,7 @@ struct Options {
   BlendRequest blend{"mix", {}, {}, {}, {}, kDefaultQuality};
   BeautyRequest beauty{60, 60, 30, {}, {}, {}, kDefaultQuality};  ///< the engine's default levels
   GalleryRequest gallery;
+  CurvesRequest curves;
   std::function<bool()> work;
 };
 

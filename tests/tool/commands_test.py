@@ -1,0 +1,60 @@
+"""What camera-effects plots, measures and says about itself: commands_test.py TOOL"""
+import os
+import re
+import subprocess
+import sys
+import tempfile
+import unittest
+from xml.etree import ElementTree
+
+TOOL = os.path.abspath(sys.argv.pop(1))
+
+
+class CommandsTest(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.addCleanup(os.chdir, "/")
+        os.chdir(folder.name)
+
+    def run_tool(self, *args, code=0, says=""):
+        result = subprocess.run([TOOL, *args], capture_output=True, text=True)
+        self.assertEqual(result.returncode, code, (args, result.stderr))
+        self.assertRegex(result.stderr, rf"\Acamera-effects: {says}.*\n\Z" if says else r"\A\Z", args)
+        return result.stdout
+
+    def curves(self, effect):
+        """What becomes of each value of red, green and blue, read from the plot."""
+        plot = ElementTree.fromstring(self.run_tool("curves", effect, "-"))
+        curves = []
+        for line in plot.iterfind(".//{http://www.w3.org/2000/svg}polyline"):
+            points = [tuple(map(int, point.split(","))) for point in line.get("points").split()]
+            curve = {x0 + i: 255 - (y0 + (y1 - y0) * i // (x1 - x0))
+                     for (x0, y0), (x1, y1) in zip(points, points[1:]) for i in range(x1 - x0 + 1)}
+            curves.append([curve[v] for v in range(256)])
+        return curves
+
+    def test_curves(self):
+        def sweet(v, u, rest):  # as the filter is defined
+            return min(int((int(u * 1.05 * rest + u * 255) >> 8) * 0.75 + v * 0.25), 255)
+
+        red, green, blue = self.curves("PrettySweet")
+        self.assertEqual(red, [sweet(v, (v * 225 >> 8) + 30, 225 - (v * 225 >> 8)) for v in range(256)])
+        self.assertEqual(green, [sweet(v, v, 255 - v) for v in range(256)])
+        self.assertEqual(blue, [sweet(v, (v * 250 >> 8) + 50, 205 - (v * 250 >> 8)) for v in range(256)])
+        self.assertEqual(self.curves("negative-effect"), [list(range(255, -1, -1))] * 3)
+        red, green, blue = self.curves("mosaic")
+        self.assertGreater((red[0], red[100]), (green[0], green[100]))
+        self.assertEqual(self.curves("ocean")[2], list(range(256)))  # "blue keeps"
+        for effect, why in (("gray-scale", "its red depends on more than the red"), ("fill-light", "its red"),
+                            ("PrettyPink", "it looks at a picture"), ("rotate_effect", "it passes through")):
+            self.run_tool("curves", effect, "no.svg", code=1, says=f"{effect} does not consist of curves: {why}")
+        self.run_tool("curves", "pink", code=2, says="NAME and OUT")
+        names = self.run_tool("curves", "--list").split()
+        self.assertEqual((len(names), names[5], names[-1]), (15, "PrettyBeautiful", "temperature"))
+        for name in names:
+            self.run_tool("curves", name, f"{name}.svg")
+        self.assertEqual(sorted(os.listdir()), sorted(f"{name}.svg" for name in names))
+
+
+unittest.main()

@@ -1,0 +1,22 @@
+// camera-effects curves: the tone curves of an effect as a picture.
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+namespace alg::tool {
+
+struct CurvesRequest {
+  std::string effect;
+  std::filesystem::path output;  ///< SVG file, or "-" for the standard output
+  bool list = false;             ///< instead: print which effects consist of curves
+};
+
+/// Runs the effect on pixels that hold every value of each channel, and plots what becomes of them.
+/// Throws UserError when a channel of a pixel becomes anything else than its value alone says.
+void plotCurves(const CurvesRequest& request);
+
+/// Prints the names of the effects that consist of curves, one a line.
+void printCurveEffects();
+
+}  // namespace alg::tool
