@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <cstdlib>
+#include <regex>
 #include <string>
 #include <utility>
 
@@ -273,6 +274,45 @@ void addCurves(CLI::App& app, Options& options) {
   });
 }
 
+/// For --filter.
+std::string notARegex(const std::string& text) {
+  try {
+    const std::regex parsed(text);
+    return "";
+  } catch (const std::regex_error&) {
+    return "\"" + text + "\" is not a regular expression";
+  }
+}
+
+void addBench(CLI::App& app, Options& options) {
+  CLI::App& bench = *app.add_subcommand("bench", "Measure the routines' speed on this machine");
+  BenchRequest& request = options.bench;
+  bench.add_option("--size", request.size, "size of the pictures to work on")
+      ->type_name("WxH")
+      ->capture_default_str();
+  bench.add_option("--filter", request.filter, "measure routines with names that match only")
+      ->type_name("REGEX")
+      ->check(notARegex, "");
+  bench.add_option("--seconds", request.seconds, "time to repeat each routine for")
+      ->type_name("F")
+      ->capture_default_str()
+      ->check(CLI::Range(0.0, 60.0))
+      ->check(notANumber, "");
+  bench.footer(
+      "Prints the time of one call, the bytes that it must read and write in that time, and this\n"
+      "rate as a fraction of memcpy's. Times are medians, of one thread's CPU time; with the "
+      "effect\n"
+      "road, KAVRO_PrettyEffect_Function, which has a pool of four threads, of the time that "
+      "passes.\n\n"
+      "Examples:\n"
+      "  camera-effects bench --filter rotate --seconds 0.05\n"
+      "  camera-effects bench --filter Pretty --size 1920x1080");
+  setWork(bench, options, [&request] {
+    benchRoutines(request);
+    return true;
+  });
+}
+
 }  // namespace
 
 void addCommands(CLI::App& app, Options& options) {
@@ -285,6 +325,7 @@ void addCommands(CLI::App& app, Options& options) {
   addBeauty(app, options);
   addGallery(app, options);
   addCurves(app, options);
+  addBench(app, options);
 }
 
 }  // namespace alg::tool

@@ -7,6 +7,7 @@
 
 #include "tools/apply.h"
 #include "tools/beauty.h"
+#include "tools/bench.h"
 #include "tools/curves.h"
 #include "tools/raw_frames.h"
 #include "tools/resize_blend.h"
@@ -31,6 +32,7 @@ struct Options {
   BeautyRequest beauty{60, 60, 30, {}, {}, {}, kDefaultQuality};  ///< the engine's default levels
   GalleryRequest gallery;
   CurvesRequest curves;
+  BenchRequest bench;
   std::function<bool()> work;
 };
 

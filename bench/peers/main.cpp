@@ -3,7 +3,6 @@
 // Each row runs ours, its peers and a memcpy of as many bytes in turn and compares the medians.
 #include <libyuv/version.h>
 #include <sched.h>
-#include <time.h>
 
 #include <algorithm>
 #include <cmath>
@@ -14,6 +13,7 @@
 #include <opencv2/core/version.hpp>
 #include <regex>
 
+#include "bench/measure.h"
 #include "bench/peers/duel.h"
 #include "libalgorithm/classic_effects.h"
 #include "libalgorithm/yuv_convert.h"
@@ -37,14 +37,10 @@ double meanDifference(const Bytes& a, const Bytes& b, std::size_t bytes) {
 namespace {
 
 double millisecondsOf(const std::function<void()>& run, Clock clock) {
-  const auto now = [clock] {
-    timespec time{};
-    clock_gettime(clock == Clock::kWall ? CLOCK_MONOTONIC : CLOCK_PROCESS_CPUTIME_ID, &time);
-    return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
-  };
-  const double start = now();
+  const clockid_t id = clock == Clock::kWall ? CLOCK_MONOTONIC : CLOCK_PROCESS_CPUTIME_ID;
+  const double start = seconds(id);
   run();
-  return now() - start;
+  return (seconds(id) - start) * 1e3;
 }
 
 double medianOf(std::vector<double> values) {

@@ -56,5 +56,15 @@ class CommandsTest(unittest.TestCase):
             self.run_tool("curves", name, f"{name}.svg")
         self.assertEqual(sorted(os.listdir()), sorted(f"{name}.svg" for name in names))
 
+    def test_bench(self):
+        table = self.run_tool("bench", "--size=2000x1000", "--filter=^pretty(blue|sweet)$|^rotateARGB90", "--seconds=0")
+        rows = [row.split() for row in table.splitlines()[1:]]
+        for (name, ms, rate, of_memcpy), moved in zip(rows, (16e6, 12e6, 12e6), strict=True):
+            self.assertAlmostEqual(float(ms) * float(rate) * 1e6 / moved, 1, delta=0.05, msg=name)
+            self.assertGreater(float(of_memcpy), 0)
+        self.assertEqual([row[0] for row in rows], ["rotateARGB90", "PrettySweet", "PrettyBlue"])
+        self.run_tool("bench", "--filter=(", code=2, says=".*not a regular expression")
+        self.run_tool("bench", "--filter=none", code=1, says="no routine")
+
 
 unittest.main()
