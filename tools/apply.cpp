@@ -139,14 +139,14 @@ bool runJobs(const NamedEffect& effect, const std::vector<Job>& jobs, const Appl
     throwIfInterrupted();
     progress.next(job.input.filename().string());
     try {
-      Photo photo = readPhoto(job.input);
+      auto [photo, metadata] = readPhoto(job.input);
       if (effect.classic != nullptr) {
         applyClassic(*effect.classic, request.parameters, photo);
       } else {
         cropToEven(photo, job.input);
         applyEffect(*effect.road, photo);
       }
-      writeFile(job.output, bytesOf(encodePhoto(photo, request.quality)));
+      writePhoto(job.output, photo, metadata, request.quality);
     } catch (const UserError& error) {
       complain(error.what());
       succeeded = false;

@@ -13,7 +13,6 @@
 #include "sfb/beauty_engine.h"
 #include "tools/console.h"
 #include "tools/device_root.h"
-#include "tools/files.h"
 #include "tools/photo.h"
 #include "tools/road.h"
 
@@ -60,7 +59,7 @@ void beautifyPhoto(const BeautyRequest& request) {
     device = std::make_unique<UserDevice>();
     device->addLibrary(request.engine, kSfbLibrary);
   }
-  Photo photo = readPhoto(request.input);
+  auto [photo, metadata] = readPhoto(request.input);
   cropToEven(photo, request.input);
   __android_log_set_logger(keepLogLine);
   const int result = runEngine(levels, photo);
@@ -75,7 +74,7 @@ void beautifyPhoto(const BeautyRequest& request) {
     throw UserError(fmt::format("{}: the face-beauty engine failed with code {}",
                                 request.input.string(), result));
   }
-  writeFile(request.output, bytesOf(encodePhoto(photo, request.quality)));
+  writePhoto(request.output, photo, metadata, request.quality);
 }
 
 }  // namespace alg::tool

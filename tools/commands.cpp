@@ -99,8 +99,9 @@ void addApply(CLI::App& app, Options& options) {
   addQuality(apply, request.quality);
   addEffectOptions(apply, request);
   apply.footer(
-      "A Pretty effect takes one pixel off a side with an odd number of them. Metadata of the\n"
-      "input, such as an orientation tag, is not carried over.\n\n"
+      "A Pretty effect takes one pixel off a side with an odd number of them. Photos are turned\n"
+      "upright and keep their metadata: Exif, XMP, IPTC, comment and colour profile. Their\n"
+      "orientation tag then says upright, and thumbnails of the old picture are left out.\n\n"
       "Examples:\n"
       "  camera-effects apply PrettyBlue photo.jpg blue.jpg\n"
       "  camera-effects apply PrettyJapan --quality 85 holiday/ holiday-japan/\n"
@@ -170,7 +171,8 @@ void addResize(CLI::App& app, Options& options) {
   addFile(resize, "IN", request.input, "JPEG file");
   addFile(resize, "OUT", request.output, "file to write");
   resize.footer(
-      "The photo is stretched to the size, whatever its shape.\n\n"
+      "The photo is turned upright and stretched to the size, whatever its shape. It keeps its\n"
+      "metadata.\n\n"
       "Example:\n"
       "  camera-effects resize --size 640x480 photo.jpg small.jpg");
   setWork(resize, options, [&request] {
@@ -193,6 +195,7 @@ void addBlend(CLI::App& app, Options& options) {
   addFile(blend, "B", request.second, "JPEG file");
   addFile(blend, "OUT", request.output, "file to write");
   blend.footer(
+      "Both are turned upright. The result has the metadata of A.\n\n"
       "Example:\n"
       "  camera-effects blend --mode mix --weight 64 sepia.jpg photo.jpg faint-sepia.jpg");
   setWork(blend, options, [&request] {
@@ -222,7 +225,9 @@ void addBeauty(CLI::App& app, Options& options) {
   addFile(beauty, "OUT", request.output, "file to write");
   beauty.footer(
       "The engine is a closed library of the device; none comes with this tool. It gets the photo\n"
-      "as an NV21 frame; one pixel is taken off a side with an odd number of them.\n\n"
+      "as an NV21 frame, turned upright; one pixel is taken off a side with an odd number of "
+      "them.\n"
+      "The photo keeps its metadata.\n\n"
       "Example:\n"
       "  camera-effects beauty --smooth 50 --engine libSFB.so portrait.jpg smooth.jpg");
   setWork(beauty, options, [&request] {
@@ -239,7 +244,8 @@ void addGallery(CLI::App& app, Options& options) {
   addFile(gallery, "OUTDIR", request.folder, "folder to make; an earlier gallery is replaced");
   addQuality(gallery, request.quality);
   gallery.footer(
-      "Large photos are reduced, to 1600 pixels or more on the longer side.\n\n"
+      "The photo is turned upright, and a large one reduced, to 1600 pixels or more on the longer\n"
+      "side. Its metadata stay out of the pictures.\n\n"
       "Example:\n"
       "  camera-effects gallery photo.jpg gallery && xdg-open gallery/index.html");
   setWork(gallery, options, [&request] {

@@ -133,7 +133,7 @@ fs::path galleryFolder(const fs::path& wanted) {
 
 void makeGallery(const fs::path& photoFile, const fs::path& wantedFolder, int quality) {
   const fs::path target = galleryFolder(wantedFolder);
-  Photo photo = readPhoto(photoFile, kPhotoSide);
+  Photo photo = readPhoto(photoFile, kPhotoSide).photo;
   cropToEven(photo, photoFile);
   TemporaryFolder folder(target);
   GalleryWriter gallery(folder.path(), quality);

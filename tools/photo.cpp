@@ -6,19 +6,55 @@
 #include <cstring>
 #include <new>
 #include <utility>
+#include <vector>
 
 #include "base/image_size.h"
+#include "libalgorithm/camera_util.h"
 #include "tools/console.h"
 #include "tools/files.h"
 
 namespace alg::tool {
 
-Photo readPhoto(const std::filesystem::path& path, int keepSide) {
-  std::optional<DecodedJpeg> photo = decodeJpeg(readFile(path), {.keepSide = keepSide});
+namespace {
+
+void mirror(Photo& photo) {
+  uint32_t* row = wordsOf(photo);
+  for (int y = 0; y < photo.height; ++y, row += photo.width) {
+    std::reverse(row, row + photo.width);
+  }
+}
+
+/// Undoes an orientation: a clockwise turn, then for every other one a mirror image.
+///
+///   1     2     3     4     5     6     7     8
+///   ab    ba    dc    cd    ac    ca    db    bd      where a photo "ab" of that orientation
+///   cd    dc    ba    ab    bd    db    ca    ac                    "cd" ends up
+Photo upright(Photo photo, int orientation) {
+  constexpr int kDegrees[] = {0, 0, 180, 180, 90, 90, 270, 270};
+  const int degrees = kDegrees[orientation - 1];
+  if (degrees != 0) {
+    Photo turned = degrees == 180 ? blankPhoto(photo.width, photo.height)
+                                  : blankPhoto(photo.height, photo.width);
+    CameraUtil::rotateARGB(photo.pixels.get(), turned.pixels.get(), photo.width, photo.height,
+                           degrees);
+    photo = std::move(turned);
+  }
+  if (orientation == 2 || orientation == 4 || orientation == 5 || orientation == 7) {
+    mirror(photo);
+  }
+  return photo;
+}
+
+}  // namespace
+
+PhotoFile readPhoto(const std::filesystem::path& path, int keepSide) {
+  const std::vector<uint8_t> file = readFile(path);
+  std::optional<DecodedJpeg> photo = decodeJpeg(file, {.keepSide = keepSide});
   if (!photo) {
     throw UserError(fmt::format("{}: not a JPEG, or damaged beyond decoding", path.string()));
   }
-  return std::move(*photo);
+  Metadata metadata(file, path);
+  return {upright(std::move(*photo), metadata.orientation()), std::move(metadata)};
 }
 
 void cropToEven(Photo& photo, const std::filesystem::path& path) {
@@ -77,6 +113,13 @@ EncodedJpeg encodePixels(const uint8_t* pixels, int width, int height, int quali
 
 EncodedJpeg encodePhoto(const Photo& photo, int quality) {
   return encodePixels(photo.pixels.get(), photo.width, photo.height, quality);
+}
+
+void writePhoto(const std::filesystem::path& path, const Photo& photo, const Metadata& metadata,
+                int quality) {
+  const EncodedJpeg jpeg = encodePhoto(photo, quality);
+  const auto whole = metadata.addedTo(bytesOf(jpeg), photo.width, photo.height, path);
+  writeFile(path, whole.empty() ? bytesOf(jpeg) : whole);
 }
 
 }  // namespace alg::tool

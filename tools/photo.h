@@ -6,15 +6,21 @@
 #include <span>
 
 #include "platform/jpeg.h"
+#include "tools/metadata.h"
 
 namespace alg::tool {
 
 /// Pixels as B, G, R, A bytes, rows packed, alpha 255.
 using Photo = DecodedJpeg;
 
-/// Decodes a JPEG file. Throws UserError.
+struct PhotoFile {
+  Photo photo;
+  Metadata metadata;
+};
+
+/// Decodes a JPEG file and turns the photo upright. Throws UserError.
 /// @param keepSide  as for decodeJpeg(): the photo may come reduced, down to this longer side
-Photo readPhoto(const std::filesystem::path& path, int keepSide = 0);
+PhotoFile readPhoto(const std::filesystem::path& path, int keepSide = 0);
 
 /// Crops an odd side by one row or column, with a note: frames have even sides. Throws UserError
 /// when nothing would be left.
@@ -32,6 +38,9 @@ void makeOpaque(Photo& photo);
 /// Encodes pixels (B, G, R, A). Throws UserError.
 EncodedJpeg encodePixels(const uint8_t* pixels, int width, int height, int quality);
 EncodedJpeg encodePhoto(const Photo& photo, int quality);
+/// Writes a JPEG file with the metadata of the photo it was made from. Throws UserError.
+void writePhoto(const std::filesystem::path& path, const Photo& photo, const Metadata& metadata,
+                int quality);
 
 /// The bytes of an encoded photo.
 inline std::span<const uint8_t> bytesOf(const EncodedJpeg& jpeg) {

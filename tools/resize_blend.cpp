@@ -6,7 +6,6 @@
 #include "libalgorithm/camera_util.h"
 #include "libalgorithm/pretty_filters.h"
 #include "tools/console.h"
-#include "tools/files.h"
 #include "tools/photo.h"
 #include "tools/size.h"
 
@@ -19,7 +18,7 @@ constexpr int kLongestSide = 32767;  // positions in longer ones wrap around
 
 void resizePhoto(const ResizeRequest& request) {
   const Size size = parseSize(request.size);
-  const Photo photo = readPhoto(request.input);
+  const auto [photo, metadata] = readPhoto(request.input);
   if (photo.width > kLongestSide || photo.height > kLongestSide) {
     throw UserError(fmt::format("{} has {}x{} pixels; resize takes up to {} on a side",
                                 request.input.string(), photo.width, photo.height, kLongestSide));
@@ -27,15 +26,15 @@ void resizePhoto(const ResizeRequest& request) {
   Photo resized = blankPhoto(size.width, size.height);
   ::Resize(wordsOf(resized), size.width, size.height, wordsOf(photo), photo.width, photo.height);
   makeOpaque(resized);
-  writeFile(request.output, bytesOf(encodePhoto(resized, request.quality)));
+  writePhoto(request.output, resized, metadata, request.quality);
 }
 
 void blendPhotos(const BlendRequest& request) {
   if (request.weight && request.mode != "mix") {
     throw UserError(fmt::format("--weight goes with --mode mix, not with {}", request.mode));
   }
-  const Photo first = readPhoto(request.first);
-  const Photo second = readPhoto(request.second);
+  const auto [first, metadata] = readPhoto(request.first);
+  const Photo second = readPhoto(request.second).photo;
   if (first.width != second.width || first.height != second.height) {
     throw UserError(fmt::format("{} has {}x{} pixels, but {} has {}x{}; only equal sizes blend",
                                 request.first.string(), first.width, first.height,
@@ -53,7 +52,7 @@ void blendPhotos(const BlendRequest& request) {
     const int weight = request.weight.value_or(kWhole / 2);
     CameraUtil::add2Image(src, weight, dst, static_cast<unsigned int>(kWhole - weight), bytes);
   }
-  writeFile(request.output, bytesOf(encodePhoto(second, request.quality)));
+  writePhoto(request.output, second, metadata, request.quality);
 }
 
 }  // namespace alg::tool

@@ -18,8 +18,36 @@ ENGINE = os.path.abspath(sys.argv.pop(2))
 TOOL = os.path.abspath(sys.argv.pop(1))
 
 
+def segments(jpeg):
+    """Marker and content of each segment before the image data."""
+    at, found = 2, []
+    while (marker := jpeg[at + 1]) != 0xda:
+        length = struct.unpack_from(">H", jpeg, at + 2)[0]
+        found.append((marker, jpeg[at + 4:at + 2 + length]))
+        at += 2 + length
+    return found
+
+
 def jpeg_size(path):
-    return struct.unpack_from(">HH", data := Path(path).read_bytes(), data.index(b"\xff\xc0") + 5)[::-1]
+    return struct.unpack_from(">HH", dict(segments(Path(path).read_bytes()))[0xc0], 1)[::-1]
+
+
+def tag(number, kind, value, count=1):
+    return struct.pack("<HHII", number, kind, count, value)
+
+
+def with_segments(jpeg, *contents):
+    return jpeg[:2] + b"".join(struct.pack(">BBH", 0xff, marker, len(content) + 2) + content
+                               for marker, content in contents) + jpeg[2:]
+
+
+def exif(orientation, thumbnail=b"\xff\xd8\xff\xd9"):
+    """Two directories and one below the first, at 8, 68 and 98."""
+    return b"Exif\0\0II*\0" + struct.pack("<I", 8) + b"".join((
+        struct.pack("<H", 4), tag(0x10f, 2, 0x0065636d, 4), tag(0x112, 3, orientation), tag(0x100, 4, 640),
+        tag(0x8769, 4, 62), struct.pack("<I", 92), struct.pack("<H", 2), tag(0xa002, 4, 640), tag(0xa003, 4, 480),
+        bytes(4), struct.pack("<H", 3), tag(0x103, 3, 6), tag(0x201, 4, 134), tag(0x202, 4, len(thumbnail)),
+        bytes(4), thumbnail))
 
 
 class ToolTest(unittest.TestCase):
@@ -134,6 +162,63 @@ class ToolTest(unittest.TestCase):
         Path("odd.jpg").write_bytes(self.photo[:at] + struct.pack(">HH", 47, 63) + self.photo[at + 4:])
         self.run_tool("apply", "PrettyBlue", "odd.jpg", "even.jpg", says="cropped from 63x47 to 62x46")
         self.assertEqual((jpeg_size("a.jpg"), jpeg_size("even.jpg")), ((64, 48), (62, 46)))
+
+    def test_photos_are_turned_upright(self):
+        def draw(name, levels):
+            pixels = bytes(v for row in levels for _ in range(16) for level in row for v in [level] * 64)
+            Path("argb").write_bytes(pixels)
+            size = f"--size={16 * len(levels[0])}x{16 * len(levels)}"
+            self.run_tool("convert", size, "--from=argb", "--to=jpg", "--quality=100", "argb", name)
+            return Path(name).read_bytes()
+
+        levels = [[10, 50, 90], [130, 170, 210]]
+        photo = draw("turned.jpg", levels)
+        right, left = list(zip(*levels[::-1])), list(zip(*levels))[::-1]
+        for orientation, expected in ((1, levels), (2, [row[::-1] for row in levels]), (4, levels[::-1]),
+                                      (3, [row[::-1] for row in levels[::-1]]), (5, [row[::-1] for row in right]),
+                                      (6, right), (7, [row[::-1] for row in left]), (8, left), (9, levels)):
+            Path("turned.jpg").write_bytes(with_segments(photo, (0xe1, exif(orientation))))
+            made = self.made("blend", "--mode=lighten", "--quality=100", "turned.jpg", "turned.jpg")
+            upright = draw("expected.jpg", expected)
+            self.assertEqual(made[made.index(b"\xff\xdb"):], upright[upright.index(b"\xff\xdb"):], orientation)
+            self.assertTrue(tag(0x112, 3, 1) in made)
+        self.run_tool("gallery", "turned.jpg", "page")
+        Path("turned.jpg").write_bytes(with_segments(photo, (0xe1, exif(6))))
+        self.run_tool("gallery", "turned.jpg", "page")
+        self.assertEqual(jpeg_size("page/pictures/Original.jpg"), (32, 48))
+
+    def test_metadata_are_kept(self):
+        profile = bytes(16) + b"RGB " + random.Random(2).randbytes(70000)
+        profile = struct.pack(">I", len(profile)) + profile[4:]
+        iccs = [(0xe2, b"ICC_PROFILE\0" + bytes((i + 1, 2)) + profile[i * 60000:][:60000]) for i in range(2)]
+        xmp = (b'http://ns.adobe.com/xap/1.0/\0<x:xmpmeta xmlns:x="adobe:ns:meta/"><rdf:RDF '
+               b'xmlns:rdf="http://www.w3.org/1999/02/22-rdf-syntax-ns#"><rdf:Description xmlns:t="http://ns.adobe.com/'
+               b'tiff/1.0/" t:Orientation="6" t:Software="pencil"/></rdf:RDF></x:xmpmeta>')
+        iptc = b"Photoshop 3.0\x008BIM\4\4\0\0\0\0\0\x08\x1c\2\x19\0\3cat"
+        thumbnail = b"\xff\xd8\xff\xfe\0\x07THUMB\xff\xd9"
+        Path("rich.jpg").write_bytes(with_segments(
+            self.photo, (0xe1, exif(6, thumbnail)), (0xe1, xmp), *iccs, (0xed, iptc), (0xfe, b"a comment")))
+        Path("turned.jpg").write_bytes(with_segments(self.photo, (0xe1, exif(6))))
+        for command, width, height in (
+                ("apply sepia rich.jpg", 48, 64), ("apply PrettyBlue rich.jpg", 48, 64), ("blend rich.jpg turned.jpg", 48, 64),
+                ("resize --size=30x20 rich.jpg", 30, 20), (f"beauty --engine={ENGINE} rich.jpg", 48, 64)):
+            made = self.made(*command.split())
+            self.assertEqual(jpeg_size("made.jpg"), (width, height))
+            for entry in (tag(0x10f, 2, 0x0065636d, 4), tag(0x112, 3, 1), tag(0x100, 4, width), tag(0xa002, 4, width),
+                          tag(0xa003, 4, height), b'Orientation="1"', b'Software="pencil"', iptc[-8:]):
+                self.assertTrue(entry in made, (command, entry))
+            self.assertFalse(b"THUMB" in made)
+            self.assertTrue((0xfe, b"a comment\0") in segments(made))
+            self.assertTrue(profile == b"".join(body[14:] for marker, body in segments(made) if marker == 0xe2))
+        Path("xmp.jpg").write_bytes(with_segments(self.photo, (0xe1, xmp)))
+        self.made("apply", "sepia", "xmp.jpg")
+        self.assertEqual(jpeg_size("made.jpg"), (48, 64))
+        plain = self.made("apply", "sepia", "photo.jpg")
+        for says, *broken in (("not for RGB", (0xe2, iccs[0][1].replace(b"RGB ", b"GRAY")), iccs[1]),
+                              ("damaged", (0xe1, exif(6)[:20])), ("damaged", (0xe1, exif(6).replace(b"*", b"+"))),
+                              ("damaged", (0xe1, xmp[:80])), ("damaged or", iccs[0])):
+            Path("broken.jpg").write_bytes(with_segments(self.photo, *broken))
+            self.assertEqual(self.made("apply", "sepia", "broken.jpg", says=f"note: broken.jpg: .*{says}"), plain)
 
     def test_batch_goes_on_after_a_bad_file(self):
         os.mkdir("in")
