@@ -31,8 +31,8 @@ class OutputFolder {
     std::error_code error;
     made_ = fs::create_directory(path, error);
     if (!fs::is_directory(path)) {
-      throw UserError(fmt::format("cannot create the folder {}: {}", path.string(),
-                                  error ? error.message() : "it is a file"));
+      throw UserError(
+          fmt::format("cannot create the folder {}: {}", path.string(), error.message()));
     }
   }
   ~OutputFolder() {
@@ -86,11 +86,11 @@ std::vector<Job> jobsInto(const fs::path& folder, const std::vector<fs::path>& i
       jobs.push_back({photo, folder / photo.filename()});
       std::error_code ignored;  // an output that does not exist yet
       if (fs::equivalent(photo, jobs.back().output, ignored)) {
-        throw UserError(
+        throw WrongUse(
             fmt::format("{} would be replaced; name another output folder", photo.string()));
       }
       if (!outputs.insert(jobs.back().output).second) {
-        throw UserError(
+        throw WrongUse(
             fmt::format("two inputs would be written to {}", jobs.back().output.string()));
       }
     }
@@ -110,7 +110,7 @@ void checkOptions(const NamedEffect& effect, const ApplyRequest& request) {
     }
     const auto owner = std::ranges::find_if(
         classicEffects(), [&](const auto& other) { return optionOf(other, name) != nullptr; });
-    throw UserError(
+    throw WrongUse(
         fmt::format("{} is an option of {}, not of {}", name, owner->name, request.effect));
   }
 }
@@ -125,9 +125,7 @@ std::unique_ptr<UserDevice> usersPictures(const NamedEffect& effect, const Apply
     pictures->addPicture(file, optionOf(*effect.classic, option)->picture);
   }
   if (pictures) {
-    if (const std::string trouble = pictureTrouble(*effect.classic); !trouble.empty()) {
-      throw UserError(fmt::format("{}: {}", request.effect, trouble));
-    }
+    checkPictures(*effect.classic);
   }
   return pictures;
 }
@@ -174,6 +172,9 @@ bool applyToFiles(const ApplyRequest& request) {
                           fs::is_directory(output) || !output.has_filename();
   if (!intoFolder) {
     return runJobs(effect, {{inputs.front(), output}}, request);
+  }
+  if (fs::exists(output) && !fs::is_directory(output)) {
+    throw WrongUse(fmt::format("{} is a file; several photos go into a folder", output.string()));
   }
   const std::vector<Job> jobs = jobsInto(output, inputs);
   const OutputFolder folder(output);

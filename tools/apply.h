@@ -22,7 +22,7 @@ struct ApplyRequest {
 };
 
 /// Reports photos that fail and goes on with the others. Returns whether all succeeded. Throws
-/// UserError when there is nothing to start with.
+/// UserError when there is nothing to start with, WrongUse when the request contradicts itself.
 bool applyToFiles(const ApplyRequest& request);
 
 }  // namespace alg::tool

@@ -163,31 +163,27 @@ constexpr ClassicEffect kEffects[] = {
 
 std::span<const ClassicEffect> classicEffects() { return kEffects; }
 
-std::string pictureTrouble(const ClassicEffect& effect) {
+void checkPictures(const ClassicEffect& effect) {
   std::array<Bitmap, std::tuple_size_v<decltype(effect.options)>> pictures;
   for (std::size_t i = 0; i < pictures.size(); ++i) {
     const std::string_view picture = effect.options[i].picture;
     if (!picture.empty() && !decodePngFile(picturePath(picture).c_str(), pictures[i])) {
-      return cannotRead(picture);
+      throw missingPicture(effect.name, picture);
     }
   }
   const auto& [front, mask] = pictures;
   if (mask.pixels && (mask.width != front.width || mask.height < front.height)) {
-    return fmt::format(
-        "its mask has {}x{} pixels, but must be as wide and at least as tall as its front picture "
-        "of {}x{}",
-        mask.width, mask.height, front.width, front.height);
+    throw PictureError(
+        fmt::format("{}: its mask has {}x{} pixels, but must be as wide and at least as tall as "
+                    "its front picture "
+                    "of {}x{}",
+                    effect.name, mask.width, mask.height, front.width, front.height));
   }
-  return "";
 }
 
-bool applyClassic(const ClassicEffect& effect, const ClassicParameters& parameters, Photo& photo) {
-  if (const std::string trouble = pictureTrouble(effect); !trouble.empty()) {
-    noteUnchanged(effect.name, trouble);
-    return false;
-  }
+void applyClassic(const ClassicEffect& effect, const ClassicParameters& parameters, Photo& photo) {
+  checkPictures(effect);
   effect.run(photo, parameters);
-  return true;
 }
 
 }  // namespace alg::tool

@@ -3,7 +3,6 @@
 
 #include <array>
 #include <span>
-#include <string>
 #include <string_view>
 
 #include "tools/photo.h"
@@ -34,11 +33,10 @@ struct ClassicEffect {
 
 std::span<const ClassicEffect> classicEffects();
 
-/// What keeps the effect from its pictures, as the rest of a sentence about it; empty for nothing.
-std::string pictureTrouble(const ClassicEffect& effect);
+/// Throws PictureError when a picture is missing, or the two don't go together.
+void checkPictures(const ClassicEffect& effect);
 
-/// Runs an effect on a photo of any size, in place. Returns false, after a note, when its pictures
-/// are missing and the photo stays as it is. Throws UserError.
-bool applyClassic(const ClassicEffect& effect, const ClassicParameters& parameters, Photo& photo);
+/// Runs an effect on a photo of any size, in place, after checkPictures(). Throws UserError.
+void applyClassic(const ClassicEffect& effect, const ClassicParameters& parameters, Photo& photo);
 
 }  // namespace alg::tool

@@ -51,16 +51,14 @@ std::string_view shortened(std::string_view text, std::size_t bytes) {
 }  // namespace
 
 void complain(std::string_view text) {
-  clearProgressLine();
-  fmt::print(stderr, "camera-effects: {}\n", printable(text));
-}
-
-void note(std::string_view text) {
   static std::set<std::string, std::less<>> told;
   if (told.emplace(text).second) {
-    complain(fmt::format("note: {}", text));
+    clearProgressLine();
+    fmt::print(stderr, "camera-effects: {}\n", printable(text));
   }
 }
+
+void note(std::string_view text) { complain(fmt::format("note: {}", text)); }
 
 Progress::Progress(std::size_t total)
     : total_(total), shown_(total > 1 && isatty(STDERR_FILENO) == 1) {}

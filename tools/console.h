@@ -13,10 +13,17 @@ class UserError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-/// Prints "camera-effects: text" as one line; control characters (in file names) become '?'.
+/// A command line that is wrong whatever the files hold.
+class WrongUse : public UserError {
+ public:
+  using UserError::UserError;
+};
+
+/// Prints "camera-effects: text" as one line, each text once per run: a batch would repeat it per
+/// file. Control characters (in file names) become '?'.
 void complain(std::string_view text);
 
-/// Prints "camera-effects: note: text", each text once per run: a batch would repeat it per file.
+/// Complains about what is not an error.
 void note(std::string_view text);
 
 /// One line, rewritten in place: "3/12 name.jpg". Silent when stderr is no terminal or there is

@@ -59,12 +59,9 @@ void UserDevice::addLibrary(const fs::path& file, std::string_view devicePath) {
 
 std::string picturePath(std::string_view name) { return fmt::format("{}{}", kPictureFolder, name); }
 
-void noteUnchanged(std::string_view effect, std::string_view reason) {
-  note(fmt::format("{} leaves the photo as it is: {}", effect, reason));
-}
-
-std::string cannotRead(std::string_view picture) {
-  return fmt::format("cannot read its picture {}", devicePath(picturePath(picture)));
+PictureError missingPicture(std::string_view effect, std::string_view picture) {
+  return PictureError{
+      fmt::format("{}: cannot read its picture {}", effect, devicePath(picturePath(picture)))};
 }
 
 }  // namespace alg::tool

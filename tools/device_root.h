@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "tools/console.h"
 #include "tools/files.h"
 
 namespace alg::tool {
@@ -30,9 +31,12 @@ class UserDevice {
 /// The device path of a picture of the effects.
 std::string picturePath(std::string_view name);
 
-/// Notes that the effect leaves the photo as it is, and why.
-void noteUnchanged(std::string_view effect, std::string_view reason);
-/// Such a reason.
-std::string cannotRead(std::string_view picture);
+/// An effect can't run: a picture of the device is missing or does not go with another.
+class PictureError : public UserError {
+ public:
+  using UserError::UserError;
+};
+
+PictureError missingPicture(std::string_view effect, std::string_view picture);
 
 }  // namespace alg::tool

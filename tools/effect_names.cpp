@@ -68,7 +68,7 @@ std::string pictures(const EffectTableEntry& effect) {
   const bool near = distance(name, nearest) <= 1 + name.size() / 4;
   const std::string advice = near ? fmt::format("did you mean \"{}\"?", nearest)
                                   : "\"camera-effects list\" shows the names";
-  throw UserError(fmt::format("unknown effect \"{}\"; {}", name, advice));
+  throw WrongUse(fmt::format("unknown effect \"{}\"; {}", name, advice));
 }
 
 /// What `apply` does with a name of the effect table.

@@ -16,7 +16,7 @@ struct NamedEffect {
 
 /// A name (exact, case-sensitive) of the effect table stands for the road when the road changes the
 /// frame; otherwise for the classic effect of that or the road's name; otherwise it passes through.
-/// Throws UserError, with the nearest name when one is near.
+/// Throws WrongUse, with the nearest name when one is near.
 NamedEffect findEffect(std::string_view name);
 
 /// The classic effect with a name, or with a name of the effect table; null when there is none.

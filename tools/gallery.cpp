@@ -10,6 +10,7 @@
 
 #include "tools/classic_effects.h"
 #include "tools/console.h"
+#include "tools/device_root.h"
 #include "tools/files.h"
 #include "tools/gallery_page.h"
 #include "tools/road.h"
@@ -146,8 +147,13 @@ void makeGallery(const fs::path& photoFile, const fs::path& wantedFolder, int qu
     throwIfInterrupted();
     progress.next(name);
     Photo changed = copyOf(photo);
-    const std::string words(apply(changed) ? about : "its picture is missing");
-    gallery.add({std::move(name), words, std::move(group)}, changed);
+    try {
+      apply(changed);
+    } catch (const PictureError& missing) {
+      note(fmt::format("{}; the gallery has the photo as it is", missing.what()));
+      about = "its picture is missing";
+    }
+    gallery.add({std::move(name), std::string(about), std::move(group)}, changed);
   };
   for (const EffectTableEntry& effect : effectTable()) {
     if (effect.changesFrame()) {

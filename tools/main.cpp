@@ -45,6 +45,9 @@ int work(const std::function<bool()>& command) {
   } catch (const Interrupted& interrupted) {
     std::signal(interrupted.signal, SIG_DFL);
     std::raise(interrupted.signal);  // so that the caller sees what ended us
+  } catch (const WrongUse& error) {
+    complain(error.what());
+    return kWrongUse;
   } catch (const std::bad_alloc&) {
     complain("not enough memory");
   } catch (const std::exception& error) {
@@ -60,7 +63,10 @@ int run(int argc, char** argv) {
                "camera-effects");
   app.set_version_flag("--version", "camera-effects " ALGORITHM_VERSION);
   app.require_subcommand(1);
-  app.footer("\"camera-effects COMMAND --help\" shows the options of a command and an example.");
+  app.footer(
+      "\"camera-effects COMMAND --help\" shows the options of a command and examples.\n\n"
+      "Exit codes: 0, all is done; 1, something failed: a file could not be read, decoded or\n"
+      "written, a picture is missing, the engine failed; 2, the command line is wrong.");
   Options options;
   addCommands(app, options);
   try {

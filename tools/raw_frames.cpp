@@ -23,10 +23,10 @@ std::size_t bytesOf(Size size, std::string_view format) {
   return format == "argb" ? size.pixels() * kArgbBytes : size.pixels() * 3 / 2;
 }
 
-Size parseFrameSize(const std::string& text) {
-  const Size size = parseSize(text);
+Size parseFrameSize(const std::string& text, std::string_view to) {
+  const Size size = to == "jpg" ? parseSize(text, kLongestJpegSide) : parseSize(text);
   if (size.width % 2 != 0 || size.height % 2 != 0) {
-    throw UserError(fmt::format("--size {}: width and height must be even", text));
+    throw WrongUse(fmt::format("--size {}: width and height must be even", text));
   }
   return size;
 }
@@ -76,7 +76,7 @@ std::vector<uint8_t> fromArgb(const std::vector<uint32_t>& argb, Size size, std:
 }  // namespace
 
 void convertFrame(const ConvertRequest& request) {
-  const Size size = parseFrameSize(request.size);
+  const Size size = parseFrameSize(request.size, request.to);
   std::vector<uint8_t> frame = readFrame(request.input, size, request.from);
   if (request.to == request.from) {
     writeFile(request.output, frame);
@@ -95,7 +95,7 @@ void convertFrame(const ConvertRequest& request) {
 }
 
 void rotateFrame(const RotateRequest& request) {
-  const Size source = parseFrameSize(request.size);
+  const Size source = parseFrameSize(request.size, request.format);
   const Size turned = request.degrees == 180 ? source : Size{source.height, source.width};
   const std::vector<uint8_t> frame = readFrame(request.input, source, request.format);
   std::vector<uint8_t> result(frame.size());

@@ -17,7 +17,7 @@ constexpr int kLongestSide = 32767;  // positions in longer ones wrap around
 }  // namespace
 
 void resizePhoto(const ResizeRequest& request) {
-  const Size size = parseSize(request.size);
+  const Size size = parseSize(request.size, kLongestJpegSide);
   const auto [photo, metadata] = readPhoto(request.input);
   if (photo.width > kLongestSide || photo.height > kLongestSide) {
     throw UserError(fmt::format("{} has {}x{} pixels; resize takes up to {} on a side",
@@ -31,7 +31,7 @@ void resizePhoto(const ResizeRequest& request) {
 
 void blendPhotos(const BlendRequest& request) {
   if (request.weight && request.mode != "mix") {
-    throw UserError(fmt::format("--weight goes with --mode mix, not with {}", request.mode));
+    throw WrongUse(fmt::format("--weight goes with --mode mix, not with {}", request.mode));
   }
   const auto [first, metadata] = readPhoto(request.first);
   const Photo second = readPhoto(request.second).photo;

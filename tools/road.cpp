@@ -1,7 +1,5 @@
 #include "tools/road.h"
 
-#include <fmt/format.h>
-
 #include <new>
 
 #include "base/image_size.h"
@@ -28,7 +26,7 @@ void throughFrame(Photo& photo, const std::function<void(const Frame&)>& work) {
   decodeYVU2ARGB_OpenGL(pixels, frame.y, frame.uv, width, height, width, width);
 }
 
-bool applyEffect(const EffectTableEntry& effect, Photo& photo) {
+void applyEffect(const EffectTableEntry& effect, Photo& photo) {
   throughFrame(photo, [&](const Frame& frame) {
     if (!runEffect(effect.name, frame)) {
       throw std::bad_alloc();  // what decodes also fits the road's limits
@@ -36,13 +34,11 @@ bool applyEffect(const EffectTableEntry& effect, Photo& photo) {
   });
 
   // The road says nothing about a picture it can't get; the lookup does.
-  if (!effect.changesFrame() ||
-      effectTypeInit(effect.name, photo.width, photo.height).effectId == effect.effectId) {
-    return true;
+  if (effect.changesFrame() &&
+      effectTypeInit(effect.name, photo.width, photo.height).effectId != effect.effectId) {
+    throw missingPicture(
+        effect.name, photo.width > photo.height ? effect.landscapePicture : effect.portraitPicture);
   }
-  noteUnchanged(effect.name, cannotRead(photo.width > photo.height ? effect.landscapePicture
-                                                                   : effect.portraitPicture));
-  return false;
 }
 
 }  // namespace alg::tool

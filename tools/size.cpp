@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <charconv>
 #include <cstdint>
 #include <limits>
@@ -10,17 +11,21 @@
 
 namespace alg::tool {
 
-Size parseSize(const std::string& text) {
+Size parseSize(const std::string& text, int longestSide) {
   Size size{};
   const char* end = text.data() + text.size();
   const auto width = std::from_chars(text.data(), end, size.width);
   const bool separated = width.ec == std::errc() && width.ptr != end && *width.ptr == 'x';
   const auto height = std::from_chars(separated ? width.ptr + 1 : end, end, size.height);
   if (height.ec != std::errc() || height.ptr != end || size.width < 1 || size.height < 1) {
-    throw UserError(fmt::format("--size {}: expected WIDTHxHEIGHT, as in 640x480", text));
+    throw WrongUse(fmt::format("--size {}: expected WIDTHxHEIGHT, as in 640x480", text));
   }
   if (int64_t{kArgbBytes} * size.width * size.height > std::numeric_limits<int32_t>::max()) {
-    throw UserError(fmt::format("--size {}: too large", text));
+    throw WrongUse(fmt::format("--size {}: too large, {} pixels are the most", text,
+                               std::numeric_limits<int32_t>::max() / kArgbBytes));
+  }
+  if (std::max(size.width, size.height) > longestSide) {
+    throw WrongUse(fmt::format("--size {}: {} pixels on a side are the most", text, longestSide));
   }
   return size;
 }

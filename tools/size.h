@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <limits>
 #include <string>
 
 #include "base/image_size.h"
@@ -15,8 +16,11 @@ struct Size {
   std::size_t pixels() const { return pixelCount(width, height); }
 };
 
+/// What a JPEG can hold.
+inline constexpr int kLongestJpegSide = 65500;
+
 /// Parses "WIDTHxHEIGHT" of a --size option; the ARGB pixels fit into 2^31 - 1 bytes. Throws
-/// UserError.
-Size parseSize(const std::string& text);
+/// WrongUse.
+Size parseSize(const std::string& text, int longestSide = std::numeric_limits<int>::max());
 
 }  // namespace alg::tool
