@@ -3,10 +3,14 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cctype>
 #include <memory>
 #include <new>
 #include <set>
+#include <system_error>
+#include <thread>
+#include <utility>
 
 #include "tools/console.h"
 #include "tools/device_root.h"
@@ -56,13 +60,20 @@ bool namedAsJpeg(const fs::path& path) {
   return extension == ".jpg" || extension == ".jpeg";
 }
 
-std::vector<fs::path> photosIn(const fs::path& folder) {
+/// The photos of a folder; with `recursive` those below it, too, but for what is in `output`.
+std::vector<fs::path> photosIn(const fs::path& folder, const fs::path& output, bool recursive) {
   std::vector<fs::path> photos;
   std::error_code error;
-  for (fs::directory_iterator entry(folder, error), end; !error && entry != end;
+  std::error_code ignored;
+  for (fs::recursive_directory_iterator entry(folder, error), end; !error && entry != end;
        entry.increment(error)) {
     const fs::path& path = entry->path();
-    if (namedAsJpeg(path) && path.filename().native().front() != '.' && !entry->is_directory()) {
+    const bool hidden = path.filename().native().front() == '.';
+    if (entry->is_directory(ignored)) {
+      if (!recursive || hidden || fs::equivalent(path, output, ignored)) {
+        entry.disable_recursion_pending();
+      }
+    } else if (namedAsJpeg(path) && !hidden) {
       photos.push_back(path);
     }
   }
@@ -76,14 +87,16 @@ std::vector<fs::path> photosIn(const fs::path& folder) {
   return photos;
 }
 
-/// Each input under its own name in the output folder.
-std::vector<Job> jobsInto(const fs::path& folder, const std::vector<fs::path>& inputs) {
+/// Each input under its own name in the output folder, that of a folder with its sub-folders.
+std::vector<Job> jobsInto(const fs::path& output, const std::vector<fs::path>& inputs,
+                          bool recursive) {
   std::vector<Job> jobs;
   std::set<fs::path> outputs;
   for (const fs::path& input : inputs) {
-    const auto photos = fs::is_directory(input) ? photosIn(input) : std::vector{input};
-    for (const fs::path& photo : photos) {
-      jobs.push_back({photo, folder / photo.filename()});
+    const bool whole = fs::is_directory(input);
+    for (const fs::path& photo : whole ? photosIn(input, output, recursive) : std::vector{input}) {
+      jobs.push_back(
+          {photo, output / (whole ? photo.lexically_relative(input) : photo.filename())});
       std::error_code ignored;  // an output that does not exist yet
       if (fs::equivalent(photo, jobs.back().output, ignored)) {
         throw WrongUse(
@@ -130,30 +143,83 @@ std::unique_ptr<UserDevice> usersPictures(const NamedEffect& effect, const Apply
   return pictures;
 }
 
-bool runJobs(const NamedEffect& effect, const std::vector<Job>& jobs, const ApplyRequest& request) {
-  bool succeeded = true;
-  Progress progress(jobs.size());
-  for (const Job& job : jobs) {
-    throwIfInterrupted();
-    progress.next(job.input.filename().string());
+/// Jobs on several threads, each of which takes the next one when it has done one.
+class Batch {
+ public:
+  Batch(const NamedEffect& effect, std::vector<Job> jobs, const ApplyRequest& request)
+      : effect_(effect), request_(request), jobs_(std::move(jobs)), progress_(jobs_.size()) {}
+
+  /// Returns whether all succeeded. Throws Interrupted when no thread is at work any more.
+  bool run();
+
+ private:
+  void takeJobs();
+  void doJob(const Job& job) const;
+
+  const NamedEffect& effect_;
+  const ApplyRequest& request_;
+  std::vector<Job> jobs_;
+  Progress progress_;
+  std::atomic<std::size_t> next_ = 0;
+  std::atomic<bool> succeeded_ = true;
+};
+
+bool Batch::run() {
+  const unsigned wanted = request_.threads > 0 ? static_cast<unsigned>(request_.threads)
+                                               : std::thread::hardware_concurrency();
+  const auto threads = std::min<std::size_t>({wanted, kMostThreads, jobs_.size()});
+  {
+    std::vector<std::jthread> others;
     try {
-      auto [photo, metadata] = readPhoto(job.input);
-      if (effect.classic != nullptr) {
-        applyClassic(*effect.classic, request.parameters, photo);
-      } else {
-        cropToEven(photo, job.input);
-        applyEffect(*effect.road, photo);
+      while (others.size() + 1 < threads) {
+        others.emplace_back([this] { takeJobs(); });
       }
-      writePhoto(job.output, photo, metadata, request.quality);
-    } catch (const UserError& error) {
-      complain(error.what());
-      succeeded = false;
+    } catch (const std::system_error&) {  // no more threads to be had: fewer do it, too
+    }
+    takeJobs();
+  }
+  throwIfInterrupted();
+  return succeeded_;
+}
+
+void Batch::takeJobs() {
+  for (std::size_t i = next_++; i < jobs_.size(); i = next_++) {
+    const std::string name = jobs_[i].input.string();
+    try {
+      throwIfInterrupted();
+      progress_.begin(jobs_[i].input.filename().string());
+      doJob(jobs_[i]);
+    } catch (const Interrupted&) {
+      return;  // run() tells
     } catch (const std::bad_alloc&) {
-      complain(fmt::format("{}: not enough memory", job.input.string()));
-      succeeded = false;
+      complain(fmt::format("{}: not enough memory", name));
+      succeeded_ = false;
+    } catch (const std::exception& error) {
+      complain(error.what());
+      succeeded_ = false;
+    }
+    progress_.end();
+  }
+}
+
+void Batch::doJob(const Job& job) const {
+  auto [photo, metadata] = readPhoto(job.input);
+  if (effect_.classic != nullptr) {
+    applyClassic(*effect_.classic, request_.parameters, photo);
+  } else {
+    cropToEven(photo, job.input);
+    applyEffect(*effect_.road, photo);
+  }
+  if (request_.recursive) {
+    std::error_code error;
+    const fs::path folder = job.output.parent_path();
+    fs::create_directories(folder, error);
+    if (error) {
+      throw UserError(
+          fmt::format("cannot create the folder {}: {}", folder.string(), error.message()));
     }
   }
-  return succeeded;
+  writePhoto(job.output, photo, metadata, request_.quality);
 }
 
 }  // namespace
@@ -171,14 +237,14 @@ bool applyToFiles(const ApplyRequest& request) {
   const bool intoFolder = inputs.size() > 1 || fs::is_directory(inputs.front()) ||
                           fs::is_directory(output) || !output.has_filename();
   if (!intoFolder) {
-    return runJobs(effect, {{inputs.front(), output}}, request);
+    return Batch(effect, {{inputs.front(), output}}, request).run();
   }
   if (fs::exists(output) && !fs::is_directory(output)) {
     throw WrongUse(fmt::format("{} is a file; several photos go into a folder", output.string()));
   }
-  const std::vector<Job> jobs = jobsInto(output, inputs);
+  std::vector<Job> jobs = jobsInto(output, inputs, request.recursive);
   const OutputFolder folder(output);
-  return runJobs(effect, jobs, request);
+  return Batch(effect, std::move(jobs), request).run();
 }
 
 }  // namespace alg::tool

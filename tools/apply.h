@@ -10,6 +10,8 @@
 
 namespace alg::tool {
 
+inline constexpr int kMostThreads = 64;
+
 struct ApplyRequest {
   std::string effect;
   /// Inputs, then the output. One file as input: the output is a file, or a folder that exists.
@@ -19,6 +21,8 @@ struct ApplyRequest {
   ClassicParameters parameters;
   std::map<std::string, std::filesystem::path> pictures;  ///< by option, "--paper"
   std::vector<std::string> effectOptions;                 ///< all that the user gave for the effect
+  int threads = 0;                                        ///< 0: one for each processor
+  bool recursive = false;  ///< photos of sub-folders, too, into the same sub-folders of the output
 };
 
 /// Reports photos that fail and goes on with the others. Returns whether all succeeded. Throws

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <mutex>
 #include <vector>
 
 #include "base/image_size.h"
@@ -11,6 +12,7 @@
 #include "libalgorithm/classic_effects.h"
 #include "libalgorithm/pretty_filters.h"
 #include "platform/bitmap.h"
+#include "threadpool/global_pool.h"
 #include "tools/console.h"
 #include "tools/device_root.h"
 
@@ -57,6 +59,15 @@ void simple(Photo& photo, const Parameters&) {
 template <void (*kFilter)(unsigned char*, unsigned char*, int, int, float)>
 void withUnusedFloat(Photo& photo, const Parameters&) {
   onPackedPixels(photo, [](auto* src, auto* dst, int w, int h) { kFilter(src, dst, w, h, 0); });
+}
+
+/// For the routines that decode into the library's own pictures: one at a time, as on the road.
+template <SimpleFilter* kFilter>
+void withOwnPictures(Photo& photo, const Parameters&) {
+  onPackedPixels(photo, [](auto* src, auto* dst, int w, int h) {
+    const std::lock_guard lock(poolMutex());
+    kFilter(src, dst, w, h);
+  });
 }
 
 void lomo(Photo& photo, const Parameters&) {
@@ -144,12 +155,12 @@ constexpr ClassicEffect kEffects[] = {
     {"color-paint",
      "colorpaint_effect",
      "Washed over with the colours of a picture.",
-     simple<Colorpaint>,
+     withOwnPictures<Colorpaint>,
      {kPicture}},
     {"area",
      "area_effect",
      "In the frame of a picture, inverted where a mask says so.",
-     simple<areaeffect>,
+     withOwnPictures<areaeffect>,
      {kFront, kMask}},
     {"prague", "", "Bright colours with edges in ink.", withUnusedFloat<Prague>},
     {"prague-carton", "", "Pale as a cartoon; highlights wrap.", withUnusedFloat<PragueCarton>},

@@ -97,6 +97,13 @@ void addApply(CLI::App& app, Options& options) {
       ->required()
       ->expected(2, CLI::detail::expected_max_vector_size);
   addQuality(apply, request.quality);
+  apply
+      .add_option("--jobs", request.threads,
+                  "photos to work on at a time; else as many as processors")
+      ->type_name("N")
+      ->check(CLI::Range(1, kMostThreads));
+  apply.add_flag("--recursive", request.recursive,
+                 "photos of sub-folders, too, into such sub-folders of the output folder");
   addEffectOptions(apply, request);
   apply.footer(
       "A Pretty effect takes one pixel off a side with an odd number of them. Photos are turned\n"
@@ -104,7 +111,7 @@ void addApply(CLI::App& app, Options& options) {
       "orientation tag then says upright, and thumbnails of the old picture are left out.\n\n"
       "Examples:\n"
       "  camera-effects apply PrettyBlue photo.jpg blue.jpg\n"
-      "  camera-effects apply PrettyJapan --quality 85 holiday/ holiday-japan/\n"
+      "  camera-effects apply PrettyJapan --quality 85 --jobs 2 holiday/ holiday-japan/\n"
       "  camera-effects apply sepia photo.jpg sepia.jpg\n"
       "  camera-effects apply color-paint --picture wash.png photo.jpg washed.jpg");
   setWork(apply, options, [&request, &apply] {

@@ -4,12 +4,19 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <cmath>
+#include <cstdint>
 #include <cstdio>
+#include <mutex>
 #include <set>
 #include <string>
 
 namespace alg::tool {
 namespace {
+
+constexpr std::size_t kNarrow = 60;  // columns, of which a bar would take too many
+
+std::mutex consoleMutex;  // for stderr and what is known about it
 
 // A line that is to stay must not be glued to the progress line.
 bool progressLineOpen = false;
@@ -48,9 +55,25 @@ std::string_view shortened(std::string_view text, std::size_t bytes) {
   return text.substr(0, bytes);
 }
 
+/// "[====>     ] " with so many characters inside.
+std::string bar(std::size_t width, std::size_t done, std::size_t total) {
+  const std::size_t filled = width * done / total;
+  const std::string_view tip = filled < width ? ">" : "";
+  return fmt::format("[{:=<{}}{:<{}}] ", "", filled, tip, width - filled);
+}
+
+/// "0:07", "12:34" or "1:02:03".
+std::string duration(double seconds) {
+  const auto whole = static_cast<int64_t>(std::ceil(seconds));
+  const std::string minutes = fmt::format("{}:", whole / 60 % 60);
+  return (whole < 3600 ? minutes : fmt::format("{}:{:0>3}", whole / 3600, minutes)) +
+         fmt::format("{:02}", whole % 60);
+}
+
 }  // namespace
 
 void complain(std::string_view text) {
+  const std::lock_guard lock(consoleMutex);
   static std::set<std::string, std::less<>> told;
   if (told.emplace(text).second) {
     clearProgressLine();
@@ -63,15 +86,37 @@ void note(std::string_view text) { complain(fmt::format("note: {}", text)); }
 Progress::Progress(std::size_t total)
     : total_(total), shown_(total > 1 && isatty(STDERR_FILENO) == 1) {}
 
-Progress::~Progress() { clearProgressLine(); }
+Progress::~Progress() {
+  const std::lock_guard lock(consoleMutex);
+  clearProgressLine();
+}
 
-void Progress::next(std::string_view name) {
-  ++current_;
+void Progress::begin(std::string_view name) {
+  const std::lock_guard lock(consoleMutex);
+  name_ = printable(name);
+  draw();
+}
+
+void Progress::end() {
+  const std::lock_guard lock(consoleMutex);
+  ++done_;
+  draw();
+}
+
+void Progress::draw() const {
   if (!shown_) {
     return;
   }
-  const std::string line = fmt::format("{}/{} {}", current_, total_, printable(name));
-  fmt::print(stderr, "\r{}\x1b[K", shortened(line, terminalColumns() - 1));
+  const std::size_t columns = terminalColumns();
+  const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - start_;
+  std::string line = columns < kNarrow ? "" : bar(columns / 4, done_, total_);
+  line += fmt::format("{}/{} {:3} %  ", done_, total_, 100 * done_ / total_);
+  if (done_ > 0) {
+    const auto left = static_cast<double>(total_ - done_) / static_cast<double>(done_);
+    line += duration(passed.count() * left) + " left  ";
+  }
+  line += name_;
+  fmt::print(stderr, "\r{}\x1b[K", shortened(line, columns - 1));
   std::fflush(stderr);
   progressLineOpen = true;
 }

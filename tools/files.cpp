@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
@@ -18,7 +19,8 @@ namespace fs = std::filesystem;
 namespace alg::tool {
 namespace {
 
-volatile std::sig_atomic_t pendingSignal = 0;
+std::atomic<int> pendingSignal = 0;  // set by the handler, read by all threads
+static_assert(std::atomic<int>::is_always_lock_free);
 
 struct CloseFile {
   void operator()(std::FILE* file) const { std::fclose(file); }
@@ -32,7 +34,7 @@ using File = std::unique_ptr<std::FILE, CloseFile>;
 
 /// A hidden name in `folder` that no file has had in this run.
 fs::path temporaryName(const fs::path& folder) {
-  static int count = 0;
+  static std::atomic<int> count = 0;
   return folder / fmt::format(".camera-effects-{}-{}", getpid(), count++);
 }
 
@@ -77,8 +79,8 @@ void deferInterrupts() {
 }
 
 void throwIfInterrupted() {
-  if (pendingSignal != 0) {
-    throw Interrupted{pendingSignal};
+  if (const int signal = pendingSignal; signal != 0) {
+    throw Interrupted{signal};
   }
 }
 

@@ -145,7 +145,7 @@ void makeGallery(const fs::path& photoFile, const fs::path& wantedFolder, int qu
   const auto show = [&](std::string name, std::string_view about, std::string group,
                         const auto& apply) {
     throwIfInterrupted();
-    progress.next(name);
+    progress.begin(name);
     Photo changed = copyOf(photo);
     try {
       apply(changed);
@@ -154,6 +154,7 @@ void makeGallery(const fs::path& photoFile, const fs::path& wantedFolder, int qu
       about = "its picture is missing";
     }
     gallery.add({std::move(name), std::string(about), std::move(group)}, changed);
+    progress.end();
   };
   for (const EffectTableEntry& effect : effectTable()) {
     if (effect.changesFrame()) {

@@ -1,11 +1,13 @@
 #include "tools/road.h"
 
+#include <mutex>
 #include <new>
 
 #include "base/image_size.h"
 #include "libalgorithm/effect_pipeline.h"
 #include "libalgorithm/yuv_convert.h"
 #include "platform/large_block.h"
+#include "threadpool/global_pool.h"
 #include "tools/device_root.h"
 
 namespace alg::tool {
@@ -33,7 +35,9 @@ void applyEffect(const EffectTableEntry& effect, Photo& photo) {
     }
   });
 
-  // The road says nothing about a picture it can't get; the lookup does.
+  // The road says nothing about a picture it can't get; the lookup does. Both decode it into the
+  // library's own picture.
+  const std::lock_guard lock(poolMutex());
   if (effect.changesFrame() &&
       effectTypeInit(effect.name, photo.width, photo.height).effectId != effect.effectId) {
     throw missingPicture(

@@ -1,4 +1,6 @@
 """Drives camera-effects from outside: tool_test.py TOOL ENGINE"""
+import contextlib
+import fcntl
 import html
 import json
 import os
@@ -10,6 +12,7 @@ import struct
 import subprocess
 import sys
 import tempfile
+import termios
 import time
 import unittest
 from pathlib import Path
@@ -223,15 +226,38 @@ class ToolTest(unittest.TestCase):
             Path("broken.jpg").write_bytes(with_segments(self.photo, *broken))
             self.assertEqual(self.made("apply", "sepia", "broken.jpg", says=f"note: broken.jpg: .*{says}"), plain)
 
-    def test_batch_goes_on_after_a_bad_file(self):
-        os.mkdir("in")
-        for name, data in (("a.jpg", self.photo), ("b.JPEG", b"none"), ("c.jpeg", self.photo), ("d.txt", b"")):
-            Path("in", name).write_bytes(data)
-        self.run_tool("apply", "PrettySweet", "in", "out", code=1, says="b.JPEG: not a JPEG")
-        self.assertEqual(sorted(os.listdir("out")), ["a.jpg", "c.jpeg"])
-        master, terminal = pty.openpty()
-        subprocess.run([TOOL, "apply", "PrettySweet", "in/a.jpg", "in/c.jpeg", "out"], stderr=terminal, check=True)
-        self.assertIn(b"2/2 c.jpeg", os.read(master, 4096))
+    def test_batch(self):
+        for folder in ("in/sub/deep", "in/sub/.hidden"):
+            os.makedirs(folder)
+        for i, name in enumerate(("a.jpg", "c.jpeg", "d.JPG", "e.jpg", "sub/a.jpg", "sub/deep/a.jpg", "sub/.hidden/x.jpg")):
+            self.draw(f"in/{name}", 640 + 16 * i, 480)
+        for name in ("b.JPEG", "f.jpg", "g.txt"):
+            Path("in", name).write_bytes(b"none")
+        for effect in ("PrettyJapan", "color-paint", "area", "prague"):
+            results = []
+            for out, options in (("out", ["--jobs=1"]), ("many", ["--jobs=64"]), ("in/out", ["--recursive"])):
+                self.run_tool("apply", effect, "in", out, *options, code=1, says="not a JPEG.*\n.*not a JPEG")
+                self.assertEqual([line.split(":")[1] for line in self.said], [" in/b.JPEG", " in/f.jpg"])
+                results.append({str(path.relative_to(out)): path.read_bytes() for path in Path(out).rglob("*.*")})
+            self.assertEqual(sorted(results[0]), ["a.jpg", "c.jpeg", "d.JPG", "e.jpg"])
+            self.assertEqual(results[1], results[0])
+            self.assertEqual({name for name in results[2]} - {name for name in results[0]}, {"sub/a.jpg", "sub/deep/a.jpg"})
+            self.assertEqual(results[2] | results[0], results[2])
+
+    def test_progress_bar(self):
+        for columns, bar in ((100, r"\[=+>?\s*\] "), (50, ""), (12, None)):
+            master, terminal = pty.openpty()
+            fcntl.ioctl(terminal, termios.TIOCSWINSZ, struct.pack("HHHH", 24, columns, 0, 0))
+            subprocess.run([TOOL, "apply", "PrettySweet", "photo.jpg", "raw", "out", "--jobs=1"], stderr=terminal)
+            os.close(terminal)
+            shown = b""
+            with contextlib.suppress(OSError):  # all is read
+                while True:
+                    shown += os.read(master, 4096)
+            lines = re.findall(r"\r(.*?)\x1b\[K", shown.decode())
+            self.assertTrue(lines and all(len(line) < columns for line in lines), lines)
+            if bar is not None:
+                self.assertRegex("\n".join(lines), rf"(?m)^{bar}1/2  50 %  0:\d\d left  raw$")
 
     def test_wrong_use_is_one_line_and_leaves_nothing(self):
         os.mkdir("mine")
@@ -245,9 +271,9 @@ class ToolTest(unittest.TestCase):
                 ("apply PrettyBlue raw o.jpg", 1, "not a JPEG"), ("apply PrettyBlue no.jpg o.jpg", 1, "No such file"),
                 ("apply PrettyBlue photo.jpg no/o.jpg", 1, "No such file"),
                 ("apply PrettyBlue photo.jpg /dev/null", 1, "not a regular file"),
-                ("apply PrettyBlue raw raw o", 2, "two inputs"), ("apply PrettyBlue raw no.jpg o", 1, "raw.*\n.*no.jpg"),
+                ("apply PrettyBlue raw raw o", 2, "two inputs"), ("apply PrettyBlue raw no.jpg o --jobs=1", 1, "raw.*\n.*no.jpg"),
                 ("apply PrettyBlue photo.jpg o.jpg --quality=101", 2, "quality"),
-                ("apply PrettyBlue photo.jpg raw .", 2, "replaced"),
+                ("apply PrettyBlue photo.jpg o.jpg --jobs=0", 2, "jobs"), ("apply PrettyBlue photo.jpg raw .", 2, "replaced"),
                 ("apply PrettyBlue photo.jpg raw flat.jpg", 2, "flat.jpg is a file"),
                 ("apply sepa raw o.jpg", 2, '"sepia"'), ("apply fill-light --radius=nan raw o.jpg", 2, "radius"),
                 ("apply sepia photo.jpg o.jpg --radius=1", 2, "--radius is an option of fill-light, not of sepia"),
@@ -283,13 +309,19 @@ class ToolTest(unittest.TestCase):
 
     def test_interrupt_removes_temporary_files(self):
         self.draw("photo.jpg", 2000, 1500)
-        tool = subprocess.Popen([TOOL, "gallery", "photo.jpg", "page"])
-        while not list(Path(".").glob(".camera-effects-*")):
-            self.assertIsNone(tool.poll())
-            time.sleep(0.001)
-        tool.send_signal(signal.SIGINT)
-        self.assertEqual(tool.wait(), -signal.SIGINT)
-        self.assertEqual(sorted(os.listdir(".")), ["photo.jpg", "raw"])
+        os.mkdir("in")
+        for i in range(30):
+            os.link("photo.jpg", f"in/{i}.jpg")
+        for command, begun in ((("gallery", "photo.jpg", "page"), ".camera-effects-*"),
+                               (("apply", "sepia", "in", "out", "--jobs=3"), "out/*.jpg")):
+            tool = subprocess.Popen([TOOL, *command])
+            while not list(Path(".").glob(begun)):
+                self.assertIsNone(tool.poll())
+                time.sleep(0.001)
+            tool.send_signal(signal.SIGINT)
+            self.assertEqual(tool.wait(), -signal.SIGINT)
+            self.assertFalse(Path("page").exists() or list(Path(".").rglob(".*")), command)
+        self.assertLess(len(os.listdir("out")), 30)
 
 
 unittest.main()
