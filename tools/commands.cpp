@@ -125,22 +125,26 @@ void addApply(CLI::App& app, Options& options) {
 }
 
 void addConvert(CLI::App& app, Options& options) {
-  CLI::App& convert = *app.add_subcommand("convert", "Convert a raw frame to another format");
+  CLI::App& convert = *app.add_subcommand("convert", "Convert raw frames and photos");
   ConvertRequest& request = options.convert;
-  addSize(convert, request.size, kFrameSize);
+  convert.add_option("--size", request.size, "size of a raw input in pixels, both even")
+      ->type_name("WxH");
   convert.add_option("--from", request.from, "format of the input")
       ->required()
-      ->check(CLI::IsMember({"nv12", "nv21", "argb"}));
+      ->check(CLI::IsMember({"nv12", "nv21", "argb", "jpg"}));
   convert.add_option("--to", request.to, "format of the output")
       ->required()
       ->check(CLI::IsMember({"nv12", "nv21", "argb", "jpg"}));
   addQuality(convert, request.quality);
-  addFile(convert, "IN", request.input, "raw file of exactly one frame");
+  addFile(convert, "IN", request.input, "raw file of exactly one frame, or JPEG file");
   addFile(convert, "OUT", request.output, "file to write");
   convert.footer(
-      "nv12 is a luma plane, then U,V pairs; nv21 has V,U pairs; argb is B, G, R, A bytes.\n\n"
-      "Example:\n"
-      "  camera-effects convert --size 640x480 --from nv21 --to jpg frame.nv21 frame.jpg");
+      "nv12 is a luma plane, then U,V pairs; nv21 has V,U pairs; argb is B, G, R, A bytes. Of a\n"
+      "photo the size of its frame is printed; one pixel is taken off a side with an odd "
+      "number.\n\n"
+      "Examples:\n"
+      "  camera-effects convert --size 640x480 --from nv21 --to jpg frame.nv21 frame.jpg\n"
+      "  camera-effects convert --from jpg --to nv21 photo.jpg photo.nv21");
   setWork(convert, options, [&request] {
     convertFrame(request);
     return true;

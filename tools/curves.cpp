@@ -75,12 +75,9 @@ void runFilter(SimpleFilter* filter, Photo& photo) {
 /// Why the effect can't be measured, as the rest of a sentence about it; or empty.
 std::string run(const NamedEffect& effect, Photo& photo) {
   if (effect.classic != nullptr) {
-    std::string trouble = pictureTrouble(*effect.classic);
-    if (trouble.empty()) {
-      // At its default radius, the fill light is the same at every place.
-      effect.classic->run(photo, {.radius = 0.5});
-    }
-    return trouble;
+    // At its default radius, the fill light is the same at every place.
+    applyClassic(*effect.classic, {.radius = 0.5}, photo);
+    return "";
   }
   if (effect.road->filter == nullptr) {
     return effect.road->changesFrame() ? "it looks at a picture, too" : "it passes through";

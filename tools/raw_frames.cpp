@@ -61,21 +61,39 @@ std::vector<uint32_t> toArgb(const std::vector<uint8_t>& frame, Size size, std::
   return argb;
 }
 
-std::vector<uint8_t> fromArgb(const std::vector<uint32_t>& argb, Size size, std::string_view to) {
+std::vector<uint8_t> fromArgb(const uint32_t* argb, Size size, std::string_view to) {
   std::vector<uint8_t> frame(bytesOf(size, to));
   if (to == "argb") {
-    std::memcpy(frame.data(), argb.data(), frame.size());
+    std::memcpy(frame.data(), argb, frame.size());
   } else {
     const auto encode = to == "nv12" ? decodeARGB2YUV_OpenGL : decodeARGB2YVU_OpenGL;
-    encode(argb.data(), frame.data(), frame.data() + size.pixels(), size.width, size.height,
-           size.width, size.width);
+    encode(argb, frame.data(), frame.data() + size.pixels(), size.width, size.height, size.width,
+           size.width);
   }
   return frame;
+}
+
+void convertPhoto(const ConvertRequest& request) {
+  if (request.to == "jpg" || !request.size.empty()) {
+    throw WrongUse("--from jpg makes a raw frame, and goes without --size");
+  }
+  Photo photo = readPhoto(request.input).photo;
+  cropToEven(photo, request.input);
+  const Size size{photo.width, photo.height};
+  writeFile(request.output, fromArgb(wordsOf(photo), size, request.to));
+  fmt::print("{}x{}\n", size.width, size.height);
 }
 
 }  // namespace
 
 void convertFrame(const ConvertRequest& request) {
+  if (request.from == "jpg") {
+    convertPhoto(request);
+    return;
+  }
+  if (request.size.empty()) {
+    throw WrongUse(fmt::format("--size is needed: a raw {} file does not tell it", request.from));
+  }
   const Size size = parseFrameSize(request.size, request.to);
   std::vector<uint8_t> frame = readFrame(request.input, size, request.from);
   if (request.to == request.from) {
@@ -89,7 +107,7 @@ void convertFrame(const ConvertRequest& request) {
       writeFile(request.output,
                 bytesOf(encodePixels(pixels, size.width, size.height, request.quality)));
     } else {
-      writeFile(request.output, fromArgb(argb, size, request.to));
+      writeFile(request.output, fromArgb(argb.data(), size, request.to));
     }
   }
 }

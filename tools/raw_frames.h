@@ -7,7 +7,7 @@
 namespace alg::tool {
 
 /// Formats by name: "nv12" and "nv21" (luma plane, then U,V or V,U pairs), "argb" (B, G, R, A
-/// bytes), and "jpg" as a target. `size` is "WIDTHxHEIGHT", both even.
+/// bytes), and "jpg" on one side. `size` is "WIDTHxHEIGHT", both even; empty for a photo.
 struct ConvertRequest {
   std::string size;
   std::string from;
@@ -17,7 +17,8 @@ struct ConvertRequest {
   int quality;
 };
 
-/// Throws UserError. nv12 to nv21 and back exchanges the chroma bytes and loses nothing.
+/// Throws UserError. nv12 to nv21 and back exchanges the chroma bytes and loses nothing. Of a photo
+/// the size of its frame is printed.
 void convertFrame(const ConvertRequest& request);
 
 struct RotateRequest {

@@ -80,7 +80,7 @@ class ReadmeTest(unittest.TestCase):
         shutil.copy(ENGINE, self.work / "libSFB.so")
         shutil.copy(next(self.usr.rglob("colorpaint.png")), self.work / "wash.png")
         commands = blocks(section("On the command line"), "sh")[0].splitlines()
-        self.run_line("camera-effects convert --to nv21 photo.jpg large.nv21; head -c 460800 large.nv21 >frame.nv21")
+        self.run_line("camera-effects convert --from jpg --to nv21 photo.jpg all; head -c 460800 all >frame.nv21")
         for command in commands:
             self.run_line(command)
         made = {match for command in commands for match in re.findall(r"[\w-]+\.\w+$|\w+/$", command.split("#")[0].strip())}

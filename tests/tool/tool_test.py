@@ -102,6 +102,8 @@ class ToolTest(unittest.TestCase):
         red, blue = (197, 59, 121), (56, 99, 201)  # a JPEG keeps both, to the bit
         self.flat("red.jpg", *red)
         self.flat("blue.jpg", *blue)
+        self.assertEqual(self.run_tool("convert", "--from=jpg", "--to=argb", "red.jpg", "made"), "16x16\n")
+        self.assertEqual(Path("made").read_bytes(), bytes((121, 59, 197, 255)) * 256)
         for command, result in (
                 ("apply negative red.jpg", (58, 196, 134)), ("apply gray-scale red.jpg", (107, 107, 107)),
                 ("blend red.jpg blue.jpg --weight=256", red), ("blend red.jpg blue.jpg --weight=64", (91, 89, 181)),
@@ -285,6 +287,7 @@ class ToolTest(unittest.TestCase):
                 ("resize photo.jpg o.jpg --size=65501x1", 2, "65500"),
                 ("blend photo.jpg flat.jpg o.jpg", 1, "64x48.*16x16"), ("blend raw raw o.jpg --weight=257", 2, "256"),
                 ("blend photo.jpg photo.jpg o.jpg --mode=darken --weight=1", 2, "--weight"),
+                (convert + "64x48 --from=jpg", 2, "without --size"), ("convert --from=nv12 --to=jpg raw o", 2, "--size is needed"),
                 (convert + "63x48", 2, "even"), (convert + "64x", 2, "WIDTHxHEIGHT"),
                 (convert + "64x46", 1, "4608 bytes.*4416"), (convert + "64x50 --from=rgb", 2, "rgb"),
                 ("rotate --size=64x48 --format=nv12 45 raw out", 2, "45"),
