@@ -287,7 +287,7 @@ class ToolTest(unittest.TestCase):
                 ("resize photo.jpg o.jpg --size=65501x1", 2, "65500"),
                 ("blend photo.jpg flat.jpg o.jpg", 1, "64x48.*16x16"), ("blend raw raw o.jpg --weight=257", 2, "256"),
                 ("blend photo.jpg photo.jpg o.jpg --mode=darken --weight=1", 2, "--weight"),
-                (convert + "64x48 --from=jpg", 2, "without --size"), ("convert --from=nv12 --to=jpg raw o", 2, "--size is needed"),
+                ("convert --from=jpg --to=nv12 photo.jpg o --size=9x9", 2, "without --size"), ("convert --from=nv12 --to=jpg raw o", 2, "--size is needed"),
                 (convert + "63x48", 2, "even"), (convert + "64x", 2, "WIDTHxHEIGHT"),
                 (convert + "64x46", 1, "4608 bytes.*4416"), (convert + "64x50 --from=rgb", 2, "rgb"),
                 ("rotate --size=64x48 --format=nv12 45 raw out", 2, "45"),
