@@ -1,4 +1,4 @@
-// Blending of byte arrays, resize, colour temperature and the maximum functions.
+// Blending of byte arrays, resize and the maximum functions.
 #include <array>
 
 #include "effect_check.h"
@@ -93,11 +93,11 @@ TEST(Composite, RectanglesAreCopiedColumnByColumn) {
 }
 
 TEST(Resize, MixesFourNeighbours) {
-  std::vector<std::array<int, 4>> sizes = {// to, from: steps, positions and bounds leave 32 bits
-                                           {3, 2, 70000, 1},     {2, 3, 1, 70000},
-                                           {70000, 2, 40000, 1}, {2, 66000, 32767, 1},
-                                           {300, 7, 40000, 3},  // few columns far apart
-                                           {50000, 2, 40000, 3}};
+  std::vector<std::array<int, 4>> sizes = {
+      // to, from: steps, positions and bounds leave 32 bits
+      {2, 2, 70000, 1},     {3, 2, 70000, 1},     {2, 3, 1, 70000},
+      {70000, 2, 40000, 1}, {2, 66000, 32767, 1}, {300, 7, 40000, 3},  // few columns far apart
+      {50000, 2, 40000, 3}};
   const Bytes random = noise(4 * 1500);
   for (std::size_t i = 0; i < random.size(); i += 4) {
     sizes.push_back({random[i] % 70 + 1, random[i + 1] % 70 + 1, random[i + 2] % 70 + 1,
@@ -128,24 +128,6 @@ TEST(Resize, MixesFourNeighbours) {
   for (const auto& [w, h] : kSizesBelowOne) {
     Resize(nullptr, w, h, nullptr, 4, 4), Resize(nullptr, 4, 4, nullptr, w, h);
   }
-}
-
-void temperatureRef(const uint8_t* src, uint8_t* dst, int width, int height) {
-  for (int i = 0; i < width * height; ++i, src += 3, dst += 3) {
-    const auto shift = [](int p, int gain) { return ((255 - p) * p * gain) >> 15; };
-    auto t0 = float(src[0] - shift(src[0], 116)), t1 = float(src[1] + shift(src[1], 29));
-    auto t2 = float(src[2] + shift(src[2], 116));
-    const int m = int(std::max(t2, std::max(t1, t0)));
-    const float scale = m > 255.0 ? 255.0f / float(m) : 1.0f;
-    dst[0] = uint8_t(t2 * scale), dst[1] = uint8_t(t1 * scale), dst[2] = uint8_t(t0 * scale);
-  }
-}
-
-TEST(Temperature, WarmsEveryValue) {
-  Bytes ramp;
-  for (int i = 0; i < 256 * 3; ++i) ramp.push_back(uint8_t(i / 3));
-  const PackedEffect effect{"Temperature", Temperature, temperatureRef, true};
-  onEachTarget([&] { checkOn(effect, ramp, 16, 16), checkEverySize(effect); });
 }
 
 TEST(Maximum, TakesTheSecondUnlessTheFirstIsGreater) {

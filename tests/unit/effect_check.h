@@ -1,4 +1,4 @@
-// Runs a routine on packed 3-byte images and compares all that it writes with its reference.
+// Runs a routine on packed images and compares all that it writes with its reference.
 #pragma once
 
 #include <functional>
@@ -10,13 +10,14 @@ struct PackedEffect {
   using Run = std::function<void(uint8_t* src, uint8_t* dst, int width, int height)>;
   const char* name;
   Run run, reference;
-  bool inPlace = false;  // src and dst may overlap in any way
+  bool overlaps = false;  // src and dst may overlap in any way
+  int channels = 3;
 };
 
 /// Runs the effect between guard pages; what dst held before is noise.
 inline void checkOn(const PackedEffect& effect, const Bytes& pixels, int width, int height) {
   SCOPED_TRACE(testing::Message() << effect.name << " " << width << "x" << height);
-  const Guarded src(pixels), dst(noise(width * height * 3, 7));
+  const Guarded src(pixels), dst(noise(width * height * effect.channels, 7));
   Bytes source = pixels, expected = dst.bytes();
   effect.reference(source.data(), expected.data(), width, height);
   effect.run(src.data(), dst.data(), width, height);
@@ -27,7 +28,7 @@ inline void checkOn(const PackedEffect& effect, const Bytes& pixels, int width, 
 /// The same with src and dst `shift` bytes apart in one block.
 inline void checkOverlapping(const PackedEffect& effect, int width, int height, int shift) {
   SCOPED_TRACE(testing::Message() << effect.name << " " << width << "x" << height << " " << shift);
-  const Guarded got(noise(width * height * 3 + std::abs(shift)));
+  const Guarded got(noise(width * height * effect.channels + std::abs(shift)));
   const int srcAt = std::max(-shift, 0), dstAt = std::max(shift, 0);
   Bytes expected = got.bytes();
   effect.reference(&expected[zu(srcAt)], &expected[zu(dstAt)], width, height);
@@ -59,7 +60,7 @@ inline void checkEverySize(const PackedEffect& effect) {
     checkOn(effect, Bytes(pixels.size(), uint8_t(stripe * 5)), 57, 61);
   }
   checkOn(effect, noise(1021 * 765 * 3), 1021, 765);
-  if (effect.inPlace) {
+  if (effect.overlaps) {
     for (const int shift : {0, 1, -1, 3, -3, 5, 47, -49, 96, 300}) {
       checkOverlapping(effect, 67, 33, shift);
     }
