@@ -5,6 +5,7 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <map>
 
 #include "guarded.h"
 
@@ -52,6 +53,23 @@ class DeviceRoot {
     for (std::size_t i = 3; i < picture.rgba.size(); i += 4) picture.rgba[i] = 255;
     writePng(name, width, height, PNG_COLOR_TYPE_RGBA, 8, picture.rgba);
     return picture;
+  }
+
+  /// Writes all pictures of the effect road, each under its name.
+  std::map<std::string, ref::Picture> writePictures(int width, int height) const {
+    std::map<std::string, ref::Picture> pictures;
+    for (const ref::Effect& effect : ref::kEffects) {
+      for (const std::string& name : {effect.picture, effect.landscapePicture}) {
+        if (!name.empty()) pictures[name] = writePicture(name, width, height);
+      }
+    }
+    return pictures;
+  }
+
+  /// Puts a library in the engine's place.
+  void putEngine(const std::string& library) const {
+    std::filesystem::create_directories(root_ + "/system/lib64");
+    std::filesystem::copy_file(library, root_ + "/system/lib64/libSFB.so");
   }
 
  private:
