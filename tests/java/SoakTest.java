@@ -6,7 +6,6 @@ import java.io.IOException;
 import java.nio.ByteBuffer;
 import java.nio.file.Files;
 import java.nio.file.Path;
-import java.nio.file.StandardCopyOption;
 import java.util.ArrayList;
 import java.util.Arrays;
 import java.util.List;
@@ -28,9 +27,7 @@ final class SoakTest extends Harness {
   }
 
   public static void main(String[] args) throws IOException, InterruptedException {
-    Path library = Path.of(System.getenv("ALGORITHM_DEVICE_ROOT")).resolve("system/lib64/libSFB.so");
-    Files.createDirectories(library.getParent());
-    Files.copy(Path.of(System.getProperty("engine")), library, StandardCopyOption.REPLACE_EXISTING);
+    Files.copy(Path.of(System.getProperty("engine")), freshPath("system/lib64/libSFB.so"));
     ByteBuffer argb = ByteBuffer.allocateDirect(W * H * 4).put(random(W * H * 4));
     byte[] jpeg = CodecDataAlgorithm.ARGB2JPEG(argb, W, H, 90);
     byte[] frame = random(W * H * 3 / 2);

@@ -1,71 +1,37 @@
 import com.orvik.camera.common.Native.YUVAlgorithm;
 import java.nio.ByteBuffer;
 
-/** Conversions and rotation through the virtual machine. */
+/** Conversions and rotation through the virtual machine: buffers of any size, and one example. */
 final class YuvAlgorithmTest extends Harness {
   private static final int[][] SIZES = { // even ones first, the only ones that rotate
-    {2, 2}, {4, 2}, {2, 4}, {64, 48}, {642, 36}, {3, 3}, {5, 4}, {1, 1}, {7, 2}, {2, 3}, {33, 17}
+    {2, 2}, {2, 4}, {64, 48}, {642, 36}, {3, 3}, {5, 4}, {1, 1}, {7, 2}, {2, 3}, {33, 17}
   };
 
   private static Native method(String returns, String name, String arguments) {
     return new Native(returns, "YUVAlgorithm", name, arguments);
   }
 
-  /** A chroma byte past the frame's end repeats that of the block row above; 128 without one. */
-  private static int chroma(byte[] frame, int luma, int at, int rowBytes) {
-    if (at >= luma / 2) {
-      return chroma(frame, luma, at - rowBytes, rowBytes);
+  private static byte[] toBytes(int... values) {
+    byte[] bytes = new byte[values.length];
+    for (int i = 0; i < values.length; i++) {
+      bytes[i] = (byte) values[i];
     }
-    return at < 0 ? 128 : frame[luma + at] & 255;
+    return bytes;
   }
 
-  private static byte[] decode(byte[] frame, int w, int h, int v) {
-    ByteBuffer argb = ByteBuffer.allocate(4 * w * h);
-    for (int i = 0; i < w * h; i++) {
-      int rowBytes = (w + 1) / 2 * 2;
-      int pair = i / w / 2 * rowBytes + i % w / 2 * 2;
-      int[] bgr = toBgr(frame[i] & 255, chroma(frame, w * h, pair + 1 - v, rowBytes),
-          chroma(frame, w * h, pair + v, rowBytes));
-      argb.put((byte) bgr[0]).put((byte) bgr[1]).put((byte) bgr[2]).put((byte) 255);
-    }
-    return argb.array();
-  }
-
-  /** A block's chroma comes from its bottom-left pixel; bytes past the frame's end are dropped. */
-  private static byte[] encode(byte[] argb, int w, int h, int v) {
-    byte[] frame = new byte[3 * w * h / 2];
-    int chroma = w * h;
-    for (int i = 0; i < w * h; i++) {
-      byte[] yuv = toYuv(argb[4 * i] & 255, argb[4 * i + 1] & 255, argb[4 * i + 2] & 255);
-      frame[i] = yuv[0];
-      boolean bottomLeft = (i / w % 2 == 1 || i / w == h - 1) && i % w % 2 == 0;
-      for (int k = 0; bottomLeft && k < 2 && chroma < frame.length; k++) {
-        frame[chroma++] = yuv[k == v ? 2 : 1];
-      }
-    }
-    return frame;
-  }
-
-  /** `v` is the place of the V byte in a pair. */
-  private static void conversion(String name, boolean decodes, int v, ImageCall body) {
+  /** `example` is of 2 x 2 pixels. */
+  private static void conversion(String name, ImageCall body, byte[] example, byte[] expected) {
     Native method = method("_jobject*", name, "jobject, jint, jint");
+    boolean decodes = example.length == 6;
     for (int[] size : SIZES) {
-      int w = size[0];
-      int h = size[1];
-      byte[] source = random(decodes ? 3 * w * h / 2 : 4 * w * h);
-      Object result = method.call(w + "x" + h, () -> body.run(direct(source), w, h));
-      byte[] expected = decodes ? decode(source, w, h, v) : encode(source, w, h, v);
-      same(bytes((ByteBuffer) result), expected, name + " " + w + "x" + h);
+      int pixels = size[0] * size[1];
+      byte[] source = random(decodes ? 3 * pixels / 2 : 4 * pixels);
+      Object result = method.call(name, () -> body.run(direct(source), size[0], size[1]));
+      int got = bytes((ByteBuffer) result).length;
+      check(got == (decodes ? 4 * pixels : 3 * pixels / 2), name + " gave " + got + " bytes");
     }
+    same(bytes((ByteBuffer) body.run(direct(example), 2, 2)), expected, name);
     method.refusesBadImages(decodes ? 96 : 256, body);
-  }
-
-  private static void rotatePlane(byte[] from, byte[] to, int at, int w, int h, int unit, int by) {
-    for (int i = 0; i < w * h; i++) {
-      int quarter = by == 90 ? i % w * h + h - 1 - i / w : (w - 1 - i % w) * h + i / w;
-      int source = by == 180 ? w * h - 1 - i : quarter;
-      System.arraycopy(from, at + source * unit, to, at + i * unit, unit);
-    }
   }
 
   private static Object rotate(ByteBuffer from, ByteBuffer to, int w, int h, int degrees) {
@@ -73,21 +39,20 @@ final class YuvAlgorithmTest extends Harness {
     return null;
   }
 
-  private static void rotation(int degrees) {
+  /** What a frame of 4 x 2 pixels becomes; nothing by default. */
+  private static void rotation(int degrees, int... expected) {
     Native method = method("void", "rotateYUV", "jobject, jobject, jint, jint, jint");
-    for (int i = 0; i < 5; i++) {
+    boolean turns = expected.length > 0;
+    for (int i = 0; i < 4; i++) {
       int w = SIZES[i][0];
       int h = SIZES[i][1];
-      byte[] source = random(3 * w * h / 2);
-      byte[] expected = random(source.length);
-      ByteBuffer to = direct(expected);
-      if (degrees >= 90) { // others leave it as it is
-        rotatePlane(source, expected, 0, w, h, 1, degrees);
-        rotatePlane(source, expected, w * h, w / 2, h / 2, 2, degrees);
-      }
-      method.call(w + "x" + h, () -> rotate(direct(source), to, w, h, degrees));
-      same(bytes(to), expected, "rotateYUV " + w + "x" + h + " by " + degrees);
+      ByteBuffer from = direct(random(3 * w * h / 2));
+      method.call(w + "x" + h, () -> rotate(from, direct(bytes(from)), w, h, degrees));
     }
+    ByteBuffer to = direct(new byte[12]);
+    rotate(direct(toBytes(1, 2, 3, 4, 5, 6, 7, 8, 10, 11, 20, 21)), to, 2, 4, degrees);
+    same(bytes(to), turns ? toBytes(expected) : new byte[12], "turned by " + degrees);
+
     byte[] content = random(200);
     ByteBuffer other = direct(content);
     ByteBuffer half = other.slice(0, 96);
@@ -95,7 +60,7 @@ final class YuvAlgorithmTest extends Harness {
     method.refusesBadImages(96, (buffer, w, h) -> rotate(buffer, other, w, h, degrees));
     method.refuses("odd width", () -> rotate(direct(content), other, 7, 8, degrees));
     method.refuses("odd height", () -> rotate(direct(content), other, 8, 7, degrees));
-    if (degrees >= 90) {
+    if (turns) {
       method.refuses("in place", () -> rotate(half, half, 8, 8, degrees));
       method.refuses("overlap", () -> rotate(half, other.slice(95, 96), 8, 8, degrees));
       method.refuses("overlap", () -> rotate(other.slice(95, 96), half, 8, 8, degrees));
@@ -106,13 +71,18 @@ final class YuvAlgorithmTest extends Harness {
   }
 
   public static void main(String[] args) {
-    conversion("YUV2ARGB", true, 1, YUVAlgorithm::YUV2ARGB);
-    conversion("YVU2ARGB", true, 0, YUVAlgorithm::YVU2ARGB);
-    conversion("ARGB2YUV", false, 1, YUVAlgorithm::ARGB2YUV);
-    conversion("ARGB2YVU", false, 0, YUVAlgorithm::ARGB2YVU);
-    for (int degrees : new int[] {90, 180, 270, 0, 45}) {
-      rotation(degrees);
-    }
+    byte[] pink = toBytes(
+        255, 175, 255, 255, 255, 175, 255, 255, 255, 175, 255, 255, 255, 175, 255, 255);
+    conversion("YUV2ARGB", YUVAlgorithm::YUV2ARGB, toBytes(255, 255, 255, 255, 128, 255), pink);
+    conversion("YVU2ARGB", YUVAlgorithm::YVU2ARGB, toBytes(255, 255, 255, 255, 255, 128), pink);
+    byte[] red = toBytes(0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 255, 255, 0, 0, 0, 0); // bottom left
+    conversion("ARGB2YUV", YUVAlgorithm::ARGB2YUV, red, toBytes(16, 16, 81, 16, 90, 239));
+    conversion("ARGB2YVU", YUVAlgorithm::ARGB2YVU, red, toBytes(16, 16, 81, 16, 239, 90));
+    rotation(90, 4, 8, 3, 7, 2, 6, 1, 5, 20, 21, 10, 11);
+    rotation(180, 8, 7, 6, 5, 4, 3, 2, 1, 20, 21, 10, 11);
+    rotation(270, 5, 1, 6, 2, 7, 3, 8, 4, 10, 11, 20, 21);
+    rotation(0);
+    rotation(45);
     check(null == method("_jobject*", "minify", "jobject, jint, jint, jint")
         .call("", () -> YUVAlgorithm.minify(null, 2, -2, 1)), "minify gives null");
     check(null == method("_jintArray*", "convertToARGB", "jobject, jint, jint")

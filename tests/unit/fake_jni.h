@@ -74,6 +74,12 @@ class FakeJni {
     drop();
     return bytes;
   }
+  /// The same of a native that gets a direct buffer with these bytes, and numbers.
+  template <class Native, class... Numbers>
+  Bytes call(Native* native, Bytes input, Numbers... numbers) {
+    FakeBuffer buffer{input.data(), jlong(input.size())};
+    return take(native(&env_, nullptr, buffer, numbers...));
+  }
   bool threw() const { return thrown_ != JNI_FALSE; }
 
  private:

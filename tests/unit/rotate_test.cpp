@@ -1,4 +1,5 @@
 // Rotations against the reference.
+#include "fake_jni.h"
 #include "guarded.h"
 #include "libalgorithm/camera_util.h"
 #include "vector_targets.h"
@@ -33,9 +34,15 @@ void check(const Rotation& r, int width, int height, bool dispatched) {
   } else {
     turn(0, width * 4, other * 4, other, pixels / other, 4);
   }
-  const auto dispatcher = r.yuv ? CameraUtil::rotateYUV : CameraUtil::rotateARGB;
-  dispatched ? dispatcher(src.data(), dst.data(), width, height, r.degrees)
-             : r.routine(src.data(), dst.data(), width, height);
+  if (!dispatched) {
+    r.routine(src.data(), dst.data(), width, height);
+  } else if (r.yuv && (width | height) % 2 == 0) {
+    FakeBuffer from{src.data(), jlong(expected.size())}, to{dst.data(), jlong(expected.size())};
+    ROTATE(FakeJni().env(), nullptr, from, to, width, height, r.degrees);
+  } else {
+    const auto dispatcher = r.yuv ? CameraUtil::rotateYUV : CameraUtil::rotateARGB;
+    dispatcher(src.data(), dst.data(), width, height, r.degrees);
+  }
   EXPECT_TRUE(same(dst.bytes(), expected)) << r.yuv << r.degrees << " " << width << "x" << height;
 }
 
@@ -53,18 +60,6 @@ TEST(Rotate, EverySizeTurnsAsTheReference) {
       for (const auto& [width, height] : kSizesBelowOne) r.routine(nullptr, nullptr, width, height);
     }
   });
-}
-
-TEST(Rotate, TheTwoFamiliesTurnOppositeWays) {
-  const uint8_t frame[] = {1, 2, 3, 4, 5, 6, 7, 8, 10, 11, 20, 21};
-  uint8_t turned[12];
-  CameraUtil::rotateYUV(frame, turned, 2, 4, 90);
-  EXPECT_TRUE(same(turned, Bytes{4, 8, 3, 7, 2, 6, 1, 5, 20, 21, 10, 11}));
-  const uint32_t argb[] = {1, 2, 3, 4, 5, 6, 7, 8};
-  std::vector<uint32_t> result(8);
-  CameraUtil::rotateARGB(reinterpret_cast<const uint8_t*>(argb),
-                         reinterpret_cast<uint8_t*>(result.data()), 4, 2, 90);
-  EXPECT_EQ(result, (std::vector<uint32_t>{5, 1, 6, 2, 7, 3, 8, 4}));
 }
 
 }  // namespace
