@@ -1,7 +1,5 @@
 #include "injected.h"
 
-#include <pthread.h>
-
 #include <atomic>
 #include <cerrno>
 
@@ -18,8 +16,7 @@ namespace {
 std::atomic<bool> armed, allLater;
 std::atomic<int> left, failed;
 std::atomic<long> live;
-std::atomic<int> threadsLeft{-1};
-std::atomic<int> errorLines, allLines;
+std::atomic<int> errorLines;
 
 bool fails() {
   if (!armed) return false;
@@ -46,8 +43,7 @@ bool stopFailing() {
   return failed > 0;
 }
 long liveBlocks() { return live; }
-void failThread(int count) { threadsLeft = count; }
-LogCount takeLogCount() { return {errorLines.exchange(0), allLines.exchange(0)}; }
+int takeErrorLines() { return errorLines.exchange(0); }
 
 // These take the C library's place for everything in the process.
 extern "C" {
@@ -67,17 +63,8 @@ void free(void* block) {
 
 [[gnu::visibility("default")]] int __android_log_print(int priority, const char* /*tag*/,
                                                        const char* /*format*/, ...) {
-  ++allLines;
   errorLines += priority == 6 ? 1 : 0;
   return 1;
-}
-
-// Linked in pthread_create's place (--wrap).
-int __real_pthread_create(pthread_t*, const pthread_attr_t*, void* (*)(void*), void*);
-int __wrap_pthread_create(pthread_t* id, const pthread_attr_t* attributes, void* (*entry)(void*),
-                          void* argument) {
-  if (threadsLeft >= 0 && threadsLeft-- == 0) return EAGAIN;
-  return __real_pthread_create(id, attributes, entry, argument);
 }
 
 }  // extern "C"

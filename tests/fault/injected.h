@@ -1,4 +1,4 @@
-// Memory and threads that fail on demand, and a log that takes no memory.
+// Memory that fails on demand, and a log that takes no memory.
 #pragma once
 
 #include <cstddef>
@@ -11,11 +11,5 @@ bool stopFailing();
 /// Blocks that are allocated now.
 long liveBlocks();
 
-/// Thread number `count` (from 0) that is made from now on fails; -1 ends that.
-void failThread(int count);
-
-/// Log lines since the last call: of priority 6, and all.
-struct LogCount {
-  int errors, all;
-};
-LogCount takeLogCount();
+/// Log lines of priority 6 since the last call.
+int takeErrorLines();

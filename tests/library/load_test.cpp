@@ -1,13 +1,11 @@
 // The built library through the dynamic loader, as an application has it.
 #include <dlfcn.h>
 #include <malloc.h>
-#include <unistd.h>
-
-#include <filesystem>
 
 #include "guarded.h"
 #include "libalgorithm/effect_pipeline.h"
 #include "libalgorithm/thread_pool.h"
+#include "process.h"
 
 namespace {
 
@@ -40,20 +38,8 @@ class Library {
   void* handle_;
 };
 
-int entries(const char* folder) {
-  return int(std::distance(std::filesystem::directory_iterator(folder), {}));
-}
-
-int threads() { return entries("/proc/self/task"); }
-
-/// A joined thread may still be listed for a moment.
-bool threadsBecome(int count) {
-  for (int wait = 0; wait < 5000 && threads() != count; ++wait) usleep(1000);
-  return threads() == count;
-}
-
 TEST(Load, FiftyLoadsAndUnloadsLeaveNothingBehind) {
-  const int threadsBefore = threads(), filesBefore = entries("/proc/self/fd");
+  const int threads = settledThreads(), files = entries("fd");
   Bytes frame;
   std::size_t heap = 0;
   for (int round = 0; round < 50; ++round) {
@@ -63,16 +49,16 @@ TEST(Load, FiftyLoadsAndUnloadsLeaveNothingBehind) {
       const Bytes result = library.frameAfterAnEffect();
       if (round == 0) frame = result;
       EXPECT_TRUE(same(result, frame));
-      EXPECT_EQ(threads(), threadsBefore + 4);
+      EXPECT_EQ(entries("task"), threads + 4);
       library.find<decltype(HALThreadPoolDestroy)>("_Z20HALThreadPoolDestroyv")();
-      EXPECT_TRUE(threadsBecome(threadsBefore));
+      EXPECT_EQ(settledThreads(), threads);
     }
     EXPECT_EQ(dlopen(LIBRARY_PATH, RTLD_NOW | RTLD_NOLOAD), nullptr) << "still loaded";
     if (round == 9)
       heap = mallinfo2().uordblks;  // what the loader keeps for itself is there by now
   }
   EXPECT_FALSE(same(frame, noise(int(frame.size()))));
-  EXPECT_EQ(entries("/proc/self/fd"), filesBefore);
+  EXPECT_EQ(entries("fd"), files);
   EXPECT_LE(mallinfo2().uordblks, heap + 1024);
 }
 
@@ -80,10 +66,10 @@ TEST(Load, AProcessWithALivePoolEndsCleanly) {
   for (int round = 0; round < 20; ++round) {
     EXPECT_EXIT(
         {
-          const int before = threads();
+          const int before = settledThreads();
           const Library library;
           library.frameAfterAnEffect();
-          std::exit(threads() - before);
+          std::exit(entries("task") - before);
         },
         testing::ExitedWithCode(4), "^$");
   }

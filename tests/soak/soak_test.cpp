@@ -1,10 +1,10 @@
 // Many calls: from several threads at once, and in a long row.
 #include <atomic>
 #include <chrono>
-#include <thread>
 
 #include "libalgorithm/thread_pool.h"
 #include "native_calls.h"
+#include "process.h"
 
 /// The log of thousands of calls is of no interest.
 extern "C" [[gnu::visibility("default")]] int __android_log_print(int, const char*, const char*,
@@ -54,10 +54,6 @@ TEST(Soak, CallsFromManyThreadsAreExact) {
   EXPECT_GT(calls, 100);
 }
 
-int entries(const char* folder) {
-  return int(std::distance(std::filesystem::directory_iterator(folder), {}));
-}
-
 [[maybe_unused]] long residentPages() {
   long pages = 0;
   std::FILE* const file = std::fopen("/proc/self/statm", "r");
@@ -79,13 +75,13 @@ TEST(Soak, TwentyThousandCallsLeaveNothingBehind) {
   };
   run(1000);
   [[maybe_unused]] const long pages = residentPages();
-  const int threads = entries("/proc/self/task"), files = entries("/proc/self/fd");
+  const int threads = settledThreads(), files = entries("fd");
   run(20000);
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)  // which keep freed blocks
   EXPECT_LT(residentPages(), pages + 128) << "half a megabyte more";
 #endif
-  EXPECT_EQ(entries("/proc/self/task"), threads);
-  EXPECT_EQ(entries("/proc/self/fd"), files);
+  EXPECT_EQ(settledThreads(), threads);
+  EXPECT_EQ(entries("fd"), files);
   EXPECT_EQ(wrong, 0);
 }
 

@@ -1,21 +1,10 @@
 // The adapter to the face-beauty engine, with a stand-in for the engine.
 #include "sfb/beauty_engine.h"
 
-#include <thread>
-
 #include "device_root.h"
 #include "log_capture.h"
 
 namespace {
-
-/// A device whose engine library is a copy of a file; it has none for "".
-class Device : public DeviceRoot {
- public:
-  explicit Device(const std::string& library) {
-    std::filesystem::create_directories(root() + "/system/lib64");
-    if (!library.empty()) std::filesystem::copy_file(library, root() + alg::kSfbLibrary);
-  }
-};
 
 struct Call {
   int result;
@@ -72,7 +61,8 @@ TEST(Beauty, EachCallLooksForALibraryUntilThereIsOne) {
       "6 DOC_SFB: Loading SFBEngine library ... \n";
   const std::string found = "6 DOC_SFB: Loading function ... \n", end = "loadSFBFunc failed...\n";
   for (const std::string library : {"", __FILE__, NO_ENGINE}) {
-    const Device device(library);
+    const DeviceRoot device;
+    if (!library.empty()) device.putEngine(library);
     const std::string lines = start + (library == NO_ENGINE ? found : "") + "6 DOC_SFB: ";
     for (int attempt = 0; attempt < 2; ++attempt) {
       const Call call = beautify(4, 2, 1, 2, 3);
@@ -82,7 +72,8 @@ TEST(Beauty, EachCallLooksForALibraryUntilThereIsOne) {
       EXPECT_EQ(call.log.find("\n6 DOC_SFB: " + end), call.log.size() - end.size() - 12);
     }
   }
-  const Device device(ENGINE);
+  const DeviceRoot device;
+  device.putEngine(ENGINE);
   EXPECT_EQ(beautify(4, 2, 1, 2, 3).log.find(start + found + "4 engine: create"), 0u);
 }
 
@@ -90,7 +81,8 @@ TEST(Beauty, EachCallLooksForALibraryUntilThereIsOne) {
 class LoadedBeauty : public testing::Test {
  protected:
   void SetUp() override {
-    const Device device(ENGINE);
+    const DeviceRoot device;
+    device.putEngine(ENGINE);
     EXPECT_EQ(beautify(2, 2, 1, 1, 1).result, 0);
   }
 };
@@ -166,24 +158,6 @@ TEST_F(LoadedBeauty, FailuresOfTheEngineAreReturned) {
     EXPECT_EQ(call.log.find("release") != std::string::npos, row.releases);
     EXPECT_TRUE(same(call.frame, noise(row.width * 6)));
   }
-}
-
-TEST_F(LoadedBeauty, CallsFromSeveralThreadsQueueUp) {
-  std::vector<std::thread> threads;
-  for (int t = 1; t <= 4; ++t) {
-    threads.emplace_back([t] {
-      for (int round = 0; round < 50; ++round) {
-        Bytes frame = noise(64 * 48 * 3 / 2);
-        alg::GtImage image;
-        alg::vfb_init_gtimage(&image, alg::kGtTwoPlanes, 64, 48, 64, 48, frame.data());
-        const alg::SfbLevels levels = alg::sfbLevels(t, 0, 2 * t);
-        EXPECT_EQ(alg::SFBProcess(&image, &levels), 0);
-        EXPECT_TRUE(same(frame, beautified(64, 48, t, 2 * t)));
-      }
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
-  EXPECT_EQ(takeLog().find("two engines"), std::string::npos);
 }
 
 }  // namespace

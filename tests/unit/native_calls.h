@@ -7,74 +7,61 @@
 
 constexpr int kWidth = 64, kHeight = 48;
 
-/// A native with its input. Runs it and returns its result, or the frame that it works on.
+/// A native with its input. Runs it and returns its result, or null when it works on a frame.
 struct Call {
   const char* name;
   int inputBytes;
   bool inPlace;
-  jobject (*run)(FakeJni& jni, jobject input, jobject output);
-  bool mayPassThrough = false;  // a picture that can't be had turns an effect into none
+  jobject (*run)(JNIEnv* env, jobject input, jobject output);
 };
 
-template <int kWide, int kHigh>
-jobject runEffect(JNIEnv* env, jobject frame, const char* name) {
-  EFFECT(env, nullptr, frame, kWide, kHigh, FakeJni::text(name));
+/// Calls a native with its input and some numbers.
+template <auto kNative, auto... kNumbers>
+jobject plain(JNIEnv* env, jobject in, jobject /*out*/) {
+  return kNative(env, nullptr, in, kNumbers...);
+}
+
+inline constexpr char kCurves[] = "PrettyBlue", kPicture[] = "PrettyJapan";
+
+template <int kWide, int kHigh, const char* kName>
+jobject effect(JNIEnv* env, jobject frame, jobject /*out*/) {
+  EFFECT(env, nullptr, frame, kWide, kHigh, FakeJni::text(kName));
+  return nullptr;
+}
+
+inline jobject rotate(JNIEnv* env, jobject in, jobject out) {
+  ROTATE(env, nullptr, out, in, kWidth, kHeight, 90);
+  return nullptr;
+}
+
+inline jobject decode(JNIEnv* env, jobject in, jobject /*out*/) {
+  jint size[2];
+  return JPEG2ARGB(env, nullptr, in, reinterpret_cast<jintArray>(size));
+}
+
+inline jobject beautify(JNIEnv* env, jobject in, jobject /*out*/) {
+  SFB(env, nullptr, in, kWidth, kHeight, 1, 2, 3);
   return nullptr;
 }
 
 constexpr int kFrame = kWidth * kHeight * 3 / 2, kArgb = kWidth * kHeight * 4;
 inline const Call kCalls[] = {
-    {"YUV2ARGB", kFrame, false,
-     [](FakeJni& jni, jobject in, jobject) {
-       return YUV2ARGB(jni.env(), nullptr, in, kWidth, kHeight);
-     }},
-    {"ARGB2YVU", kArgb, false,
-     [](FakeJni& jni, jobject in, jobject) {
-       return ARGB2YVU(jni.env(), nullptr, in, kWidth, kHeight);
-     }},
-    {"rotateYUV", kFrame, true,
-     [](FakeJni& jni, jobject in, jobject out) {
-       ROTATE(jni.env(), nullptr, out, in, kWidth, kHeight, 90);
-       return jobject{};
-     }},
-    {"ARGB2JPEG", kArgb, false,
-     [](FakeJni& jni, jobject in, jobject) {
-       return static_cast<jobject>(ARGB2JPEG(jni.env(), nullptr, in, kWidth, kHeight, 90));
-     }},
-    {"JPEG2ARGB", 0, false,
-     [](FakeJni& jni, jobject in, jobject) {
-       jint size[2];
-       return JPEG2ARGB(jni.env(), nullptr, in, reinterpret_cast<jintArray>(size));
-     }},
-    {"Effect in one pass", kFrame, true,
-     [](FakeJni& jni, jobject in, jobject) {
-       return runEffect<kWidth, kHeight>(jni.env(), in, "PrettyBlue");
-     }},
-    {"Effect in phases", kFrame, true,
-     [](FakeJni& jni, jobject in, jobject) {
-       return runEffect<kWidth - 1, kHeight - 1>(jni.env(), in, "PrettyBlue");
-     }},
-    {"Effect with a picture", kFrame, true,
-     [](FakeJni& jni, jobject in, jobject) {
-       return runEffect<kWidth, kHeight>(jni.env(), in, "PrettyJapan");
-     },
-     true},
-    {"Effect with a picture in phases", kFrame, true,
-     [](FakeJni& jni, jobject in, jobject) {
-       return runEffect<kWidth - 1, kHeight>(jni.env(), in, "PrettyJapan");
-     },
-     true},
-    {"SFBProcess", kFrame, true,
-     [](FakeJni& jni, jobject in, jobject) {
-       SFB(jni.env(), nullptr, in, kWidth, kHeight, 1, 2, 3);
-       return jobject{};
-     }},
+    {"YUV2ARGB", kFrame, false, plain<YUV2ARGB, kWidth, kHeight>},
+    {"ARGB2YVU", kArgb, false, plain<ARGB2YVU, kWidth, kHeight>},
+    {"rotateYUV", kFrame, true, rotate},
+    {"ARGB2JPEG", kArgb, false, plain<ARGB2JPEG, kWidth, kHeight, 90>},
+    {"JPEG2ARGB", 0, false, decode},
+    {"Effect in one pass", kFrame, true, effect<kWidth, kHeight, kCurves>},
+    {"Effect in phases", kFrame, true, effect<kWidth - 1, kHeight - 1, kCurves>},
+    {"Effect with a picture", kFrame, true, effect<kWidth, kHeight, kPicture>},
+    {"Effect with a picture in phases", kFrame, true, effect<kWidth - 1, kHeight, kPicture>},
+    {"SFBProcess", kFrame, true, beautify},
 };
 
 inline Bytes resultOf(const Call& call, FakeJni& jni, Bytes input) {
   Bytes other = noise(kFrame, 2);
   FakeBuffer in{input.data(), jlong(input.size())}, out{other.data(), kFrame};
-  const jobject result = call.run(jni, in, out);
+  const jobject result = call.run(jni.env(), in, out);
   return call.inPlace ? input : jni.take(result);
 }
 
@@ -90,7 +77,6 @@ class NativesDevice : public DeviceRoot {
  public:
   explicit NativesDevice(const char* engine) {
     writePicture("sucai3.png", 9, 8);
-    std::filesystem::create_directories(root() + "/system/lib64");
-    std::filesystem::copy_file(engine, root() + "/system/lib64/libSFB.so");
+    putEngine(engine);
   }
 };

@@ -1,12 +1,12 @@
 // The thread pool, the strip worker and the process-wide pool.
 #include <barrier>
 #include <cerrno>
-#include <filesystem>
-#include <thread>
 
 #include "guarded.h"
+#include "libalgorithm/effect_pipeline.h"
 #include "libalgorithm/thread_pool.h"
 #include "log_capture.h"
+#include "process.h"
 
 static std::atomic<int> threadsUntilFailure{-1};
 
@@ -28,20 +28,6 @@ std::string startLog(int size) {
 std::string stopLog(int size) {
   return "2 Defog: Broadcasting STOP signal to all threads...\n2 Defog: " + std::to_string(size) +
          " threads exited from the thread pool\n";
-}
-
-int threadCount() {
-  return int(std::distance(std::filesystem::directory_iterator("/proc/self/task"), {}));
-}
-
-/// The count once it stays the same: a joined thread may stay listed for a moment.
-int settledThreads() {
-  std::thread([] {}).join();  // sanitizers start a thread of their own beside the first one
-  int count = threadCount();
-  for (int since = 0; since < 1000; ++since, sched_yield()) {
-    if (const int now = threadCount(); now != count) count = now, since = 0;
-  }
-  return count;
 }
 
 std::vector<void*> ran;
@@ -82,7 +68,7 @@ TEST(ThreadPool, EverySizeStartsAndStopsItsThreads) {
     {
       ThreadPool pool(size);
       EXPECT_EQ(pool.initialize_threadpool(), 0);
-      EXPECT_EQ(threadCount(), before + size);
+      EXPECT_EQ(entries("task"), before + size);
     }  // stops by itself
     EXPECT_EQ(settledThreads(), before);
     EXPECT_EQ(takeLog(), startLog(size) + stopLog(size));
@@ -112,12 +98,31 @@ TEST(GlobalPool, IsMadeOnceAndComesBackAfterDestroyOrAFailedStart) {
     EXPECT_NE(pool, half);
     EXPECT_EQ(HALThreadPoolInit(), 0);
     EXPECT_TRUE(g_threadpool == pool && g_hal_threadpool_init == 1);
-    EXPECT_EQ(threadCount(), before + (fails ? 6 : 4));
+    EXPECT_EQ(entries("task"), before + (fails ? 6 : 4));
     EXPECT_EQ(HALThreadPoolDestroy(), 0);
     EXPECT_TRUE(g_threadpool == nullptr && g_hal_threadpool_init == 0);
     delete half;  // joins the two threads that there are
     EXPECT_EQ(settledThreads(), before);
     EXPECT_EQ(takeLog(), startLog(4) + stopLog(4) + (fails ? stopLog(4) : ""));
+  }
+}
+
+TEST(GlobalPool, AnEffectNeedsNoThreads) {
+  const auto run = [] {
+    Bytes frame = noise(64 * 48 * 3 / 2);
+    KAVRO_PrettyEffect_Function("PrettyBlue", "", &frame[0], &frame[64 * 48], 48, 64, 64, 64);
+    return frame;
+  };
+  const Bytes good = run();
+  for (int thread = 0; thread < 4; ++thread) {
+    HALThreadPoolDestroy();
+    threadsUntilFailure = thread;
+    EXPECT_TRUE(same(run(), good));
+    EXPECT_EQ(g_hal_threadpool_init, 0);
+    ThreadPool* const half = g_threadpool;
+    EXPECT_TRUE(same(run(), good));
+    EXPECT_TRUE(g_hal_threadpool_init == 1 && g_threadpool != half);
+    delete half;
   }
 }
 

@@ -1,0 +1,22 @@
+// What the process has open, as the system counts it.
+#pragma once
+
+#include <filesystem>
+#include <iterator>
+#include <thread>
+
+/// Entries of a folder below /proc/self, such as "task" or "fd".
+inline int entries(const char* folder) {
+  const std::filesystem::directory_iterator all(std::filesystem::path("/proc/self") / folder);
+  return int(std::distance(all, {}));
+}
+
+/// Threads once their number stays the same: a joined one may stay listed for a moment.
+inline int settledThreads() {
+  std::thread([] {}).join();  // sanitizers start a thread of their own beside the first one
+  int count = entries("task");
+  for (int since = 0; since < 1000; ++since, std::this_thread::yield()) {
+    if (const int now = entries("task"); now != count) count = now, since = 0;
+  }
+  return count;
+}
