@@ -1,13 +1,18 @@
 #include "tools/commands.h"
 
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
 #include <cmath>
 #include <cstdlib>
 #include <regex>
 #include <string>
 #include <utility>
 
+#include "tools/completion.h"
 #include "tools/effect_names.h"
 #include "tools/gallery.h"
+#include "tools/manual.h"
 
 namespace alg::tool {
 namespace {
@@ -258,7 +263,7 @@ void addGallery(CLI::App& app, Options& options) {
       "The photo is turned upright, and a large one reduced, to 1600 pixels or more on the longer\n"
       "side. Its metadata stay out of the pictures.\n\n"
       "Example:\n"
-      "  camera-effects gallery photo.jpg gallery && xdg-open gallery/index.html");
+      "  camera-effects gallery photo.jpg gallery  # then open gallery/index.html in a browser");
   setWork(gallery, options, [&request] {
     makeGallery(request.photo, request.folder, request.quality);
     return true;
@@ -285,7 +290,11 @@ void addCurves(CLI::App& app, Options& options) {
       throw CLI::RequiredError("NAME and OUT, or --list,");
     }
     options.work = [&request] {
-      request.list ? printCurveEffects() : plotCurves(request);
+      if (request.list) {
+        fmt::print("{}\n", fmt::join(curveEffects(), "\n"));
+      } else {
+        plotCurves(request);
+      }
       return true;
     };
   });
@@ -330,6 +339,35 @@ void addBench(CLI::App& app, Options& options) {
   });
 }
 
+void addCompletion(CLI::App& app, Options& options) {
+  CLI::App& completion =
+      *app.add_subcommand("completion", "Print what makes a shell complete these commands");
+  completion.add_option("SHELL", options.shell, "the shell")
+      ->type_name("")
+      ->required()
+      ->check(CLI::IsMember({"bash", "zsh"}));
+  completion.footer(
+      "Installed packages bring it for bash. Elsewhere a line like the first example in ~/.bashrc "
+      "or,\n"
+      "below compinit and with zsh as the shell, in ~/.zshrc does it.\n\n"
+      "Examples:\n"
+      "  source <(camera-effects completion bash)\n"
+      "  camera-effects completion zsh >camera-effects.zsh");
+  setWork(completion, options, [&app, &options] {
+    fmt::print("{}", completionScript(app, options.shell));
+    return true;
+  });
+}
+
+/// For the build, so it is not shown.
+void addManual(CLI::App& app, Options& options) {
+  CLI::App& manual = *app.add_subcommand("manual", "Print the manual page")->group("");
+  setWork(manual, options, [&app] {
+    fmt::print("{}", manualPage(app));
+    return true;
+  });
+}
+
 }  // namespace
 
 void addCommands(CLI::App& app, Options& options) {
@@ -343,6 +381,8 @@ void addCommands(CLI::App& app, Options& options) {
   addGallery(app, options);
   addCurves(app, options);
   addBench(app, options);
+  addCompletion(app, options);
+  addManual(app, options);
 }
 
 }  // namespace alg::tool

@@ -4,6 +4,7 @@
 #include <CLI/CLI.hpp>
 #include <filesystem>
 #include <functional>
+#include <string>
 
 #include "tools/apply.h"
 #include "tools/beauty.h"
@@ -33,6 +34,7 @@ struct Options {
   GalleryRequest gallery;
   CurvesRequest curves;
   BenchRequest bench;
+  std::string shell;  ///< of completion
   std::function<bool()> work;
 };
 

@@ -7,8 +7,6 @@
 #include <cstdint>
 #include <numeric>
 #include <random>
-#include <string_view>
-#include <vector>
 
 #include "base/image_size.h"
 #include "tools/console.h"
@@ -190,17 +188,19 @@ void plotCurves(const CurvesRequest& request) {
   }
 }
 
-void printCurveEffects() {
+std::vector<std::string_view> curveEffects() {
+  std::vector<std::string_view> names;
   for (const EffectTableEntry& effect : effectTable()) {
     if (measure({.road = &effect}).trouble.empty()) {
-      fmt::print("{}\n", effect.name);
+      names.emplace_back(effect.name);
     }
   }
   for (const ClassicEffect& effect : classicEffects()) {
     if (measure({.classic = &effect}).trouble.empty()) {
-      fmt::print("{}\n", effect.name);
+      names.push_back(effect.name);
     }
   }
+  return names;
 }
 
 }  // namespace alg::tool

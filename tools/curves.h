@@ -3,6 +3,8 @@
 
 #include <filesystem>
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace alg::tool {
 
@@ -16,7 +18,7 @@ struct CurvesRequest {
 /// Throws UserError when a channel of a pixel becomes anything else than its value alone says.
 void plotCurves(const CurvesRequest& request);
 
-/// Prints the names of the effects that consist of curves, one a line.
-void printCurveEffects();
+/// The names of the effects that consist of curves.
+std::vector<std::string_view> curveEffects();
 
 }  // namespace alg::tool

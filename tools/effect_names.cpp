@@ -56,13 +56,7 @@ std::string pictures(const EffectTableEntry& effect) {
 }
 
 [[noreturn]] void failUnknown(std::string_view name) {
-  std::vector<std::string_view> names;
-  for (const EffectTableEntry& effect : effectTable()) {
-    names.emplace_back(effect.name);
-  }
-  for (const ClassicEffect& effect : classicEffects()) {
-    names.push_back(effect.name);
-  }
+  const std::vector<std::string_view> names = effectNames();
   const std::string_view nearest =
       *std::ranges::min_element(names, {}, [&](auto right) { return distance(name, right); });
   const bool near = distance(name, nearest) <= 1 + name.size() / 4;
@@ -103,6 +97,17 @@ NamedEffect findEffect(std::string_view name) {
     return {.road = &*road};
   }
   failUnknown(name);
+}
+
+std::vector<std::string_view> effectNames() {
+  std::vector<std::string_view> names;
+  for (const EffectTableEntry& effect : effectTable()) {
+    names.emplace_back(effect.name);
+  }
+  for (const ClassicEffect& effect : classicEffects()) {
+    names.push_back(effect.name);
+  }
+  return names;
 }
 
 void printEffects() {

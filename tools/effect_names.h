@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string_view>
+#include <vector>
 
 #include "effect/effect_table.h"
 #include "tools/classic_effects.h"
@@ -21,6 +22,9 @@ NamedEffect findEffect(std::string_view name);
 
 /// The classic effect with a name, or with a name of the effect table; null when there is none.
 const ClassicEffect* findClassic(std::string_view name);
+
+/// All names that findEffect() knows. A name of both families comes twice.
+std::vector<std::string_view> effectNames();
 
 /// Prints both families to stdout.
 void printEffects();

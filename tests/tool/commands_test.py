@@ -1,12 +1,14 @@
-"""What camera-effects plots, measures and says about itself: commands_test.py TOOL"""
+"""What camera-effects plots, measures and says about itself: commands_test.py TOOL ENGINE"""
 import os
 import re
+import shutil
 import subprocess
 import sys
 import tempfile
 import unittest
 from xml.etree import ElementTree
 
+ENGINE = os.path.abspath(sys.argv.pop(2))
 TOOL = os.path.abspath(sys.argv.pop(1))
 
 
@@ -65,6 +67,26 @@ class CommandsTest(unittest.TestCase):
         self.assertEqual([row[0] for row in rows], ["rotateARGB90", "PrettySweet", "PrettyBlue"])
         self.run_tool("bench", "--filter=(", code=2, says=".*not a regular expression")
         self.run_tool("bench", "--filter=none", code=1, says="no routine")
+
+    def test_examples_of_every_help(self):
+        os.makedirs("holiday")
+        for frame in ("frame.nv21", "wide.nv21"):
+            with open(frame, "wb") as file:
+                file.write(bytes(range(256)) * (640 * 480 * 3 // 2 // 256))
+        for photo in ("photo.jpg", "sepia.jpg", "portrait.jpg", "holiday/a.jpg"):
+            self.run_tool("convert", "--size=640x480", "--from=nv21", "--to=jpg", "frame.nv21", photo)
+        folder = f"{os.path.dirname(TOOL)}/share/libalgorithm/device/data/data/com.android.camera/effect"
+        shutil.copy(f"{folder}/sucai3.png", "wash.png")
+        shutil.copy(ENGINE, "libSFB.so")
+        path = f"{os.path.dirname(TOOL)}:{os.environ['PATH']}"
+        commands = re.findall(r"^  (\w+)  ", self.run_tool("--help").split("Subcommands:")[1], re.M)
+        self.assertGreater(len(commands), 10)
+        for command in commands:
+            examples = re.findall(rf"^  (.*camera-effects {command}\b.*)", self.run_tool(command, "--help"), re.M)
+            self.assertTrue(examples, command)
+            for example in examples:
+                result = subprocess.run(["bash", "-c", example], env=os.environ | {"PATH": path}, capture_output=True)
+                self.assertEqual((result.returncode, result.stderr), (0, b""), example)
 
 
 unittest.main()
