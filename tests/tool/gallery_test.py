@@ -29,13 +29,16 @@ def check_page(browser, address, width):
 
     name, after, slider = (browser.find_element("id", id) for id in ("name", "after", "slider"))
     shown = set()
-    for card in browser.find_elements("class name", "card"):
+    cards = browser.find_elements("class name", "card")
+    for card in cards:
         browser.execute_script("arguments[0].click()", card)
         wait.until(lambda b: b.execute_script(ALL_LOADED), "a chosen picture did not load")
         shown.add(after.get_attribute("src"))
         assert card.get_attribute("aria-pressed") == "true" and card.text.startswith(name.text), name.text
-    assert len(shown) == 35, "cards are missing or share a picture"
-    assert len(browser.find_elements("css selector", "#classic > .card")) == 26
+    entries = json.loads(browser.find_element("css selector", "script[type='application/json']").get_attribute("textContent"))
+    assert len(shown) == len(cards) == len(entries) > 30, "cards are missing or share a picture"
+    classic = browser.find_elements("css selector", "#classic > .card")
+    assert len(classic) == sum(entry["group"] == "classic" for entry in entries)
 
     def clipped():
         return float(after.value_of_css_property("clip-path").removeprefix("inset(0px 0px 0px ").removesuffix("%)"))
