@@ -51,7 +51,7 @@ TEST(Load, FiftyLoadsAndUnloadsLeaveNothingBehind) {
       EXPECT_TRUE(same(result, frame));
       EXPECT_EQ(entries("task"), threads + 4);
       library.find<decltype(HALThreadPoolDestroy)>("_Z20HALThreadPoolDestroyv")();
-      EXPECT_EQ(settledThreads(), threads);
+      EXPECT_EQ(settledThreads(threads), threads);
     }
     EXPECT_EQ(dlopen(LIBRARY_PATH, RTLD_NOW | RTLD_NOLOAD), nullptr) << "still loaded";
     if (round == 9)
@@ -66,7 +66,7 @@ TEST(Load, AProcessWithALivePoolEndsCleanly) {
   for (int round = 0; round < 20; ++round) {
     EXPECT_EXIT(
         {
-          const int before = settledThreads();
+          const int before = entries("task");
           const Library library;
           library.frameAfterAnEffect();
           std::exit(entries("task") - before);

@@ -80,7 +80,7 @@ TEST(Soak, TwentyThousandCallsLeaveNothingBehind) {
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)  // which keep freed blocks
   EXPECT_LT(residentPages(), pages + 128) << "half a megabyte more";
 #endif
-  EXPECT_EQ(settledThreads(), threads);
+  EXPECT_EQ(settledThreads(threads), threads);
   EXPECT_EQ(entries("fd"), files);
   EXPECT_EQ(wrong, 0);
 }

@@ -82,8 +82,6 @@ void lomoFun(uint8_t* in, uint8_t* out, int w, int h) {
   std::copy(ints.begin(), ints.end(), out);
 }
 
-uint32_t* words(uint8_t* bytes) { return reinterpret_cast<uint32_t*>(bytes); }
-
 void fetch(void* in, int index, int* red, int* green, int* blue) {
   const uint8_t* pixel = static_cast<uint8_t*>(in) + index * 4;
   *red = pixel[2], *green = pixel[1], *blue = pixel[0];
@@ -128,10 +126,10 @@ std::map<std::string, Run> routines() {
       {"JPEG2ARGB", throughJpeg},
       {"ARGB2JPEG", toJpeg},
       {"Resize", [](auto* in, auto* out, int w,
-                    int h) { Resize(words(out), w, h, words(in), w / 2, h / 3 * 2); }},
+                    int h) { Resize(Pixels{out}, w, h, Pixels{in}, w / 2, h / 3 * 2); }},
       {"ActiveBlur",
-       [](auto* in, auto* out, int w, int h) { ActiveBlur(words(out), words(in), 0, w, h); }},
-      {"blur", [](auto* in, auto* out, int w, int h) { blur(out, words(in), w, h); }},
+       [](auto* in, auto* out, int w, int h) { ActiveBlur(Pixels{out}, Pixels{in}, 0, w, h); }},
+      {"blur", [](auto* in, auto* out, int w, int h) { blur(out, Pixels{in}, w, h); }},
       {"miniature_r",
        [](auto* in, auto* out, int w, int h) { miniature_r(in, out, w, h, 5, h + 20); }},
       {"Prague", [](auto* in, auto* out, int w, int h) { Prague(in, out, w, h, 0); }},

@@ -76,7 +76,7 @@ TEST(ThreadPool, EverySizeStartsAndStopsItsThreads) {
       EXPECT_EQ(pool.initialize_threadpool(), 0);
       EXPECT_EQ(entries("task"), before + size);
     }  // stops by itself
-    EXPECT_EQ(settledThreads(), before);
+    EXPECT_EQ(settledThreads(before), before);
     EXPECT_EQ(takeLog(), startLog(size) + stopLog(size));
     const ThreadPool neverStarted;
   }
@@ -108,7 +108,7 @@ TEST(GlobalPool, IsMadeOnceAndComesBackAfterDestroyOrAFailedStart) {
     EXPECT_EQ(HALThreadPoolDestroy(), 0);
     EXPECT_TRUE(g_threadpool == nullptr && g_hal_threadpool_init == 0);
     delete half;  // joins the two threads that there are
-    EXPECT_EQ(settledThreads(), before);
+    EXPECT_EQ(settledThreads(before), before);
     EXPECT_EQ(takeLog(), startLog(4) + stopLog(4) + (fails ? stopLog(4) : ""));
   }
 }

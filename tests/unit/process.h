@@ -1,6 +1,7 @@
 // What the process has open, as the system counts it.
 #pragma once
 
+#include <chrono>
 #include <filesystem>
 #include <iterator>
 #include <thread>
@@ -11,11 +12,13 @@ inline int entries(const char* folder) {
   return int(std::distance(all, {}));
 }
 
-/// Threads once their number stays the same: a joined one may stay listed for a moment.
-inline int settledThreads() {
+/// Threads once there are as many as expected, or else their number stays the same: a joined one
+/// may stay listed for a moment.
+inline int settledThreads(int expected = 0) {
+  using namespace std::chrono_literals;
   std::thread([] {}).join();  // sanitizers start a thread of their own beside the first one
   int count = entries("task");
-  for (int since = 0; since < 1000; ++since, std::this_thread::yield()) {
+  for (int since = 0; since < 300 && count != expected; ++since, std::this_thread::sleep_for(1ms)) {
     if (const int now = entries("task"); now != count) count = now, since = 0;
   }
   return count;
