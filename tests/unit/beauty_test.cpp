@@ -60,7 +60,7 @@ TEST(Beauty, EachCallLooksForALibraryUntilThereIsOne) {
       "6 DOC_SFB: mode:2, slimming:3, smooth:1, toning:2\n"
       "6 DOC_SFB: Loading SFBEngine library ... \n";
   const std::string found = "6 DOC_SFB: Loading function ... \n", end = "loadSFBFunc failed...\n";
-  for (const std::string library : {"", __FILE__, NO_ENGINE}) {
+  for (const std::string library : {"", GOLDEN_SUMS, NO_ENGINE}) {
     const DeviceRoot device;
     if (!library.empty()) device.putEngine(library);
     const std::string lines = start + (library == NO_ENGINE ? found : "") + "6 DOC_SFB: ";

@@ -44,8 +44,9 @@ public final class EffectAlgorithm {
    *
    * <p>Pictures are read from {@code /data/data/com.android.camera/effect/} on every call. With any
    * other name, or when the picture can't be read, the frame passes through the same conversions
-   * without an effect: it stays the same to the eye, but not to the bit. That is no error. When
-   * height / 4 is even, the last height mod 4 rows keep their values whatever the effect.
+   * without an effect: it stays the same to the eye, but for pure colours, which are clipped, and
+   * not to the bit. That is no error. When height / 4 is even, the last height mod 4 rows keep their
+   * values whatever the effect.
    *
    * <p>Odd sizes are taken, but the work is cut into strips and the colours of an odd frame are not
    * exact where strips end. A frame of more than {@link Integer#MAX_VALUE} / 3 pixels, or one that
