@@ -1,5 +1,5 @@
-# What an installation has: the library and its headers, for find_package and for pkg-config. It can
-# be moved as a whole.
+# What an installation has: the library and its headers, for find_package and for pkg-config, and what
+# java and tools add. It can be moved as a whole.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS Algorithm EXPORT AlgorithmTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
@@ -16,3 +16,5 @@ file(RELATIVE_PATH to_prefix
   ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
 configure_file(cmake/Algorithm.pc.in Algorithm.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/Algorithm.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libalgorithm OPTIONAL)
