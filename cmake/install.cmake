@@ -17,4 +17,4 @@ file(RELATIVE_PATH to_prefix
 configure_file(cmake/Algorithm.pc.in Algorithm.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/Algorithm.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
-install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libalgorithm OPTIONAL)
+install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libalgorithm)
