@@ -15,8 +15,6 @@
 namespace alg::tool {
 namespace {
 
-constexpr int kLongestSide = 32767;  // positions in longer ones wrap around
-
 /// The median of one run's time, in seconds.
 double timeOf(const bench::Routine& routine, const bench::Size& size, double budget) {
   bench::Images& images = bench::Images::of(routine.input, size);
@@ -50,17 +48,14 @@ void printRow(const bench::Routine& routine, const bench::Size& size, double bud
 }  // namespace
 
 void benchRoutines(const BenchRequest& request) {
-  const Size size = parseSize(request.size);
-  if (std::max(size.width, size.height) > kLongestSide) {
-    throw UserError(fmt::format("--size {}: at most {} on a side", request.size, kLongestSide));
-  }
+  const Size size = parseSize(request.size, kLongestSide);
   const std::regex wanted(request.filter, std::regex::icase);
   std::vector<bench::Routine> chosen;
   std::ranges::copy_if(bench::routines(), std::back_inserter(chosen), [&](const auto& routine) {
     return std::regex_search(routine.name, wanted);
   });
   if (chosen.empty()) {
-    throw UserError(fmt::format("no routine's name matches \"{}\"", request.filter));
+    throw WrongUse(fmt::format("no routine's name matches \"{}\"", request.filter));
   }
   fmt::print("{:<50} {:>9} {:>7} {:>10}\n", "ROUTINE", "MS", "GB/S", "OF MEMCPY");
   for (const bench::Routine& routine : chosen) {

@@ -10,11 +10,6 @@
 #include "tools/size.h"
 
 namespace alg::tool {
-namespace {
-
-constexpr int kLongestSide = 32767;  // positions in longer ones wrap around
-
-}  // namespace
 
 void resizePhoto(const ResizeRequest& request) {
   const Size size = parseSize(request.size, kLongestJpegSide);

@@ -18,6 +18,8 @@ struct Size {
 
 /// What a JPEG can hold.
 inline constexpr int kLongestJpegSide = 65500;
+/// The longest side that resizing takes: positions in longer ones wrap around.
+inline constexpr int kLongestSide = 32767;
 
 /// Parses "WIDTHxHEIGHT" of a --size option; the ARGB pixels fit into 2^31 - 1 bytes. Throws
 /// WrongUse.
