@@ -64,7 +64,7 @@ class CommandsTest(unittest.TestCase):
             self.assertGreater(float(of_memcpy), 0)
         self.assertEqual([row[0] for row in rows], ["rotateARGB90", "PrettySweet", "PrettyBlue"])
         self.run_tool("bench", "--filter=(", code=2, says=".*not a regular expression")
-        self.run_tool("bench", "--filter=none", code=1, says="no routine")
+        self.run_tool("bench", "--filter=none", code=2, says="no routine")
 
     def test_examples_of_every_help(self):
         os.makedirs("holiday")
