@@ -33,16 +33,13 @@ class ReadmeTest(unittest.TestCase):
             "PATH": f"{cls.usr}/bin:{os.environ['PATH']}", "LD_LIBRARY_PATH": str(libraries),
             "PKG_CONFIG_PATH": f"{libraries}/pkgconfig"}
         cls.environment.pop("ALGORITHM_DEVICE_ROOT", None)
+        cls.work = Path(cls.folder.name, "work")  # one for all, as somebody has who tries one after the other
+        cls.work.mkdir()
+        shutil.copy(ROOT / "samples/photo.jpg", cls.work)
 
     @classmethod
     def tearDownClass(cls):
         cls.folder.cleanup()
-
-    def setUp(self):
-        work = tempfile.TemporaryDirectory()
-        self.addCleanup(work.cleanup)
-        self.work = Path(work.name)
-        shutil.copy(ROOT / "samples/photo.jpg", self.work)
 
     def run_line(self, line):
         line = line.replace("/usr/share", f"{self.usr}/share")
