@@ -60,11 +60,11 @@ class ReadmeTest(unittest.TestCase):
         self.run_line("camera-effects apply PrettySweet --quality 92 photo.jpg same.jpg && cmp sweet.jpg same.jpg")
 
     def test_cpp_program(self):
+        self.run_program(r"From C\+\+", "cpp")
         width, height = 640, 480
         luma = ([80] * (width // 2) + [120] * (width // 2)) * height  # grey, the right half lighter
         (self.work / "frame.nv21").write_bytes(bytes(luma + [128] * (width * height // 2)))
-        self.run_program(r"From C\+\+", "cpp")
-        self.run_line("camera-effects convert --size 480x640 --from nv21 --to argb upright.nv21 argb")
+        self.run_line("./cool && camera-effects convert --size 480x640 --from nv21 --to argb upright.nv21 argb")
         pixels = (self.work / "argb").read_bytes()
         top, bottom = pixels[:4], pixels[-4:]  # blue, green, red, alpha
         self.assertGreater(bottom[1], top[1] + 20)
