@@ -26,6 +26,7 @@ namespace {
 struct Job {
   fs::path input;
   fs::path output;
+  bool inTree = false;  ///< of a folder with its sub-folders: those of the output may be missing
 };
 
 /// The output folder; one that was made for nothing goes away again.
@@ -95,8 +96,8 @@ std::vector<Job> jobsInto(const fs::path& output, const std::vector<fs::path>& i
   for (const fs::path& input : inputs) {
     const bool whole = fs::is_directory(input);
     for (const fs::path& photo : whole ? photosIn(input, output, recursive) : std::vector{input}) {
-      jobs.push_back(
-          {photo, output / (whole ? photo.lexically_relative(input) : photo.filename())});
+      jobs.push_back({photo, output / (whole ? photo.lexically_relative(input) : photo.filename()),
+                      recursive && whole});
       std::error_code ignored;  // an output that does not exist yet
       if (fs::equivalent(photo, jobs.back().output, ignored)) {
         throw WrongUse(
@@ -210,7 +211,7 @@ void Batch::doJob(const Job& job) const {
     cropToEven(photo, job.input);
     applyEffect(*effect_.road, photo);
   }
-  if (request_.recursive) {
+  if (job.inTree) {
     std::error_code error;
     const fs::path folder = job.output.parent_path();
     fs::create_directories(folder, error);
