@@ -77,7 +77,8 @@ void complain(std::string_view text) {
   static std::set<std::string, std::less<>> told;
   if (told.emplace(text).second) {
     clearProgressLine();
-    fmt::print(stderr, "camera-effects: {}\n", printable(text));
+    // Not fmt::print(): it throws when stderr is full or closed, and nobody could be told.
+    std::fputs(fmt::format("camera-effects: {}\n", printable(text)).c_str(), stderr);
   }
 }
 
@@ -116,7 +117,7 @@ void Progress::draw() const {
     line += duration(passed.count() * left) + " left  ";
   }
   line += name_;
-  fmt::print(stderr, "\r{}\x1b[K", shortened(line, columns - 1));
+  std::fputs(fmt::format("\r{}\x1b[K", shortened(line, columns - 1)).c_str(), stderr);
   std::fflush(stderr);
   progressLineOpen = true;
 }

@@ -38,7 +38,7 @@ int explain(const CLI::App& app, const CLI::ParseError& error) {
 int work(const std::function<bool()>& command) {
   try {
     const bool succeeded = command();
-    if (std::fflush(stdout) != 0) {
+    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
       throw UserError("cannot write to the standard output");
     }
     return succeeded ? EXIT_SUCCESS : kFailed;

@@ -166,7 +166,7 @@ class ToolTest(unittest.TestCase):
         self.run_tool("apply", "rotate_effect", "photo.jpg", "same.jpg", says="passes through")
         self.run_tool("apply", "PrettyBlue", "photo.jpg", "photo.jpg", "--quality=10")  # over its input
         self.assertLess(os.stat("photo.jpg").st_size, os.stat("same.jpg").st_size / 2)
-        self.run_tool("apply", "PrettyJapan", "same.jpg", "a.jpg")  # finds the pictures beside the tool
+        self.run_tool("apply", "PrettyJapan", "same.jpg", "a.jpg", "--recursive")  # finds the pictures beside the tool
         at = self.photo.index(b"\xff\xc0") + 5
         Path("odd.jpg").write_bytes(self.photo[:at] + struct.pack(">HH", 47, 63) + self.photo[at + 4:])
         self.run_tool("apply", "PrettyBlue", "odd.jpg", "even.jpg", says="cropped from 63x47 to 62x46")
@@ -247,6 +247,13 @@ class ToolTest(unittest.TestCase):
             self.assertEqual(results[1], results[0])
             self.assertEqual(set(results[2]) - set(results[0]), {"sub/a.jpg", "sub/deep/a.jpg"})
             self.assertEqual(results[2] | results[0], results[2])
+
+    def test_full_output(self):
+        for stream, *command in (("stderr", "apply", "sepia", "raw", "no.jpg", "out"),
+                                 ("stdout", "bench", "--filter=negative", "--size=8x8", "--seconds=0"), ("stdout", "list")):
+            with open("/dev/full", "wb") as full:
+                streams = {"stdout": subprocess.DEVNULL, "stderr": subprocess.DEVNULL, stream: full}
+                self.assertEqual(subprocess.run([TOOL, *command], **streams).returncode, 1, command)
 
     def test_progress_bar(self):
         for columns, bar in ((100, r"\[=+>?\s*\] "), (50, ""), (12, None)):
