@@ -32,6 +32,7 @@ constexpr char kScript[] = R"bash(# Made by "camera-effects completion {0}".
     esac
   done
   [ "$current" != = ] || current=
+  current=${{current#[\"\']}} current=${{current//\\/}}  # a name as it is, not as it is typed
   case "$command ${{option:-$place}}" in
 {3}  esac
   if [ -z "$option" ]; then
@@ -44,11 +45,10 @@ constexpr char kScript[] = R"bash(# Made by "camera-effects completion {0}".
   fi
   compopt -o filenames 2>/dev/null
   while IFS= read -r word; do
-    case " $files " in
-      *" any "* | *" ${{word##*.}} "*) COMPREPLY+=("$word") ;;
-      *) [ ! -d "$word" ] || COMPREPLY+=("$word") ;;
-    esac
+    case " $files " in *" any "* | *" ${{word##*.}} "*) COMPREPLY+=("$word") ;; esac
   done < <(compgen -f -- "$current")
+  [ "$files" != any ] || return
+  while IFS= read -r word; do COMPREPLY+=("$word"); done < <(compgen -d -- "$current")
 }}
 complete -F _camera_effects camera-effects
 )bash";
@@ -84,6 +84,9 @@ std::string endingsOf(const CLI::Option& option) {
     return "folders";
   }
   const std::string about = type + " " + option.get_description();
+  if (about.find("raw") != std::string::npos) {
+    return "any";
+  }
   std::string endings;
   endings += about.find("JPEG") != std::string::npos ? " jpg jpeg JPG JPEG" : "";
   endings += about.find("PNG") != std::string::npos ? " png PNG" : "";

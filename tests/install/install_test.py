@@ -60,8 +60,8 @@ def check_tool() -> None:
     for line, completions in (
             ("", commands), ("apply PrettyB", ["PrettyBeautiful", "PrettyBlue"]), ("curves PrettyP", []),
             ("blend --w", ["--weight"]), ("convert --from = nv", ["nv12", "nv21"]), ("apply --paper n", []),
-            ("rotate --format nv12 9", ["90"]), ("resize --size = 4x4 n", ["none.jpg"]),
-            ("resize a.jpg n", ["none.jpg", "notes.txt"]), ("convert --to jpg no", ["none.jpg", "notes.txt"])):
+            ("rotate --format nv12 9", ["90"]), ("resize --size = 4x4 \"n", ["none.jpg"]),
+            ("resize a.jpg n", ["none.jpg", "notes.txt"]), ("convert no", ["none.jpg", "notes.txt"])):
         words = ["camera-effects", *(line.split() or [""])]
         found = run("bash", "-c", COMPLETE, "bash", work, installed / COMPLETION, *words).split()
         check(f"completions of '{line}'", sorted(found), sorted(completions))
