@@ -51,7 +51,8 @@ PhotoFile readPhoto(const std::filesystem::path& path, int keepSide) {
   const std::vector<uint8_t> file = readFile(path);
   std::optional<DecodedJpeg> photo = decodeJpeg(file, {.keepSide = keepSide});
   if (!photo) {
-    throw UserError(fmt::format("{}: not a JPEG, or damaged beyond decoding", path.string()));
+    throw UserError(fmt::format(
+        "{}: not a JPEG, damaged beyond decoding, or too large for the memory", path.string()));
   }
   Metadata metadata(file, path);
   return {upright(std::move(*photo), metadata.orientation()), std::move(metadata)};
