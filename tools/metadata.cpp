@@ -98,6 +98,10 @@ struct Metadata::Parts {
 
   void read(Exiv2::Image& image);
   void dropOldPictures();
+  /// The JPEG file with these. What Exiv2 writes anew may no longer fit a segment: XMP and the
+  /// comment, which take most then, stay behind without `all`. Throws Exiv2::Error.
+  std::vector<uint8_t> addedTo(std::span<const uint8_t> jpeg, int width, int height,
+                               bool all) const;
 };
 
 void Metadata::Parts::read(Exiv2::Image& image) {
@@ -124,6 +128,33 @@ void Metadata::Parts::dropOldPictures() {
   }
 }
 
+std::vector<uint8_t> Metadata::Parts::addedTo(std::span<const uint8_t> jpeg, int width, int height,
+                                              bool all) const {
+  const auto image = Exiv2::ImageFactory::open(jpeg.data(), static_cast<long>(jpeg.size()));
+  Exiv2::ExifData newExif = exif;
+  describe(newExif, {"Exif.Image.", "Exif.Photo."}, static_cast<uint32_t>(width),
+           static_cast<uint32_t>(height));
+  image->setByteOrder(byteOrder);
+  image->setExifData(newExif);
+  image->setIptcData(iptc);
+  if (all) {
+    Exiv2::XmpData newXmp = xmp;
+    describe(newXmp, {"Xmp.tiff.", "Xmp.exif."}, static_cast<uint32_t>(width),
+             static_cast<uint32_t>(height));
+    image->setXmpData(newXmp);
+    image->setComment(comment);
+  }
+  if (!profile.empty()) {
+    Exiv2::DataBuf bytes(profile.data(), static_cast<long>(profile.size()));
+    image->setIccProfile(bytes);
+  }
+  image->writeMetadata();
+  Exiv2::BasicIo& io = image->io();
+  const auto size = static_cast<std::size_t>(io.size());
+  const Exiv2::byte* bytes = io.mmap();
+  return {bytes, bytes + size};
+}
+
 Metadata::Metadata(std::span<const uint8_t> jpeg, const std::filesystem::path& path) {
   const auto parts = std::make_shared<Parts>();
   withExiv2(path, [&] {
@@ -148,27 +179,12 @@ std::vector<uint8_t> Metadata::addedTo(std::span<const uint8_t> jpeg, int width,
     return result;
   }
   withExiv2(path, [&] {
-    const auto image = Exiv2::ImageFactory::open(jpeg.data(), static_cast<long>(jpeg.size()));
-    Exiv2::ExifData exif = parts_->exif;
-    describe(exif, {"Exif.Image.", "Exif.Photo."}, static_cast<uint32_t>(width),
-             static_cast<uint32_t>(height));
-    Exiv2::XmpData xmp = parts_->xmp;
-    describe(xmp, {"Xmp.tiff.", "Xmp.exif."}, static_cast<uint32_t>(width),
-             static_cast<uint32_t>(height));
-    image->setByteOrder(parts_->byteOrder);
-    image->setExifData(exif);
-    image->setXmpData(xmp);
-    image->setIptcData(parts_->iptc);
-    image->setComment(parts_->comment);
-    if (!parts_->profile.empty()) {
-      Exiv2::DataBuf profile(parts_->profile.data(), static_cast<long>(parts_->profile.size()));
-      image->setIccProfile(profile);
+    try {
+      result = parts_->addedTo(jpeg, width, height, true);
+    } catch (const Exiv2::Error& error) {
+      keepTrouble(Exiv2::LogMsg::error, error.what());
+      result = parts_->addedTo(jpeg, width, height, false);
     }
-    image->writeMetadata();
-    Exiv2::BasicIo& io = image->io();
-    const auto size = static_cast<std::size_t>(io.size());
-    const Exiv2::byte* bytes = io.mmap();
-    result.assign(bytes, bytes + size);
   });
   return result;
 }

@@ -223,6 +223,9 @@ class ToolTest(unittest.TestCase):
         Path("xmp.jpg").write_bytes(with_segments(self.photo, (0xe1, xmp)))
         self.made("apply", "sepia", "xmp.jpg")
         self.assertEqual(jpeg_size("made.jpg"), (48, 64))
+        Path("large.jpg").write_bytes(with_segments(
+            self.photo, (0xe1, exif(1)), (0xe1, xmp.replace(b"pencil", b"x" * (65533 - len(xmp) + 6)))))
+        self.assertTrue(tag(0x10f, 2, 0x0065636d, 4) in self.made("apply", "sepia", "large.jpg", says="XMP.*larger than"))
         plain = self.made("apply", "sepia", "photo.jpg")
         for says, *broken in (("not for RGB", (0xe2, iccs[0][1].replace(b"RGB ", b"GRAY")), iccs[1]),
                               ("damaged", (0xe1, exif(6)[:20])), ("damaged", (0xe1, exif(6).replace(b"*", b"+"))),
