@@ -12,6 +12,7 @@ CMAKE, BUILD, ENGINE = sys.argv[1:]
 ROOT = Path(__file__).resolve().parents[2]
 README = (ROOT / "README.md").read_text(encoding="utf-8")
 CATALOGUE = (ROOT / "docs/effects.md").read_text(encoding="utf-8")
+HEADERS = {header.name: header.read_text() for header in ROOT.glob("include/libalgorithm/*.h")}
 
 
 def section(title):
@@ -78,20 +79,38 @@ class ReadmeTest(unittest.TestCase):
         shutil.copy(next(self.usr.rglob("colorpaint.png")), self.work / "wash.png")
         commands = blocks(section("On the command line"), "sh")[0].splitlines()
         self.run_line("camera-effects convert --from jpg --to nv21 photo.jpg all; head -c 460800 all >frame.nv21")
-        for command in commands:
+        completion, = re.findall(r"`source (<\(.*?\))`", section("On the command line"))
+        for command in commands + blocks(CATALOGUE, "sh")[0].splitlines() + [f"grep complete {completion}"]:
             self.run_line(command)
         made = {match for command in commands for match in re.findall(r"[\w-]+\.\w+$|\w+/$", command.split("#")[0].strip())}
         self.assertGreater(len(made), 8)
         for name in made:
             self.assertTrue((self.work / name).exists(), name)
 
+    def test_names(self):
+        java = "".join(path.read_text() for path in ROOT.glob("java/com/**/*.java"))
+        for row in re.findall(r"(?m)^\| (`.*?) \|", section("From Java")):
+            for name in re.findall(r"\w+(?=`)", row):
+                self.assertRegex(java, rf" {name}\(")
+        found = set(re.findall(r"\w+\.h(?=`.* \|)", section(r"From C\+\+")))
+        self.assertEqual(found, HEADERS.keys() - {"export.h"})
+        example = (ROOT / "examples/sepia/CMakeLists.txt").read_text()  # which another test makes
+        for line in re.findall(r"\w+(?:\(Algorithm .*|::\w+)", blocks(section(r"From C\+\+"), "cmake")[0]):
+            self.assertIn(line, example)
+
     def test_catalogue(self):
         road, classic = self.run_line("camera-effects list").split("\n\n")
         names = re.findall(r"(?m)^Pretty\w+", road) + re.findall(r"(?m)^[a-z-]+", classic)
         self.assertEqual(sorted(re.findall(r"(?m)^### (\S+)", CATALOGUE)), sorted(names))
         curves = set(re.findall(r"effects/(\S+)\.svg", CATALOGUE))
+        runs = re.findall(r"(?m)^(\S+) +\d+ +\d+  (\S+)", road)
         for name in names:
-            self.assertIn(f"](effects/{name}.jpg)", CATALOGUE)
+            text, = re.findall(rf"(?ms)^### {name}$(.*?)(?=^#|\Z)", CATALOGUE)
+            roads = [row[0] for row in runs if name == row[1] or (name == row[0] and row[1] == "the")]
+            self.assertEqual(re.findall(r"[Rr]oad:?\s`(\w\S*)`", text), roads, name)
+            routine = name if roads == [name] and name.startswith("Pretty") else re.search(r"`([A-Za-z]\w+)`(?!\))", text)[1]
+            self.assertTrue(any(re.search(rf" {routine}\(", header) for header in HEADERS.values()), routine)
+            self.assertIn(f"](effects/{name}.jpg)", text)
             drawn = self.run_line(f"camera-effects curves {name} made.svg || true")
             self.assertEqual("does not consist of curves" in drawn, name not in curves, name)
             if name in curves:  # scripts/catalogue draws them again
