@@ -123,9 +123,8 @@ ALGORITHM_API void miniature_r(unsigned char* src, unsigned char* dst, int width
 ALGORITHM_API void Sketch(unsigned char* src, unsigned char* dst, int width, int height);
 /// Sketch on paper: bytes 0 and 1 of the paper are added to red and green; blue takes none.
 /// @copydetails CrossProcess
-/// @param auxImage   the paper: auxWidth x auxHeight pixels of 4 bytes, rows packed; it is
-/// stretched
-///                   over the image by nearest neighbour, and a size below 1 does nothing
+/// @param auxImage   the paper: auxWidth x auxHeight pixels of 4 bytes, rows packed; stretched over
+///                   the image by nearest neighbour, and a size below 1 does nothing
 /// @param auxWidth   pixels per row of the paper
 /// @param auxHeight  rows of the paper
 ALGORITHM_API void newsketch(unsigned char* src, unsigned char* dst, int width, int height,
