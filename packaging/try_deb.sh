@@ -4,9 +4,11 @@
 # usage, as root: packaging/try_deb.sh [PACKAGE.deb]          (else the one of scripts/package)
 # debootstrap makes the system in a temporary folder, out of this machine's own apt sources and release.
 set -eu
+package=${1:-}
+[ -z "$package" ] || package=$(realpath "$package")
 cd "$(dirname "$0")/.."
 [ "$(id -u)" -eq 0 ] || { echo "try_deb: run as root" >&2; exit 1; }
-package=$(realpath "${1:-$(ls build/package/libalgorithm_*.deb)}")
+package=${package:-$(echo "$PWD"/build/package/libalgorithm_*.deb)}
 [ -f "$package" ] || { echo "try_deb: $package is no file" >&2; exit 1; }
 scripts/setup deb
 
