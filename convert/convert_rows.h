@@ -37,7 +37,6 @@ void encodeLumaRow(RowFormat format, const uint8_t* pixels, uint8_t* luma, std::
 void encodeLumaRowPlain(RowFormat format, const uint8_t* pixels, uint8_t* luma, std::size_t width);
 
 /// Encodes ceil(width / 2) chroma pairs from the pixels in even columns.
-void encodeChromaRow(RowFormat format, const uint8_t* pixels, uint8_t* chroma, std::size_t width);
 void encodeChromaRowPlain(RowFormat format, const uint8_t* pixels, uint8_t* chroma,
                           std::size_t width);
 

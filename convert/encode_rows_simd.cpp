@@ -18,9 +18,7 @@ namespace alg::HWY_NAMESPACE {
 // Without vectors the definitions are the fastest there is.
 void encodeRowVector(RowFormat format, const uint8_t* pixels, uint8_t* luma, uint8_t* chroma,
                      std::size_t width) {
-  if (luma != nullptr) {
-    encodeLumaRowPlain(format, pixels, luma, width);
-  }
+  encodeLumaRowPlain(format, pixels, luma, width);
   if (chroma != nullptr) {
     encodeChromaRowPlain(format, pixels, chroma, width);
   }
@@ -126,9 +124,7 @@ HWY_INLINE uint16x8_t chromaOf(const EvenPixels& p, const bt601::Weights& weight
 template <RowFormat kFormat, bool kChroma>
 HWY_INLINE void encodeBlock(const uint8_t* pixels, uint8_t* luma, uint8_t* chroma) {
   const Pixels p = loadPixels<kFormat>(pixels);
-  if (!kChroma || luma != nullptr) {
-    vst1q_u8(luma, lumaOf<kFormat>(p));
-  }
+  vst1q_u8(luma, lumaOf<kFormat>(p));
   if constexpr (kChroma) {
     const EvenPixels even = {evenBytes(p.first), evenBytes(p.middle), evenBytes(p.last)};
     const uint16x8_t first = chromaOf<kFormat>(even, firstOfPair(kFormat));
@@ -246,9 +242,7 @@ template <RowFormat kFormat, bool kChroma>
 HWY_INLINE void encodeBlock(const uint8_t* pixels, uint8_t* luma, uint8_t* chroma) {
   const Pixels p[4] = {loadPixels<kFormat>(pixels, 0), loadPixels<kFormat>(pixels, 1),
                        loadPixels<kFormat>(pixels, 2), loadPixels<kFormat>(pixels, 3)};
-  if (!kChroma || luma != nullptr) {
-    storeLuma<kFormat>(p, luma);
-  }
+  storeLuma<kFormat>(p, luma);
   if constexpr (kChroma) {
     storeChroma<kFormat>(p, chroma);
   }
@@ -264,9 +258,7 @@ void encodeFormat(const uint8_t* pixels, uint8_t* luma, uint8_t* chroma, std::si
   const std::size_t end = again ? width : width - width % kBlock;
   for (std::size_t at = 0; at < end; at += kBlock) {
     const std::size_t x = at < width - kBlock ? at : width - kBlock;
-    const bool hasLuma = !kChroma || luma != nullptr;
-    encodeBlock<kFormat, kChroma>(pixels + kBytes * x, hasLuma ? luma + x : nullptr,
-                                  kChroma ? chroma + x : nullptr);
+    encodeBlock<kFormat, kChroma>(pixels + kBytes * x, luma + x, kChroma ? chroma + x : nullptr);
   }
   if (end == width) {
     return;
@@ -276,15 +268,13 @@ void encodeFormat(const uint8_t* pixels, uint8_t* luma, uint8_t* chroma, std::si
   uint8_t pixelTail[kBytes * kBlock] = {}, lumaTail[kBlock], chromaTail[kBlock];
   std::memcpy(pixelTail, pixels + kBytes * end, kBytes * rest);
   encodeFormat<kFormat, kChroma>(pixelTail, lumaTail, chromaTail, kBlock);
-  if (luma != nullptr) {
-    std::memcpy(luma + end, lumaTail, rest);
-  }
+  std::memcpy(luma + end, lumaTail, rest);
   if constexpr (kChroma) {
     std::memcpy(chroma + end, chromaTail, rest + rest % 2);
   }
 }
 
-// Leaves out the samples whose row is null.
+// Leaves out the chroma when its row is null.
 void encodeRowVector(RowFormat format, const uint8_t* pixels, uint8_t* luma, uint8_t* chroma,
                      std::size_t width) {
   const bool packed = format == RowFormat::kPackedUV;
@@ -317,10 +307,6 @@ void encodeRow(RowFormat format, const uint8_t* pixels, uint8_t* luma, uint8_t* 
 
 void encodeLumaRow(RowFormat format, const uint8_t* pixels, uint8_t* luma, std::size_t width) {
   encodeRow(format, pixels, luma, nullptr, width);
-}
-
-void encodeChromaRow(RowFormat format, const uint8_t* pixels, uint8_t* chroma, std::size_t width) {
-  encodeRow(format, pixels, nullptr, chroma, width);
 }
 
 }  // namespace alg

@@ -29,6 +29,7 @@ const Gains& gains() {
   return kGains;
 }
 
+/// Stays within 0..255.
 uint8_t blend(const Gains& g, int c, uint8_t o) {
   const int share = 2 * o - 255;
   const int change = o <= 127 ? (share * g.low[c]) >> 16 : (share * g.high[c]) >> 8;
@@ -36,8 +37,6 @@ uint8_t blend(const Gains& g, int c, uint8_t o) {
 }
 
 }  // namespace
-
-uint8_t softLight(uint8_t c, uint8_t o) { return blend(gains(), c, o); }
 
 void softLightBytesPlain(const uint8_t* src, const uint8_t* overlay, uint8_t* dst,
                          std::size_t bytes) {

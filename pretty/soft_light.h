@@ -16,9 +16,6 @@ struct Overlay {
   int height;
 };
 
-/// c blended with o: unchanged at o = 128, lighter above, darker below; stays within 0..255.
-uint8_t softLight(uint8_t c, uint8_t o);
-
 /// What comes before or after the blend. Both store pixels crossed: byte k of a source pixel, which
 /// meets byte k of the overlay pixel, ends at byte 2 - k.
 struct SoftLightEffect {
@@ -64,8 +61,8 @@ class SoftLightImage {
 void blendSoftLight(const uint8_t* src, uint8_t* dst, int width, int height, const Overlay& overlay,
                     const SoftLightEffect& effect);
 
-/// dst[i] = softLight(src[i], overlay[i]). dst must not start within src's bytes behind the first
-/// (dst <= src is fine), nor overlap the overlay.
+/// dst[i] = src[i] blended with overlay[i]: unchanged at 128, lighter above, darker below. dst must
+/// not start within src's bytes behind the first (dst <= src is fine), nor overlap the overlay.
 void softLightBytes(const uint8_t* src, const uint8_t* overlay, uint8_t* dst, std::size_t bytes);
 
 /// The same with packed pixels that are turned to pink first.
