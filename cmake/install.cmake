@@ -17,4 +17,5 @@ file(RELATIVE_PATH to_prefix
 configure_file(cmake/Algorithm.pc.in Algorithm.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/Algorithm.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
-install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libalgorithm)
+install(FILES CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libalgorithm)
+install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libalgorithm)

@@ -141,7 +141,7 @@ void addConvert(CLI::App& app, Options& options) {
       ->required()
       ->check(CLI::IsMember({"nv12", "nv21", "argb", "jpg"}));
   addQuality(convert, request.quality);
-  addFile(convert, "IN", request.input, "raw file of exactly one frame, or a photo");
+  addFile(convert, "IN", request.input, "raw file of exactly one frame, or JPEG file");
   addFile(convert, "OUT", request.output, "file to write");
   convert.footer(
       "nv12 is a luma plane, then U,V pairs; nv21 has V,U pairs; argb is B, G, R, A bytes. Of a\n"

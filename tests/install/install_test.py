@@ -40,7 +40,8 @@ def check_package(package) -> None:
         *(f"{libraries}/{name}" for name in ("libAlgorithm.so", "pkgconfig/Algorithm.pc")),
         *(f"{libraries}/cmake/Algorithm/Algorithm{part}.cmake"
           for part in ("Config", "ConfigVersion", "Targets", "Targets-release")),
-        *(f"share/doc/libalgorithm/{name}" for name in ("README.md", "CHANGELOG.md")),
+        *(f"share/doc/libalgorithm/{name}"
+          for name in ("CHANGELOG.md", "examples/sepia/CMakeLists.txt", "examples/sepia/main.cpp")),
         *(f"share/libalgorithm/{file.relative_to(samples)}" for file in samples.rglob("*.[jp][pn]g"))]
     found = {name for name, mode in modes.items() if mode[0] != "d"}
     check("files", found ^ {f"usr/{name}" for name in expected}, set())
