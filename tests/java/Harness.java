@@ -133,17 +133,4 @@ abstract class Harness {
       same(bytes(good), content, name + " with bad input");
     }
   }
-
-  /** Blue, green and red from luma and chroma: BT.601 video range, truncated. */
-  static int[] toBgr(int y, int u, int v) {
-    int l = 76310 * (y - 16);
-    int green = l - 25677 * (u - 128) - 53281 * (v - 128);
-    return new int[] {
-      clamp(l + 132199 * (u - 128) >> 16), clamp(green >> 16), clamp(l + 104595 * (v - 128) >> 16)
-    };
-  }
-
-  static int clamp(int value) {
-    return Math.max(0, Math.min(255, value));
-  }
 }
