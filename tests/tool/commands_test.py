@@ -51,7 +51,7 @@ class CommandsTest(unittest.TestCase):
             self.run_tool("curves", effect, "no.svg", code=1, says=f"{effect} does not consist of curves: {why}")
         self.run_tool("curves", "pink", code=2, says="NAME and OUT")
         names = self.run_tool("curves", "--list").split()
-        self.assertEqual((len(names), names[5], names[-1]), (15, "PrettyBeautiful", "temperature"))
+        self.assertLessEqual({"PrettySweet", "PrettyBeautiful", "lomo", "temperature"}, set(names))
         for name in names:
             self.run_tool("curves", name, f"{name}.svg")
         self.assertEqual(sorted(os.listdir()), sorted(f"{name}.svg" for name in names))
