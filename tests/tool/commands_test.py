@@ -3,28 +3,13 @@ import os
 import re
 import shutil
 import subprocess
-import sys
-import tempfile
 import unittest
 from xml.etree import ElementTree
 
-ENGINE = os.path.abspath(sys.argv.pop(2))
-TOOL = os.path.abspath(sys.argv.pop(1))
+from tool_case import ENGINE, TOOL, ToolCase
 
 
-class CommandsTest(unittest.TestCase):
-    def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.addCleanup(os.chdir, "/")
-        os.chdir(folder.name)
-
-    def run_tool(self, *args, code=0, says=""):
-        result = subprocess.run([TOOL, *args], capture_output=True, text=True)
-        self.assertEqual(result.returncode, code, (args, result.stderr))
-        self.assertRegex(result.stderr, rf"\Acamera-effects: {says}.*\n\Z" if says else r"\A\Z", args)
-        return result.stdout
-
+class CommandsTest(ToolCase):
     def curves(self, effect):
         """What becomes of each value of red, green and blue, read from the plot."""
         plot = ElementTree.fromstring(self.run_tool("curves", effect, "-"))

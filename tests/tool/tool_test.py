@@ -11,15 +11,12 @@ import re
 import signal
 import struct
 import subprocess
-import sys
-import tempfile
 import termios
 import time
 import unittest
 from pathlib import Path
 
-ENGINE = os.path.abspath(sys.argv.pop(2))
-TOOL = os.path.abspath(sys.argv.pop(1))
+from tool_case import ENGINE, TOOL, ToolCase
 
 
 def segments(jpeg):
@@ -54,28 +51,15 @@ def exif(orientation, thumbnail=b"\xff\xd8\xff\xd9"):
         bytes(4), thumbnail))
 
 
-class ToolTest(unittest.TestCase):
+class ToolTest(ToolCase):
     def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.addCleanup(os.chdir, "/")
-        os.chdir(folder.name)
+        super().setUp()
         self.photo = self.draw("photo.jpg", 64, 48)
 
     def draw(self, name, width, height):
         Path("raw").write_bytes(random.Random(1).randbytes(width * height * 3 // 2))
         self.run_tool("convert", f"--size={width}x{height}", "--from=nv21", "--to=jpg", "raw", name)
         return Path(name).read_bytes()
-
-    def run_tool(self, *args, code=0, says="", **env):
-        """stderr must be empty, or with `says` consist of lines of the tool's own, each once."""
-        env = {k: v for k, v in os.environ.items() if k != "ALGORITHM_DEVICE_ROOT"} | env
-        result = subprocess.run([TOOL, *args], env=env, capture_output=True, text=True)
-        self.assertEqual(result.returncode, code, (args, result.stderr))
-        self.assertRegex(result.stderr, rf"\Acamera-effects: .*{says}.*\n\Z" if says else r"\A\Z", args)
-        self.said = sorted(result.stderr.splitlines())
-        self.assertEqual(len(self.said), len(set(self.said)))
-        return result.stdout
 
     def made(self, *args, **options):
         self.run_tool(*args, "made.jpg", **options)
