@@ -59,7 +59,6 @@ bool bandsFit(const Frame& frame) {
 }
 
 bool runBands(const char* effectName, const Frame& frame) {
-  HALThreadPoolInit();
   const EffectTypeInfo effect = effectTypeInit(effectName, frame.width, frame.height);
   std::optional<BandedStrip> strips[kStrips];
   tagT_ThreadPoolTaskInput records[kStrips] = {};

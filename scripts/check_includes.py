@@ -13,7 +13,7 @@ ALLOWED = {
     "kernels": {"base"},
     "convert": {"base", "kernels", PUBLIC},
     "camerautil": {"base", "kernels", PUBLIC},
-    "threadpool": {"base", "kernels", PUBLIC},
+    "threadpool": {"base", "platform", PUBLIC},
     "pretty": {"base", "kernels", PUBLIC},
     "classic": {"base", "platform", "kernels", PUBLIC},
     "codec": {"base", "platform"},

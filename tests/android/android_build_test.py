@@ -18,7 +18,7 @@ DEVICE_HAS = r"""
     calloc|exit|fclose|fopen|free|longjmp|malloc|memcmp|memcpy|memmove|memset|puts|_setjmp|strerror|strlen|
     snprintf|vsnprintf|exp|fma|fmaf|pow|__cxa_atexit|__dso_handle|__errno_location|__stack_chk_fail|
     pthread_(cond|mutex)_(init|destroy|lock|unlock|wait|signal|broadcast)|pthread_(create|join|exit)|
-    __android_log_print|dlopen|dlsym|dlerror|madvise|sysconf|
+    __android_log_print|dladdr|dlopen|dlsym|dlerror|madvise|sysconf|
     _Unwind_Resume|__gxx_personality_v0|__cxa_.*|_Zn[wa]\w+|_Zd[la]\w+|_ZNK?St\w+|_ZSt\w+|_ZT[IVS]St\w+|
     jpeg_\w+|png_\w+|hwy_\w+"""
 
