@@ -10,7 +10,8 @@ import java.nio.ByteBuffer;
  * tag {@code EffectAlgorithm} and an untouched frame, never an exception.
  *
  * <p>Calls may come from any thread. Calls that overlap queue up and run one after the other; each
- * spreads its work over four threads that the first call starts and that stay for good.
+ * spreads its work over four threads that the first call starts and that stay until the
+ * library is unloaded.
  */
 public final class EffectAlgorithm {
   static {
