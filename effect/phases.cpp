@@ -42,7 +42,8 @@ bool runPhases(const char* effectName, const Frame& frame) {
   }
   runOnPool(kStrips, YUV2RGB, records);
 
-  const EffectTypeInfo effect = effectTypeInit(effectName, frame.width, frame.height);
+  const EffectOfRun found(effectName, frame.width, frame.height);
+  const EffectTypeInfo& effect = found.info();
   for (int i = 0; i < effect.stripCount; ++i) {
     const Strip strip = stripOf(frame.height, effect.stripCount, i);
     in[i] = workStrip(frame, strip, gCLAHE_Rgb_Buffer_in);

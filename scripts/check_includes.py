@@ -9,7 +9,7 @@ PUBLIC = "include/libalgorithm"
 ALLOWED = {
     PUBLIC: {PUBLIC},
     "base": {"base"},
-    "platform": {"base"},
+    "platform": {"base", "kernels"},
     "kernels": {"base"},
     "convert": {"base", "kernels", PUBLIC},
     "camerautil": {"base", "kernels", PUBLIC},
