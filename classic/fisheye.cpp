@@ -1,5 +1,6 @@
 #include <cstdint>
 
+#include "catalogue/operations.h"
 #include "classic/fisheye_map.h"
 #include "classic/four_corner.h"
 #include "libalgorithm/classic_effects.h"
@@ -57,3 +58,21 @@ void Fisheye(unsigned char* src, unsigned char* dst, float /*strength*/, int wid
     alg::fisheye(alg::FisheyeMap(width, height), src, dst);
   }
 }
+
+namespace alg::operation {
+
+constinit const Operation kFishEye{
+    .name = "fish-eye",
+    .routine = "Fisheye",
+    .family = Family::kLight,
+    .shows = "Bulging, as through a round lens.",
+    .formula = "Each pixel takes the nearest one of a lens-shaped map, in fixed point.",
+    .pixels = Pixels::kPackedBgr,
+    .reach = Reach::kAnything,
+    .overlap = Overlap::kApart,
+    .bands = Bands::kWholeImage,
+    .pipeline = {.name = "fish-eye", .identifier = 7, .strips = 1},
+    .run = [](const Call& call) { Fisheye(call.src, call.dst, 0, call.width, call.height); },
+};
+
+}  // namespace alg::operation
