@@ -136,6 +136,13 @@ unsigned int wordBytes(const Call& call) {
 
 }  // namespace
 
+constexpr Parameter kMixParameters[] = {{.name = "weight",
+                                         .type = Parameter::Type::kInteger,
+                                         .most = 256,
+                                         .preset = 128,
+                                         .unit = "1/256",
+                                         .help = "share of the source"}};
+
 constinit const Operation kMix{
     .name = "mix",
     .routine = "CameraUtil::add2Image",
@@ -144,12 +151,7 @@ constinit const Operation kMix{
     .formula = "(dst x (256 - weight) + src x weight) / 256.",
     .pixels = Pixels::kWords,
     .readsDestination = true,
-    .parameters = {{.name = "weight",
-                    .type = Parameter::Type::kInteger,
-                    .most = 256,
-                    .preset = 128,
-                    .unit = "1/256",
-                    .help = "share of the source"}},
+    .parameters = kMixParameters,
     .run =
         [](const Call& call) {
           const int weight = call.integer(0);
@@ -186,6 +188,27 @@ constinit const Operation kDarken{
         },
 };
 
+constexpr Parameter kPasteParameters[] = {{.name = "left",
+                                           .type = Parameter::Type::kInteger,
+                                           .most = kLongestSide,
+                                           .unit = "pixels",
+                                           .help = "first column"},
+                                          {.name = "top",
+                                           .type = Parameter::Type::kInteger,
+                                           .most = kLongestSide,
+                                           .unit = "pixels",
+                                           .help = "first row"},
+                                          {.name = "right",
+                                           .type = Parameter::Type::kInteger,
+                                           .most = kLongestSide,
+                                           .unit = "pixels",
+                                           .help = "column behind the last; 0: the image's width"},
+                                          {.name = "bottom",
+                                           .type = Parameter::Type::kInteger,
+                                           .most = kLongestSide,
+                                           .unit = "pixels",
+                                           .help = "row behind the last; 0: the image's height"}};
+
 constinit const Operation kPaste{
     .name = "paste",
     .routine = "CameraUtil::replaceImageContent",
@@ -196,26 +219,7 @@ constinit const Operation kPaste{
     .overlap = Overlap::kAny,
     .bands = Bands::kWholeImage,
     .readsDestination = true,
-    .parameters = {{.name = "left",
-                    .type = Parameter::Type::kInteger,
-                    .most = kLongestSide,
-                    .unit = "pixels",
-                    .help = "first column"},
-                   {.name = "top",
-                    .type = Parameter::Type::kInteger,
-                    .most = kLongestSide,
-                    .unit = "pixels",
-                    .help = "first row"},
-                   {.name = "right",
-                    .type = Parameter::Type::kInteger,
-                    .most = kLongestSide,
-                    .unit = "pixels",
-                    .help = "column behind the last; 0: the image's width"},
-                   {.name = "bottom",
-                    .type = Parameter::Type::kInteger,
-                    .most = kLongestSide,
-                    .unit = "pixels",
-                    .help = "row behind the last; 0: the image's height"}},
+    .parameters = kPasteParameters,
     .run =
         [](const Call& call) {
           const int right = call.integer(2) != 0 ? call.integer(2) : call.width;
@@ -224,6 +228,10 @@ constinit const Operation kPaste{
           CameraUtil::replaceImageContent(call.src, call.dst, call.width, rect);
         },
 };
+
+constexpr PictureRole kBackgroundPictures[] = {
+    {.name = "second", .size = PictureRole::Size::kSameAsImage, .help = "the second image"},
+    {.name = "third", .size = PictureRole::Size::kSameAsImage, .help = "the third image"}};
 
 constinit const Operation kBackground{
     .name = "background",
@@ -235,9 +243,7 @@ constinit const Operation kBackground{
         "near.",
     .pixels = Pixels::kWords,
     .overlap = Overlap::kApart,
-    .pictures =
-        {{.name = "second", .size = PictureRole::Size::kSameAsImage, .help = "the second image"},
-         {.name = "third", .size = PictureRole::Size::kSameAsImage, .help = "the third image"}},
+    .pictures = kBackgroundPictures,
     .run =
         [](const Call& call) {
           const unsigned int bytes = wordBytes(call);
@@ -249,6 +255,9 @@ constinit const Operation kBackground{
         },
 };
 
+constexpr PictureRole kFarthestPictures[] = {
+    {.name = "third", .size = PictureRole::Size::kSameAsImage, .help = "the third image"}};
+
 constinit const Operation kFarthest{
     .name = "farthest",
     .routine = "CameraUtil::add3ImageByBackground",
@@ -258,9 +267,7 @@ constinit const Operation kFarthest{
         "Of the three bytes the one farthest from their background; the first of equally far ones.",
     .pixels = Pixels::kWords,
     .readsDestination = true,
-    .pictures = {{.name = "third",
-                  .size = PictureRole::Size::kSameAsImage,
-                  .help = "the third image"}},
+    .pictures = kFarthestPictures,
     .run =
         [](const Call& call) {
           CameraUtil::add3ImageByBackground(call.dst, call.src, call.pictures[0].pixels,

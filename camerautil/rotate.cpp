@@ -167,6 +167,14 @@ constinit const Operation kRotateYuv270{
     .run = runFrameTurn<CameraUtil::rotateYUV270>,
 };
 
+constexpr Parameter kRotateYuvParameters[] = {{.name = "degrees",
+                                               .type = Parameter::Type::kInteger,
+                                               .least = 90,
+                                               .most = 270,
+                                               .preset = 90,
+                                               .step = 90,
+                                               .help = "counter-clockwise"}};
+
 constinit const Operation kRotateYuv{
     .name = "rotate-yuv",
     .routine = "CameraUtil::rotateYUV",
@@ -177,13 +185,7 @@ constinit const Operation kRotateYuv{
     .reach = Reach::kAnything,
     .overlap = Overlap::kApart,
     .bands = Bands::kWholeImage,
-    .parameters = {{.name = "degrees",
-                    .type = Parameter::Type::kInteger,
-                    .least = 90,
-                    .most = 270,
-                    .preset = 90,
-                    .step = 90,
-                    .help = "counter-clockwise"}},
+    .parameters = kRotateYuvParameters,
     .run =
         [](const Call& call) {
           CameraUtil::rotateYUV(call.src, call.dst, call.resultWidth, call.resultHeight,
@@ -230,6 +232,14 @@ constinit const Operation kRotateArgb270{
     .run = runImageTurn<CameraUtil::rotateARGB270>,
 };
 
+constexpr Parameter kRotateArgbParameters[] = {{.name = "degrees",
+                                                .type = Parameter::Type::kInteger,
+                                                .least = 90,
+                                                .most = 270,
+                                                .preset = 90,
+                                                .step = 90,
+                                                .help = "clockwise"}};
+
 constinit const Operation kRotateArgb{
     .name = "rotate-argb",
     .routine = "CameraUtil::rotateARGB",
@@ -240,13 +250,7 @@ constinit const Operation kRotateArgb{
     .reach = Reach::kAnything,
     .overlap = Overlap::kApart,
     .bands = Bands::kWholeImage,
-    .parameters = {{.name = "degrees",
-                    .type = Parameter::Type::kInteger,
-                    .least = 90,
-                    .most = 270,
-                    .preset = 90,
-                    .step = 90,
-                    .help = "clockwise"}},
+    .parameters = kRotateArgbParameters,
     .pipeline = {.name = "rotate_effect", .identifier = 16, .strips = 1},
     .run =
         [](const Call& call) {

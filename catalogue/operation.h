@@ -60,14 +60,14 @@ enum class Bands : uint8_t { kAny, kWholeImage };
 struct Parameter {
   enum class Type : uint8_t { kInteger, kNumber };
 
-  const char* name = nullptr;  ///< null: there is no such parameter
+  const char* name;
   Type type = Type::kNumber;
   double least = 0;
   double most = 0;
   double preset = 0;
-  double step = 0;  ///< only least, least + step ...; 0: anything between
-  const char* unit = "";
-  const char* help = "";
+  double step = 0;             ///< only least, least + step ...; 0: anything between
+  const char* unit = nullptr;  ///< null: a bare number
+  const char* help;
 };
 
 /// A picture that an operation takes beside its source.
@@ -78,12 +78,12 @@ struct PictureRole {
     kSameAsImage,     ///< the image's width and height
   };
 
-  const char* name = nullptr;           ///< null: there is no such picture
+  const char* name;
   const char* file = nullptr;           ///< the device's, among those of the effects; or null
   const char* landscapeFile = nullptr;  ///< for images wider than tall, where that is another one
   Size size = Size::kAny;
   bool read = true;  ///< false: the routine takes the picture, but never looks at it
-  const char* help = "";
+  const char* help;
 };
 
 /// The pixels of a picture: 4 bytes each, rows packed.
@@ -154,34 +154,22 @@ struct Operation {
   Overlap overlap = Overlap::kAny;
   Bands bands = Bands::kAny;
   bool readsDestination = false;  ///< what dst held before the call shows in the result
-  Parameter parameters[kMostParameters] = {};
-  PictureRole pictures[kMostPictures] = {};
+  std::span<const Parameter> parameters = {};  ///< kMostParameters at most
+  std::span<const PictureRole> pictures = {};  ///< kMostPictures at most
   PipelineName pipeline = {};
   void (*run)(const Call& call);
   /// For soft light, whose work memory outlives the bands of an image: its curves; else null.
   const SoftLightEffect& (*softLight)() = nullptr;
 };
 
-/// The parameters that there are.
-constexpr std::span<const Parameter> parametersOf(const Operation& operation) {
-  std::size_t count = 0;
-  while (count < kMostParameters && operation.parameters[count].name != nullptr) ++count;
-  return std::span(operation.parameters).first(count);
-}
-
-/// The pictures that there are.
-constexpr std::span<const PictureRole> picturesOf(const Operation& operation) {
-  std::size_t count = 0;
-  while (count < kMostPictures && operation.pictures[count].name != nullptr) ++count;
-  return std::span(operation.pictures).first(count);
-}
-
 constexpr bool isEffect(const Operation& operation) { return operation.family < Family::kGeometry; }
 
 /// A call with every parameter at its preset, for the caller to fill in images and pictures.
 constexpr Call presetCall(const Operation& operation) {
   Call call;
-  for (std::size_t i = 0; i < kMostParameters; ++i) call.values[i] = operation.parameters[i].preset;
+  for (std::size_t i = 0; i < operation.parameters.size(); ++i) {
+    call.values[i] = operation.parameters[i].preset;
+  }
   return call;
 }
 

@@ -55,6 +55,13 @@ void FillLightFix(unsigned char* src, unsigned char* dst, float radius, int widt
 
 namespace alg::operation {
 
+constexpr Parameter kFillLightParameters[] = {{.name = "radius",
+                                               .least = 0.3,
+                                               .most = 2.0,
+                                               .preset = 1.0,
+                                               .unit = "half diagonals",
+                                               .help = "reach of the light, 1 = the corners"}};
+
 constinit const Operation kFillLight{
     .name = "fill-light",
     .routine = "FillLightFix",
@@ -65,12 +72,7 @@ constinit const Operation kFillLight{
     .reach = Reach::kPlace,
     .overlap = Overlap::kApart,
     .bands = Bands::kWholeImage,
-    .parameters = {{.name = "radius",
-                    .least = 0.3,
-                    .most = 2.0,
-                    .preset = 1.0,
-                    .unit = "half diagonals",
-                    .help = "reach of the light, 1 = the corners"}},
+    .parameters = kFillLightParameters,
     .pipeline = {.name = "fill-light", .identifier = 2, .strips = 1},
     .run =
         [](const Call& call) {

@@ -54,6 +54,18 @@ constinit const Operation kMiniature{
     .run = runPlain<miniature>,
 };
 
+constexpr Parameter kMiniatureRowsParameters[] = {
+    {.name = "offset",
+     .type = Parameter::Type::kInteger,
+     .most = kLongestRamp,
+     .unit = "rows",
+     .help = "first row, in a taller picture"},
+    {.name = "ramp",
+     .type = Parameter::Type::kInteger,
+     .most = kLongestRamp,
+     .unit = "rows",
+     .help = "rows of that taller picture; 0: up to the last one here"}};
+
 constinit const Operation kMiniatureRows{
     .name = "miniature-rows",
     .routine = "miniature_r",
@@ -67,16 +79,7 @@ constinit const Operation kMiniatureRows{
     .radius = 24,
     .overlap = Overlap::kApart,
     .bands = Bands::kWholeImage,
-    .parameters = {{.name = "offset",
-                    .type = Parameter::Type::kInteger,
-                    .most = kLongestRamp,
-                    .unit = "rows",
-                    .help = "first row, in a taller picture"},
-                   {.name = "ramp",
-                    .type = Parameter::Type::kInteger,
-                    .most = kLongestRamp,
-                    .unit = "rows",
-                    .help = "rows of that taller picture; 0: up to the last one here"}},
+    .parameters = kMiniatureRowsParameters,
     .run =
         [](const Call& call) {
           const int offset = call.integer(0);

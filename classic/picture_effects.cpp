@@ -113,6 +113,9 @@ void layOverAndInvert(const Call& call) {
 
 namespace operation {
 
+constexpr PictureRole kColorPaintPictures[] = {
+    {.name = "picture", .file = "colorpaint.png", .help = "the colours"}};
+
 constinit const Operation kColorPaint{
     .name = "color-paint",
     .routine = "Colorpaint",
@@ -121,10 +124,17 @@ constinit const Operation kColorPaint{
     .formula = "The picture's values are added.",
     .pixels = Pixels::kPackedBgr,
     .reach = Reach::kPlace,
-    .pictures = {{.name = "picture", .file = "colorpaint.png", .help = "the colours"}},
+    .pictures = kColorPaintPictures,
     .pipeline = {.name = "colorpaint_effect", .identifier = 19, .strips = 1},
     .run = paintOver,
 };
+
+constexpr PictureRole kAreaPictures[] = {
+    {.name = "front", .file = "front.png", .help = "the picture around, with transparency"},
+    {.name = "mask",
+     .file = "effect.png",
+     .size = PictureRole::Size::kCoversTheFirst,
+     .help = "not transparent where the photo is inverted"}};
 
 constinit const Operation kArea{
     .name = "area",
@@ -135,13 +145,7 @@ constinit const Operation kArea{
         "The front picture's colours are premultiplied and laid over by its alpha once more.",
     .pixels = Pixels::kPackedBgr,
     .reach = Reach::kPlace,
-    .pictures = {{.name = "front",
-                  .file = "front.png",
-                  .help = "the picture around, with transparency"},
-                 {.name = "mask",
-                  .file = "effect.png",
-                  .size = PictureRole::Size::kCoversTheFirst,
-                  .help = "not transparent where the photo is inverted"}},
+    .pictures = kAreaPictures,
     .pipeline = {.name = "area_effect", .identifier = 15, .strips = 1},
     .run = layOverAndInvert,
 };
@@ -160,10 +164,10 @@ void Colorpaint(unsigned char* src, unsigned char* dst, int width, int height) {
 }
 
 void areaeffect(unsigned char* src, unsigned char* dst, int width, int height) {
-  const auto& [front, mask] = alg::operation::kArea.pictures;
+  const auto pictures = alg::operation::kArea.pictures;
   // Both are decoded whatever becomes of the first: the bitmaps outlive the call.
-  const bool hasFront = alg::decodeEffectPicture(front.file, alg::bitmap_front);
-  const bool hasMask = alg::decodeEffectPicture(mask.file, alg::bitmap_effect);
+  const bool hasFront = alg::decodeEffectPicture(pictures[0].file, alg::bitmap_front);
+  const bool hasMask = alg::decodeEffectPicture(pictures[1].file, alg::bitmap_effect);
   if (hasFront && hasMask) {
     alg::layOverAndInvert(
         {.src = src,

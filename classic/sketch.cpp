@@ -113,6 +113,11 @@ constinit const Operation kSketch{
     .run = runPlain<Sketch>,
 };
 
+constexpr PictureRole kNewSketchPictures[] = {{.name = "paper",
+                                               .file = "red2green.png",
+                                               .landscapeFile = "red2green_r.png",
+                                               .help = "the paper"}};
+
 constinit const Operation kNewSketch{
     .name = "new-sketch",
     .routine = "newsketch",
@@ -125,10 +130,7 @@ constinit const Operation kNewSketch{
     .overlap = Overlap::kApart,
     .bands = Bands::kWholeImage,
     .readsDestination = true,
-    .pictures = {{.name = "paper",
-                  .file = "red2green.png",
-                  .landscapeFile = "red2green_r.png",
-                  .help = "the paper"}},
+    .pictures = kNewSketchPictures,
     .pipeline = {.name = "newsketch_effect",
                  .identifier = 14,
                  .loadsPicture = true,

@@ -181,6 +181,12 @@ constinit const Operation kOtherTest{
     .run = runPlain<otherTest>,
 };
 
+constexpr PictureRole kLomoPictures[] = {{.name = "vignette",
+                                          .file = "effect_lomo.png",
+                                          .landscapeFile = "effect_lomo.png",
+                                          .read = false,
+                                          .help = "taken, but not looked at"}};
+
 constinit const Operation kLomo{
     .name = "lomo",
     .routine = "Lomo",
@@ -190,11 +196,7 @@ constinit const Operation kLomo{
         "Contrast of gain 1.5 and screen on red, screen on green, blue brought into 63 to 191.",
     .pixels = Pixels::kPackedBgr,
     .overlap = Overlap::kApart,
-    .pictures = {{.name = "vignette",
-                  .file = "effect_lomo.png",
-                  .landscapeFile = "effect_lomo.png",
-                  .read = false,
-                  .help = "taken, but not looked at"}},
+    .pictures = kLomoPictures,
     .pipeline = {.name = "LOMO_effect",
                  .identifier = 0,
                  .loadsPicture = true,

@@ -119,6 +119,12 @@ void runOverlaid(const Call& call) {
 
 }  // namespace
 
+constexpr PictureRole kPrettyBeautifulPictures[] = {{.name = "overlay",
+                                                     .file = "sucai0.png",
+                                                     .landscapeFile = "sucai0_r.png",
+                                                     .read = false,
+                                                     .help = "taken, but not looked at"}};
+
 constinit const Operation kPrettyBeautiful{
     .name = "PrettyBeautiful",
     .routine = "PrettyBeautiful",
@@ -128,14 +134,15 @@ constinit const Operation kPrettyBeautiful{
         "The darker and the brightest third are flattened, then 1 - exp(-5 b^2) with b = v / 255; "
         "blue to 80 % and lifted by 20 before it.",
     .pixels = Pixels::kPackedRgb,
-    .pictures = {{.name = "overlay",
-                  .file = "sucai0.png",
-                  .landscapeFile = "sucai0_r.png",
-                  .read = false,
-                  .help = "taken, but not looked at"}},
+    .pictures = kPrettyBeautifulPictures,
     .pipeline = {.name = "PrettyBeautiful", .identifier = 25, .runs = true, .loadsPicture = true},
     .run = runOverlaid<PrettyBeautiful>,
 };
+
+constexpr PictureRole kPrettyPinkPictures[] = {{.name = "overlay",
+                                                .file = "sucai0.png",
+                                                .landscapeFile = "sucai0_r.png",
+                                                .help = "the soft light"}};
 
 constinit const Operation kPrettyPink{
     .name = "PrettyPink",
@@ -147,14 +154,16 @@ constinit const Operation kPrettyPink{
         "through half a steep saturating curve, 1 - exp(-5 b^1.75) with b = v / 255.",
     .pixels = Pixels::kPackedRgb,
     .reach = Reach::kPlace,
-    .pictures = {{.name = "overlay",
-                  .file = "sucai0.png",
-                  .landscapeFile = "sucai0_r.png",
-                  .help = "the soft light"}},
+    .pictures = kPrettyPinkPictures,
     .pipeline = {.name = "PrettyPink", .identifier = 26, .runs = true, .loadsPicture = true},
     .run = runSoftLight<pinkEffect>,
     .softLight = pinkEffect,
 };
+
+constexpr PictureRole kPrettyJapanPictures[] = {{.name = "overlay",
+                                                 .file = "sucai3.png",
+                                                 .landscapeFile = "sucai3.png",
+                                                 .help = "the soft light"}};
 
 constinit const Operation kPrettyJapan{
     .name = "PrettyJapan",
@@ -167,10 +176,7 @@ constinit const Operation kPrettyJapan{
         "picture.",
     .pixels = Pixels::kPackedRgb,
     .reach = Reach::kPlace,
-    .pictures = {{.name = "overlay",
-                  .file = "sucai3.png",
-                  .landscapeFile = "sucai3.png",
-                  .help = "the soft light"}},
+    .pictures = kPrettyJapanPictures,
     .pipeline = {.name = "PrettyJapan", .identifier = 27, .runs = true, .loadsPicture = true},
     .run = runSoftLight<japanEffect>,
     .softLight = japanEffect,
