@@ -36,11 +36,19 @@ public final class EffectAlgorithm {
    * <table>
    *   <caption>Effects</caption>
    *   <tr><th>name</th><th>overlay picture</th></tr>
-   *   <tr><td>{@code PrettySweet}, {@code PrettyNature}, {@code PrettyBlue},
-   *     {@code PrettyMoonlight}, {@code PrettyWhiteDew}</td><td>none</td></tr>
-   *   <tr><td>{@code PrettyBeautiful}, {@code PrettyPink}</td><td>{@code sucai0.png}, or
-   *     {@code sucai0_r.png} when the frame is wider than tall</td></tr>
-   *   <tr><td>{@code PrettyJapan}</td><td>{@code sucai3.png}</td></tr>
+   *   <!-- catalogue: pipeline -->
+   *   <tr><td>{@code PrettySweet},
+   *     {@code PrettyNature},
+   *     {@code PrettyBlue},
+   *     {@code PrettyMoonlight},
+   *     {@code PrettyWhiteDew}</td>
+   *     <td>none</td></tr>
+   *   <tr><td>{@code PrettyBeautiful},
+   *     {@code PrettyPink}</td>
+   *     <td>{@code sucai0.png}, or {@code sucai0_r.png} when the frame is wider than tall</td></tr>
+   *   <tr><td>{@code PrettyJapan}</td>
+   *     <td>{@code sucai3.png}</td></tr>
+   *   <!-- end of catalogue -->
    * </table>
    *
    * <p>Pictures are read from {@code /data/data/com.android.camera/effect/} on every call. With any
