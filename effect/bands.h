@@ -1,5 +1,5 @@
-// The effect road in one pass: within each strip a few rows at a time go through conversion, effect
-// and conversion back while they are in the cache.
+// The effect pipeline in one pass: within each strip a few rows at a time go through conversion,
+// effect and conversion back while they are in the cache.
 //
 //   strip of the frame   rows 0, 1 --decode--> band --effect--> band --encode--> rows 0, 1
 //   (one task)           rows 2, 3 --decode--> band ...
@@ -7,6 +7,7 @@
 // The work images stay untouched: the first touch of two fresh ones takes longer than most effects.
 #pragma once
 
+#include "effect/chosen_effect.h"
 #include "effect/frame_strips.h"
 
 namespace alg {
@@ -16,8 +17,8 @@ namespace alg {
 /// their own.
 bool bandsFit(const Frame& frame);
 
-/// Runs the effect on such a frame. Returns false, with the frame untouched, when memory is short;
-/// std::bad_alloc may say so, too.
-bool runBands(const char* effectName, const Frame& frame);
+/// Runs the effect on such a frame. It must have independent rows (Bands::kAny). Returns false,
+/// with the frame untouched, when memory is short; std::bad_alloc may say so, too.
+bool runBands(const ChosenEffect& effect, const Frame& frame);
 
 }  // namespace alg

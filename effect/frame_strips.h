@@ -1,14 +1,15 @@
-// Frames, and the records of their strips.
+// Frames, and the parts that they and their pictures are cut into.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
+#include "catalogue/operation.h"
 #include "effect/strip_split.h"
-#include "libalgorithm/effect_pipeline.h"
 
 namespace alg {
 
-/// An NV21 frame in memory, with its strides in bytes.
+/// An NV21 frame in memory, or rows of one from an even row on, with its strides in bytes.
 struct Frame {
   uint8_t* y;
   uint8_t* uv;
@@ -18,17 +19,31 @@ struct Frame {
   int uvStride;
 };
 
-/// The road works in that many strips; effects have them or one.
+/// The pipeline works in that many strips; effects have them or one.
 inline constexpr int kStrips = 4;
 
-/// The part of a frame that a strip covers.
-YuvStripDesc yuvStrip(const Frame& frame, const Strip& strip);
+/// Rows of a frame.
+inline Frame rowsOf(const Frame& frame, const Strip& strip) {
+  return {frame.y + std::ptrdiff_t{strip.firstRow} * frame.yStride,
+          frame.uv + std::ptrdiff_t{strip.firstRow / 2} * frame.uvStride,
+          frame.width,
+          strip.rows,
+          frame.yStride,
+          frame.uvStride};
+}
 
-/// The part of a strip of a packed image whose first row is at `pixels`. It has no effect yet.
-RgbStripDesc rgbStrip(const Frame& frame, const Strip& strip, uint8_t* pixels);
-
-/// Gives strip `index` its effect, with its band of the overlay: equal bands of whole rows,
-/// whatever the frame's cut.
-void addEffect(RgbStripDesc& desc, const EffectTypeInfo& effect, int index);
+/// Band `index` of a picture that is cut into `count` bands of whole rows, whatever the frame's
+/// strips. A band begins at index x (bytes / count), which is inside a row where the rows don't
+/// divide evenly.
+inline PictureView bandOf(const PictureView& picture, int count, int index) {
+  if (picture.pixels == nullptr) {
+    return {};
+  }
+  const auto bands = static_cast<uint32_t>(count);
+  const auto bytes =
+      4 * static_cast<uint32_t>(picture.width) * static_cast<uint32_t>(picture.height);
+  return {picture.pixels + std::size_t{static_cast<uint32_t>(index)} * (bytes / bands),
+          picture.width, static_cast<int>(static_cast<uint32_t>(picture.height) / bands)};
+}
 
 }  // namespace alg

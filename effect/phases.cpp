@@ -2,67 +2,65 @@
 
 #include <cstddef>
 #include <optional>
+#include <span>
 
 #include "base/image_size.h"
+#include "convert/frame_convert.h"
 #include "effect/strip_effect.h"
-#include "libalgorithm/yuv_convert.h"
+#include "libalgorithm/effect_pipeline.h"
 #include "threadpool/global_pool.h"
 
 namespace alg {
 namespace {
 
-RgbStripDesc workStrip(const Frame& frame, const Strip& strip, uint8_t* workImage) {
-  return rgbStrip(frame, strip,
-                  workImage + std::size_t{kPackedBytes} * static_cast<std::size_t>(frame.width) *
-                                  static_cast<std::size_t>(strip.firstRow));
+std::size_t workOffset(const Frame& frame, int row) {
+  return std::size_t{kPackedBytes} * static_cast<std::size_t>(frame.width) *
+         static_cast<std::size_t>(row);
 }
 
-/// EffectFunction(), with its work memory had before: all strips get the effect, or none.
-void mapStrip(const void* input, const void* param, void* output) {
-  const auto& in = *static_cast<const RgbStripDesc*>(param);
-  const auto& out = *static_cast<const RgbStripDesc*>(output);
-  auto& effect = *static_cast<StripEffect*>(const_cast<void*>(input));
-  effect.mapRows(in.pixels, out.pixels, 0, in.rows);
-}
+/// A strip of the effect phase: all strips get the effect, or none.
+struct EffectStrip {
+  std::optional<StripEffect> effect;
+  Strip rows;
+};
 
 }  // namespace
 
-bool runPhases(const char* effectName, const Frame& frame) {
-  tagT_ThreadPoolTaskInput records[kStrips] = {};
-  YuvStripDesc yuv[kStrips];
-  RgbStripDesc in[kStrips];
-  RgbStripDesc out[kStrips];
-  std::optional<StripEffect> effects[kStrips];
+bool runPhases(const EffectRequest& request, const Frame& frame, bool& lacksPicture) {
+  Strip strips[kStrips];
   for (int i = 0; i < kStrips; ++i) {
-    const Strip strip = stripOf(frame.height, kStrips, i);
-    yuv[i] = yuvStrip(frame, strip);
-    in[i] = workStrip(frame, strip, gCLAHE_Rgb_Buffer_in);
-    records[i].input = &yuv[i];
-    records[i].output = &in[i];
+    strips[i] = stripOf(frame.height, kStrips, i);
   }
-  runOnPool(kStrips, YUV2RGB, records);
+  runOnPool(strips, [&](const Strip& strip) {
+    const Frame rows = rowsOf(frame, strip);
+    decodeFrame(RowFormat::kPackedUV, gCLAHE_Rgb_Buffer_in + workOffset(frame, strip.firstRow),
+                {rows.y, rows.uv, rows.yStride, rows.uvStride}, rows.width, rows.height);
+  });
 
-  const EffectOfRun found(effectName, frame.width, frame.height);
-  const EffectTypeInfo& effect = found.info();
-  for (int i = 0; i < effect.stripCount; ++i) {
-    const Strip strip = stripOf(frame.height, effect.stripCount, i);
-    in[i] = workStrip(frame, strip, gCLAHE_Rgb_Buffer_in);
-    addEffect(in[i], effect, i);
-    out[i] = workStrip(frame, strip, gCLAHE_Rgb_Buffer_out);
-    effects[i].emplace(in[i]);
-    if (!effects[i]->ready()) {
+  const ChosenEffect effect(request, frame.width, frame.height);
+  lacksPicture = effect.lacksPicture();
+  EffectStrip effectStrips[kStrips];
+  const auto used = std::span(effectStrips).first(static_cast<std::size_t>(effect.strips()));
+  for (int i = 0; i < effect.strips(); ++i) {
+    auto& [stripEffect, rows] = effectStrips[i];
+    rows = stripOf(frame.height, effect.strips(), i);
+    stripEffect.emplace(effect.operation(), bandOf(effect.picture(), effect.strips(), i),
+                        frame.width, rows.rows);
+    if (!stripEffect->ready()) {
       return false;
     }
-    records[i] = {&*effects[i], &out[i], &in[i]};
   }
-  runOnPool(effect.stripCount, mapStrip, records);
+  runOnPool(used, [&](EffectStrip& strip) {
+    const std::size_t offset = workOffset(frame, strip.rows.firstRow);
+    strip.effect->mapRows(gCLAHE_Rgb_Buffer_in + offset, gCLAHE_Rgb_Buffer_out + offset, 0,
+                          strip.rows.rows);
+  });
 
-  for (int i = 0; i < kStrips; ++i) {
-    out[i] = workStrip(frame, stripOf(frame.height, kStrips, i), gCLAHE_Rgb_Buffer_out);
-    records[i].input = &out[i];
-    records[i].output = &yuv[i];
-  }
-  runOnPool(kStrips, RGB2YUV, records);  // nothing before this has written to the frame
+  runOnPool(strips, [&](const Strip& strip) {  // nothing before this has written to the frame
+    const Frame rows = rowsOf(frame, strip);
+    encodeFrame(RowFormat::kPackedUV, gCLAHE_Rgb_Buffer_out + workOffset(frame, strip.firstRow),
+                {rows.y, rows.uv, rows.yStride, rows.uvStride}, rows.width, rows.height);
+  });
   return true;
 }
 

@@ -9,27 +9,37 @@
 #include "threadpool/global_pool.h"
 
 namespace alg {
+namespace {
 
-bool runEffect(const char* effectName, const Frame& frame, Road road) {
+/// Returns false, with the frame untouched, when memory is short.
+bool run(const EffectRequest& request, const Frame& frame, Passes passes, const WorkImages& images,
+         bool& lacksPicture) {
+  if (passes == Passes::kFewest && bandsFit(frame)) {
+    const ChosenEffect effect(request, frame.width, frame.height);
+    lacksPicture = effect.lacksPicture();
+    return runBands(effect, frame);
+  }
+  return images.ready() && runPhases(request, frame, lacksPicture);
+}
+
+}  // namespace
+
+Outcome runEffect(const EffectRequest& request, const Frame& frame, Passes passes) {
   if (frame.width < 1 || frame.height < 1) {
-    return true;
+    return Outcome::kDone;
   }
   // One run at a time: the work images, the picture and the pool are single instances.
   const std::lock_guard lock(poolMutex());
   const WorkImages images(frame.width, frame.height);
+  bool lacksPicture = false;
   try {
-    if (road == Road::kFastest && bandsFit(frame)) {
-      return runBands(effectName, frame);
+    if (!run(request, frame, passes, images, lacksPicture)) {
+      return Outcome::kNoMemory;
     }
-    return images.ready() && runPhases(effectName, frame);
   } catch (const std::bad_alloc&) {
-    return false;
+    return Outcome::kNoMemory;
   }
+  return lacksPicture ? Outcome::kNoPicture : Outcome::kDone;
 }
 
 }  // namespace alg
-
-void KAVRO_PrettyEffect_Function(const char* effectName, const char* /*format*/, uint8_t* y,
-                                 uint8_t* uv, int height, int width, int yStride, int uvStride) {
-  alg::runEffect(effectName, {y, uv, width, height, yStride, uvStride});
-}

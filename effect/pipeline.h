@@ -1,19 +1,29 @@
-// The effect road, with an answer for callers inside the library.
+// The effect pipeline, with an answer for callers inside the library.
 #pragma once
 
+#include <cstdint>
+
+#include "effect/chosen_effect.h"
 #include "effect/frame_strips.h"
 
 namespace alg {
 
-enum class Road : uint8_t {
-  kFastest,  ///< in one pass where the frame allows it
-  kPhases    ///< the definition: three phases over the whole frame
+enum class Passes : uint8_t {
+  kFewest,  ///< one where the frame allows it
+  kThree    ///< the definition: three phases over the whole frame
 };
 
-/// Runs the named effect on the frame, in place. Runs queue up behind one process-wide lock; when
-/// the pool can't start, the run does its strips on the calling thread. Returns false, with the
-/// frame untouched, when memory is short, or when a frame that goes through the work images has
-/// larger ones than 2^31 - 1 bytes. A size below 1 does nothing.
-bool runEffect(const char* effectName, const Frame& frame, Road road = Road::kFastest);
+/// What has become of a frame.
+enum class Outcome : uint8_t {
+  kDone,       ///< the effect is on it, or it passed through under a name without one
+  kNoPicture,  ///< it passed through: the effect's picture is missing
+  kNoMemory    ///< it is untouched
+};
+
+/// Runs an effect on the frame, in place. Runs queue up behind one process-wide lock; when the pool
+/// can't start, the run does its strips on the calling thread. A frame that goes through the work
+/// images has no memory for larger ones than 2^31 - 1 bytes. A size below 1 does nothing.
+Outcome runEffect(const EffectRequest& request, const Frame& frame,
+                  Passes passes = Passes::kFewest);
 
 }  // namespace alg

@@ -1,11 +1,10 @@
-// What an effect identifier does to a strip of a packed work image.
+// What an effect does to a strip of a packed image.
 #pragma once
 
 #include <cstdint>
 #include <optional>
 
-#include "effect/effect_table.h"
-#include "libalgorithm/effect_pipeline.h"
+#include "catalogue/operation.h"
 #include "pretty/soft_light.h"
 
 namespace alg {
@@ -13,10 +12,14 @@ namespace alg {
 /// The effect of one strip, which may be done in parts. One thread at a time.
 class StripEffect {
  public:
-  /// Reads the strip's sizes, identifier and overlay band; the overlay's pixels must outlive this.
-  explicit StripEffect(const RgbStripDesc& strip);
+  /// @param operation  null: pixels stay as they are, but crossed, so that the conversion back
+  ///                   undoes it
+  /// @param picture    the strip's share of the effect's picture; its pixels must outlive this
+  /// @param width      pixels per row
+  /// @param rows       of the strip
+  StripEffect(const Operation* operation, const PictureView& picture, int width, int rows);
 
-  /// Whether the work memory for the overlay could be had.
+  /// Whether the work memory for the picture could be had.
   bool ready() const { return !image_ || image_->ready(); }
 
   /// Does rows firstRow..firstRow + rows - 1 of the strip, src and dst pointing at the first of
@@ -24,8 +27,10 @@ class StripEffect {
   void mapRows(uint8_t* src, uint8_t* dst, int firstRow, int rows);
 
  private:
+  const Operation* operation_;
+  PictureView picture_;
   int width_;
-  SimpleFilter* filter_;
+  int rows_;
   std::optional<SoftLightImage> image_;
 };
 

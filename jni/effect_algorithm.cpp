@@ -23,7 +23,9 @@ extern "C" ALGORITHM_API void Java_com_orvik_camera_common_Native_EffectAlgorith
     return;
   }
   uint8_t* const chroma = frame->address + std::ptrdiff_t{width} * height;
-  if (!alg::runEffect(name.get(), {frame->address, chroma, width, height, width, width})) {
+  const auto outcome =
+      alg::runEffect({.name = name.get()}, {frame->address, chroma, width, height, width, width});
+  if (outcome == alg::Outcome::kNoMemory) {
     call.fail("failed: no memory for this frame");
   }
 }

@@ -26,13 +26,15 @@ std::recursive_mutex& alg::poolMutex() {
   return pool.mutex;
 }
 
-void alg::runOnPool(int count, ThreadPoolTaskFunc callback, tagT_ThreadPoolTaskInput* records) {
+void alg::runRecordsOnPool(std::span<tagT_ThreadPoolTaskInput> records,
+                           ThreadPoolTaskFunc callback) {
   if (g_hal_threadpool_init != 0) {
-    ThreadPoolWorker(g_threadpool, count, callback, records).Work();
+    ThreadPoolWorker(g_threadpool, static_cast<int>(records.size()), callback, records.data())
+        .Work();
     return;
   }
-  for (int i = 0; i < count; ++i) {
-    callback(records[i].input, records[i].param, records[i].output);
+  for (const tagT_ThreadPoolTaskInput& record : records) {
+    callback(record.input, record.param, record.output);
   }
 }
 

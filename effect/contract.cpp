@@ -1,8 +1,10 @@
-#include "effect/frame_strips.h"
-
+// What outside callers know the pipeline by, as thin layers over it.
 #include <cstddef>
 
-#include "base/image_size.h"
+#include "effect/chosen_effect.h"
+#include "effect/pipeline.h"
+#include "effect/strip_effect.h"
+#include "libalgorithm/effect_pipeline.h"
 
 // Records cross the library's border, to and from callers that were built apart from it.
 static_assert(offsetof(EffectTypeInfo, overlay) == 0 &&
@@ -24,37 +26,20 @@ static_assert(offsetof(RgbStripDesc, pixels) == 0 && offsetof(RgbStripDesc, widt
 static_assert(offsetof(StripRange, reserved) == 0 && offsetof(StripRange, firstRow) == 4 &&
               offsetof(StripRange, imageHeight) == 8 && sizeof(StripRange) == 12);
 
-namespace alg {
-
-YuvStripDesc yuvStrip(const Frame& frame, const Strip& strip) {
-  return {frame.y + std::ptrdiff_t{strip.firstRow} * frame.yStride,
-          frame.uv + std::ptrdiff_t{strip.firstRow / 2} * frame.uvStride,
-          frame.width,
-          strip.rows,
-          frame.yStride,
-          frame.uvStride};
+EffectTypeInfo effectTypeInit(const char* name, int width, int height) {
+  return alg::ChosenEffect({.name = name}, width, height, alg::ChosenEffect::Purpose::kReport)
+      .record();
 }
 
-RgbStripDesc rgbStrip(const Frame& frame, const Strip& strip, uint8_t* pixels) {
-  RgbStripDesc desc{};
-  desc.pixels = pixels;
-  desc.width = frame.width;
-  desc.rows = strip.rows;
-  desc.yStride = frame.yStride;
-  desc.uvStride = frame.uvStride;
-  desc.channels = kPackedBytes;
-  return desc;
+void EffectFunction(const void* input, const void* /*param*/, void* output) {
+  const auto& in = *static_cast<const RgbStripDesc*>(input);
+  const auto& out = *static_cast<const RgbStripDesc*>(output);
+  alg::StripEffect(alg::findPipelineEffect(in.effectId),
+                   {in.overlay, in.overlayWidth, in.overlayRows}, in.width, in.rows)
+      .mapRows(in.pixels, out.pixels, 0, in.rows);
 }
 
-void addEffect(RgbStripDesc& desc, const EffectTypeInfo& effect, int index) {
-  const auto width = static_cast<uint32_t>(effect.overlayWidth);
-  const auto height = static_cast<uint32_t>(effect.overlayHeight);
-  const auto count = static_cast<uint32_t>(effect.stripCount);
-  desc.effectId = effect.effectId;
-  desc.effectFlag = effect.effectFlag;
-  desc.overlay = effect.overlay + static_cast<uint32_t>(index) * (width * height * 4 / count);
-  desc.overlayWidth = effect.overlayWidth;
-  desc.overlayRows = static_cast<int32_t>(height / count);
+void KAVRO_PrettyEffect_Function(const char* effectName, const char* /*format*/, uint8_t* y,
+                                 uint8_t* uv, int height, int width, int yStride, int uvStride) {
+  alg::runEffect({.name = effectName}, {y, uv, width, height, yStride, uvStride});
 }
-
-}  // namespace alg
