@@ -86,13 +86,13 @@ void outlastAWakeUp(const void*, const void*, void*) {
 }
 
 TEST(Calls, WakingUpForNothingIsNoNews) {
+  HALThreadPoolDestroy();
   wakeUpForNothing(memory, sizeof memory, 3);
   auto* const pool = new (memory) ThreadPool(1);  // its thread finds no task
   pool->initialize_threadpool();
   while (waits < 4) sched_yield();
   pool->~ThreadPool();
 
-  HALThreadPoolDestroy();
   wakeUpForNothing(memory, sizeof memory, 1);
   HALThreadPoolInit();
   tagT_ThreadPoolTaskInput record{};
@@ -148,9 +148,7 @@ TEST(Calls, RunsWorkOnThePoolWithTheirImagesThere) {
   HALThreadPoolDestroy();
 }
 
-void countCall(const void*, const void*, void* output) {
-  ++*static_cast<int*>(output);
-}
+void countCall(const void*, const void*, void* output) { ++*static_cast<int*>(output); }
 
 TEST(Calls, WorkWithoutMemoryIsDoneOnTheCallingThread) {
   constexpr int kPieces = 300;  // more than a block of the queue holds
