@@ -86,6 +86,7 @@ int main(int count, char** arguments) {
   benchmark::Initialize(&count, options.data());
   if (benchmark::ReportUnrecognizedArguments(count, options.data())) return 2;
   std::ranges::for_each(alg::bench::routines(), alg::bench::addAll);
+  alg::bench::addNatives();
   benchmark::RunSpecifiedBenchmarks();
   benchmark::Shutdown();
 }

@@ -46,6 +46,9 @@ inline std::size_t bytesMoved(const Routine& routine, const Size& size) {
 /// Seconds that memcpy takes to read and write `moved` bytes together; the best of a few.
 double secondsToCopy(std::size_t moved);
 
+/// Registers the natives' benchmarks.
+void addNatives();
+
 /// Makes the compiler believe that all memory is read and written here.
 inline void clobberMemory() { asm volatile("" : : : "memory"); }
 

@@ -9,6 +9,7 @@
 #include <limits>
 
 #include "base/image_size.h"
+#include "platform/large_block.h"
 
 namespace alg {
 namespace {
@@ -103,7 +104,7 @@ Block allocateResult(const CallScope& call, int64_t bytes) {
     call.fail("refused: a result of %" PRId64 " bytes is too large for Java", bytes);
     return nullptr;
   }
-  Block block = allocateBlock(static_cast<std::size_t>(bytes));
+  Block block = allocateLargeBlock(static_cast<std::size_t>(bytes));
   if (!block) {
     call.fail("failed: no memory for a result of %" PRId64 " bytes", bytes);
   }

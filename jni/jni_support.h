@@ -60,8 +60,8 @@ std::optional<BufferMemory> directMemory(JNIEnv* env, jobject buffer);
 std::optional<BufferMemory> checkBuffer(const CallScope& call, JNIEnv* env, jobject buffer,
                                         const char* role, int64_t needed);
 
-/// A block for a result of `bytes` bytes; null, with an error line, when it can't be had or is too
-/// large for a Java buffer.
+/// A block for a result of `bytes` bytes, in large pages where they pay; null, with an error line,
+/// when it can't be had or is too large for a Java buffer.
 Block allocateResult(const CallScope& call, int64_t bytes);
 
 /// Hands a block to Java as a direct buffer; Java keeps its memory for the life of the process.
