@@ -38,11 +38,10 @@ bool repair(Bytes& png) {
 void overlay(const ref::Effect& effect, const alg::Bitmap& bitmap, const Bytes& frame, int width,
              int height) {
   ref::Picture picture{bitmap.width, bitmap.height, {}};
-  const std::size_t bytes = 4 * zu(bitmap.width) * zu(bitmap.height);
-  picture.rgba.assign(bitmap.pixels.get(), bitmap.pixels.get() + bytes);
+  picture.rgba.assign(bitmap.pixels.get(), bitmap.pixels.get() + bitmap.bytes());
   Bytes expected = frame;
   const std::ptrdiff_t chroma = std::ptrdiff_t{width} * height;
-  ref::road(effect, bytes != 0 ? &picture : nullptr, expected.data(), expected.data() + chroma,
+  ref::road(effect, bitmap.pixels ? &picture : nullptr, expected.data(), expected.data() + chroma,
             {width, height, width, width});
   for (const alg::Road road : {alg::Road::kFastest, alg::Road::kPhases}) {
     Bytes got = frame;
@@ -64,8 +63,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
 
   alg::Bitmap bitmap;
   decodePngFile("/picture", bitmap);
-  for (std::size_t i = 0; i < 4 * zu(bitmap.width) * zu(bitmap.height); ++i) {
-    expectThat(bitmap.pixels[i] <= bitmap.pixels[i | 3], "no colour is above its alpha");
+  const uint8_t* pixels = bitmap.pixels.get();
+  for (std::size_t i = 0; i < bitmap.bytes(); ++i) {
+    expectThat(pixels[i] <= pixels[i | 3], "no colour is above its alpha");
   }
   if (kind < 2) {
     overlay(ref::kEffects[zu(26 + kind)], bitmap, input.fill(width * height * 3 / 2), width,
