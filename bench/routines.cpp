@@ -98,12 +98,12 @@ void evenBlur(uint8_t* in, uint8_t* out, int w, int h) {
   miniature_r(in, out, w, h, half / kPeak * (kPeak - kRadius), 2 * half);
 }
 
-template <char const* kName, Road kRoad = Road::kFastest>
+template <char const* kName, Passes kPasses = Passes::kFewest>
 void road(uint8_t* /*in*/, uint8_t* out, int w, int h) {
-  if (kRoad == Road::kFastest) {
+  if (kPasses == Passes::kFewest) {
     KAVRO_PrettyEffect_Function(kName, "", out, out + w * h, h, w, w, w);
   } else {
-    runEffect(kName, {out, out + w * h, w, h, w, w}, kRoad);
+    runEffect({.name = kName}, {out, out + w * h, w, h, w, w}, kPasses);
   }
 }
 constexpr char kSweet[] = "PrettySweet", kNature[] = "PrettyNature", kBlue[] = "PrettyBlue",
@@ -164,7 +164,7 @@ constexpr Routine kRoutines[] = {
     {"EffectFunction, passing through", Input::kPacked, 2 * kP, strip<&EffectFunction>},
     {"KAVRO_PrettyEffect_Function PrettySweet", Input::kFrame, 2 * kF, road<kSweet>, Look::kRoad},
     {"KAVRO_PrettyEffect_Function PrettySweet in phases", Input::kFrame, 2 * kF,
-     road<kSweet, Road::kPhases>, Look::kRoad},
+     road<kSweet, Passes::kThree>, Look::kRoad},
     {"KAVRO_PrettyEffect_Function PrettyNature", Input::kFrame, 2 * kF, road<kNature>,
      Look::kPreview},
     {"KAVRO_PrettyEffect_Function PrettyBlue", Input::kFrame, 2 * kF, road<kBlue>, Look::kPreview},

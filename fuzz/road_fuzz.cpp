@@ -54,11 +54,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
     ref::road(effect, picture.width > 0 ? &picture : nullptr, expectedLuma.data(),
               expectedChroma.data(), f);
   }
-  for (const alg::Road road : {alg::Road::kFastest, alg::Road::kPhases}) {
+  for (const alg::Passes passes : {alg::Passes::kFewest, alg::Passes::kThree}) {
     Bytes y = luma, uv = chroma;
-    expectThat(alg::runEffect(effect.name.c_str(),
-                              {y.data(), uv.data(), width, height, f.yStride, f.uvStride}, road),
-               "the road runs");
+    expectThat(alg::runEffect({.name = effect.name.c_str()},
+                              {y.data(), uv.data(), width, height, f.yStride, f.uvStride},
+                              passes) != alg::Outcome::kNoMemory,
+               "the pipeline runs");
     if (!defined) continue;
     expectSame(y, expectedLuma, "luma");
     expectSame(uv, expectedChroma, "chroma");

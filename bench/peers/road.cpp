@@ -126,8 +126,8 @@ Duel besideSweet(Scene& s, const char* effect, double required) {
   duel.tolerance = 0;
   duel.difference = [&s, effect] {
     Bytes defined = previewFrame(), passed = previewFrame();
-    runEffect(effect, frameOf(defined, kPreview), Road::kPhases);
-    runEffect("no effect", frameOf(passed, kPreview), Road::kPhases);
+    runEffect({.name = effect}, frameOf(defined, kPreview), Passes::kThree);
+    runEffect({.name = "no effect"}, frameOf(passed, kPreview), Passes::kThree);
     return defined == passed ? 255 : meanDifference(s.ours, defined, defined.size());
   };
   return duel;

@@ -107,20 +107,19 @@ TEST(Calls, WakingUpForNothingIsNoNews) {
 Bytes frameOf(int width, int height) { return noise(width * height * 3 / 2); }
 
 bool runBlue(Bytes& frame, int width, int height) {
-  return alg::runEffect("PrettyBlue", {&frame[0], &frame[zu(width * height)], width, height, width,
-                                       width + width % 2});
+  return alg::runEffect({.name = "PrettyBlue"}, {&frame[0], &frame[zu(width * height)], width,
+                                                 height, width, width + width % 2}) ==
+         alg::Outcome::kDone;
 }
 
 std::pair<int, int> imagesAtLookup;
 
 TEST(Calls, RunsWorkOnThePoolWithTheirImagesThere) {
-  struct {
-    int width, height, callbacks;  // each strip in one pass, or in three phases
-  } const frames[] = {{64, 48, 4}, {63, 48, 12}};
+  constexpr int kSteps = 3 * 4;  // conversion, effect and conversion back of four strips
   onLookup = [] {
     imagesAtLookup = {gCLAHE_Rgb_Buffer_in != nullptr, gCLAHE_Rgb_Buffer_out != nullptr};
   };
-  for (const auto& [width, height, callbacks] : frames) {
+  for (const auto& [width, height] : {std::pair{64, 48}, {63, 48}}) {  // in one pass, in three
     Bytes good = frameOf(width, height + 1);
     EXPECT_TRUE(runBlue(good, width, height));
     for (const bool imagesBefore : {false, true}) {
@@ -128,7 +127,7 @@ TEST(Calls, RunsWorkOnThePoolWithTheirImagesThere) {
       const std::unique_ptr<uint8_t, decltype(&std::free)> in(gCLAHE_Rgb_Buffer_in, std::free),
           out(gCLAHE_Rgb_Buffer_out, std::free);  // not the run's to free
       for (const bool roomForImages : {true, false}) {
-        const bool runs = roomForImages || callbacks == 4;
+        const bool runs = roomForImages || width % 2 == 0;
         refusedBlock = roomForImages ? 0 : zu(width * height * 3);
         takeStripThreads();
         imagesAtLookup = {};
@@ -139,7 +138,7 @@ TEST(Calls, RunsWorkOnThePoolWithTheirImagesThere) {
         EXPECT_EQ(imagesAtLookup, std::pair(+roomForImages, +roomForImages));
         EXPECT_TRUE(gCLAHE_Rgb_Buffer_in == nullptr && gCLAHE_Rgb_Buffer_out == nullptr);
         const auto threads = takeStripThreads();
-        EXPECT_EQ(std::ssize(threads), runs ? callbacks : 0);
+        EXPECT_EQ(std::ssize(threads), runs ? kSteps : 0);
         EXPECT_EQ(std::ranges::count(threads, std::this_thread::get_id()), 0);
       }
     }

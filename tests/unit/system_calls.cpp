@@ -9,7 +9,9 @@
 #include <string>
 #include <utility>
 
-#include "libalgorithm/effect_pipeline.h"
+#include "convert/frame_convert.h"
+#include "effect/pipeline_names.h"
+#include "kernels/curve_map.h"
 #include "log_capture.h"
 
 std::atomic<int> threadsUntilFailure{-1}, waits;
@@ -73,9 +75,12 @@ std::vector<std::thread::id> takeStripThreads() {
   return std::exchange(stripThreads, {});
 }
 
-#define WRAP(type, name, parameters)        \
+#define REAL_(name) __real_##name
+#define REAL(name) REAL_(name)
+#define WRAP_(type, name, parameters)       \
   extern "C" type __real_##name parameters; \
   extern "C" type __wrap_##name parameters
+#define WRAP(type, name, parameters) WRAP_(type, name, parameters)
 
 #define WRAP_OBJECT_CALL(name, parameters, object, ...)                                            \
   WRAP(int, pthread_##name, parameters) {                                                          \
@@ -115,15 +120,21 @@ WRAP(void*, _Znwm, (std::size_t size)) {  // operator new
   return __real__Znwm(size);
 }
 
-WRAP(EffectTypeInfo, _Z14effectTypeInitPKcii, (const char* name, int width, int height)) {
+#define FIND_PIPELINE_NAME _ZN3alg16findPipelineNameESt17basic_string_viewIcSt11char_traitsIcEE
+WRAP(const alg::Operation*, FIND_PIPELINE_NAME, (std::string_view name)) {
   onLookup();
-  return __real__Z14effectTypeInitPKcii(name, width, height);
+  return REAL(FIND_PIPELINE_NAME)(name);
 }
 #define WRAP_STRIP(name, parameters, ...) \
   WRAP(void, name, parameters) {          \
     noteStrip();                          \
     __real_##name(__VA_ARGS__);           \
   }
-WRAP_STRIP(_Z7YUV2RGBPKvS0_Pv, (const void* in, const void* param, void* out), in, param, out)
-WRAP_STRIP(_Z7RGB2YUVPKvS0_Pv, (const void* in, const void* param, void* out), in, param, out)
-WRAP_STRIP(_Z10PrettyBluePhS_ii, (unsigned char* s, unsigned char* d, int w, int h), s, d, w, h)
+WRAP_STRIP(_ZN3alg11decodeFrameENS_9RowFormatEPhRKNS_6PlanesIKhEEii,
+           (alg::RowFormat f, uint8_t* p, const alg::Planes<const uint8_t>& planes, int w, int h),
+           f, p, planes, w, h)
+WRAP_STRIP(_ZN3alg11encodeFrameENS_9RowFormatEPKhRKNS_6PlanesIhEEii,
+           (alg::RowFormat f, const uint8_t* p, const alg::Planes<uint8_t>& planes, int w, int h),
+           f, p, planes, w, h)
+WRAP_STRIP(_ZN3alg9mapCurvesEPKhPhmRKNS_6CurvesE,
+           (const uint8_t* src, uint8_t* dst, std::size_t n, const alg::Curves& c), src, dst, n, c)

@@ -33,7 +33,7 @@ void wakeUpForNothing(const void* object, std::size_t size, int times);
 /// Waits on that object since then.
 extern std::atomic<int> waits;
 
-/// The threads that the road's callbacks and PrettyBlue were called on since the last call.
+/// The threads that conversions and curves of strips were done on since the last call.
 std::vector<std::thread::id> takeStripThreads();
 /// Run where a run looks its effect up.
 extern void (*onLookup)();
