@@ -20,8 +20,10 @@
 /// What an effect name stands for.
 struct EffectTypeInfo {
   uint8_t* overlay;       ///< overlay picture: R, G, B, A bytes, rows packed; null for a name
-                          ///< without one. Valid until the next call that decodes a picture. When
-                          ///< "newsketch_effect" lacks its own, the picture decoded last, if any.
+                          ///< without one. Valid until the next call that decodes a picture, and
+                          ///< not to be written to: it may be shown again. When
+                          ///< "newsketch_effect" lacks its own, the picture decoded last, if any
+                          ///< (but for one of over 32 MB, which a run has freed).
   int32_t overlayWidth;   ///< pixels
   int32_t overlayHeight;  ///< rows
   int32_t effectId;       ///< 0..27; 1000 for an unknown name or a missing picture
@@ -30,7 +32,8 @@ struct EffectTypeInfo {
 };
 
 /// Looks an effect name up (exact, case-sensitive) and decodes its overlay picture, if it has one,
-/// from "/data/data/com.android.camera/effect/". Landscape frames (width > height) may get a
+/// from "/data/data/com.android.camera/effect/" (a file that is the same as in an earlier call is
+/// not decoded again). Landscape frames (width > height) may get a
 /// picture of their own. A picture of fewer rows than the effect has strips counts as missing. Not
 /// reentrant: all pictures share one process-wide bitmap.
 /// @param name    not null
