@@ -51,6 +51,7 @@ struct KeptPicture {
   const std::string path = root.path("sucai3.png"), other = root.path("other.png");
   Bytes first, second;
   Bytes firstFile, secondFile;
+  mutable int fifo = -1;  // somebody has it open
 
   KeptPicture() {
     first = noise(140, 3), second = noise(140, 4);
@@ -64,6 +65,11 @@ struct KeptPicture {
     fs::permissions(path, fs::perms(0644));
     setModified(path, {1'000'000, 5}), setModified(other, {1'000'000, 5});
   }
+  ~KeptPicture() {
+    if (fifo >= 0) close(fifo);
+  }
+  KeptPicture(const KeptPicture&) = delete;
+  KeptPicture& operator=(const KeptPicture&) = delete;
 };
 
 enum class Then { kSame, kAnew, kEachTimeAnew, kOther, kMissing };
@@ -122,6 +128,14 @@ const Change kChanges[] = {
      [](auto& kept) {
        fs::remove(kept.path);
        fs::create_directory(kept.path);
+     }},
+    {"a fifo, with a picture in it", Then::kMissing,
+     [](auto& kept) {
+       fs::remove(kept.path);
+       EXPECT_EQ(mkfifo(kept.path.c_str(), 0600), 0);
+       kept.fifo = open(kept.path.c_str(), O_RDWR | O_CLOEXEC);
+       EXPECT_EQ(::write(kept.fifo, kept.secondFile.data(), kept.secondFile.size()),
+                 ssize_t(kept.secondFile.size()));
      }},
     {"a fifo", Then::kMissing,
      [](auto& kept) {
