@@ -4,7 +4,6 @@
 #include <png.h>
 #include <sys/types.h>
 
-#include <compare>
 #include <cstdint>
 #include <cstdio>
 
@@ -17,7 +16,10 @@ namespace alg {
 struct FileTime {
   int64_t seconds = 0;
   int64_t nanoseconds = 0;
-  auto operator<=>(const FileTime&) const = default;
+  bool operator==(const FileTime&) const = default;
+  bool operator<(const FileTime& other) const {
+    return seconds != other.seconds ? seconds < other.seconds : nanoseconds < other.nanoseconds;
+  }
 };
 
 /// What a file is known by, and what changes with its content.
