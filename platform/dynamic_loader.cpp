@@ -10,12 +10,14 @@ namespace alg {
 
 void* loadLibrary(std::string_view path) {
   try {
-    return dlopen(devicePath(path).c_str(), RTLD_NOW | RTLD_LOCAL);
+    return loadLibraryOfHost(devicePath(path).c_str());
   } catch (const std::bad_alloc&) {
     dlerror();  // an earlier text has nothing to do with it
     return nullptr;
   }
 }
+
+void* loadLibraryOfHost(const char* path) { return dlopen(path, RTLD_NOW | RTLD_LOCAL); }
 
 void* findSymbol(void* library, const char* name) { return dlsym(library, name); }
 

@@ -14,6 +14,9 @@ namespace alg {
 /// after a dlclose().
 void* loadLibrary(std::string_view path);
 
+/// The same for a path of the machine that the library runs on, which is taken as it is.
+void* loadLibraryOfHost(const char* path);
+
 /// The address of a library's symbol; null when it has none.
 void* findSymbol(void* library, const char* name);
 

@@ -14,6 +14,8 @@ SfbTenths sfbTenths;
 namespace {
 
 constexpr char kTag[] = "DOC_SFB";
+constexpr char kFactory[] = "VfbEngineCreate";
+constexpr char kNoEngine[] = "VfbEngineCreate gave no engine";
 
 constexpr SfbLevels kDefaultLevels{1, 60, 60, 30};
 constexpr uint8_t kStrongest = 100;
@@ -32,7 +34,7 @@ bool loadFactory() {
   __android_log_print(ANDROID_LOG_ERROR, kTag, "Loading SFBEngine library ... ");
   if (void* const library = loadLibrary(kSfbLibrary)) {
     __android_log_print(ANDROID_LOG_ERROR, kTag, "Loading function ... ");
-    pSfbEngineCreate = reinterpret_cast<VfbEngineCreate*>(findSymbol(library, "VfbEngineCreate"));
+    pSfbEngineCreate = reinterpret_cast<VfbEngineCreate*>(findSymbol(library, kFactory));
   }
   if (pSfbEngineCreate == nullptr) {
     __android_log_print(ANDROID_LOG_ERROR, kTag, "%s", loaderError());
@@ -67,6 +69,23 @@ int runEngine(SfbEngine* engine, GtImage* image, const SfbLevels& levels) {
     __android_log_print(ANDROID_LOG_ERROR, kTag, "The engine threw an exception");
     return kSfbThrew;
   }
+}
+
+/// Has an engine of the factory's process the image.
+SfbRun process(VfbEngineCreate* create, GtImage* image, const SfbLevels& levels) {
+  SfbEngine* engine = nullptr;
+  if (const int error = create(static_cast<int>(image->width), static_cast<int>(image->height),
+                               image->format, kCreateArgument, &engine);
+      error != 0) {
+    return {error};
+  }
+  if (engine == nullptr) {
+    __android_log_print(ANDROID_LOG_ERROR, kTag, "%s", kNoEngine);
+    return {kSfbNotLoaded, kNoEngine};
+  }
+  const int result = runEngine(engine, image, levels.mode == 1 ? kDefaultLevels : levels);
+  engine->operations->release(engine);
+  return {result};
 }
 
 }  // namespace
@@ -115,20 +134,20 @@ int SFBProcess(GtImage* image, const SfbLevels* levels) {
   if (!loadFactory()) {
     return kSfbNotLoaded;
   }
-  SfbEngine* engine = nullptr;
-  if (const int error =
-          pSfbEngineCreate(static_cast<int>(image->width), static_cast<int>(image->height),
-                           image->format, kCreateArgument, &engine);
-      error != 0) {
-    return error;
+  return process(pSfbEngineCreate, image, *levels).result;
+}
+
+SfbRun processWithEngineOfHost(const char* path, GtImage* image, const SfbLevels& levels) {
+  if (levels.mode == 0) {
+    return {};
   }
-  if (engine == nullptr) {
-    __android_log_print(ANDROID_LOG_ERROR, kTag, "VfbEngineCreate gave no engine");
-    return kSfbNotLoaded;
+  const std::lock_guard lock(engineMutex);
+  void* const library = loadLibraryOfHost(path);
+  void* const factory = library != nullptr ? findSymbol(library, kFactory) : nullptr;
+  if (factory == nullptr) {
+    return {kSfbNotLoaded, loaderError()};
   }
-  const int result = runEngine(engine, image, levels->mode == 1 ? kDefaultLevels : *levels);
-  engine->operations->release(engine);
-  return result;
+  return process(reinterpret_cast<VfbEngineCreate*>(factory), image, levels);
 }
 
 }  // namespace alg

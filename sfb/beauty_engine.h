@@ -40,6 +40,17 @@ void vfb_init_gtimage(GtImage* image, uint32_t format, int width, int height, in
 /// nothing.
 int SFBProcess(GtImage* image, const SfbLevels* levels);
 
+/// What a run with an engine of the caller's choice came to.
+struct SfbRun {
+  int result = 0;  ///< as of SFBProcess()
+  const char* whyNotLoaded =
+      nullptr;  ///< set when there is no engine; until this thread's next run
+};
+
+/// SFBProcess() with the engine library at `path` of this machine in place of the device's, which
+/// it loads in each call.
+SfbRun processWithEngineOfHost(const char* path, GtImage* image, const SfbLevels& levels);
+
 /// A tenth of the levels that mode 2 was last called with, towards zero. For SFBProcess() alone to
 /// write, and only while it has the engine to itself.
 struct SfbTenths {
