@@ -11,9 +11,15 @@ namespace alg {
 Bitmap bitmap_effect;
 Bitmap bitmap_front;
 
-bool decodePngFile(const char* path, Bitmap& bitmap) try {
-  PngFile file(devicePath(path).c_str());
+bool decodePngOfHost(const char* path, Bitmap& bitmap) try {
+  PngFile file(path);
   return file.readSize() && file.decode(bitmap);
+} catch (const std::bad_alloc&) {
+  return false;
+}
+
+bool decodePngFile(const char* path, Bitmap& bitmap) try {
+  return decodePngOfHost(devicePath(path).c_str(), bitmap);
 } catch (const std::bad_alloc&) {  // not even the path has room
   return false;
 }

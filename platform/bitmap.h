@@ -31,6 +31,9 @@ bool decodePngFile(const char* path, Bitmap& bitmap);
 /// The same for the file of that name among the pictures of the effects, in kPictureFolder.
 bool decodeEffectPicture(std::string_view name, Bitmap& bitmap);
 
+/// decodePngFile() for a path of the machine that the library runs on, which is taken as it is.
+bool decodePngOfHost(const char* path, Bitmap& bitmap);
+
 /// The picture that every overlay of the effect table, and of the classic effects, is decoded into.
 /// Not locked: one effect run at a time.
 extern Bitmap bitmap_effect;
