@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <atomic>
 #include <cctype>
-#include <memory>
 #include <new>
 #include <set>
 #include <system_error>
@@ -13,10 +12,9 @@
 #include <utility>
 
 #include "tools/console.h"
-#include "tools/device_root.h"
 #include "tools/effect_names.h"
 #include "tools/files.h"
-#include "tools/road.h"
+#include "tools/photo_effect.h"
 
 namespace fs = std::filesystem;
 
@@ -112,60 +110,40 @@ std::vector<Job> jobsInto(const fs::path& output, const std::vector<fs::path>& i
   return jobs;
 }
 
-const ClassicOption* optionOf(const ClassicEffect& effect, std::string_view name) {
-  const auto* const found = std::ranges::find(effect.options, name, &ClassicOption::name);
-  return found != effect.options.end() ? &*found : nullptr;
-}
-
-void checkOptions(const NamedEffect& effect, const ApplyRequest& request) {
-  for (const std::string& name : request.effectOptions) {
-    if (effect.classic != nullptr && optionOf(*effect.classic, name) != nullptr) {
-      continue;
-    }
-    const auto owner = std::ranges::find_if(
-        classicEffects(), [&](const auto& other) { return optionOf(other, name) != nullptr; });
-    throw WrongUse(
-        fmt::format("{} is an option of {}, not of {}", name, owner->name, request.effect));
-  }
-}
-
-/// The user's pictures in the place of the device's; none when the user names none.
-std::unique_ptr<UserDevice> usersPictures(const NamedEffect& effect, const ApplyRequest& request) {
-  std::unique_ptr<UserDevice> pictures;
-  for (const auto& [option, file] : request.pictures) {
-    if (!pictures) {
-      pictures = std::make_unique<UserDevice>();
-    }
-    pictures->addPicture(file, optionOf(*effect.classic, option)->picture);
-  }
-  if (pictures) {
-    checkPictures(*effect.classic);
-  }
-  return pictures;
-}
-
-/// Jobs on several threads, each of which takes the next one when it has done one.
+/// Jobs on several threads, each of which takes the next one when it is done with one.
 class Batch {
  public:
-  Batch(const NamedEffect& effect, std::vector<Job> jobs, const ApplyRequest& request)
-      : effect_(effect), request_(request), jobs_(std::move(jobs)), progress_(jobs_.size()) {}
+  /// Throws UserError when the effect can't run as the user wants it.
+  explicit Batch(const ApplyRequest& request)
+      : request_(request),
+        effect_(findEffect(request.effect)),
+        call_(callWith(request.choices, effect_)),
+        pictures_(request.choices.pictures) {
+    if (!request.choices.pictures.empty()) {
+      pictures_.of(effect_, 1, 1);
+    }
+  }
 
-  /// Returns whether all succeeded. Throws Interrupted when no thread is at work any more.
-  bool run();
+  const Operation& effect() const { return effect_; }
+  /// Returns whether all succeeded. Throws Interrupted, once no thread is at work any more.
+  bool run(std::vector<Job> jobs);
 
  private:
-  void takeJobs();
-  void doJob(const Job& job) const;
+  void takeJobs(Progress& progress);
+  void doJob(const Job& job);
 
-  const NamedEffect& effect_;
   const ApplyRequest& request_;
+  const Operation& effect_;
+  const Call call_;
+  EffectPictures pictures_;
   std::vector<Job> jobs_;
-  Progress progress_;
   std::atomic<std::size_t> next_ = 0;
   std::atomic<bool> succeeded_ = true;
 };
 
-bool Batch::run() {
+bool Batch::run(std::vector<Job> jobs) {
+  jobs_ = std::move(jobs);
+  Progress progress(jobs_.size());
   const unsigned wanted = request_.threads > 0 ? static_cast<unsigned>(request_.threads)
                                                : std::thread::hardware_concurrency();
   const auto threads = std::min<std::size_t>({wanted, kMostThreads, jobs_.size()});
@@ -173,25 +151,25 @@ bool Batch::run() {
     std::vector<std::jthread> others;
     try {
       while (others.size() + 1 < threads) {
-        others.emplace_back([this] { takeJobs(); });
+        others.emplace_back([&] { takeJobs(progress); });
       }
-    } catch (const std::system_error&) {  // no more threads to be had: fewer do it, too
+    } catch (const std::system_error&) {  // the system has no more: fewer do it, too
     }
-    takeJobs();
+    takeJobs(progress);
   }
   throwIfInterrupted();
   return succeeded_;
 }
 
-void Batch::takeJobs() {
+void Batch::takeJobs(Progress& progress) {
   for (std::size_t i = next_++; i < jobs_.size(); i = next_++) {
     const std::string name = jobs_[i].input.string();
     try {
       throwIfInterrupted();
-      progress_.begin(jobs_[i].input.filename().string());
+      progress.begin(jobs_[i].input.filename().string());
       doJob(jobs_[i]);
     } catch (const Interrupted&) {
-      return;  // run() tells
+      return;  // run() reports it
     } catch (const std::bad_alloc&) {
       complain(fmt::format("{}: not enough memory", name));
       succeeded_ = false;
@@ -199,18 +177,16 @@ void Batch::takeJobs() {
       complain(error.what());
       succeeded_ = false;
     }
-    progress_.end();
+    progress.end();
   }
 }
 
-void Batch::doJob(const Job& job) const {
+void Batch::doJob(const Job& job) {
   auto [photo, metadata] = readPhoto(job.input);
-  if (effect_.classic != nullptr) {
-    applyClassic(*effect_.classic, request_.parameters, photo);
-  } else {
+  if (takesFrames(effect_)) {
     cropToEven(photo, job.input);
-    applyEffect(*effect_.road, photo);
   }
+  applyEffect(effect_, call_, pictures_, photo);
   if (job.inTree) {
     std::error_code error;
     const fs::path folder = job.output.parent_path();
@@ -226,26 +202,24 @@ void Batch::doJob(const Job& job) const {
 }  // namespace
 
 bool applyToFiles(const ApplyRequest& request) {
-  const NamedEffect effect = findEffect(request.effect);
-  if (effect.road != nullptr && !effect.road->changesFrame()) {
+  Batch batch(request);
+  if (!isEffect(batch.effect())) {
     note(fmt::format("{} is a name that passes through: photos stay as they are, up to rounding",
                      request.effect));
   }
-  checkOptions(effect, request);
-  const auto pictures = usersPictures(effect, request);
   const fs::path& output = request.paths.back();
   const std::vector<fs::path> inputs(request.paths.begin(), request.paths.end() - 1);
   const bool intoFolder = inputs.size() > 1 || fs::is_directory(inputs.front()) ||
                           fs::is_directory(output) || !output.has_filename();
   if (!intoFolder) {
-    return Batch(effect, {{inputs.front(), output}}, request).run();
+    return batch.run({{inputs.front(), output}});
   }
   if (fs::exists(output) && !fs::is_directory(output)) {
     throw WrongUse(fmt::format("{} is a file; several photos go into a folder", output.string()));
   }
   std::vector<Job> jobs = jobsInto(output, inputs, request.recursive);
   const OutputFolder folder(output);
-  return Batch(effect, std::move(jobs), request).run();
+  return batch.run(std::move(jobs));
 }
 
 }  // namespace alg::tool

@@ -2,11 +2,11 @@
 #pragma once
 
 #include <filesystem>
-#include <map>
 #include <string>
 #include <vector>
 
-#include "tools/classic_effects.h"
+#include "tools/effect_options.h"
+#include "tools/photo.h"
 
 namespace alg::tool {
 
@@ -17,11 +17,9 @@ struct ApplyRequest {
   /// Inputs, then the output. One file as input: the output is a file, or a folder that exists.
   /// Several, or a folder (its *.jpg and *.jpeg): a folder, made when missing.
   std::vector<std::filesystem::path> paths;
-  int quality;
-  ClassicParameters parameters;
-  std::map<std::string, std::filesystem::path> pictures;  ///< by option, "--paper"
-  std::vector<std::string> effectOptions;                 ///< all that the user gave for the effect
-  int threads = 0;                                        ///< 0: one for each processor
+  int quality = kDefaultQuality;
+  EffectChoices choices;
+  int threads = 0;         ///< 0: one for each processor
   bool recursive = false;  ///< photos of sub-folders, too, into the same sub-folders of the output
 };
 

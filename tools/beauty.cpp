@@ -3,49 +3,57 @@
 #include <android/log.h>
 #include <fmt/format.h>
 
-#include <memory>
 #include <string>
 #include <string_view>
-#include <vector>
+#include <system_error>
 
-#include "effect/pipeline.h"
 #include "platform/device_path.h"
 #include "sfb/beauty_engine.h"
 #include "tools/console.h"
-#include "tools/device_root.h"
 #include "tools/photo.h"
-#include "tools/road.h"
+#include "tools/photo_pipeline.h"
+
+namespace fs = std::filesystem;
 
 namespace alg::tool {
 namespace {
 
-/// What the adapter logs, instead of the platform's log: it tells why an engine can't be had.
-std::vector<std::string>& logLines() {
-  static std::vector<std::string> lines;
-  return lines;
+/// The engine library's whole path, which the loader does not look for elsewhere.
+std::string enginePath(const fs::path& users) {
+  if (users.empty()) {
+    return devicePath(kSfbLibrary);
+  }
+  std::error_code error;
+  const fs::path path = fs::canonical(users, error);
+  if (error) {
+    throw UserError(fmt::format("{}: {}", users.string(), error.message()));
+  }
+  return path.string();
 }
 
-void keepLogLine(const __android_logger_data*, const char* line) { logLines().emplace_back(line); }
-
-/// Why there is no engine. Its path, which the loader's text begins with, is left out.
-std::string whyNotLoaded() {
-  const std::vector<std::string>& lines = logLines();
-  const bool loadFailed = lines.size() > 1 && lines.back() == "loadSFBFunc failed...";
-  const std::string_view reason = loadFailed ? lines[lines.size() - 2] : lines.back();
-  const std::string prefix = devicePath(kSfbLibrary) + ": ";
-  return std::string(reason.starts_with(prefix) ? reason.substr(prefix.size()) : reason);
-}
-
-int runEngine(const SfbLevels& levels, Photo& photo) {
-  int result = 0;
+SfbRun runEngine(const std::string& engine, const SfbLevels& levels, Photo& photo) {
+  SfbRun run;
   throughFrame(photo, [&](const Frame& frame) {
     GtImage image;
     vfb_init_gtimage(&image, kGtTwoPlanes, frame.width, frame.height, frame.yStride, frame.height,
                      frame.y);
-    result = SFBProcess(&image, &levels);
+    run = processWithEngineOfHost(engine.c_str(), &image, levels);
   });
-  return result;
+  return run;
 }
+
+[[noreturn]] void failToLoad(const fs::path& users, const std::string& engine,
+                             std::string_view reason) {
+  const std::string prefix = engine + ": ";  // of the loader's text
+  reason.remove_prefix(reason.starts_with(prefix) ? prefix.size() : 0);
+  throw UserError(
+      users.empty()
+          ? fmt::format("no face-beauty engine at {}: {}; name one with --engine", engine, reason)
+          : fmt::format("{}: not usable as a face-beauty engine: {}", users.string(), reason));
+}
+
+/// For the library's log: what the user has to know is said otherwise.
+void dropLogLine(const __android_logger_data*, const char*) {}
 
 }  // namespace
 
@@ -54,25 +62,17 @@ void beautifyPhoto(const BeautyRequest& request) {
   if (levels.mode == 0) {
     note("all levels are 0: the photo stays as it is, up to rounding");
   }
-  std::unique_ptr<UserDevice> device;
-  if (!request.engine.empty()) {
-    device = std::make_unique<UserDevice>();
-    device->addLibrary(request.engine, kSfbLibrary);
-  }
+  const std::string engine = enginePath(request.engine);
   auto [photo, metadata] = readPhoto(request.input);
   cropToEven(photo, request.input);
-  __android_log_set_logger(keepLogLine);
-  const int result = runEngine(levels, photo);
-  if (result == kSfbNotLoaded) {
-    throw UserError(request.engine.empty()
-                        ? fmt::format("no face-beauty engine at {}: {}; name one with --engine",
-                                      devicePath(kSfbLibrary), whyNotLoaded())
-                        : fmt::format("{}: not usable as a face-beauty engine: {}",
-                                      request.engine.string(), whyNotLoaded()));
+  __android_log_set_logger(dropLogLine);
+  const SfbRun run = runEngine(engine, levels, photo);
+  if (run.whyNotLoaded != nullptr) {
+    failToLoad(request.engine, engine, run.whyNotLoaded);
   }
-  if (result != 0) {
+  if (run.result != 0) {
     throw UserError(fmt::format("{}: the face-beauty engine failed with code {}",
-                                request.input.string(), result));
+                                request.input.string(), run.result));
   }
   writePhoto(request.output, photo, metadata, request.quality);
 }

@@ -3,16 +3,18 @@
 
 #include <filesystem>
 
+#include "tools/photo.h"
+
 namespace alg::tool {
 
 struct BeautyRequest {
-  int smooth;
-  int toning;
-  int slimming;
+  int smooth = 60;  // the engine's default levels
+  int toning = 60;
+  int slimming = 30;
   std::filesystem::path engine;  ///< engine library; empty for the one below the device root
   std::filesystem::path input;
   std::filesystem::path output;
-  int quality;
+  int quality = kDefaultQuality;
 };
 
 /// Throws UserError.

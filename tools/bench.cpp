@@ -4,20 +4,25 @@
 #include <regex.h>
 
 #include <algorithm>
+#include <array>
+#include <cstdint>
 #include <cstdio>
+#include <cstring>
+#include <iterator>
 #include <string>
 #include <vector>
 
-#include "bench/measure.h"
+#include "base/image_size.h"
+#include "catalogue/operations.h"
 #include "tools/console.h"
-#include "tools/files.h"
 #include "tools/size.h"
+#include "tools/timing.h"
 
 namespace alg::tool {
 namespace {
 
-/// An extended regular expression that knows no case. The C library's: compilers warn about C++'s
-/// in builds with sanitizers.
+/// An extended regular expression that ignores case. The C library's: compilers warn about C++'s in
+/// builds with sanitizers.
 class Pattern {
  public:
   /// Throws WrongUse.
@@ -36,50 +41,112 @@ class Pattern {
   regex_t compiled_{};
 };
 
-/// The median of one run's time, in seconds.
-double timeOf(const bench::Routine& routine, const bench::Size& size, double budget) {
-  bench::Images& images = bench::Images::of(routine.input, size);
-  const auto once = [&] {
-    const double start = bench::seconds(bench::clockOf(routine));
-    routine.run(images.in.data(), images.out.data(), size.width, size.height);
-    bench::clobberMemory();
-    return bench::seconds(bench::clockOf(routine)) - start;
-  };
-  once();  // tables are built, caches filled, the pool started
-  constexpr std::size_t kFewest = 3;
-  std::vector<double> times;
-  const double end = bench::seconds(CLOCK_MONOTONIC) + budget;
-  while (times.size() < kFewest || bench::seconds(CLOCK_MONOTONIC) < end) {
-    times.push_back(once());
-    throwIfInterrupted();
+using Bytes = std::vector<uint8_t>;
+
+Bytes noise(std::size_t size) {
+  Bytes bytes(size);
+  uint32_t random = 1;
+  for (uint8_t& byte : bytes) {
+    random = random * 1664525 + 1013904223;
+    byte = static_cast<uint8_t>(random >> 24);
   }
-  const auto middle = times.begin() + static_cast<std::ptrdiff_t>(times.size() / 2);
-  std::ranges::nth_element(times, middle);
-  return *middle;
+  return bytes;
 }
 
-void printRow(const bench::Routine& routine, const bench::Size& size, double budget) {
-  const double time = timeOf(routine, size, budget);
-  const std::size_t moved = bench::bytesMoved(routine, size);
-  fmt::print("{:<50} {:>9.2f} {:>7.2f} {:>10.2f}\n", routine.name, time * 1e3,
-             static_cast<double>(moved) / time / 1e9, bench::secondsToCopy(moved) / time);
+/// Noise as pixels of a kind.
+Bytes noiseOf(Pixels kind, std::size_t pixels) {
+  if (kind != Pixels::kInts) {
+    return noise(bytesOf(kind, pixels));
+  }
+  const Bytes levels = noise(pixels * kPackedBytes);
+  const std::vector<int> ints(levels.begin(), levels.end());
+  Bytes bytes(ints.size() * sizeof(int));
+  std::memcpy(bytes.data(), ints.data(), bytes.size());
+  return bytes;
+}
+
+/// An operation on images of a size, and its results of the same size.
+class Trial {
+ public:
+  Trial(const Operation& operation, Size size);
+  Trial(const Trial&) = delete;
+  Trial& operator=(const Trial&) = delete;
+
+  /// Bytes that it must read and write, each once.
+  std::size_t bytesMoved() const;
+  /// Its times and those of copying `bytesMoved()` bytes in all.
+  PairedTimes time(double budget) const;
+
+ private:
+  const Operation& operation_;
+  Bytes source_;
+  Bytes result_;
+  std::array<Bytes, kMostPictures> pictures_;
+  Call call_;
+};
+
+Trial::Trial(const Operation& operation, Size size)
+    : operation_(operation),
+      source_(noiseOf(operation.pixels, size.pixels())),
+      result_(source_),
+      call_(presetCall(operation)) {
+  call_.src = source_.data();
+  call_.dst = result_.data();
+  call_.width = call_.resultWidth = size.width;
+  call_.height = call_.resultHeight = size.height;
+  std::size_t i = 0;
+  for (const PictureRole& role : picturesOf(operation)) {
+    constexpr Size kOverlay{720, 960};
+    const Size picture = role.size == PictureRole::Size::kSameAsImage ? size : kOverlay;
+    pictures_[i] = noise(bytesOf(Pixels::kWords, picture.pixels()));
+    call_.pictures[i] = {pictures_[i].data(), picture.width, picture.height};
+    ++i;
+  }
+}
+
+std::size_t Trial::bytesMoved() const {
+  std::ptrdiff_t images = 2;
+  images += std::ranges::count(picturesOf(operation_), PictureRole::Size::kSameAsImage,
+                               &PictureRole::size);
+  // Others that read the destination keep a few pixels of it.
+  images += operation_.readsDestination && operation_.bands == Bands::kAny ? 1 : 0;
+  return source_.size() * static_cast<std::size_t>(images);
+}
+
+PairedTimes Trial::time(double budget) const {
+  const Bytes from(bytesMoved() / 2, 1);
+  Bytes to(from.size());
+  return timePairs([&] { operation_.run(call_); },
+                   [&] { std::memcpy(to.data(), from.data(), from.size()); }, budget);
+}
+
+constexpr auto kRow = "{:<15} {:<33} {:>9} {:>7} {:>10}\n";
+
+void printRow(const Operation& operation, Size size, double budget) {
+  const Trial trial(operation, size);
+  const auto [time, copyTime] = trial.time(budget);
+  fmt::print(fmt::runtime(kRow), operation.name, operation.routine,
+             fmt::format("{:.2f}", time * 1e3),
+             fmt::format("{:.2f}", static_cast<double>(trial.bytesMoved()) / time / 1e9),
+             fmt::format("{:.2f}", copyTime / time));
   std::fflush(stdout);
 }
 
 }  // namespace
 
-void benchRoutines(const BenchRequest& request) {
+void benchOperations(const BenchRequest& request) {
   const Size size = parseSize(request.size, kLongestSide);
   const Pattern wanted(request.filter);
-  std::vector<bench::Routine> chosen;
-  std::ranges::copy_if(bench::routines(), std::back_inserter(chosen),
-                       [&](const auto& routine) { return wanted.isIn(routine.name); });
+  std::vector<const Operation*> chosen;
+  std::ranges::copy_if(operations(), std::back_inserter(chosen), [&](const Operation* operation) {
+    return wanted.isIn(operation->name) || wanted.isIn(operation->routine);
+  });
   if (chosen.empty()) {
-    throw WrongUse(fmt::format("no routine's name matches \"{}\"", request.filter));
+    throw WrongUse(fmt::format("no operation's or routine's name matches \"{}\"", request.filter));
   }
-  fmt::print("{:<50} {:>9} {:>7} {:>10}\n", "ROUTINE", "MS", "GB/S", "OF MEMCPY");
-  for (const bench::Routine& routine : chosen) {
-    printRow(routine, {size.width, size.height}, request.seconds);
+  fmt::print(fmt::runtime(kRow), "OPERATION", "ROUTINE", "MS", "GB/S", "OF MEMCPY");
+  for (const Operation* operation : chosen) {
+    printRow(*operation, size, request.seconds);
   }
 }
 

@@ -1,4 +1,4 @@
-// camera-effects bench: how fast the routines are on this machine.
+// camera-effects bench: how fast the operations are on this machine.
 #pragma once
 
 #include <string>
@@ -7,11 +7,13 @@ namespace alg::tool {
 
 struct BenchRequest {
   std::string size = "4000x3000";
-  std::string filter;  ///< regular expression, found anywhere in a routine's name; case is ignored
-  double seconds = 0.2;  ///< of repeating a routine, which runs three times at least
+  /// Regular expression, found anywhere in the name of an operation or its routine; ignores case.
+  std::string filter;
+  double seconds = 0.2;  ///< of repeating an operation, which runs three times at least
 };
 
-/// Prints a table of the routines' speed beside memcpy's, row by row. Throws UserError.
-void benchRoutines(const BenchRequest& request);
+/// Prints a table of the speed of the catalogue's operations beside memcpy's, row by row. Throws
+/// UserError.
+void benchOperations(const BenchRequest& request);
 
 }  // namespace alg::tool

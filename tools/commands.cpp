@@ -11,14 +11,13 @@
 #include "tools/catalogue.h"
 #include "tools/completion.h"
 #include "tools/effect_names.h"
-#include "tools/gallery.h"
+#include "tools/effect_options.h"
 #include "tools/manual.h"
 
 namespace alg::tool {
 namespace {
 
 constexpr char kFrameSize[] = "size of the input in pixels, both even";
-constexpr char kEffectOptions[] = "Options of single effects";
 
 /// Has `work` done, once the whole command line is parsed, when the user names this command.
 void setWork(CLI::App& command, Options& options, std::function<bool()> work) {
@@ -32,9 +31,9 @@ void addQuality(CLI::App& command, int& quality) {
       ->check(CLI::Range(0, 100));
 }
 
-void addFile(CLI::App& command, const char* name, std::filesystem::path& path,
+void addFile(CLI::App& command, const char* name, FileKind kind, std::filesystem::path& path,
              const char* description) {
-  command.add_option(name, path, description)->type_name("")->required();
+  command.add_option(name, path, description)->type_name(kind.typeName)->required();
 }
 
 void addSize(CLI::App& command, std::string& size, const char* description) {
@@ -55,39 +54,6 @@ std::string notANumber(const std::string& text) {
   return std::isnan(std::strtof(text.c_str(), nullptr)) ? "not a number" : "";
 }
 
-void addEffectOptions(CLI::App& apply, ApplyRequest& request) {
-  ClassicParameters& parameters = request.parameters;
-  apply
-      .add_option("--radius", parameters.radius, "fill-light: reach of the light, 1 = the corners")
-      ->type_name("F")
-      ->capture_default_str()
-      ->check(CLI::Range(0.3, 2.0))
-      ->check(notANumber, "")
-      ->group(kEffectOptions);
-  apply.add_option("--offset", parameters.offset, "miniature-rows: first row, in a taller picture")
-      ->type_name("N")
-      ->check(CLI::Range(0, kLongestRamp))
-      ->group(kEffectOptions);
-  apply.add_option("--ramp", parameters.ramp, "miniature-rows: rows of that taller picture")
-      ->type_name("N")
-      ->check(CLI::Range(1, kLongestRamp))
-      ->group(kEffectOptions);
-  const auto addPicture = [&](const std::string& name, const char* description) {
-    return apply
-        .add_option_function<std::string>(
-            name, [&request, name](const std::string& file) { request.pictures[name] = file; },
-            description)
-        ->type_name("PNG")
-        ->group(kEffectOptions);
-  };
-  addPicture("--paper", "new-sketch: the paper, in place of a sample");
-  addPicture("--picture", "color-paint: the colours, in place of a sample");
-  CLI::Option* front = addPicture("--front", "area: the picture around, with transparency");
-  CLI::Option* mask = addPicture("--mask", "area: not transparent where the photo is inverted");
-  front->needs(mask);
-  mask->needs(front);
-}
-
 void addApply(CLI::App& app, Options& options) {
   CLI::App& apply = *app.add_subcommand("apply", "Apply an effect to photos");
   ApplyRequest& request = options.apply;
@@ -98,7 +64,7 @@ void addApply(CLI::App& app, Options& options) {
       .add_option("FILES", request.paths,
                   "input and output file; or several inputs, or a folder of JPEGs, and last the "
                   "output folder")
-      ->type_name("")
+      ->type_name(kJpegFile.typeName)
       ->required()
       ->expected(2, CLI::detail::expected_max_vector_size);
   addQuality(apply, request.quality);
@@ -109,7 +75,7 @@ void addApply(CLI::App& app, Options& options) {
       ->check(CLI::Range(1, kMostThreads));
   apply.add_flag("--recursive", request.recursive,
                  "photos of sub-folders, too, into such sub-folders of the output folder");
-  addEffectOptions(apply, request);
+  addEffectOptions(apply, request.choices);
   apply.footer(
       "A Pretty effect takes one pixel off a side with an odd number of them. Photos are turned\n"
       "upright and keep their metadata: Exif, XMP, IPTC, comment and colour profile. Their\n"
@@ -119,14 +85,7 @@ void addApply(CLI::App& app, Options& options) {
       "  camera-effects apply PrettyJapan --quality 85 --jobs 2 holiday/ holiday-japan/\n"
       "  camera-effects apply sepia photo.jpg sepia.jpg\n"
       "  camera-effects apply color-paint --picture wash.png photo.jpg washed.jpg");
-  setWork(apply, options, [&request, &apply] {
-    for (const CLI::Option* option : apply.get_options([](const CLI::Option* option) {
-           return option->count() > 0 && option->get_group() == kEffectOptions;
-         })) {
-      request.effectOptions.push_back(option->get_name());
-    }
-    return applyToFiles(request);
-  });
+  setWork(apply, options, [&request] { return applyToFiles(request); });
 }
 
 void addConvert(CLI::App& app, Options& options) {
@@ -141,8 +100,8 @@ void addConvert(CLI::App& app, Options& options) {
       ->required()
       ->check(CLI::IsMember({"nv12", "nv21", "argb", "jpg"}));
   addQuality(convert, request.quality);
-  addFile(convert, "IN", request.input, "raw file of exactly one frame, or JPEG file");
-  addFile(convert, "OUT", request.output, "file to write");
+  addFile(convert, "IN", kAnyFile, request.input, "raw file of exactly one frame, or JPEG file");
+  addFile(convert, "OUT", kAnyFile, request.output, "file to write");
   convert.footer(
       "nv12 is a luma plane, then U,V pairs; nv21 has V,U pairs; argb is B, G, R, A bytes. Of a\n"
       "photo the size of its frame is printed; one pixel is taken off a side with an odd "
@@ -167,8 +126,8 @@ void addRotate(CLI::App& app, Options& options) {
   rotate.add_option("DEGREES", request.degrees, "counter-clockwise")
       ->required()
       ->check(CLI::IsMember({90, 180, 270}));
-  addFile(rotate, "IN", request.input, "raw file of exactly one frame");
-  addFile(rotate, "OUT", request.output, "file to write");
+  addFile(rotate, "IN", kAnyFile, request.input, "raw file of exactly one frame");
+  addFile(rotate, "OUT", kAnyFile, request.output, "file to write");
   rotate.footer(
       "90 turns counter-clockwise, 270 clockwise; both exchange width and height.\n\n"
       "Example:\n"
@@ -184,8 +143,8 @@ void addResize(CLI::App& app, Options& options) {
   ResizeRequest& request = options.resize;
   addSize(resize, request.size, "size of the output in pixels");
   addQuality(resize, request.quality);
-  addFile(resize, "IN", request.input, "JPEG file");
-  addFile(resize, "OUT", request.output, "file to write");
+  addFile(resize, "IN", kJpegFile, request.input, "JPEG file");
+  addFile(resize, "OUT", kAnyFile, request.output, "file to write");
   resize.footer(
       "The photo is turned upright and stretched to the size, whatever its shape. It keeps its\n"
       "metadata.\n\n"
@@ -207,9 +166,9 @@ void addBlend(CLI::App& app, Options& options) {
       ->type_name("N")
       ->check(CLI::Range(0, 256));
   addQuality(blend, request.quality);
-  addFile(blend, "A", request.first, "JPEG file");
-  addFile(blend, "B", request.second, "JPEG file");
-  addFile(blend, "OUT", request.output, "file to write");
+  addFile(blend, "A", kJpegFile, request.first, "JPEG file");
+  addFile(blend, "B", kJpegFile, request.second, "JPEG file");
+  addFile(blend, "OUT", kAnyFile, request.output, "file to write");
   blend.footer(
       "Both are turned upright. The result has the metadata of A.\n\n"
       "Example:\n"
@@ -235,10 +194,10 @@ void addBeauty(CLI::App& app, Options& options) {
   beauty
       .add_option("--engine", request.engine,
                   "engine library; without it, system/lib64/libSFB.so in ALGORITHM_DEVICE_ROOT")
-      ->type_name("FILE");
+      ->type_name(kAnyFile.typeName);
   addQuality(beauty, request.quality);
-  addFile(beauty, "IN", request.input, "JPEG file");
-  addFile(beauty, "OUT", request.output, "file to write");
+  addFile(beauty, "IN", kJpegFile, request.input, "JPEG file");
+  addFile(beauty, "OUT", kAnyFile, request.output, "file to write");
   beauty.footer(
       "The engine is a closed library of the device; none comes with this tool. It gets the photo\n"
       "as an NV21 frame, turned upright; one pixel is taken off a side with an odd number of "
@@ -256,8 +215,9 @@ void addGallery(CLI::App& app, Options& options) {
   CLI::App& gallery =
       *app.add_subcommand("gallery", "Make a web page that shows a photo under every effect");
   GalleryRequest& request = options.gallery;
-  addFile(gallery, "IN", request.photo, "JPEG file");
-  addFile(gallery, "OUTDIR", request.folder, "folder to make; an earlier gallery is replaced");
+  addFile(gallery, "IN", kJpegFile, request.photo, "JPEG file");
+  addFile(gallery, "OUTDIR", kFolder, request.folder,
+          "folder to make; an earlier gallery is replaced");
   addQuality(gallery, request.quality);
   gallery.footer(
       "The photo is turned upright, and a large one reduced, to 1600 pixels or more on the longer\n"
@@ -265,7 +225,7 @@ void addGallery(CLI::App& app, Options& options) {
       "Example:\n"
       "  camera-effects gallery photo.jpg gallery  # then open gallery/index.html in a browser");
   setWork(gallery, options, [&request] {
-    makeGallery(request.photo, request.folder, request.quality);
+    makeGallery(request);
     return true;
   });
 }
@@ -277,7 +237,7 @@ void addCurves(CLI::App& app, Options& options) {
                                       "print the names of the effects that consist of curves");
   curves.add_option("NAME", request.effect, "effect name")->type_name("")->excludes(list);
   curves.add_option("OUT", request.output, "file to write; - for the standard output")
-      ->type_name("");
+      ->type_name(kAnyFile.typeName);
   curves.footer(
       "The curves are measured: what becomes of each red, green and blue. Effects that mix them, "
       "or\n"
@@ -301,29 +261,33 @@ void addCurves(CLI::App& app, Options& options) {
 }
 
 void addBench(CLI::App& app, Options& options) {
-  CLI::App& bench = *app.add_subcommand("bench", "Measure the routines' speed on this machine");
+  CLI::App& bench =
+      *app.add_subcommand("bench", "Measure the speed of the operations on this machine");
   BenchRequest& request = options.bench;
   bench.add_option("--size", request.size, "size of the pictures to work on")
       ->type_name("WxH")
       ->capture_default_str();
-  bench.add_option("--filter", request.filter, "measure routines with names that match only")
+  bench
+      .add_option("--filter", request.filter,
+                  "measure only operations whose name, or routine's name, matches")
       ->type_name("REGEX");
-  bench.add_option("--seconds", request.seconds, "time to repeat each routine for")
+  bench.add_option("--seconds", request.seconds, "time to repeat each operation for")
       ->type_name("F")
       ->capture_default_str()
       ->check(CLI::Range(0.0, 60.0))
       ->check(notANumber, "");
   bench.footer(
-      "Prints the time of one call, the bytes that it must read and write in that time, and this\n"
-      "rate as a fraction of memcpy's. Times are medians, of one thread's CPU time; with the "
-      "effect\n"
-      "road, KAVRO_PrettyEffect_Function, which has a pool of four threads, of the time that "
-      "passes.\n\n"
+      "Measures the effects, rotations, resizing and blends, each on one thread and on pixels in\n"
+      "memory: no JPEG, no conversion of frames, no pipeline. Prints the time of one call, the "
+      "bytes\n"
+      "that it must read and write in that time, and this rate as a fraction of memcpy's, which "
+      "is\n"
+      "measured in turn with it. Times are medians of CPU time.\n\n"
       "Examples:\n"
       "  camera-effects bench --filter rotate --seconds 0.05\n"
       "  camera-effects bench --filter Pretty --size 1920x1080");
   setWork(bench, options, [&request] {
-    benchRoutines(request);
+    benchOperations(request);
     return true;
   });
 }

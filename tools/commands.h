@@ -2,7 +2,6 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
-#include <filesystem>
 #include <functional>
 #include <string>
 
@@ -10,27 +9,20 @@
 #include "tools/beauty.h"
 #include "tools/bench.h"
 #include "tools/curves.h"
+#include "tools/gallery.h"
 #include "tools/raw_frames.h"
 #include "tools/resize_blend.h"
 
 namespace alg::tool {
 
-inline constexpr int kDefaultQuality = 92;
-
-struct GalleryRequest {
-  std::filesystem::path photo;
-  std::filesystem::path folder;
-  int quality = kDefaultQuality;
-};
-
 /// What the options are parsed into, and the work that the chosen command asks for.
 struct Options {
-  ApplyRequest apply{{}, {}, kDefaultQuality, {}, {}, {}};
-  ConvertRequest convert{{}, {}, {}, {}, {}, kDefaultQuality};
-  RotateRequest rotate{};
-  ResizeRequest resize{{}, {}, {}, kDefaultQuality};
-  BlendRequest blend{"mix", {}, {}, {}, {}, kDefaultQuality};
-  BeautyRequest beauty{60, 60, 30, {}, {}, {}, kDefaultQuality};  ///< the engine's default levels
+  ApplyRequest apply;
+  ConvertRequest convert;
+  RotateRequest rotate;
+  ResizeRequest resize;
+  BlendRequest blend;
+  BeautyRequest beauty;
   GalleryRequest gallery;
   CurvesRequest curves;
   BenchRequest bench;

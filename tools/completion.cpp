@@ -73,24 +73,14 @@ std::vector<std::string> commandNames(const CLI::App& app) {
   return names;
 }
 
-/// The endings of the files that an option takes, by the formats it names; "any" for all files,
-/// "folders" for none. Empty for an option that takes no file.
-std::string endingsOf(const CLI::Option& option) {
-  const std::string type = option.get_type_name();
-  if (!option.get_positional() && type != "PNG" && type != "FILE") {
-    return "";
+/// The endings of the files that an option takes; empty when it takes none.
+std::string_view endingsOf(const CLI::Option& option) {
+  for (const FileKind& kind : {kJpegFile, kPngFile, kAnyFile, kFolder}) {
+    if (option.get_type_name() == kind.typeName) {
+      return kind.endings;
+    }
   }
-  if (option.get_name() == "OUTDIR") {
-    return "folders";
-  }
-  const std::string about = type + " " + option.get_description();
-  if (about.find("raw") != std::string::npos) {
-    return "any";
-  }
-  std::string endings;
-  endings += about.find("JPEG") != std::string::npos ? " jpg jpeg JPG JPEG" : "";
-  endings += about.find("PNG") != std::string::npos ? " png PNG" : "";
-  return endings.empty() ? "any" : endings.substr(1);
+  return "";
 }
 
 /// A line of the script that says what completes an option's value or a positional argument; none

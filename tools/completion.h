@@ -7,6 +7,18 @@
 
 namespace alg::tool {
 
+/// A kind of files, as the type name of the option or argument that takes them; it says what
+/// completes that.
+struct FileKind {
+  const char* typeName;
+  const char* endings;  ///< of the names; "any" for all files, "folders" for none
+};
+
+inline constexpr FileKind kJpegFile{"JPEG", "jpg jpeg JPG JPEG"};
+inline constexpr FileKind kPngFile{"PNG", "png PNG"};
+inline constexpr FileKind kAnyFile{"FILE", "any"};
+inline constexpr FileKind kFolder{"FOLDER", "folders"};
+
 /// The commands that --help shows.
 std::vector<const CLI::App*> shownCommands(const CLI::App& app);
 /// The options of a command, or its positional arguments.

@@ -13,6 +13,7 @@
 #include "tools/effect_names.h"
 #include "tools/files.h"
 #include "tools/photo.h"
+#include "tools/photo_effect.h"
 
 namespace alg::tool {
 namespace {
@@ -57,30 +58,14 @@ Photo mixedPixels() {
   return photo;
 }
 
-/// On the road of an NV21 frame, filters read R, G, B and write B, G, R.
-void runFilter(SimpleFilter* filter, Photo& photo) {
-  std::vector<uint8_t> packed;
-  for (std::size_t i = 0; i < kPixels; ++i) {
-    const uint8_t* pixel = &photo.pixels[i * kArgbBytes];
-    packed.insert(packed.end(), {pixel[2], pixel[1], pixel[0]});
-  }
-  filter(packed.data(), packed.data(), kSide, kSide);
-  for (std::size_t i = 0; i < kPixels; ++i) {
-    std::copy_n(&packed[i * kPackedBytes], kPackedBytes, &photo.pixels[i * kArgbBytes]);
-  }
-}
-
 /// Why the effect can't be measured, as the rest of a sentence about it; or empty.
-std::string run(const NamedEffect& effect, Photo& photo) {
-  if (effect.classic != nullptr) {
-    // At its default radius, the fill light is the same at every place.
-    applyClassic(*effect.classic, {.radius = 0.5}, photo);
-    return "";
+std::string troubleOf(const Operation& effect) {
+  if (!isEffect(effect)) {
+    return "it passes through";
   }
-  if (effect.road->filter == nullptr) {
-    return effect.road->changesFrame() ? "it looks at a picture, too" : "it passes through";
+  if (std::ranges::any_of(picturesOf(effect), &PictureRole::read)) {
+    return "it looks at a picture, too";
   }
-  runFilter(effect.road->filter, photo);
   return "";
 }
 
@@ -98,12 +83,18 @@ bool findCurve(const Photo& before, const Photo& after, std::size_t byte, Curve&
   return true;
 }
 
-Measured measure(const NamedEffect& effect) {
+Measured measure(const Operation& effect) {
+  Measured measured{{}, troubleOf(effect)};
+  if (!measured.trouble.empty()) {
+    return measured;
+  }
   const Photo before = mixedPixels();
   Photo after = copyOf(before);
-  Measured measured{{}, run(effect, after)};
+  runOnPixels(effect, presetCall(effect), after);
   for (std::size_t i = 0; i < kChannels.size() && measured.trouble.empty(); ++i) {
-    if (!findCurve(before, after, kChannels[i].byte, measured.curves[i])) {
+    // What depends on the place may happen to be the same at all of so few.
+    if (effect.reach != Reach::kPixel ||
+        !findCurve(before, after, kChannels[i].byte, measured.curves[i])) {
       measured.trouble =
           fmt::format("its {0} depends on more than the {0} of the same pixel", kChannels[i].name);
     }
@@ -190,14 +181,9 @@ void plotCurves(const CurvesRequest& request) {
 
 std::vector<std::string_view> curveEffects() {
   std::vector<std::string_view> names;
-  for (const EffectTableEntry& effect : effectTable()) {
-    if (measure({.road = &effect}).trouble.empty()) {
-      names.emplace_back(effect.name);
-    }
-  }
-  for (const ClassicEffect& effect : classicEffects()) {
-    if (measure({.classic = &effect}).trouble.empty()) {
-      names.push_back(effect.name);
+  for (const Operation* effect : effects()) {
+    if (measure(*effect).trouble.empty()) {
+      names.emplace_back(effect->name);
     }
   }
   return names;

@@ -1,14 +1,19 @@
 #include "tools/effect_names.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
 #include <cctype>
+#include <iterator>
 #include <numeric>
 #include <string>
 #include <vector>
 
+#include "catalogue/operations.h"
 #include "tools/console.h"
+#include "tools/effect_options.h"
+#include "tools/photo_effect.h"
 
 namespace alg::tool {
 namespace {
@@ -44,15 +49,24 @@ std::size_t distance(std::string_view wrong, std::string_view right) {
   return partOf ? 1 : editDistance(a, b);
 }
 
-std::string pictures(const EffectTableEntry& effect) {
-  if (effect.portraitPicture == nullptr) {
+/// The operations that the pipeline has a name for, by their identifiers.
+std::vector<const Operation*> pipelineOperations() {
+  std::vector<const Operation*> known;
+  std::ranges::copy_if(operations(), std::back_inserter(known),
+                       [](const Operation* row) { return row->pipeline.name != nullptr; });
+  std::ranges::sort(known, {}, [](const Operation* row) { return row->pipeline.identifier; });
+  return known;
+}
+
+/// The files that the pipeline loads for an operation.
+std::string filesOf(const Operation& operation) {
+  if (!operation.pipeline.loadsPicture) {
     return "-";
   }
-  std::string portrait = effect.portraitPicture;
-  if (effect.landscapePicture == nullptr || portrait == effect.landscapePicture) {
-    return portrait;
-  }
-  return fmt::format("{} / {}", portrait, effect.landscapePicture);
+  const PictureRole& role = operation.pictures[0];
+  const std::string_view portrait = role.file;
+  const std::string_view landscape = role.landscapeFile != nullptr ? role.landscapeFile : role.file;
+  return landscape == portrait ? role.file : fmt::format("{} / {}", portrait, landscape);
 }
 
 [[noreturn]] void failUnknown(std::string_view name) {
@@ -65,67 +79,56 @@ std::string pictures(const EffectTableEntry& effect) {
   throw WrongUse(fmt::format("unknown effect \"{}\"; {}", name, advice));
 }
 
-/// What `apply` does with a name of the effect table.
-std::string_view runs(const EffectTableEntry& effect) {
-  if (effect.changesFrame()) {
-    return "the road";
+/// What `apply` runs for a name of the pipeline.
+std::string_view runs(const Operation& operation) {
+  if (operation.pipeline.runs) {
+    return "the pipeline";
   }
-  const ClassicEffect* classic = findClassic(effect.name);
-  return classic != nullptr ? classic->name : "nothing";
+  return isEffect(operation) ? operation.name : "nothing";
 }
 
 }  // namespace
 
-const ClassicEffect* findClassic(std::string_view name) {
-  const auto effects = classicEffects();
-  const auto found = std::ranges::find_if(effects, [&](const ClassicEffect& effect) {
-    return effect.name == name || (!name.empty() && effect.roadName == name);
-  });
-  return found != effects.end() ? &*found : nullptr;
-}
-
-NamedEffect findEffect(std::string_view name) {
-  const auto table = effectTable();
-  const auto road = std::ranges::find(table, name, &EffectTableEntry::name);
-  if (road != table.end() && road->changesFrame()) {
-    return {.road = &*road};
+const Operation& findEffect(std::string_view name) {
+  for (const Operation* effect : effects()) {
+    if (effect->name == name) {
+      return *effect;
+    }
   }
-  if (const ClassicEffect* classic = findClassic(name)) {
-    return {.classic = classic};
-  }
-  if (road != table.end()) {
-    return {.road = &*road};
+  for (const Operation* operation : pipelineOperations()) {
+    if (operation->pipeline.name == name) {
+      return *operation;
+    }
   }
   failUnknown(name);
 }
 
 std::vector<std::string_view> effectNames() {
   std::vector<std::string_view> names;
-  for (const EffectTableEntry& effect : effectTable()) {
-    names.emplace_back(effect.name);
+  for (const Operation* operation : pipelineOperations()) {
+    names.emplace_back(operation->pipeline.name);
   }
-  for (const ClassicEffect& effect : classicEffects()) {
-    names.push_back(effect.name);
+  for (const Operation* effect : effects()) {
+    names.emplace_back(effect->name);
   }
   return names;
 }
 
 void printEffects() {
-  constexpr auto kRoadRow = "{:<18} {:>3} {:>7}  {:<14} {}\n";
-  fmt::print(fmt::runtime(kRoadRow), "NAME", "ID", "STRIPS", "APPLY RUNS",
+  constexpr auto kPipelineRow = "{:<18} {:>3} {:>7}  {:<14} {}\n";
+  fmt::print(fmt::runtime(kPipelineRow), "PIPELINE NAME", "ID", "STRIPS", "APPLY RUNS",
              "PICTURE (portrait / landscape)");
-  for (const EffectTableEntry& effect : effectTable()) {
-    fmt::print(fmt::runtime(kRoadRow), effect.name, effect.effectId, effect.stripCount,
-               runs(effect), pictures(effect));
+  for (const Operation* operation : pipelineOperations()) {
+    fmt::print(fmt::runtime(kPipelineRow), operation->pipeline.name, operation->pipeline.identifier,
+               operation->pipeline.strips, runs(*operation), filesOf(*operation));
   }
-  constexpr auto kClassicRow = "{:<18} {:<19} {}\n";
+  constexpr auto kEffectRow = "{:<18} {:<19} {}\n";
   fmt::print("\n");
-  fmt::print(fmt::runtime(kClassicRow), "CLASSIC EFFECT", "OPTIONS", "SHOWS");
-  for (const ClassicEffect& effect : classicEffects()) {
-    const auto& [first, second] = effect.options;
-    fmt::print(fmt::runtime(kClassicRow), effect.name,
-               fmt::format("{} {}", first.name.empty() ? "-" : first.name, second.name),
-               effect.about);
+  fmt::print(fmt::runtime(kEffectRow), "EFFECT", "OPTIONS", "SHOWS");
+  for (const Operation* effect : effects()) {
+    const std::string options = fmt::format("{}", fmt::join(optionNames(*effect), " "));
+    fmt::print(fmt::runtime(kEffectRow), effect->name, options.empty() ? "-" : options,
+               effect->shows);
   }
 }
 

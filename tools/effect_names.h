@@ -1,32 +1,23 @@
-// The names of the effects, for people: those of the effect road, and of the classic effects.
+// The names of the effects, for people: their own, and those that the pipeline knows.
 #pragma once
 
 #include <string_view>
 #include <vector>
 
-#include "effect/effect_table.h"
-#include "tools/classic_effects.h"
+#include "catalogue/operation.h"
 
 namespace alg::tool {
 
-/// What a name stands for: exactly one is set.
-struct NamedEffect {
-  const EffectTableEntry* road = nullptr;
-  const ClassicEffect* classic = nullptr;
-};
+/// The effect of a name (exact, case-sensitive), its own or the pipeline's; or the operation that
+/// the pipeline knows by that name, but passes frames through for. Throws WrongUse, with the
+/// nearest name when one is near.
+const Operation& findEffect(std::string_view name);
 
-/// A name (exact, case-sensitive) of the effect table stands for the road when the road changes the
-/// frame; otherwise for the classic effect of that or the road's name; otherwise it passes through.
-/// Throws WrongUse, with the nearest name when one is near.
-NamedEffect findEffect(std::string_view name);
-
-/// The classic effect with a name, or with a name of the effect table; null when there is none.
-const ClassicEffect* findClassic(std::string_view name);
-
-/// All names that findEffect() knows. A name of both families comes twice.
+/// All names that findEffect() knows: the pipeline's, then the effects' own. One that is both comes
+/// twice.
 std::vector<std::string_view> effectNames();
 
-/// Prints both families to stdout.
+/// Prints a table of the pipeline's names and one of the other effects.
 void printEffects();
 
 }  // namespace alg::tool

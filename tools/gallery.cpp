@@ -8,12 +8,10 @@
 #include <utility>
 #include <vector>
 
-#include "tools/classic_effects.h"
 #include "tools/console.h"
-#include "tools/device_root.h"
 #include "tools/files.h"
 #include "tools/gallery_page.h"
-#include "tools/road.h"
+#include "tools/photo_effect.h"
 
 namespace fs = std::filesystem;
 
@@ -132,41 +130,32 @@ fs::path galleryFolder(const fs::path& wanted) {
 
 }  // namespace
 
-void makeGallery(const fs::path& photoFile, const fs::path& wantedFolder, int quality) {
-  const fs::path target = galleryFolder(wantedFolder);
-  Photo photo = readPhoto(photoFile, kPhotoSide).photo;
-  cropToEven(photo, photoFile);
+void makeGallery(const GalleryRequest& request) {
+  const fs::path target = galleryFolder(request.folder);
+  Photo photo = readPhoto(request.photo, kPhotoSide).photo;
+  cropToEven(photo, request.photo);
   TemporaryFolder folder(target);
-  GalleryWriter gallery(folder.path(), quality);
-  gallery.add({"Original", photoFile.filename().string(), "original"}, photo);
+  GalleryWriter gallery(folder.path(), request.quality);
+  gallery.add({"Original", request.photo.filename().string(), "original"}, photo);
 
-  const auto filters = std::ranges::count_if(effectTable(), &EffectTableEntry::changesFrame);
-  Progress progress(static_cast<std::size_t>(filters) + classicEffects().size());
-  const auto show = [&](std::string name, std::string_view about, std::string group,
-                        const auto& apply) {
+  const std::vector<const Operation*> shown = effects();
+  Progress progress(shown.size());
+  EffectPictures pictures;
+  for (const Operation* effect : shown) {
     throwIfInterrupted();
-    progress.begin(name);
+    progress.begin(effect->name);
+    std::string about = effect->shows;
     Photo changed = copyOf(photo);
     try {
-      apply(changed);
+      applyEffect(*effect, presetCall(*effect), pictures, changed);
     } catch (const PictureError& missing) {
       note(fmt::format("{}; the gallery has the photo as it is", missing.what()));
       about = "its picture is missing";
     }
-    gallery.add({std::move(name), std::string(about), std::move(group)}, changed);
+    gallery.add({effect->name, about, takesFrames(*effect) ? "filters" : "classic"}, changed);
     progress.end();
-  };
-  for (const EffectTableEntry& effect : effectTable()) {
-    if (effect.changesFrame()) {
-      show(effect.name, "", "filters",
-           [&](Photo& changed) { return applyEffect(effect, changed); });
-    }
   }
-  for (const ClassicEffect& effect : classicEffects()) {
-    show(std::string(effect.name), effect.about, "classic",
-         [&](Photo& changed) { return applyClassic(effect, {}, changed); });
-  }
-  gallery.writePage(photoFile);
+  gallery.writePage(request.photo);
   folder.moveToTarget();
 }
 

@@ -3,11 +3,18 @@
 
 #include <filesystem>
 
+#include "tools/photo.h"
+
 namespace alg::tool {
 
-/// Makes `folder` with index.html and pictures/. An existing folder is replaced when it is empty or
+struct GalleryRequest {
+  std::filesystem::path photo;
+  std::filesystem::path folder;
+  int quality = kDefaultQuality;
+};
+
+/// Makes the folder with index.html and pictures/. An existing one is replaced when it is empty or
 /// holds nothing but an earlier gallery. Throws UserError.
-void makeGallery(const std::filesystem::path& photo, const std::filesystem::path& folder,
-                 int quality);
+void makeGallery(const GalleryRequest& request);
 
 }  // namespace alg::tool

@@ -10,6 +10,8 @@
 
 namespace alg::tool {
 
+inline constexpr int kDefaultQuality = 92;
+
 /// Pixels as B, G, R, A bytes, rows packed, alpha 255.
 using Photo = DecodedJpeg;
 

@@ -4,6 +4,8 @@
 #include <filesystem>
 #include <string>
 
+#include "tools/photo.h"
+
 namespace alg::tool {
 
 /// Formats by name: "nv12" and "nv21" (luma plane, then U,V or V,U pairs), "argb" (B, G, R, A
@@ -14,7 +16,7 @@ struct ConvertRequest {
   std::string to;
   std::filesystem::path input;
   std::filesystem::path output;
-  int quality;
+  int quality = kDefaultQuality;
 };
 
 /// Throws UserError. nv12 to nv21 and back exchanges the chroma bytes and loses nothing. Of a photo
@@ -24,7 +26,7 @@ void convertFrame(const ConvertRequest& request);
 struct RotateRequest {
   std::string size;    ///< of the input
   std::string format;  ///< "nv12" or "nv21": for messages, both rotate alike
-  int degrees;         ///< 90, 180 or 270, counter-clockwise
+  int degrees = 90;    ///< 90, 180 or 270, counter-clockwise
   std::filesystem::path input;
   std::filesystem::path output;
 };

@@ -2,8 +2,7 @@
 
 #include <fmt/format.h>
 
-#include "base/image_size.h"
-#include "libalgorithm/camera_util.h"
+#include "catalogue/operations.h"
 #include "libalgorithm/pretty_filters.h"
 #include "tools/console.h"
 #include "tools/photo.h"
@@ -25,7 +24,8 @@ void resizePhoto(const ResizeRequest& request) {
 }
 
 void blendPhotos(const BlendRequest& request) {
-  if (request.weight && request.mode != "mix") {
+  const Operation* const operation = findOperation(request.mode);
+  if (request.weight && parametersOf(*operation).empty()) {
     throw WrongUse(fmt::format("--weight goes with --mode mix, not with {}", request.mode));
   }
   const auto [first, metadata] = readPhoto(request.first);
@@ -35,18 +35,13 @@ void blendPhotos(const BlendRequest& request) {
                                 request.first.string(), first.width, first.height,
                                 request.second.string(), second.width, second.height));
   }
-  const uint8_t* src = first.pixels.get();
-  uint8_t* dst = second.pixels.get();
-  const auto bytes = static_cast<unsigned int>(pixelCount(first.width, first.height) * kArgbBytes);
-  if (request.mode == "lighten") {
-    CameraUtil::add2ImageByBrightness(src, dst, bytes);
-  } else if (request.mode == "darken") {
-    CameraUtil::add2ImageByDarkness(src, dst, bytes);
-  } else {
-    constexpr int kWhole = 256;
-    const int weight = request.weight.value_or(kWhole / 2);
-    CameraUtil::add2Image(src, weight, dst, static_cast<unsigned int>(kWhole - weight), bytes);
-  }
+  Call call = presetCall(*operation);
+  call.values[0] = request.weight.value_or(call.integer(0));
+  call.src = first.pixels.get();
+  call.dst = second.pixels.get();
+  call.width = first.width;
+  call.height = first.height;
+  operation->run(call);
   writePhoto(request.output, second, metadata, request.quality);
 }
 

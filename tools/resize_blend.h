@@ -5,25 +5,27 @@
 #include <optional>
 #include <string>
 
+#include "tools/photo.h"
+
 namespace alg::tool {
 
 struct ResizeRequest {
   std::string size;  ///< "WIDTHxHEIGHT"
   std::filesystem::path input;
   std::filesystem::path output;
-  int quality;
+  int quality = kDefaultQuality;
 };
 
 /// Throws UserError.
 void resizePhoto(const ResizeRequest& request);
 
 struct BlendRequest {
-  std::string mode;           ///< "mix", "lighten" or "darken"
+  std::string mode = "mix";   ///< the operation: "mix", "lighten" or "darken"
   std::optional<int> weight;  ///< for "mix": of the first photo, 0 to 256; half without it
   std::filesystem::path first;
   std::filesystem::path second;
   std::filesystem::path output;
-  int quality;
+  int quality = kDefaultQuality;
 };
 
 /// Throws UserError.

@@ -14,6 +14,7 @@ import subprocess
 import termios
 import time
 import unittest
+import zlib
 from pathlib import Path
 
 from tool_case import ENGINE, TOOL, ToolCase
@@ -51,6 +52,14 @@ def exif(orientation, thumbnail=b"\xff\xd8\xff\xd9"):
         bytes(4), thumbnail))
 
 
+def png(width, height):
+    """A black picture, 8 bits grey."""
+    chunks = ((b"IHDR", struct.pack(">IIBBBBB", width, height, 8, 0, 0, 0, 0)),
+              (b"IDAT", zlib.compress(bytes((width + 1) * height))), (b"IEND", b""))
+    return b"\x89PNG\r\n\x1a\n" + b"".join(
+        struct.pack(">I", len(data)) + kind + data + struct.pack(">I", zlib.crc32(kind + data)) for kind, data in chunks)
+
+
 class ToolTest(ToolCase):
     def setUp(self):
         super().setUp()
@@ -71,16 +80,18 @@ class ToolTest(ToolCase):
         return Path(name).read_bytes()
 
     def test_list_and_the_classic_effects_by_either_name(self):
-        road, classic = ([re.split("  +", row, 4) for row in table.splitlines()[1:]]
+        pipeline, own = ([re.split("  +", row, 4) for row in table.splitlines()[1:]]
                          for table in self.run_tool("list").split("\n\n"))
-        self.assertEqual([int(row[1]) for row in road], list(range(len(road))))
+        self.assertEqual([int(row[1]) for row in pipeline], list(range(len(pipeline))))
+        frames = {row[0] for row in pipeline if row[3] == "the pipeline"}
+        self.assertEqual({row[0] for row in own if row[0].startswith("Pretty")}, frames)
         self.run_tool("resize", "--size=63x47", "photo.jpg", "odd.jpg")
-        results = {effect: self.made("apply", effect, "odd.jpg") for effect, *_ in classic}
+        results = {row[0]: self.made("apply", row[0], "odd.jpg") for row in own if row[0] not in frames}
         self.assertEqual(jpeg_size("made.jpg"), (63, 47))
         self.assertEqual(len(set(results.values())), len(results) - 1)  # blur is miniature on words
         self.assertNotIn(self.made("blend", "odd.jpg", "odd.jpg"), results.values())  # the photo unchanged
-        self.assertEqual([row[0] for row in road if row[3] == "nothing"], ["rotate_effect"])
-        for name, effect in ((row[0], row[3]) for row in road if row[3] in results):
+        self.assertEqual([row[0] for row in pipeline if row[3] == "nothing"], ["rotate_effect"])
+        for name, effect in ((row[0], row[3]) for row in pipeline if row[3] in results):
             self.assertEqual(self.made("apply", name, "odd.jpg"), results[effect], name)
 
     def test_known_colours(self):
@@ -101,10 +112,12 @@ class ToolTest(ToolCase):
         wide, tall, square = (f"{folder}/{name}.png" for name in ("sucai0_r", "sucai0", "sucai3"))
         for effect, *options in (("fill-light", "--radius=0.4"), ("miniature-rows", "--offset=30", "--ramp=200"),
                                  ("miniature-rows", "--offset=30"), ("new-sketch", "--paper", wide),
-                                 ("color-paint", "--picture", wide), ("area", "--front", square, "--mask", tall)):
-            changed = self.made("apply", effect, "photo.jpg", *options, TMPDIR=os.getcwd())
+                                 ("color-paint", "--picture", wide), ("PrettyJapan", "--overlay", wide), ("area", "--front", square, "--mask", tall)):
+            changed = self.made("apply", effect, "photo.jpg", *options)
             self.assertNotEqual(changed, self.made("apply", effect, "photo.jpg"), options)
         self.made("apply", "area", "photo.jpg", "--front", tall, "--mask", square, code=1, says="720x720.*720x960")
+        Path("low.png").write_bytes(png(3, 3))
+        self.made("apply", "PrettyPink", "photo.jpg", "--overlay=low.png", code=1, says="overlay has 3 rows.* 4")
         for effect, picture in (("area", "front.png"), ("PrettyJapan", "sucai3.png")):
             self.run_tool("apply", effect, "photo.jpg", "made.jpg", "none", code=1,
                           says=f"{effect}: .*{picture}", ALGORITHM_DEVICE_ROOT="/none")
@@ -274,6 +287,9 @@ class ToolTest(ToolCase):
                 ("apply PrettyBlue photo.jpg o.jpg --jobs=0", 2, "jobs"), ("apply PrettyBlue photo.jpg raw .", 2, "replaced"),
                 ("apply PrettyBlue photo.jpg raw flat.jpg", 2, "flat.jpg is a file"),
                 ("apply sepa raw o.jpg", 2, '"sepia"'), ("apply fill-light --radius=nan raw o.jpg", 2, "radius"),
+                ("apply miniature-rows raw o.jpg --ramp=4.5", 2, "--ramp 4.5: miniature-rows takes whole"),
+                ("apply fill-light raw o.jpg --radius=2.1", 2, "--radius 2.1: fill-light takes 0.3 to 2"),
+                ("apply PrettyBlue photo.jpg o.jpg --overlay=raw", 2, "PrettyPink, PrettyJapan, not of PrettyBlue"),
                 ("apply sepia photo.jpg o.jpg --radius=1", 2, "--radius is an option of fill-light, not of sepia"),
                 ("apply PrettyBlue photo.jpg o.jpg --paper=raw", 2, "--paper is an option of new-sketch"),
                 ("apply new-sketch photo.jpg o.jpg --paper=raw", 1, "raw: not a PNG"),
@@ -302,8 +318,11 @@ class ToolTest(ToolCase):
         self.assertEqual(entries[0]["about"], name)
         files = {file for entry in entries for file in (entry["file"], entry["small"])}
         self.assertEqual({str(path.relative_to("page")) for path in Path("page").rglob("*.jpg")}, files)
-        for group, table, alike in zip(("filters", "classic"), self.run_tool("list").split("\n\n"), (0, 1)):
-            names = [row.split()[0] for row in table.splitlines()[1:] if group == "classic" or "the road" in row]
+        pipeline, own = self.run_tool("list").split("\n\n")
+        shown = {row.split()[0]: row.split("  ")[-1].strip() for row in own.splitlines()[1:]}
+        self.assertEqual({e["name"]: e["about"] for e in entries[1:]}, shown)
+        filters = re.findall(r"(?m)^(\S+) .* the pipeline", pipeline)
+        for group, names, alike in (("filters", filters, 0), ("classic", [n for n in shown if n not in filters], 1)):
             pictures = {e["name"]: Path("page", e["file"]).read_bytes() for e in entries if e["group"] == group}
             self.assertEqual(list(pictures), names)
             self.assertEqual(len(set(pictures.values())), len(names) - alike, group)

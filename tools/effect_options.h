@@ -1,0 +1,31 @@
+// The options of effects on the command line, as the catalogue describes them: --radius for a
+// parameter "radius", --paper for a picture "paper".
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "catalogue/operation.h"
+#include "tools/effect_pictures.h"
+
+namespace alg::tool {
+
+/// What the user chose for an effect.
+struct EffectChoices {
+  std::map<std::string, double> values;  ///< by the parameters' names
+  PictureFiles pictures;
+};
+
+/// Adds the options of all effects. Parsing fills the choices, which must outlive it.
+void addEffectOptions(CLI::App& command, EffectChoices& choices);
+
+/// The names of an effect's options: "--offset".
+std::vector<std::string> optionNames(const Operation& effect);
+
+/// A call with the chosen values. Throws WrongUse for choices that the effect does not have, and
+/// for values out of its ranges.
+Call callWith(const EffectChoices& choices, const Operation& effect);
+
+}  // namespace alg::tool

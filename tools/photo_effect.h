@@ -1,0 +1,30 @@
+// An operation of the catalogue, run on a photo.
+#pragma once
+
+#include <vector>
+
+#include "catalogue/operation.h"
+#include "tools/effect_pictures.h"
+#include "tools/photo.h"
+
+namespace alg::tool {
+
+/// The effects of the catalogue, in its order.
+std::vector<const Operation*> effects();
+
+/// Whether photos take an operation as a frame on the pipeline, with even sides. All other effects
+/// run on the photo's pixels.
+inline bool takesFrames(const Operation& operation) {
+  return operation.pipeline.runs || !isEffect(operation);
+}
+
+/// Runs an operation on a photo's pixels, in place, whatever kind of pixels it takes but frames.
+/// @param call  values and pictures
+void runOnPixels(const Operation& operation, Call call, Photo& photo);
+
+/// Runs an operation on a photo, in place: as a frame, or on its pixels. Throws UserError,
+/// PictureError among them.
+/// @param call  values
+void applyEffect(const Operation& operation, Call call, EffectPictures& pictures, Photo& photo);
+
+}  // namespace alg::tool
