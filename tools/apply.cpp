@@ -24,10 +24,10 @@ namespace {
 struct Job {
   fs::path input;
   fs::path output;
-  bool inTree = false;  ///< of a folder with its sub-folders: those of the output may be missing
+  bool inTree = false;  ///< found below a folder: the output may lack that sub-folder
 };
 
-/// The output folder; one that was made for nothing goes away again.
+/// The output folder; removed again if it was made here and nothing was written to it.
 class OutputFolder {
  public:
   explicit OutputFolder(const fs::path& path) : path_(path) {
@@ -59,7 +59,7 @@ bool namedAsJpeg(const fs::path& path) {
   return extension == ".jpg" || extension == ".jpeg";
 }
 
-/// The photos of a folder; with `recursive` those below it, too, but for what is in `output`.
+/// The photos in a folder and, if `recursive`, in its sub-folders, except those in `output`.
 std::vector<fs::path> photosIn(const fs::path& folder, const fs::path& output, bool recursive) {
   std::vector<fs::path> photos;
   std::error_code error;
@@ -86,7 +86,8 @@ std::vector<fs::path> photosIn(const fs::path& folder, const fs::path& output, b
   return photos;
 }
 
-/// Each input under its own name in the output folder, that of a folder with its sub-folders.
+/// Each input goes into the output folder under its own name; photos of a folder keep their path
+/// below it.
 std::vector<Job> jobsInto(const fs::path& output, const std::vector<fs::path>& inputs,
                           bool recursive) {
   std::vector<Job> jobs;
@@ -110,7 +111,7 @@ std::vector<Job> jobsInto(const fs::path& output, const std::vector<fs::path>& i
   return jobs;
 }
 
-/// Jobs on several threads, each of which takes the next one when it is done with one.
+/// Runs jobs on several threads; each takes the next job as soon as it has finished one.
 class Batch {
  public:
   /// Throws UserError when the effect can't run as the user wants it.

@@ -18,7 +18,7 @@ namespace fs = std::filesystem;
 namespace alg::tool {
 namespace {
 
-/// The engine library's whole path, which the loader does not look for elsewhere.
+/// The engine library's path with its folder: the loader would search the system for a bare name.
 std::string enginePath(const fs::path& users) {
   if (users.empty()) {
     return devicePath(kSfbLibrary);
@@ -44,7 +44,7 @@ SfbRun runEngine(const std::string& engine, const SfbLevels& levels, Photo& phot
 
 [[noreturn]] void failToLoad(const fs::path& users, const std::string& engine,
                              std::string_view reason) {
-  const std::string prefix = engine + ": ";  // of the loader's text
+  const std::string prefix = engine + ": ";  // which the loader's text begins with
   reason.remove_prefix(reason.starts_with(prefix) ? prefix.size() : 0);
   throw UserError(
       users.empty()
@@ -52,7 +52,7 @@ SfbRun runEngine(const std::string& engine, const SfbLevels& levels, Photo& phot
           : fmt::format("{}: not usable as a face-beauty engine: {}", users.string(), reason));
 }
 
-/// For the library's log: what the user has to know is said otherwise.
+/// Drops the library's log: the tool says what matters in its own words.
 void dropLogLine(const __android_logger_data*, const char*) {}
 
 }  // namespace

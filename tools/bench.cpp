@@ -108,7 +108,7 @@ std::size_t Trial::bytesMoved() const {
   std::ptrdiff_t images = 2;
   images += std::ranges::count(picturesOf(operation_), PictureRole::Size::kSameAsImage,
                                &PictureRole::size);
-  // Others that read the destination keep a few pixels of it.
+  // Other operations that read the destination keep just a few pixels of it.
   images += operation_.readsDestination && operation_.bands == Bands::kAny ? 1 : 0;
   return source_.size() * static_cast<std::size_t>(images);
 }

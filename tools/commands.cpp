@@ -19,7 +19,7 @@ namespace {
 
 constexpr char kFrameSize[] = "size of the input in pixels, both even";
 
-/// Has `work` done, once the whole command line is parsed, when the user names this command.
+/// Chooses `work` when the user names this command. It is done after parsing.
 void setWork(CLI::App& command, Options& options, std::function<bool()> work) {
   command.callback([&options, work = std::move(work)] { options.work = work; });
 }
@@ -49,7 +49,7 @@ void addList(CLI::App& app, Options& options) {
   });
 }
 
-/// For what CLI::Range lets pass.
+/// CLI::Range lets NaN pass.
 std::string notANumber(const std::string& text) {
   return std::isnan(std::strtof(text.c_str(), nullptr)) ? "not a number" : "";
 }
@@ -70,16 +70,16 @@ void addApply(CLI::App& app, Options& options) {
   addQuality(apply, request.quality);
   apply
       .add_option("--jobs", request.threads,
-                  "photos to work on at a time; else as many as processors")
+                  "photos to work on at once; by default, one for each processor")
       ->type_name("N")
       ->check(CLI::Range(1, kMostThreads));
   apply.add_flag("--recursive", request.recursive,
-                 "photos of sub-folders, too, into such sub-folders of the output folder");
+                 "also take photos from sub-folders; the output folder gets the same ones");
   addEffectOptions(apply, request.choices);
   apply.footer(
-      "A Pretty effect takes one pixel off a side with an odd number of them. Photos are turned\n"
-      "upright and keep their metadata: Exif, XMP, IPTC, comment and colour profile. Their\n"
-      "orientation tag then says upright, and thumbnails of the old picture are left out.\n\n"
+      "Pretty effects crop odd sides by one pixel. Photos are turned upright and keep their\n"
+      "metadata: Exif, XMP, IPTC, comment and colour profile. Their orientation tag then says\n"
+      "upright, and thumbnails of the old picture are left out.\n\n"
       "Examples:\n"
       "  camera-effects apply PrettyBlue photo.jpg blue.jpg\n"
       "  camera-effects apply PrettyJapan --quality 85 --jobs 2 holiday/ holiday-japan/\n"
@@ -103,9 +103,8 @@ void addConvert(CLI::App& app, Options& options) {
   addFile(convert, "IN", kAnyFile, request.input, "raw file of exactly one frame, or JPEG file");
   addFile(convert, "OUT", kAnyFile, request.output, "file to write");
   convert.footer(
-      "nv12 is a luma plane, then U,V pairs; nv21 has V,U pairs; argb is B, G, R, A bytes. Of a\n"
-      "photo the size of its frame is printed; one pixel is taken off a side with an odd "
-      "number.\n\n"
+      "nv12 is a luma plane, then U,V pairs; nv21 has V,U pairs; argb is B, G, R, A bytes. For a\n"
+      "photo, the size of its frame is printed; odd sides are cropped by one pixel.\n\n"
       "Examples:\n"
       "  camera-effects convert --size 640x480 --from nv21 --to jpg frame.nv21 frame.jpg\n"
       "  camera-effects convert --from jpg --to nv21 photo.jpg photo.nv21");
@@ -129,7 +128,7 @@ void addRotate(CLI::App& app, Options& options) {
   addFile(rotate, "IN", kAnyFile, request.input, "raw file of exactly one frame");
   addFile(rotate, "OUT", kAnyFile, request.output, "file to write");
   rotate.footer(
-      "90 turns counter-clockwise, 270 clockwise; both exchange width and height.\n\n"
+      "90 turns counter-clockwise, 270 clockwise; both swap width and height.\n\n"
       "Example:\n"
       "  camera-effects rotate --size 640x480 --format nv21 90 wide.nv21 tall.nv21");
   setWork(rotate, options, [&request] {
@@ -139,7 +138,7 @@ void addRotate(CLI::App& app, Options& options) {
 }
 
 void addResize(CLI::App& app, Options& options) {
-  CLI::App& resize = *app.add_subcommand("resize", "Bring a photo to another size");
+  CLI::App& resize = *app.add_subcommand("resize", "Resize a photo");
   ResizeRequest& request = options.resize;
   addSize(resize, request.size, "size of the output in pixels");
   addQuality(resize, request.quality);
@@ -200,9 +199,8 @@ void addBeauty(CLI::App& app, Options& options) {
   addFile(beauty, "OUT", kAnyFile, request.output, "file to write");
   beauty.footer(
       "The engine is a closed library of the device; none comes with this tool. It gets the photo\n"
-      "as an NV21 frame, turned upright; one pixel is taken off a side with an odd number of "
-      "them.\n"
-      "The photo keeps its metadata.\n\n"
+      "as an NV21 frame, turned upright; odd sides are cropped by one pixel. The photo keeps its\n"
+      "metadata.\n\n"
       "Example:\n"
       "  camera-effects beauty --smooth 50 --engine libSFB.so portrait.jpg smooth.jpg");
   setWork(beauty, options, [&request] {
@@ -220,8 +218,8 @@ void addGallery(CLI::App& app, Options& options) {
           "folder to make; an earlier gallery is replaced");
   addQuality(gallery, request.quality);
   gallery.footer(
-      "The photo is turned upright, and a large one reduced, to 1600 pixels or more on the longer\n"
-      "side. Its metadata stay out of the pictures.\n\n"
+      "The photo is turned upright and, if large, reduced; its longer side keeps at least 1600\n"
+      "pixels. The pictures carry no metadata.\n\n"
       "Example:\n"
       "  camera-effects gallery photo.jpg gallery  # then open gallery/index.html in a browser");
   setWork(gallery, options, [&request] {
@@ -239,9 +237,8 @@ void addCurves(CLI::App& app, Options& options) {
   curves.add_option("OUT", request.output, "file to write; - for the standard output")
       ->type_name(kAnyFile.typeName);
   curves.footer(
-      "The curves are measured: what becomes of each red, green and blue. Effects that mix them, "
-      "or\n"
-      "look at neighbours, places or pictures, are refused.\n\n"
+      "The curves are measured: what each value of red, green and blue becomes. Effects that mix\n"
+      "the channels, or depend on neighbours, places or pictures, are refused.\n\n"
       "Examples:\n"
       "  camera-effects curves PrettyBlue curves.svg\n"
       "  camera-effects curves --list");
@@ -269,7 +266,7 @@ void addBench(CLI::App& app, Options& options) {
       ->capture_default_str();
   bench
       .add_option("--filter", request.filter,
-                  "measure only operations whose name, or routine's name, matches")
+                  "measure only operations whose name or routine matches")
       ->type_name("REGEX");
   bench.add_option("--seconds", request.seconds, "time to repeat each operation for")
       ->type_name("F")
@@ -278,11 +275,10 @@ void addBench(CLI::App& app, Options& options) {
       ->check(notANumber, "");
   bench.footer(
       "Measures the effects, rotations, resizing and blends, each on one thread and on pixels in\n"
-      "memory: no JPEG, no conversion of frames, no pipeline. Prints the time of one call, the "
-      "bytes\n"
-      "that it must read and write in that time, and this rate as a fraction of memcpy's, which "
-      "is\n"
-      "measured in turn with it. Times are medians of CPU time.\n\n"
+      "memory: no JPEG, no conversion of frames, no pipeline. Prints the time of one call, how "
+      "many\n"
+      "bytes it needs to read and write in that time, and this rate as a fraction of memcpy's,\n"
+      "which is measured in turn with it. Times are medians of CPU time.\n\n"
       "Examples:\n"
       "  camera-effects bench --filter rotate --seconds 0.05\n"
       "  camera-effects bench --filter Pretty --size 1920x1080");
@@ -293,16 +289,15 @@ void addBench(CLI::App& app, Options& options) {
 }
 
 void addCompletion(CLI::App& app, Options& options) {
-  CLI::App& completion =
-      *app.add_subcommand("completion", "Print what makes a shell complete these commands");
+  CLI::App& completion = *app.add_subcommand(
+      "completion", "Print a script that makes a shell complete these commands");
   completion.add_option("SHELL", options.shell, "the shell")
       ->type_name("")
       ->required()
       ->check(CLI::IsMember({"bash", "zsh"}));
   completion.footer(
-      "Installed packages bring it for bash. Elsewhere a line like the first example in ~/.bashrc "
-      "or,\n"
-      "below compinit and with zsh as the shell, in ~/.zshrc does it.\n\n"
+      "Installed packages bring it for bash. Elsewhere, put a line like the first example into\n"
+      "~/.bashrc or, with zsh for bash and after compinit, into ~/.zshrc.\n\n"
       "Examples:\n"
       "  source <(camera-effects completion bash)\n"
       "  camera-effects completion zsh >camera-effects.zsh");

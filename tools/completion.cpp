@@ -108,7 +108,7 @@ std::string valueLines(const CLI::App& command) {
   }
   int place = 0;
   for (const CLI::Option* option : optionsOf(command, true)) {
-    const bool many = option->get_items_expected_max() > 1;  // and the last
+    const bool many = option->get_items_expected_max() > 1;  // the rest of the places
     lines += valueLine(command, *option, many ? "[0-9]*" : std::to_string(place++));
   }
   return lines;

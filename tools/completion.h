@@ -7,11 +7,11 @@
 
 namespace alg::tool {
 
-/// A kind of files, as the type name of the option or argument that takes them; it says what
-/// completes that.
+/// A kind of file. Options and arguments that take one have its type name, by which completion
+/// knows what to offer.
 struct FileKind {
   const char* typeName;
-  const char* endings;  ///< of the names; "any" for all files, "folders" for none
+  const char* endings;  ///< of file names; "any" for all files, "folders" for none
 };
 
 inline constexpr FileKind kJpegFile{"JPEG", "jpg jpeg JPG JPEG"};

@@ -92,7 +92,7 @@ Measured measure(const Operation& effect) {
   Photo after = copyOf(before);
   runOnPixels(effect, presetCall(effect), after);
   for (std::size_t i = 0; i < kChannels.size() && measured.trouble.empty(); ++i) {
-    // What depends on the place may happen to be the same at all of so few.
+    // What depends on the place may happen to be the same all over so small a photo.
     if (effect.reach != Reach::kPixel ||
         !findCurve(before, after, kChannels[i].byte, measured.curves[i])) {
       measured.trouble =

@@ -15,7 +15,7 @@ struct CurvesRequest {
 };
 
 /// Runs the effect on pixels that hold every value of each channel, and plots what becomes of them.
-/// Throws UserError when a channel of a pixel becomes anything else than its value alone says.
+/// Throws UserError when what a channel becomes depends on more than its own value.
 void plotCurves(const CurvesRequest& request);
 
 /// The names of the effects that consist of curves.

@@ -8,16 +8,16 @@
 
 namespace alg::tool {
 
-/// The effect of a name (exact, case-sensitive), its own or the pipeline's; or the operation that
-/// the pipeline knows by that name, but passes frames through for. Throws WrongUse, with the
-/// nearest name when one is near.
+/// The effect of a name (exact, case-sensitive), be it its own or the pipeline's. A name of the
+/// pipeline's under which frames pass through may stand for another operation. Throws WrongUse,
+/// with the nearest name when one is near.
 const Operation& findEffect(std::string_view name);
 
 /// All names that findEffect() knows: the pipeline's, then the effects' own. One that is both comes
 /// twice.
 std::vector<std::string_view> effectNames();
 
-/// Prints a table of the pipeline's names and one of the other effects.
+/// Prints a table of the pipeline's names and one of the effects.
 void printEffects();
 
 }  // namespace alg::tool

@@ -115,7 +115,7 @@ void addEffectOptions(CLI::App& command, EffectChoices& choices) {
     }
     added->description(about)->type_name(option.typeName)->group(kGroup);
   }
-  // The samples go with each other, but not with just any picture.
+  // A sample hardly suits a user's picture.
   for (const auto& [front, mask] : picturesThatGoTogether()) {
     command.get_option(front)->needs(command.get_option(mask));
     command.get_option(mask)->needs(command.get_option(front));

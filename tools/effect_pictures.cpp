@@ -8,7 +8,7 @@
 namespace alg::tool {
 namespace {
 
-/// On the pipeline a missing picture also stops the effects that only take one.
+/// On the pipeline, a missing picture also stops an effect that takes one without looking at it.
 bool needs(const Operation& operation, const PictureRole& role) {
   return role.read || operation.pipeline.runs;
 }
@@ -17,7 +17,7 @@ void checkSizes(const Operation& operation, const EffectPictures::Views& views) 
   const PictureView& first = views[0];
   for (std::size_t i = 1; i < picturesOf(operation).size(); ++i) {
     const PictureRole& role = operation.pictures[i];
-    // A wider one would cover the first, too, but show up skewed: its rows are taken to be as long.
+    // A wider one would cover the first, too, but look skewed: it is read as if it were as wide.
     if (role.size == PictureRole::Size::kCoversTheFirst &&
         (views[i].width != first.width || views[i].height < first.height)) {
       throw PictureError(
@@ -59,7 +59,7 @@ PictureView EffectPictures::find(const Operation& operation, const PictureRole& 
     return {picture.pixels.get(), picture.width, picture.height};
   }
   if (users != users_.end()) {
-    readFile(path);  // knows better why, if it can't be read
+    readFile(path);  // throws with the reason when it can't be read
     throw UserError(fmt::format("{}: not a PNG, or damaged beyond decoding", path));
   }
   throw PictureError(fmt::format("{}: cannot read its picture {}", operation.name, path));

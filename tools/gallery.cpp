@@ -100,7 +100,7 @@ class GalleryWriter {
   std::string entries_;  // the elements of a JSON array
 };
 
-/// Whether nothing is lost when the folder goes: it is empty, or has an earlier gallery alone.
+/// Whether nothing is lost when the folder goes: it is empty, or holds only an earlier gallery.
 bool replaceable(const fs::path& folder) {
   if (fs::is_empty(folder)) {
     return true;

@@ -15,20 +15,20 @@ namespace {
 
 constexpr int kUpright = 1;
 
-// Exiv2 keeps tables and a log handler for the whole process. Its work on a photo is little beside
-// the codec's, so that one thread at a time is enough.
+// Exiv2 keeps tables and a log handler for the whole process. It has little to do beside the codec,
+// so one thread at a time is enough.
 std::mutex exiv2Mutex;
 std::string firstTrouble;  // that Exiv2 has reported since `withExiv2` began
 
 void keepTrouble(int level, const char* text) {
   const std::string_view line(text);
-  // Warnings are about oddities of cameras, but for those about a part that is lost.
+  // Warnings are about quirks of cameras, except those about a part that is lost.
   if (firstTrouble.empty() && (level >= Exiv2::LogMsg::error || line.starts_with("Failed to"))) {
     firstTrouble = line.substr(0, line.find_last_not_of(" .\n") + 1);
   }
 }
 
-/// Has `work` done, and notes what went wrong there.
+/// Does `work`, and notes what went wrong.
 template <typename Work>
 void withExiv2(const std::filesystem::path& path, const Work& work) {
   const std::lock_guard lock(exiv2Mutex);
@@ -36,7 +36,7 @@ void withExiv2(const std::filesystem::path& path, const Work& work) {
   firstTrouble.clear();
   try {
     work();
-  } catch (const std::exception& error) {  // short memory, too: a size in a file may be any
+  } catch (const std::exception& error) {  // out of memory, too: a file may claim any size
     firstTrouble = error.what();
   }
   if (!firstTrouble.empty()) {
@@ -98,8 +98,8 @@ struct Metadata::Parts {
 
   void read(Exiv2::Image& image);
   void dropOldPictures();
-  /// The JPEG file with these. What Exiv2 writes anew may no longer fit a segment: XMP and the
-  /// comment, which take most then, stay behind without `all`. Throws Exiv2::Error.
+  /// The JPEG file with these. What Exiv2 writes anew may no longer fit a segment: unless `all`,
+  /// XMP and the comment, which are the largest then, are left out. Throws Exiv2::Error.
   std::vector<uint8_t> addedTo(std::span<const uint8_t> jpeg, int width, int height,
                                bool all) const;
 };

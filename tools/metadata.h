@@ -22,9 +22,9 @@ class Metadata {
   /// How the pixels lie, 1 to 8 as in Exif; 1 is upright.
   int orientation() const;
 
-  /// The JPEG file with these metadata, which then call it upright and width x height; empty when
-  /// there is nothing to add. Thumbnails and extended XMP, and profiles that aren't for RGB, stay
-  /// behind.
+  /// The JPEG file with these metadata, which then describe it as upright and width x height; empty
+  /// when there is nothing to add. Thumbnails and extended XMP, and profiles that aren't for RGB,
+  /// stay behind.
   std::vector<uint8_t> addedTo(std::span<const uint8_t> jpeg, int width, int height,
                                const std::filesystem::path& path) const;
 

@@ -12,13 +12,13 @@ namespace alg::tool {
 /// The effects of the catalogue, in its order.
 std::vector<const Operation*> effects();
 
-/// Whether photos take an operation as a frame on the pipeline, with even sides. All other effects
-/// run on the photo's pixels.
+/// Whether an operation takes photos as frames on the pipeline, with even sides. All others are
+/// effects that run on a photo's pixels.
 inline bool takesFrames(const Operation& operation) {
   return operation.pipeline.runs || !isEffect(operation);
 }
 
-/// Runs an operation on a photo's pixels, in place, whatever kind of pixels it takes but frames.
+/// Runs an operation, of any kind of pixels except frames, on those of a photo, in place.
 /// @param call  values and pictures
 void runOnPixels(const Operation& operation, Call call, Photo& photo);
 

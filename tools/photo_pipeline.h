@@ -8,7 +8,7 @@
 
 namespace alg::tool {
 
-/// Encodes a photo with even sides as an NV21 frame, has `work` done on that and decodes it again.
+/// Encodes a photo with even sides as an NV21 frame, runs `work` on that and decodes it again.
 void throughFrame(Photo& photo, const std::function<void(const Frame&)>& work);
 
 }  // namespace alg::tool

@@ -92,7 +92,8 @@ void convertFrame(const ConvertRequest& request) {
     return;
   }
   if (request.size.empty()) {
-    throw WrongUse(fmt::format("--size is needed: a raw {} file does not tell it", request.from));
+    throw WrongUse(
+        fmt::format("--size is needed: a raw {} file does not contain it", request.from));
   }
   const Size size = parseFrameSize(request.size, request.to);
   std::vector<uint8_t> frame = readFrame(request.input, size, request.from);

@@ -19,8 +19,8 @@ struct ConvertRequest {
   int quality = kDefaultQuality;
 };
 
-/// Throws UserError. nv12 to nv21 and back exchanges the chroma bytes and loses nothing. Of a photo
-/// the size of its frame is printed.
+/// Throws UserError. nv12 to nv21 and back exchanges the chroma bytes and loses nothing. For a
+/// photo, the size of its frame is printed.
 void convertFrame(const ConvertRequest& request);
 
 struct RotateRequest {

@@ -21,11 +21,11 @@ Size parseSize(const std::string& text, int longestSide) {
     throw WrongUse(fmt::format("--size {}: expected WIDTHxHEIGHT, as in 640x480", text));
   }
   if (int64_t{kArgbBytes} * size.width * size.height > std::numeric_limits<int32_t>::max()) {
-    throw WrongUse(fmt::format("--size {}: too large, {} pixels are the most", text,
+    throw WrongUse(fmt::format("--size {}: too large, at most {} pixels", text,
                                std::numeric_limits<int32_t>::max() / kArgbBytes));
   }
   if (std::max(size.width, size.height) > longestSide) {
-    throw WrongUse(fmt::format("--size {}: {} pixels on a side are the most", text, longestSide));
+    throw WrongUse(fmt::format("--size {}: at most {} pixels on a side", text, longestSide));
   }
   return size;
 }

@@ -19,7 +19,7 @@ double now(clockid_t clock) {
 double timeOf(const std::function<void()>& work) {
   const double start = now(CLOCK_THREAD_CPUTIME_ID);
   work();
-  asm volatile("" : : : "memory");  // all memory may have been read here: nothing is left out
+  asm volatile("" : : : "memory");  // as if all memory were read here: no work can be left out
   return now(CLOCK_THREAD_CPUTIME_ID) - start;
 }
 
@@ -33,7 +33,7 @@ double median(std::vector<double>& times) {
 
 PairedTimes timePairs(const std::function<void()>& first, const std::function<void()>& second,
                       double budget) {
-  first();  // tables are built, memory is entered
+  first();  // builds tables, touches fresh memory
   second();
   constexpr std::size_t kFewest = 3;
   std::vector<double> firsts;

@@ -11,8 +11,8 @@ struct PairedTimes {
   double second;
 };
 
-/// Does both in turn for `budget` seconds, three times at least, and once before. Throws
-/// Interrupted.
+/// Runs both in turn for `budget` seconds, at least three times, after a run that does not count.
+/// Throws Interrupted.
 PairedTimes timePairs(const std::function<void()>& first, const std::function<void()>& second,
                       double budget);
 
