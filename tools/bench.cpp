@@ -95,7 +95,7 @@ Trial::Trial(const Operation& operation, Size size)
   call_.width = call_.resultWidth = size.width;
   call_.height = call_.resultHeight = size.height;
   std::size_t i = 0;
-  for (const PictureRole& role : picturesOf(operation)) {
+  for (const PictureRole& role : operation.pictures) {
     constexpr Size kOverlay{720, 960};
     const Size picture = role.size == PictureRole::Size::kSameAsImage ? size : kOverlay;
     pictures_[i] = noise(bytesOf(Pixels::kWords, picture.pixels()));
@@ -106,8 +106,8 @@ Trial::Trial(const Operation& operation, Size size)
 
 std::size_t Trial::bytesMoved() const {
   std::ptrdiff_t images = 2;
-  images += std::ranges::count(picturesOf(operation_), PictureRole::Size::kSameAsImage,
-                               &PictureRole::size);
+  images +=
+      std::ranges::count(operation_.pictures, PictureRole::Size::kSameAsImage, &PictureRole::size);
   // Other operations that read the destination keep just a few pixels of it.
   images += operation_.readsDestination && operation_.bands == Bands::kAny ? 1 : 0;
   return source_.size() * static_cast<std::size_t>(images);

@@ -63,7 +63,7 @@ std::string troubleOf(const Operation& effect) {
   if (!isEffect(effect)) {
     return "it passes through";
   }
-  if (std::ranges::any_of(picturesOf(effect), &PictureRole::read)) {
+  if (std::ranges::any_of(effect.pictures, &PictureRole::read)) {
     return "it looks at a picture, too";
   }
   return "";

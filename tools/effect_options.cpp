@@ -50,12 +50,12 @@ std::string rangeOf(const Parameter& parameter) {
 std::vector<EffectOption> effectOptions() {
   std::vector<EffectOption> options;
   for (const Operation* effect : effects()) {
-    for (const Parameter& parameter : parametersOf(*effect)) {
+    for (const Parameter& parameter : effect->parameters) {
       add(options, parameter.name, isWhole(parameter) ? "N" : "F", false, *effect,
           fmt::format("{} ({}; {} when not given)", parameter.help, rangeOf(parameter),
                       parameter.preset));
     }
-    for (const PictureRole& role : picturesOf(*effect)) {
+    for (const PictureRole& role : effect->pictures) {
       if (role.read) {
         add(options, role.name, kPngFile.typeName, true, *effect,
             fmt::format("{}, in place of a sample", role.help));
@@ -75,7 +75,7 @@ bool isAllowed(const Parameter& parameter, double value) {
 std::vector<std::pair<std::string, std::string>> picturesThatGoTogether() {
   std::vector<std::pair<std::string, std::string>> pairs;
   for (const Operation* effect : effects()) {
-    for (const PictureRole& role : picturesOf(*effect)) {
+    for (const PictureRole& role : effect->pictures) {
       if (role.size == PictureRole::Size::kCoversTheFirst) {
         pairs.emplace_back(fmt::format("--{}", effect->pictures[0].name),
                            fmt::format("--{}", role.name));
@@ -124,10 +124,10 @@ void addEffectOptions(CLI::App& command, EffectChoices& choices) {
 
 std::vector<std::string> optionNames(const Operation& effect) {
   std::vector<std::string> names;
-  for (const Parameter& parameter : parametersOf(effect)) {
+  for (const Parameter& parameter : effect.parameters) {
     names.push_back(fmt::format("--{}", parameter.name));
   }
-  for (const PictureRole& role : picturesOf(effect)) {
+  for (const PictureRole& role : effect.pictures) {
     if (role.read) {
       names.push_back(fmt::format("--{}", role.name));
     }
@@ -148,7 +148,7 @@ Call callWith(const EffectChoices& choices, const Operation& effect) {
   Call call = presetCall(effect);
   for (const auto& [name, value] : choices.values) {
     check(name);
-    const auto parameters = parametersOf(effect);
+    const auto parameters = effect.parameters;
     const auto parameter = std::ranges::find(
         parameters, name, [](const Parameter& p) { return std::string_view(p.name); });
     if (!isAllowed(*parameter, value)) {

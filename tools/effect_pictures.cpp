@@ -15,7 +15,7 @@ bool needs(const Operation& operation, const PictureRole& role) {
 
 void checkSizes(const Operation& operation, const EffectPictures::Views& views) {
   const PictureView& first = views[0];
-  for (std::size_t i = 1; i < picturesOf(operation).size(); ++i) {
+  for (std::size_t i = 1; i < operation.pictures.size(); ++i) {
     const PictureRole& role = operation.pictures[i];
     // A wider one would cover the first, too, but look skewed: it is read as if it were as wide.
     if (role.size == PictureRole::Size::kCoversTheFirst &&
@@ -36,7 +36,7 @@ EffectPictures::Views EffectPictures::of(const Operation& operation, int width, 
   const bool landscape = operation.pipeline.runs && width > height;
   Views views;
   std::size_t i = 0;
-  for (const PictureRole& role : picturesOf(operation)) {
+  for (const PictureRole& role : operation.pictures) {
     if (needs(operation, role)) {
       views[i] = find(operation, role, landscape);
     }

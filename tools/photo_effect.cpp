@@ -10,9 +10,9 @@
 
 #include "base/image_size.h"
 #include "catalogue/operations.h"
+#include "effect/pipeline.h"
 #include "platform/large_block.h"
 #include "tools/photo_pipeline.h"
-#include "tools/typed_pipeline.h"
 
 namespace alg::tool {
 namespace {
@@ -79,7 +79,9 @@ void runOnWords(const Operation& operation, Call& call, Photo& photo) {
 void runOnFrame(const Operation& operation, const PictureView& picture, Photo& photo) {
   auto outcome = Outcome::kDone;
   throughFrame(photo, [&](const Frame& frame) {
-    outcome = runEffect(operation, frame, picture.pixels != nullptr ? &picture : nullptr);
+    outcome = runEffect(
+        {.operation = &operation, .picture = picture.pixels != nullptr ? &picture : nullptr},
+        frame);
   });
   if (outcome == Outcome::kNoMemory) {
     throw std::bad_alloc();  // what could be decoded also fits the pipeline's limits
@@ -95,7 +97,7 @@ void runOnFrame(const Operation& operation, const PictureView& picture, Photo& p
 std::string asOptions(const Operation& operation, const Call& call) {
   std::string text;
   std::size_t i = 0;
-  for (const Parameter& parameter : parametersOf(operation)) {
+  for (const Parameter& parameter : operation.parameters) {
     text += fmt::format("{}--{} {}", i == 0 ? "" : " ", parameter.name, call.values[i]);
     ++i;
   }

@@ -25,7 +25,7 @@ void resizePhoto(const ResizeRequest& request) {
 
 void blendPhotos(const BlendRequest& request) {
   const Operation* const operation = findOperation(request.mode);
-  if (request.weight && parametersOf(*operation).empty()) {
+  if (request.weight && operation->parameters.empty()) {
     throw WrongUse(fmt::format("--weight goes with --mode mix, not with {}", request.mode));
   }
   const auto [first, metadata] = readPhoto(request.first);
