@@ -157,6 +157,11 @@ struct Operation {
   std::span<const Parameter> parameters = {};  ///< kMostParameters at most
   std::span<const PictureRole> pictures = {};  ///< kMostPictures at most
   PipelineName pipeline = {};
+  /// For a row that reads the destination: the level to fill it with first where what it keeps of
+  /// the source would look out of place; -1: nothing of the kind.
+  int backdrop = -1;
+  /// Why values that are in their ranges don't go with the image; null where they do.
+  const char* (*misfit)(const Call& call) = nullptr;
   void (*run)(const Call& call);
   /// For soft light, whose work memory outlives the bands of an image: its curves; else null.
   const SoftLightEffect& (*softLight)() = nullptr;

@@ -78,6 +78,7 @@ constinit const Operation kEmboss{
     .bands = Bands::kWholeImage,
     .readsDestination = true,
     .pipeline = {.name = "emboss_effect", .identifier = 18, .strips = 1},
+    .backdrop = 128,
     .run = runPlain<Emboss>,
 };
 

@@ -37,6 +37,10 @@ namespace {
 /// The greatest offset and ramp: far beyond any picture.
 constexpr int kLongestRamp = 1'000'000;
 
+int rampOf(const Call& call) {
+  return call.integer(1) != 0 ? call.integer(1) : call.integer(0) + call.height;
+}
+
 }  // namespace
 
 constinit const Operation kMiniature{
@@ -80,11 +84,12 @@ constinit const Operation kMiniatureRows{
     .overlap = Overlap::kApart,
     .bands = Bands::kWholeImage,
     .parameters = kMiniatureRowsParameters,
+    .misfit = [](const Call& call) -> const char* {
+      return rampOf(call) < call.integer(0) + call.height ? "the ramp ends before them" : nullptr;
+    },
     .run =
         [](const Call& call) {
-          const int offset = call.integer(0);
-          const int ramp = call.integer(1) != 0 ? call.integer(1) : offset + call.height;
-          miniature_r(call.src, call.dst, call.width, call.height, offset, ramp);
+          miniature_r(call.src, call.dst, call.width, call.height, call.integer(0), rampOf(call));
         },
 };
 
