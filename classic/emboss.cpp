@@ -4,8 +4,8 @@
 
 #include "base/clamp.h"
 #include "classic/drawing_rows.h"
-#include "kernels/grey_rows.h"
-#include "kernels/neighbourhood.h"
+#include "classic/grey_rows.h"
+#include "classic/neighbourhood.h"
 #include "libalgorithm/classic_effects.h"
 
 namespace {

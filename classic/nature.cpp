@@ -10,8 +10,8 @@
 #include <cstdint>
 
 #include "base/image_size.h"
+#include "classic/neighbourhood.h"
 #include "kernels/curve_steps.h"
-#include "kernels/neighbourhood.h"
 #include "libalgorithm/classic_effects.h"
 
 namespace {

@@ -9,7 +9,7 @@
 
 #include "base/image_size.h"
 #include "classic/drawing_rows.h"
-#include "kernels/neighbourhood.h"
+#include "classic/neighbourhood.h"
 #include "libalgorithm/classic_effects.h"
 
 namespace {

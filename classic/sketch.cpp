@@ -6,9 +6,9 @@
 
 #include "base/image_size.h"
 #include "classic/drawing_rows.h"
-#include "kernels/grey_rows.h"
+#include "classic/grey_rows.h"
+#include "classic/neighbourhood.h"
 #include "kernels/nearest_steps.h"
-#include "kernels/neighbourhood.h"
 #include "libalgorithm/classic_effects.h"
 
 namespace {

@@ -9,11 +9,11 @@
 #include <cstring>
 
 #include "base/image_size.h"
-#include "kernels/grey_rows.h"
+#include "classic/grey_rows.h"
 #include "kernels/vector_frame.h"
 
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "kernels/grey_rows_simd.cpp"
+#define HWY_TARGET_INCLUDE "classic/grey_rows_simd.cpp"
 #include "hwy/foreach_target.h"  // IWYU pragma: keep
 #include "hwy/highway.h"
 
