@@ -8,7 +8,7 @@
 
 #include "base/block.h"
 #include "base/image_size.h"
-#include "camerautil/blend_bytes.h"
+#include "camerautil/blend_rows.h"
 #include "kernels/overlap.h"
 #include "libalgorithm/camera_util.h"
 
@@ -46,10 +46,9 @@ bool orderMatters(const uint8_t* src, const uint8_t* dst, int width, const int* 
   if (width < 0 || first < -kLimit || last > kLimit) {
     return true;
   }
-  const auto span = static_cast<uintptr_t>((last - first + 1) * alg::kArgbBytes);
-  const auto from = reinterpret_cast<uintptr_t>(src);
-  const auto to = reinterpret_cast<uintptr_t>(dst);
-  return (from < to ? to - from : from - to) < span;
+  const std::ptrdiff_t begin = first * alg::kArgbBytes;
+  const auto bytes = static_cast<std::size_t>((last - first + 1) * alg::kArgbBytes);
+  return alg::overlap(src + begin, bytes, dst + begin, bytes);
 }
 
 }  // namespace

@@ -16,11 +16,11 @@
 // middle one's gains, whose image it is.
 #include "base/block.h"
 #include "base/image_size.h"
-#include "classic/light_gains.h"
+#include "classic/light_rows.h"
 #include "kernels/vector_frame.h"
 
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "classic/fill_light_simd.cpp"
+#define HWY_TARGET_INCLUDE "classic/light_rows_simd.cpp"
 #include "hwy/foreach_target.h"  // IWYU pragma: keep
 #include "hwy/highway.h"
 
@@ -276,10 +276,10 @@ class LightRow {
   }
 
  private:
-  uint8_t* left_;
-  uint8_t* rightEnd_;
-  std::size_t sides_;   // bytes of pixels on either side with gains of their own
-  uint8_t middle_[18];  // those of all others
+  uint8_t* left_ = nullptr;
+  uint8_t* rightEnd_ = nullptr;
+  std::size_t sides_ = 0;    // bytes of pixels on either side with gains of their own
+  uint8_t middle_[18] = {};  // those of all others
 };
 
 void fillLightVector(const FillLight& light, const uint8_t* src, uint8_t* dst) {

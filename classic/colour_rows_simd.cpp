@@ -7,11 +7,11 @@
 //
 // Coarse weights fit 7 bits and fine ones 4, so that all stays below 2^16, and values above 255 are
 // limited when they become bytes. AVX2's sums of two products end at 2^15 - 1, which is 255 then.
-#include "classic/colour_mix.h"
+#include "classic/colour_rows.h"
 #include "kernels/vector_frame.h"
 
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "classic/colour_mix_simd.cpp"
+#define HWY_TARGET_INCLUDE "classic/colour_rows_simd.cpp"
 #include "hwy/foreach_target.h"  // IWYU pragma: keep
 #include "hwy/highway.h"
 #include "kernels/packed_planes-inl.h"
@@ -21,7 +21,7 @@ namespace alg::HWY_NAMESPACE {
 
 #if !ALG_HAS_VECTORS()
 
-constexpr auto& mixColoursVector = mixColoursPlain;
+constexpr auto& mixColourRowVector = mixColourRowPlain;
 
 #else
 
@@ -132,7 +132,7 @@ void sepiaVector(const uint8_t* src, uint8_t* dst, std::size_t pixels) {
   });
 }
 
-void mixColoursVector(ColourMix mix, const uint8_t* src, uint8_t* dst, std::size_t pixels) {
+void mixColourRowVector(ColourMix mix, const uint8_t* src, uint8_t* dst, std::size_t pixels) {
   (mix == ColourMix::kGrey ? greyVector : sepiaVector)(src, dst, pixels);
 }
 
@@ -144,10 +144,10 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace alg {
 
-HWY_EXPORT(mixColoursVector);
+HWY_EXPORT(mixColourRowVector);
 
-void mixColoursSimd(ColourMix mix, const uint8_t* src, uint8_t* dst, std::size_t pixels) {
-  HWY_DYNAMIC_DISPATCH(mixColoursVector)(mix, src, dst, pixels);
+void mixColourRow(ColourMix mix, const uint8_t* src, uint8_t* dst, std::size_t pixels) {
+  HWY_DYNAMIC_DISPATCH(mixColourRowVector)(mix, src, dst, pixels);
 }
 
 }  // namespace alg

@@ -1,5 +1,5 @@
-// Byte-wise blends of images as flat arrays. What is written must not start inside what is read: at
-// its start, before it or apart from it is fine.
+// Row kernels of the byte-wise blends, whose rows are whole images. What is written must not feed
+// back into what is read (kernels/overlap.h).
 #pragma once
 
 #include <cstddef>

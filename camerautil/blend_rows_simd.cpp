@@ -1,9 +1,9 @@
 // Vector twins of the byte-wise blends, compiled once per vector target.
-#include "camerautil/blend_bytes.h"
+#include "camerautil/blend_rows.h"
 #include "kernels/vector_frame.h"
 
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "camerautil/blend_bytes_simd.cpp"
+#define HWY_TARGET_INCLUDE "camerautil/blend_rows_simd.cpp"
 #include "hwy/foreach_target.h"  // IWYU pragma: keep
 #include "hwy/highway.h"
 

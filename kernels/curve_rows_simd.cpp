@@ -14,11 +14,11 @@
 #include <algorithm>
 
 #include "base/image_size.h"
-#include "kernels/curve_map.h"
+#include "kernels/curve_rows.h"
 #include "kernels/vector_frame.h"
 
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "kernels/curve_map_simd.cpp"
+#define HWY_TARGET_INCLUDE "kernels/curve_rows_simd.cpp"
 #include "hwy/foreach_target.h"  // IWYU pragma: keep
 #include "hwy/highway.h"
 #include "kernels/packed_planes-inl.h"
@@ -28,7 +28,7 @@ namespace alg::HWY_NAMESPACE {
 
 #if !ALG_HAS_VECTORS()
 
-constexpr auto& mapCurvesVector = mapCurvesPlain;
+constexpr auto& mapCurveRowVector = mapCurveRowPlain;
 
 #else
 
@@ -117,7 +117,7 @@ void mapTables(const uint8_t* src, uint8_t* dst, std::size_t pixels, const Curve
     dst += kPackedBytes * stretch;
     rest -= stretch;
   }
-  mapCurvesPlain(src, dst, tail, curves);
+  mapCurveRowPlain(src, dst, tail, curves);
 }
 
 #else
@@ -154,7 +154,7 @@ void mapTables(const uint8_t* src, uint8_t* dst, std::size_t pixels, const Curve
 
 #endif
 
-void mapCurvesVector(const uint8_t* src, uint8_t* dst, std::size_t pixels, const Curves& curves) {
+void mapCurveRowVector(const uint8_t* src, uint8_t* dst, std::size_t pixels, const Curves& curves) {
   (curves.allSteps ? mapSteps : mapTables)(src, dst, pixels, curves);
 }
 
@@ -166,10 +166,10 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace alg {
 
-HWY_EXPORT(mapCurvesVector);
+HWY_EXPORT(mapCurveRowVector);
 
-void mapCurvesSimd(const uint8_t* src, uint8_t* dst, std::size_t pixels, const Curves& curves) {
-  HWY_DYNAMIC_DISPATCH(mapCurvesVector)(src, dst, pixels, curves);
+void mapCurveRow(const uint8_t* src, uint8_t* dst, std::size_t pixels, const Curves& curves) {
+  HWY_DYNAMIC_DISPATCH(mapCurveRowVector)(src, dst, pixels, curves);
 }
 
 }  // namespace alg
