@@ -119,14 +119,14 @@ HWY_INLINE Planes join(ByteVector first, ByteVector second, ByteVector third) {
 }
 
 void greyVector(const uint8_t* src, uint8_t* dst, std::size_t pixels) {
-  planes::forEachBlock(src, dst, pixels, [](const Planes& p) HWY_ATTR {
+  planes::mapPixels(src, dst, pixels, [](const Planes& p) HWY_ATTR {
     const ByteVector luma = mix<kLuma>(Halves(p));
     return join(luma, luma, luma);
   });
 }
 
 void sepiaVector(const uint8_t* src, uint8_t* dst, std::size_t pixels) {
-  planes::forEachBlock(src, dst, pixels, [](const Planes& p) HWY_ATTR {
+  planes::mapPixels(src, dst, pixels, [](const Planes& p) HWY_ATTR {
     const Halves halves(p);
     return join(mix<kSepiaRed>(halves), mix<kSepiaGreen>(halves), mix<kSepiaBlue>(halves));
   });

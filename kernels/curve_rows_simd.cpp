@@ -59,7 +59,7 @@ struct StepVectors {
 // Curves that are steps on bytes need no lookup.
 void mapSteps(const uint8_t* src, uint8_t* dst, std::size_t pixels, const Curves& curves) {
   const StepVectors s0(curves.steps[0]), s1(curves.steps[1]), s2(curves.steps[2]);
-  planes::forEachBlock(src, dst, pixels, [&](const Planes& p) HWY_ATTR {
+  planes::mapPixels(src, dst, pixels, [&](const Planes& p) HWY_ATTR {
     return cross(s0(p.of[0]), s1(p.of[1]), s2(p.of[2]));
   });
 }
@@ -146,7 +146,7 @@ HWY_INLINE ByteVector lookUp(const uint8_t* rows, ByteVector v) {
 }
 
 void mapTables(const uint8_t* src, uint8_t* dst, std::size_t pixels, const Curves& curves) {
-  planes::forEachBlock(src, dst, pixels, [&](const Planes& p) HWY_ATTR {
+  planes::mapPixels(src, dst, pixels, [&](const Planes& p) HWY_ATTR {
     return cross(lookUp(curves.rows[0], p.of[0]), lookUp(curves.rows[1], p.of[1]),
                  lookUp(curves.rows[2], p.of[2]));
   });
