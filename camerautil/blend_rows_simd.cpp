@@ -10,6 +10,7 @@
 
 HWY_BEFORE_NAMESPACE();
 namespace alg::HWY_NAMESPACE {
+namespace {
 
 #if !ALG_HAS_VECTORS()
 
@@ -87,6 +88,7 @@ void takeFarthestVector(uint8_t* a, const uint8_t* b, const uint8_t* c, std::siz
 
 #endif  // vectors or not
 
+}  // namespace
 }  // namespace alg::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 

@@ -1,8 +1,8 @@
 // Blending of images as byte arrays, and the copy of a rectangle.
 //
 // Buffers may overlap: each loop reads and writes in memory order, and what a loop has written is
-// what it reads later on. Maximum and minimum are the compiler's vectors, which stand behind its
-// own overlap checks.
+// what it reads later on. Maximum and minimum are left to the compiler, whose vectors come with
+// overlap checks of their own.
 #include <cstddef>
 #include <cstring>
 

@@ -18,6 +18,7 @@
 
 HWY_BEFORE_NAMESPACE();
 namespace alg::HWY_NAMESPACE {
+namespace {
 
 #if !ALG_HAS_VECTORS()
 
@@ -138,6 +139,7 @@ void mixColourRowVector(ColourMix mix, const uint8_t* src, uint8_t* dst, std::si
 
 #endif
 
+}  // namespace
 }  // namespace alg::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 

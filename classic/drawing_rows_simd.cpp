@@ -16,6 +16,7 @@
 
 HWY_BEFORE_NAMESPACE();
 namespace alg::HWY_NAMESPACE {
+namespace {
 
 #if !ALG_HAS_VECTORS()
 
@@ -320,6 +321,7 @@ void cartoonRowVector(const PlaneWindow& rows, uint8_t* out, std::size_t count,
 
 #endif
 
+}  // namespace
 }  // namespace alg::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 

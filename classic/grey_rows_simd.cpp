@@ -18,6 +18,7 @@
 
 HWY_BEFORE_NAMESPACE();
 namespace alg::HWY_NAMESPACE {
+namespace {
 
 #if !ALG_HAS_VECTORS()
 
@@ -181,6 +182,7 @@ void spreadGreyRowVector(const uint8_t* grey, uint8_t* pixels, std::size_t width
 
 #endif
 
+}  // namespace
 }  // namespace alg::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 

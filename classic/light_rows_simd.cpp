@@ -71,7 +71,7 @@ ShortVector scaled(ShortVector v, int factor) {
 
 static_assert(falloff(0x7FFF) == falloff(0x8000));
 
-/// By how much, rounding, `falloff` ever exceeds what it is farther from the centre.
+/// The most by which `falloff`, being rounded, exceeds what it is farther from the centre.
 constexpr int ripple() {
   int most = 0;
   int nearest = 0x8000;
@@ -203,7 +203,7 @@ class LightTerms {
 #if HWY_TARGET == HWY_NEON
     return hn::ConvertTo(d, product);
 #else
-    return IntVector{_mm256_cvttps_epi32(product.raw)};  // no care for values beyond 31 bits
+    return IntVector{_mm256_cvttps_epi32(product.raw)};  // no value has more than 31 bits
 #endif
   }
 

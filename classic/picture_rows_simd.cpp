@@ -11,6 +11,7 @@
 
 HWY_BEFORE_NAMESPACE();
 namespace alg::HWY_NAMESPACE {
+namespace {
 
 #if !ALG_HAS_VECTORS()
 
@@ -81,6 +82,7 @@ void layRowVector(const uint8_t* src, const uint8_t* front, const uint8_t* mask,
 
 #endif
 
+}  // namespace
 }  // namespace alg::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 

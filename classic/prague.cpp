@@ -92,7 +92,7 @@ const CartoonFactors& cartoonFactors() {
   return kFactors;
 }
 
-/// Calls in a stretch of the source row that is split next, and of the row that is written next.
+/// Prefetches a stretch of the source row that is split next, and of the row that is written next.
 void fetchAhead(const uint8_t* src, const uint8_t* dst, int pixels) {
   for (int i = 0; i < pixels * alg::kPackedBytes; i += kCacheLine) {
     __builtin_prefetch(src + i);
@@ -100,8 +100,8 @@ void fetchAhead(const uint8_t* src, const uint8_t* dst, int pixels) {
   }
 }
 
-/// Runs a row kernel over the inner pixels, then copies the edges. The kernels compute long and the
-/// split waits for memory, so that what follows is fetched while a stretch of windows is computed.
+/// Runs a row kernel over the inner pixels, then copies the edges. The kernels take long and the
+/// split waits for memory: what follows is fetched while a stretch of windows is computed.
 template <class Kernel>
 void draw(const uint8_t* src, uint8_t* dst, int width, int height, Kernel kernel) {
   if (width < 1 || height < 1) {
@@ -124,7 +124,10 @@ void draw(const uint8_t* src, uint8_t* dst, int width, int height, Kernel kernel
                        const int part = std::min(count - x, kStretch);
                        const std::ptrdiff_t byte = std::ptrdiff_t{x} * alg::kPackedBytes;
                        fetchAhead(nextSource + byte, nextTarget + byte, part);
-                       kernel(PlaneWindow{top + x, middle + x, bottom + x, work.pitch()},
+                       kernel(PlaneWindow{.top = top + x,
+                                          .middle = middle + x,
+                                          .bottom = bottom + x,
+                                          .pitch = work.pitch()},
                               out + byte, static_cast<std::size_t>(part));
                      }
                    });

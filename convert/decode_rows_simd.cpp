@@ -18,6 +18,7 @@
 
 HWY_BEFORE_NAMESPACE();
 namespace alg::HWY_NAMESPACE {
+namespace {
 
 #if !ALG_HAS_VECTORS()
 
@@ -374,6 +375,7 @@ void decodeRowPairVector(RowFormat format, const uint8_t* luma, std::ptrdiff_t l
 
 #endif  // vectors or not
 
+}  // namespace
 }  // namespace alg::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 

@@ -25,6 +25,7 @@
 
 HWY_BEFORE_NAMESPACE();
 namespace alg::HWY_NAMESPACE {
+namespace {
 
 #if !ALG_HAS_VECTORS()
 
@@ -160,6 +161,7 @@ void mapCurveRowVector(const uint8_t* src, uint8_t* dst, std::size_t pixels, con
 
 #endif
 
+}  // namespace
 }  // namespace alg::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 

@@ -27,15 +27,15 @@ constexpr uint32_t mixWords(uint32_t a, uint32_t b, uint32_t fraction) {
   return static_cast<uint32_t>(mixed | (mixed >> 16));
 }
 
-/// For each column of the destination its column of the source and how far the way to the next one
-/// is gone, in 65536ths, in both halves of a word.
+/// For each column of the destination: its column of the source, and how much of the way to the
+/// next one it is, in 65536ths, in both halves of a word.
 struct ResizeColumns {
   const int32_t* index = nullptr;
   const uint32_t* fractions = nullptr;
   int count = 0;
   int sourceWidth = 0;
   int paired = 0;  // the leading columns for which index never falls and index + 1 is in the row
-  int reach = 0;   // any n neighbours among these lie within reach x n columns; 0: farther apart
+  int reach = 0;   // any n neighbours among these are reach x n source columns at most; 0: more
 
   /// The columns from `first` on, for the definitions: without what only the twins ask for.
   ResizeColumns from(int first) const {
