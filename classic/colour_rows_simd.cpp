@@ -137,7 +137,7 @@ void mixColourRowVector(ColourMix mix, const uint8_t* src, uint8_t* dst, std::si
   (mix == ColourMix::kGrey ? greyVector : sepiaVector)(src, dst, pixels);
 }
 
-#endif
+#endif  // vectors or not
 
 }  // namespace
 }  // namespace alg::HWY_NAMESPACE

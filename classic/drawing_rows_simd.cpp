@@ -317,9 +317,9 @@ void cartoonRowVector(const PlaneWindow& rows, uint8_t* out, std::size_t count,
   forEachBlock<kBlock>(count, divide, Writes<kPackedBytes>{out});
 }
 
-#endif
+#endif  // NEON or AVX2
 
-#endif
+#endif  // vectors or not
 
 }  // namespace
 }  // namespace alg::HWY_NAMESPACE

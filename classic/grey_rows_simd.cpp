@@ -180,7 +180,7 @@ void spreadGreyRowVector(const uint8_t* grey, uint8_t* pixels, std::size_t width
   forEachBlock<kBlock>(width, spread, Writes<kPackedBytes>{pixels});
 }
 
-#endif
+#endif  // vectors or not
 
 }  // namespace
 }  // namespace alg::HWY_NAMESPACE

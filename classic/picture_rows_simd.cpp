@@ -80,7 +80,7 @@ void layRowVector(const uint8_t* src, const uint8_t* front, const uint8_t* mask,
                        Reads<kArgbBytes>{mask}, Writes<kPackedBytes>{dst});
 }
 
-#endif
+#endif  // vectors or not
 
 }  // namespace
 }  // namespace alg::HWY_NAMESPACE

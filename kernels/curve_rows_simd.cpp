@@ -159,7 +159,7 @@ void mapCurveRowVector(const uint8_t* src, uint8_t* dst, std::size_t pixels, con
   (curves.allSteps ? mapSteps : mapTables)(src, dst, pixels, curves);
 }
 
-#endif
+#endif  // vectors or not
 
 }  // namespace
 }  // namespace alg::HWY_NAMESPACE
