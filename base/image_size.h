@@ -28,10 +28,13 @@ constexpr int64_t yuvFrameBytes(int32_t width, int32_t height) {
 /// Pictures from files are decoded up to these sizes; larger ones fail before memory is taken.
 inline constexpr int64_t kMaxPictureSide = 65535;
 inline constexpr int64_t kMaxPicturePixels = 256'000'000;
+/// Of the pictures of effects: PNG files of a few kilobytes can hold hundreds of megabytes.
+inline constexpr int64_t kMaxEffectPicturePixels = 64'000'000;
 
-constexpr bool isPictureSize(int64_t width, int64_t height) {
+constexpr bool isPictureSize(int64_t width, int64_t height,
+                             int64_t mostPixels = kMaxPicturePixels) {
   return width >= 1 && height >= 1 && width <= kMaxPictureSide && height <= kMaxPictureSide &&
-         width * height <= kMaxPicturePixels;
+         width * height <= mostPixels;
 }
 
 }  // namespace alg

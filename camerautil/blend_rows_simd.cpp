@@ -51,7 +51,7 @@ void addSharesVector(const uint8_t* src, uint16_t srcShare, uint8_t* dst, uint16
 }
 
 HWY_INLINE ByteVector distance(ByteVector a, ByteVector b) {
-#if HWY_TARGET == HWY_NEON
+#if ALG_IS_NEON()
   return ByteVector(vabdq_u8(a.raw, b.raw));
 #else
   return hn::Or(hn::SaturatedSub(a, b), hn::SaturatedSub(b, a));

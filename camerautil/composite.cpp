@@ -9,6 +9,7 @@
 #include "base/block.h"
 #include "base/image_size.h"
 #include "camerautil/blend_rows.h"
+#include "catalogue/operations.h"
 #include "kernels/overlap.h"
 #include "libalgorithm/camera_util.h"
 
@@ -121,3 +122,156 @@ void CameraUtil::add3ImageByBackground(uint8_t* a, const uint8_t* b, const uint8
     a[i] = farthest(a[i], b[i], c[i], background[i]);
   }
 }
+
+namespace alg::operation {
+namespace {
+
+/// The most that a rectangle's side can be asked for.
+constexpr int kLongestSide = 65535;
+
+unsigned int wordBytes(const Call& call) {
+  return static_cast<unsigned int>(bytesOf(Pixels::kWords, pixelCount(call.width, call.height)));
+}
+
+}  // namespace
+
+constexpr Parameter kMixParameters[] = {{.name = "weight",
+                                         .type = Parameter::Type::kInteger,
+                                         .most = 256,
+                                         .preset = 128,
+                                         .unit = "1/256",
+                                         .help = "share of the source"}};
+
+constinit const Operation kMix{
+    .name = "mix",
+    .routine = "CameraUtil::add2Image",
+    .family = Family::kBlend,
+    .shows = "Two images mixed.",
+    .formula = "(dst x (256 - weight) + src x weight) / 256.",
+    .pixels = Pixels::kWords,
+    .readsDestination = true,
+    .parameters = kMixParameters,
+    .run =
+        [](const Call& call) {
+          const int weight = call.integer(0);
+          CameraUtil::add2Image(call.src, weight, call.dst, static_cast<unsigned int>(256 - weight),
+                                wordBytes(call));
+        },
+};
+
+constinit const Operation kLighten{
+    .name = "lighten",
+    .routine = "CameraUtil::add2ImageByBrightness",
+    .family = Family::kBlend,
+    .shows = "The lighter values of two images.",
+    .formula = "The greater of both bytes.",
+    .pixels = Pixels::kWords,
+    .readsDestination = true,
+    .run =
+        [](const Call& call) {
+          CameraUtil::add2ImageByBrightness(call.src, call.dst, wordBytes(call));
+        },
+};
+
+constinit const Operation kDarken{
+    .name = "darken",
+    .routine = "CameraUtil::add2ImageByDarkness",
+    .family = Family::kBlend,
+    .shows = "The darker values of two images.",
+    .formula = "The smaller of both bytes.",
+    .pixels = Pixels::kWords,
+    .readsDestination = true,
+    .run =
+        [](const Call& call) {
+          CameraUtil::add2ImageByDarkness(call.src, call.dst, wordBytes(call));
+        },
+};
+
+constexpr Parameter kPasteParameters[] = {{.name = "left",
+                                           .type = Parameter::Type::kInteger,
+                                           .most = kLongestSide,
+                                           .unit = "pixels",
+                                           .help = "first column"},
+                                          {.name = "top",
+                                           .type = Parameter::Type::kInteger,
+                                           .most = kLongestSide,
+                                           .unit = "pixels",
+                                           .help = "first row"},
+                                          {.name = "right",
+                                           .type = Parameter::Type::kInteger,
+                                           .most = kLongestSide,
+                                           .unit = "pixels",
+                                           .help = "column behind the last; 0: the image's width"},
+                                          {.name = "bottom",
+                                           .type = Parameter::Type::kInteger,
+                                           .most = kLongestSide,
+                                           .unit = "pixels",
+                                           .help = "row behind the last; 0: the image's height"}};
+
+constinit const Operation kPaste{
+    .name = "paste",
+    .routine = "CameraUtil::replaceImageContent",
+    .family = Family::kBlend,
+    .shows = "A rectangle of one image put into another.",
+    .formula = "Pixels are copied as they are, as if column by column.",
+    .pixels = Pixels::kWords,
+    .overlap = Overlap::kAny,
+    .bands = Bands::kWholeImage,
+    .readsDestination = true,
+    .parameters = kPasteParameters,
+    .run =
+        [](const Call& call) {
+          const int right = call.integer(2) != 0 ? call.integer(2) : call.width;
+          const int bottom = call.integer(3) != 0 ? call.integer(3) : call.height;
+          int rect[] = {call.integer(0), call.integer(1), right, bottom};
+          CameraUtil::replaceImageContent(call.src, call.dst, call.width, rect);
+        },
+};
+
+constexpr PictureRole kBackgroundPictures[] = {
+    {.name = "second", .size = PictureRole::Size::kSameAsImage, .help = "the second image"},
+    {.name = "third", .size = PictureRole::Size::kSameAsImage, .help = "the third image"}};
+
+constinit const Operation kBackground{
+    .name = "background",
+    .routine = "CameraUtil::getBackground",
+    .family = Family::kBlend,
+    .shows = "What two of three images agree on.",
+    .formula =
+        "Of the second and third byte the one nearer to the first; the third when both are equally "
+        "near.",
+    .pixels = Pixels::kWords,
+    .overlap = Overlap::kApart,
+    .pictures = kBackgroundPictures,
+    .run =
+        [](const Call& call) {
+          const unsigned int bytes = wordBytes(call);
+          const Block result(CameraUtil::getBackground(
+              call.src, call.pictures[0].pixels, call.pictures[1].pixels, static_cast<int>(bytes)));
+          if (result != nullptr) {
+            std::memcpy(call.dst, result.get(), bytes);
+          }
+        },
+};
+
+constexpr PictureRole kFarthestPictures[] = {
+    {.name = "third", .size = PictureRole::Size::kSameAsImage, .help = "the third image"}};
+
+constinit const Operation kFarthest{
+    .name = "farthest",
+    .routine = "CameraUtil::add3ImageByBackground",
+    .family = Family::kBlend,
+    .shows = "What stands out in one of three images.",
+    .formula =
+        "Of the three bytes the one farthest from their background; the first of equally far ones.",
+    .pixels = Pixels::kWords,
+    .readsDestination = true,
+    .pictures = kFarthestPictures,
+    .run =
+        [](const Call& call) {
+          CameraUtil::add3ImageByBackground(call.dst, call.src, call.pictures[0].pixels,
+                                            static_cast<int>(wordBytes(call)));
+        },
+};
+
+}  // namespace alg::operation

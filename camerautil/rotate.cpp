@@ -4,6 +4,7 @@
 
 #include "base/image_size.h"
 #include "camerautil/turn_rows.h"
+#include "catalogue/operations.h"
 #include "libalgorithm/camera_util.h"
 
 namespace {
@@ -110,3 +111,151 @@ void CameraUtil::rotateARGB(const uint8_t* src, uint8_t* dst, int width, int hei
       return;
   }
 }
+
+namespace alg::operation {
+namespace {
+
+/// Sizes of a frame's turn are those of the result.
+template <auto kTurn>
+void runFrameTurn(const Call& call) {
+  kTurn(call.src, call.dst, call.resultWidth, call.resultHeight);
+}
+
+template <auto kTurn>
+void runImageTurn(const Call& call) {
+  kTurn(call.src, call.dst, call.width, call.height);
+}
+
+}  // namespace
+
+constinit const Operation kRotateYuv90{
+    .name = "rotate-yuv-90",
+    .routine = "CameraUtil::rotateYUV90",
+    .family = Family::kGeometry,
+    .shows = "A quarter turn counter-clockwise.",
+    .formula = "Luma bytes and chroma pairs are moved as they are.",
+    .pixels = Pixels::kFrame,
+    .reach = Reach::kAnything,
+    .overlap = Overlap::kApart,
+    .bands = Bands::kWholeImage,
+    .run = runFrameTurn<CameraUtil::rotateYUV90>,
+};
+
+constinit const Operation kRotateYuv180{
+    .name = "rotate-yuv-180",
+    .routine = "CameraUtil::rotateYUV180",
+    .family = Family::kGeometry,
+    .shows = "Half a turn.",
+    .formula = "Luma bytes and chroma pairs are moved as they are.",
+    .pixels = Pixels::kFrame,
+    .reach = Reach::kAnything,
+    .overlap = Overlap::kApart,
+    .bands = Bands::kWholeImage,
+    .run = runFrameTurn<CameraUtil::rotateYUV180>,
+};
+
+constinit const Operation kRotateYuv270{
+    .name = "rotate-yuv-270",
+    .routine = "CameraUtil::rotateYUV270",
+    .family = Family::kGeometry,
+    .shows = "A quarter turn clockwise.",
+    .formula = "Luma bytes and chroma pairs are moved as they are.",
+    .pixels = Pixels::kFrame,
+    .reach = Reach::kAnything,
+    .overlap = Overlap::kApart,
+    .bands = Bands::kWholeImage,
+    .run = runFrameTurn<CameraUtil::rotateYUV270>,
+};
+
+constexpr Parameter kRotateYuvParameters[] = {{.name = "degrees",
+                                               .type = Parameter::Type::kInteger,
+                                               .least = 90,
+                                               .most = 270,
+                                               .preset = 90,
+                                               .step = 90,
+                                               .help = "counter-clockwise"}};
+
+constinit const Operation kRotateYuv{
+    .name = "rotate-yuv",
+    .routine = "CameraUtil::rotateYUV",
+    .family = Family::kGeometry,
+    .shows = "Quarter turns of a frame.",
+    .formula = "Luma bytes and chroma pairs are moved as they are.",
+    .pixels = Pixels::kFrame,
+    .reach = Reach::kAnything,
+    .overlap = Overlap::kApart,
+    .bands = Bands::kWholeImage,
+    .parameters = kRotateYuvParameters,
+    .run =
+        [](const Call& call) {
+          CameraUtil::rotateYUV(call.src, call.dst, call.resultWidth, call.resultHeight,
+                                call.integer(0));
+        },
+};
+
+constinit const Operation kRotateArgb90{
+    .name = "rotate-argb-90",
+    .routine = "CameraUtil::rotateARGB90",
+    .family = Family::kGeometry,
+    .shows = "A quarter turn clockwise.",
+    .formula = "Pixels are moved as they are.",
+    .pixels = Pixels::kWords,
+    .reach = Reach::kAnything,
+    .overlap = Overlap::kApart,
+    .bands = Bands::kWholeImage,
+    .run = runImageTurn<CameraUtil::rotateARGB90>,
+};
+
+constinit const Operation kRotateArgb180{
+    .name = "rotate-argb-180",
+    .routine = "CameraUtil::rotateARGB180",
+    .family = Family::kGeometry,
+    .shows = "Half a turn.",
+    .formula = "Pixels are moved as they are.",
+    .pixels = Pixels::kWords,
+    .reach = Reach::kAnything,
+    .overlap = Overlap::kApart,
+    .bands = Bands::kWholeImage,
+    .run = runImageTurn<CameraUtil::rotateARGB180>,
+};
+
+constinit const Operation kRotateArgb270{
+    .name = "rotate-argb-270",
+    .routine = "CameraUtil::rotateARGB270",
+    .family = Family::kGeometry,
+    .shows = "A quarter turn counter-clockwise.",
+    .formula = "Pixels are moved as they are.",
+    .pixels = Pixels::kWords,
+    .reach = Reach::kAnything,
+    .overlap = Overlap::kApart,
+    .bands = Bands::kWholeImage,
+    .run = runImageTurn<CameraUtil::rotateARGB270>,
+};
+
+constexpr Parameter kRotateArgbParameters[] = {{.name = "degrees",
+                                                .type = Parameter::Type::kInteger,
+                                                .least = 90,
+                                                .most = 270,
+                                                .preset = 90,
+                                                .step = 90,
+                                                .help = "clockwise"}};
+
+constinit const Operation kRotateArgb{
+    .name = "rotate-argb",
+    .routine = "CameraUtil::rotateARGB",
+    .family = Family::kGeometry,
+    .shows = "Quarter turns of an image.",
+    .formula = "Pixels are moved as they are.",
+    .pixels = Pixels::kWords,
+    .reach = Reach::kAnything,
+    .overlap = Overlap::kApart,
+    .bands = Bands::kWholeImage,
+    .parameters = kRotateArgbParameters,
+    .pipeline = {.name = "rotate_effect", .identifier = 16, .strips = 1},
+    .run =
+        [](const Call& call) {
+          CameraUtil::rotateARGB(call.src, call.dst, call.width, call.height, call.integer(0));
+        },
+};
+
+}  // namespace alg::operation

@@ -33,7 +33,7 @@ constexpr int kPrefetchBytes = 128;  // how far ahead in each source row
 // Destinations from this size on don't stay in a cache for their reader anyway. Their lines are
 // written past the caches, which spares reading them first.
 constexpr int64_t kStreamedBytes = 4 << 20;
-constexpr bool kCanStream = HWY_TARGET == HWY_AVX2;
+constexpr bool kCanStream = ALG_IS_AVX2();
 
 /// Visits begin, begin + step, ...; the last step is moved back to end at `end`, so that steps
 /// cover the range whole. It isn't shorter than a step.

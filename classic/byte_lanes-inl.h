@@ -45,7 +45,7 @@ struct Ints4 {
 
 // Steps between bytes, 16-bit and 32-bit lanes -------------------------------------------------
 
-#if HWY_TARGET == HWY_NEON
+#if ALG_IS_NEON()
 
 // sum + kWeight x (plus - minus)
 template <int kWeight>

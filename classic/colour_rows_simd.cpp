@@ -41,7 +41,7 @@ constexpr MixWeights fine(const MixWeights& w) {
   return {w.red & mask, w.green & mask, w.blue & mask, 0};
 }
 
-#if HWY_TARGET == HWY_NEON
+#if ALG_IS_NEON()
 
 // Half a vector of pixels.
 struct Half {

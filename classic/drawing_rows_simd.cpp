@@ -49,7 +49,7 @@ void reliefRowVector(const uint8_t* top, const uint8_t* bottom, uint8_t* grey, s
 // The roots of squared gradients, rounded down and limited to 255. The float root is exact enough:
 // one less than a square is below 2^17, so its root is further from the next integer than any
 // rounding.
-#if HWY_TARGET == HWY_NEON
+#if ALG_IS_NEON()
 // A hardware root takes long. An estimate with one step of refinement, rounded to the nearest, is
 // the root or the integer above it, in which case its square is too large. (Of 0, the estimate's
 // product is not a number and becomes 0.)
@@ -202,7 +202,7 @@ HWY_INLINE Brightest brightest(const PlaneWindow& rows, std::size_t x) {
   return {{most[0], most[1], most[2]}, hn::Max(hn::Max(most[0], most[1]), most[2])};
 }
 
-#if HWY_TARGET == HWY_NEON
+#if ALG_IS_NEON()
 
 // The numbers of a block's factors; planes of them are a chunk apart.
 HWY_INLINE void takeNumbers(const PlaneWindow& rows, std::size_t x, int32_t* numbers) {

@@ -2,6 +2,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "catalogue/operations.h"
 #include "classic/drawing_rows.h"
 #include "classic/grey_rows.h"
 #include "classic/neighbourhood.h"
@@ -53,3 +54,23 @@ void Emboss(unsigned char* src, unsigned char* dst, int width, int height) {
   smearRows(image);
   alg::copyEdgeColumns(image);
 }
+
+namespace alg::operation {
+
+constinit const Operation kEmboss{
+    .name = "emboss",
+    .routine = "Emboss",
+    .family = Family::kDrawing,
+    .shows = "A grey relief.",
+    .formula = "16 times the luminance step from two rows up and two columns left, plus 128.",
+    .pixels = Pixels::kPackedBgr,
+    .reach = Reach::kNeighbours,
+    .radius = 2,
+    .overlap = Overlap::kApart,
+    .bands = Bands::kWholeImage,
+    .readsDestination = true,
+    .pipeline = {.name = "emboss_effect", .identifier = 18, .strips = 1},
+    .run = runPlain<Emboss>,
+};
+
+}  // namespace alg::operation

@@ -122,7 +122,7 @@ class Fisheye {
 };
 
 hn::Vec<Bytes16> loadFour(const uint8_t* base, const int32_t* offsets) {
-#if HWY_TARGET == HWY_NEON
+#if ALG_IS_NEON()
   const auto word = [&](int i) { return reinterpret_cast<const uint32_t*>(base + offsets[i]); };
   uint32x4_t words = vld1q_dup_u32(word(0));
   words = vld1q_lane_u32(word(1), words, 1);

@@ -36,7 +36,7 @@ using ByteVector = hn::Vec<Bytes>;
 constexpr std::size_t kBlock = hn::MaxLanes(Bytes());  // pixels a step
 static_assert(kBlock <= kRowPadding);
 
-#if HWY_TARGET == HWY_NEON
+#if ALG_IS_NEON()
 
 // Three byte planes and widening multiplications: H and L of 8 pixels a vector.
 class Weigher {
@@ -158,7 +158,7 @@ void splitRowVector(const uint8_t* pixels, uint8_t* planes, std::ptrdiff_t pitch
 HWY_INLINE void spreadBlock(const uint8_t* grey, uint8_t* pixels) {
   const Bytes d;
   const ByteVector v = hn::LoadU(d, grey);
-#if HWY_TARGET == HWY_NEON
+#if ALG_IS_NEON()
   hn::StoreInterleaved3(v, v, v, d, pixels);
 #else
   // Byte i of a lane's 48 is its grey i / 3.

@@ -52,7 +52,7 @@ constexpr int kIntLanes = kBlock / 4;
 
 /// (a x b) >> 15 of values below 1.0.
 UnsignedVector product(UnsignedVector a, UnsignedVector b) {
-#if HWY_TARGET == HWY_NEON
+#if ALG_IS_NEON()
   return UnsignedVector(vreinterpretq_u16_s16(
       vqdmulhq_s16(vreinterpretq_s16_u16(a.raw), vreinterpretq_s16_u16(b.raw))));
 #else
@@ -62,7 +62,7 @@ UnsignedVector product(UnsignedVector a, UnsignedVector b) {
 
 /// (v x factor) >> 15 for either sign and factors below 0.5.
 ShortVector scaled(ShortVector v, int factor) {
-#if HWY_TARGET == HWY_NEON
+#if ALG_IS_NEON()
   return ShortVector(vqdmulhq_n_s16(v.raw, static_cast<int16_t>(factor)));
 #else
   return hn::MulHigh(v, hn::Set(Shorts(), static_cast<int16_t>(2 * factor)));
@@ -100,7 +100,7 @@ UnsignedVector falloffs(UnsignedVector d) {
 // Ints to shorts and shorts to bytes, in the order of instructions: on x86 each half of a vector is
 // joined for itself, which the halves of falloffs undo for ints; bytes are put in order.
 ShortVector join(IntVector low, IntVector high) {
-#if HWY_TARGET == HWY_NEON
+#if ALG_IS_NEON()
   return ShortVector(vcombine_s16(vqmovn_s32(low.raw), vqmovn_s32(high.raw)));
 #else
   return ShortVector{_mm256_packs_epi32(low.raw, high.raw)};
@@ -108,7 +108,7 @@ ShortVector join(IntVector low, IntVector high) {
 }
 
 hn::Vec<Bytes> narrow(ShortVector low, ShortVector high) {
-#if HWY_TARGET == HWY_NEON
+#if ALG_IS_NEON()
   return hn::Vec<Bytes>(vcombine_u8(vqmovun_s16(low.raw), vqmovun_s16(high.raw)));
 #else
   const __m256i order = _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7);
@@ -200,7 +200,7 @@ class LightTerms {
     const Floats floats;
     const auto scale = hn::Sub(hn::Set(d, 98301), hn::ShiftLeft<3>(weight));
     const auto product = hn::Mul(hn::ConvertTo(floats, scale), hn::Set(floats, 0.33333f));
-#if HWY_TARGET == HWY_NEON
+#if ALG_IS_NEON()
     return hn::ConvertTo(d, product);
 #else
     return IntVector{_mm256_cvttps_epi32(product.raw)};  // no value has more than 31 bits

@@ -9,6 +9,7 @@
 
 #include "base/clamp.h"
 #include "base/image_size.h"
+#include "catalogue/operations.h"
 #include "classic/lomo_curves.h"
 #include "kernels/curve_map.h"
 #include "libalgorithm/classic_effects.h"
@@ -84,3 +85,26 @@ void LomoFun(int* src, int* dst, int width, int height) {
     }
   }
 }
+
+namespace alg::operation {
+
+constinit const Operation kLomoFun{
+    .name = "lomo-fun",
+    .routine = "LomoFun",
+    .family = Family::kLight,
+    .shows = "Lomo with dark corners.",
+    .formula =
+        "Full brightness inside a fifth of the squared half diagonal, from there (t^2 + t^4) / 2 "
+        "down to black at its end.",
+    .pixels = Pixels::kInts,
+    .reach = Reach::kPlace,
+    .overlap = Overlap::kInPlace,
+    .bands = Bands::kWholeImage,
+    .run =
+        [](const Call& call) {
+          LomoFun(reinterpret_cast<int*>(call.src), reinterpret_cast<int*>(call.dst), call.width,
+                  call.height);
+        },
+};
+
+}  // namespace alg::operation

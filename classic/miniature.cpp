@@ -1,4 +1,5 @@
 // Tilt-shift: sharp along a band through the middle, blurred towards two opposite edges.
+#include "catalogue/operations.h"
 #include "kernels/box_blur.h"
 #include "libalgorithm/classic_effects.h"
 
@@ -29,3 +30,62 @@ void miniature_r(unsigned char* src, unsigned char* dst, int width, int height, 
                       .axis = alg::RampAxis::kRows,
                       .firstEntry = rowOffset});
 }
+
+namespace alg::operation {
+namespace {
+
+/// The greatest offset and ramp: far beyond any picture.
+constexpr int kLongestRamp = 1'000'000;
+
+}  // namespace
+
+constinit const Operation kMiniature{
+    .name = "miniature",
+    .routine = "miniature",
+    .family = Family::kLight,
+    .shows = "Sharp in the middle column, blurred to both sides.",
+    .formula = "A box blur whose radius grows from 0 to 24.",
+    .pixels = Pixels::kPackedBgr,
+    .reach = Reach::kNeighbours,
+    .radius = 24,
+    .overlap = Overlap::kApart,
+    .bands = Bands::kWholeImage,
+    .pipeline = {.name = "miniature", .identifier = 5, .flagsLandscape = true},
+    .run = runPlain<miniature>,
+};
+
+constexpr Parameter kMiniatureRowsParameters[] = {
+    {.name = "offset",
+     .type = Parameter::Type::kInteger,
+     .most = kLongestRamp,
+     .unit = "rows",
+     .help = "first row, in a taller picture"},
+    {.name = "ramp",
+     .type = Parameter::Type::kInteger,
+     .most = kLongestRamp,
+     .unit = "rows",
+     .help = "rows of that taller picture; 0: up to the last one here"}};
+
+constinit const Operation kMiniatureRows{
+    .name = "miniature-rows",
+    .routine = "miniature_r",
+    .family = Family::kLight,
+    .shows = "A toy world: sharp across the middle, blurred above and below.",
+    .formula =
+        "The blur of miniature down the rows; the image may be a strip of a taller one, but boxes "
+        "end at the strip.",
+    .pixels = Pixels::kPackedBgr,
+    .reach = Reach::kNeighbours,
+    .radius = 24,
+    .overlap = Overlap::kApart,
+    .bands = Bands::kWholeImage,
+    .parameters = kMiniatureRowsParameters,
+    .run =
+        [](const Call& call) {
+          const int offset = call.integer(0);
+          const int ramp = call.integer(1) != 0 ? call.integer(1) : offset + call.height;
+          miniature_r(call.src, call.dst, call.width, call.height, offset, ramp);
+        },
+};
+
+}  // namespace alg::operation

@@ -10,6 +10,7 @@
 #include <cstdint>
 
 #include "base/image_size.h"
+#include "catalogue/operations.h"
 #include "classic/neighbourhood.h"
 #include "kernels/curve_steps.h"
 #include "libalgorithm/classic_effects.h"
@@ -102,3 +103,23 @@ void nature(unsigned char* src, unsigned char* dst, int width, int height) {
   copyRowsCrosswise(image);
   copyColumnsAskew(image);
 }
+
+namespace alg::operation {
+
+constinit const Operation kNature{
+    .name = "nature",
+    .routine = "nature",
+    .family = Family::kDrawing,
+    .shows = "Deep colours, hard contrast.",
+    .formula = "Saturation raised against the upper left neighbour, then contrast of gain 1.5.",
+    .pixels = Pixels::kPackedBgr,
+    .reach = Reach::kNeighbours,
+    .radius = 1,
+    .overlap = Overlap::kApart,
+    .bands = Bands::kWholeImage,
+    .readsDestination = true,
+    .pipeline = {.name = "nature", .identifier = 6},
+    .run = runPlain<nature>,
+};
+
+}  // namespace alg::operation

@@ -2,54 +2,124 @@
 #include <cstddef>
 
 #include "base/image_size.h"
+#include "catalogue/operations.h"
 #include "classic/picture_rows.h"
 #include "kernels/overlap.h"
 #include "kernels/stretched_rows.h"
 #include "libalgorithm/classic_effects.h"
 #include "platform/bitmap.h"
 
-void Colorpaint(unsigned char* src, unsigned char* dst, int width, int height) {
-  if (!alg::decodeEffectPicture("colorpaint.png", alg::bitmap_effect)) {
-    return;
-  }
-  const uint8_t* picture = alg::bitmap_effect.pixels.get();
-  alg::StretchedRows paint(alg::bitmap_effect.width, alg::bitmap_effect.height, width, height,
-                           alg::StretchedPixels::kPackedCrossed);
+namespace alg {
+namespace {
+
+/// Rows of the whole image that a call's rows belong to.
+int imageHeight(const Call& call) { return call.imageHeight != 0 ? call.imageHeight : call.height; }
+
+PictureView viewOf(const Bitmap& bitmap) {
+  return {bitmap.pixels.get(), bitmap.width, bitmap.height};
+}
+
+void paintOver(const Call& call) {
+  const PictureView& picture = call.pictures[0];
+  StretchedRows paint(picture.width, picture.height, call.width, imageHeight(call),
+                      StretchedPixels::kPackedCrossed);
   if (!paint.any()) {
     return;
   }
-  alg::forEachPiece(
-      src, dst, width, height,
-      [&](const uint8_t* from, uint8_t* to, int y, std::size_t x, std::size_t pixels) {
-        const uint8_t* row = paint.row(picture, y);
-        alg::paintRow(from, row + alg::kPackedBytes * x, to, pixels);
-      });
+  forEachPiece(call.src, call.dst, call.width, call.height,
+               [&](const uint8_t* src, uint8_t* dst, int y, std::size_t x, std::size_t pixels) {
+                 const uint8_t* row = paint.row(picture.pixels, call.firstRow + y);
+                 paintRow(src, row + kPackedBytes * x, dst, pixels);
+               });
+}
+
+void layOverAndInvert(const Call& call) {
+  const auto& [front, mask] = call.pictures;
+  if (mask.width < front.width || mask.height < front.height) {
+    return;
+  }
+  // The offset in the front picture counts in both, in a wider mask, too: there it lies in another
+  // column or row, but always inside.
+  constexpr auto kWhole = StretchedPixels::kWhole;
+  StretchedRows over(front.width, front.height, call.width, imageHeight(call), kWhole);
+  StretchedRows inverting(front.width, front.height, call.width, imageHeight(call), kWhole);
+  if (!over.any() || !inverting.any()) {
+    return;
+  }
+  forEachPiece(call.src, call.dst, call.width, call.height,
+               [&](const uint8_t* src, uint8_t* dst, int y, std::size_t x, std::size_t pixels) {
+                 const std::size_t offset = kArgbBytes * x;
+                 const int row = call.firstRow + y;
+                 layRow(src, over.row(front.pixels, row) + offset,
+                        inverting.row(mask.pixels, row) + offset, dst, pixels);
+               });
+}
+
+}  // namespace
+
+namespace operation {
+
+constexpr PictureRole kColorPaintPictures[] = {
+    {.name = "picture", .file = "colorpaint.png", .help = "the colours"}};
+
+constinit const Operation kColorPaint{
+    .name = "color-paint",
+    .routine = "Colorpaint",
+    .family = Family::kPicture,
+    .shows = "Washed over with the colours of a picture.",
+    .formula = "The picture's values are added.",
+    .pixels = Pixels::kPackedBgr,
+    .reach = Reach::kPlace,
+    .pictures = kColorPaintPictures,
+    .pipeline = {.name = "colorpaint_effect", .identifier = 19, .strips = 1},
+    .run = paintOver,
+};
+
+constexpr PictureRole kAreaPictures[] = {
+    {.name = "front", .file = "front.png", .help = "the picture around, with transparency"},
+    {.name = "mask",
+     .file = "effect.png",
+     .size = PictureRole::Size::kCoversTheFirst,
+     .help = "not transparent where the photo is inverted"}};
+
+constinit const Operation kArea{
+    .name = "area",
+    .routine = "areaeffect",
+    .family = Family::kPicture,
+    .shows = "In the frame of a picture, inverted where a mask says so.",
+    .formula =
+        "The front picture's colours are premultiplied and laid over by its alpha once more.",
+    .pixels = Pixels::kPackedBgr,
+    .reach = Reach::kPlace,
+    .pictures = kAreaPictures,
+    .pipeline = {.name = "area_effect", .identifier = 15, .strips = 1},
+    .run = layOverAndInvert,
+};
+
+}  // namespace operation
+}  // namespace alg
+
+void Colorpaint(unsigned char* src, unsigned char* dst, int width, int height) {
+  if (alg::decodeEffectPicture(alg::operation::kColorPaint.pictures[0].file, alg::bitmap_effect)) {
+    alg::paintOver({.src = src,
+                    .dst = dst,
+                    .width = width,
+                    .height = height,
+                    .pictures = {alg::viewOf(alg::bitmap_effect)}});
+  }
 }
 
 void areaeffect(unsigned char* src, unsigned char* dst, int width, int height) {
+  const auto pictures = alg::operation::kArea.pictures;
   // Both are decoded whatever becomes of the first: the bitmaps outlive the call.
-  const bool hasFront = alg::decodeEffectPicture("front.png", alg::bitmap_front);
-  const bool hasEffect = alg::decodeEffectPicture("effect.png", alg::bitmap_effect);
-  const alg::Bitmap& front = alg::bitmap_front;
-  const alg::Bitmap& effect = alg::bitmap_effect;
-  if (!hasFront || !hasEffect || effect.width < front.width || effect.height < front.height) {
-    return;
+  const bool hasFront = alg::decodeEffectPicture(pictures[0].file, alg::bitmap_front);
+  const bool hasMask = alg::decodeEffectPicture(pictures[1].file, alg::bitmap_effect);
+  if (hasFront && hasMask) {
+    alg::layOverAndInvert(
+        {.src = src,
+         .dst = dst,
+         .width = width,
+         .height = height,
+         .pictures = {alg::viewOf(alg::bitmap_front), alg::viewOf(alg::bitmap_effect)}});
   }
-  // The offset in the front picture counts in both, in a wider effect picture, too: there it lies
-  // in another column or row, but always inside.
-  constexpr auto kWhole = alg::StretchedPixels::kWhole;
-  alg::StretchedRows over(front.width, front.height, width, height, kWhole);
-  alg::StretchedRows mask(front.width, front.height, width, height, kWhole);
-  if (!over.any() || !mask.any()) {
-    return;
-  }
-  const uint8_t* frontPixels = front.pixels.get();
-  const uint8_t* effectPixels = effect.pixels.get();
-  alg::forEachPiece(
-      src, dst, width, height,
-      [&](const uint8_t* from, uint8_t* to, int y, std::size_t x, std::size_t pixels) {
-        const std::size_t offset = alg::kArgbBytes * x;
-        alg::layRow(from, over.row(frontPixels, y) + offset, mask.row(effectPixels, y) + offset, to,
-                    pixels);
-      });
 }

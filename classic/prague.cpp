@@ -8,6 +8,7 @@
 #include <iterator>
 
 #include "base/image_size.h"
+#include "catalogue/operations.h"
 #include "classic/drawing_rows.h"
 #include "classic/neighbourhood.h"
 #include "libalgorithm/classic_effects.h"
@@ -149,3 +150,38 @@ void PragueCarton(unsigned char* src, unsigned char* dst, int width, int height,
          alg::cartoonRow(rows, out, count, factors);
        });
 }
+
+namespace alg::operation {
+
+constinit const Operation kPrague{
+    .name = "prague",
+    .routine = "Prague",
+    .family = Family::kDrawing,
+    .shows = "Bright colours with edges in ink.",
+    .formula =
+        "Each channel overlaid with its inverted Sobel edges, 1 - exp(-5 (length / 350)^1.5).",
+    .pixels = Pixels::kPackedBgr,
+    .reach = Reach::kNeighbours,
+    .radius = 1,
+    .overlap = Overlap::kApart,
+    .bands = Bands::kWholeImage,
+    .readsDestination = true,
+    .run = [](const Call& call) { Prague(call.src, call.dst, call.width, call.height, 0); },
+};
+
+constinit const Operation kPragueCarton{
+    .name = "prague-carton",
+    .routine = "PragueCarton",
+    .family = Family::kDrawing,
+    .shows = "Pale as a cartoon; highlights wrap.",
+    .formula = "Each pixel divided by the brightest of its diagonal neighbours.",
+    .pixels = Pixels::kPackedBgr,
+    .reach = Reach::kNeighbours,
+    .radius = 1,
+    .overlap = Overlap::kApart,
+    .bands = Bands::kWholeImage,
+    .readsDestination = true,
+    .run = [](const Call& call) { PragueCarton(call.src, call.dst, call.width, call.height, 0); },
+};
+
+}  // namespace alg::operation

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "base/image_size.h"
+#include "catalogue/operations.h"
 #include "classic/drawing_rows.h"
 #include "classic/grey_rows.h"
 #include "classic/neighbourhood.h"
@@ -80,3 +81,53 @@ void newsketch(unsigned char* src, unsigned char* dst, int width, int height,
     sketchOn(PaperPicture(auxImage, auxWidth, auxHeight, width, height), src, dst, width, height);
   }
 }
+
+namespace alg::operation {
+
+constinit const Operation kSketch{
+    .name = "sketch",
+    .routine = "Sketch",
+    .family = Family::kDrawing,
+    .shows = "Pencil lines on white.",
+    .formula = "255 minus the length of the luminance gradient (Prewitt, doubled).",
+    .pixels = Pixels::kPackedBgr,
+    .reach = Reach::kNeighbours,
+    .radius = 1,
+    .overlap = Overlap::kApart,
+    .bands = Bands::kWholeImage,
+    .readsDestination = true,
+    .pipeline = {.name = "sketch", .identifier = 13},
+    .run = runPlain<Sketch>,
+};
+
+constexpr PictureRole kNewSketchPictures[] = {{.name = "paper",
+                                               .file = "red2green.png",
+                                               .landscapeFile = "red2green_r.png",
+                                               .help = "the paper"}};
+
+constinit const Operation kNewSketch{
+    .name = "new-sketch",
+    .routine = "newsketch",
+    .family = Family::kDrawing,
+    .shows = "Pencil lines in the tint of a paper.",
+    .formula = "Sketch, plus the paper's bytes 0 and 1 on red and green.",
+    .pixels = Pixels::kPackedBgr,
+    .reach = Reach::kNeighbours,
+    .radius = 1,
+    .overlap = Overlap::kApart,
+    .bands = Bands::kWholeImage,
+    .readsDestination = true,
+    .pictures = kNewSketchPictures,
+    .pipeline = {.name = "newsketch_effect",
+                 .identifier = 14,
+                 .loadsPicture = true,
+                 .onMissing = PipelineName::OnMissing::kKeepLastPicture},
+    .run =
+        [](const Call& call) {
+          const PictureView& paper = call.pictures[0];
+          newsketch(call.src, call.dst, call.width, call.height, const_cast<uint8_t*>(paper.pixels),
+                    paper.width, paper.height);
+        },
+};
+
+}  // namespace alg::operation

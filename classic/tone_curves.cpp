@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "base/clamp.h"
+#include "catalogue/operations.h"
 #include "classic/lomo_curves.h"
 #include "kernels/curve_map.h"
 #include "kernels/curve_steps.h"
@@ -97,3 +98,111 @@ void Lomo(unsigned char* src, unsigned char* dst, int width, int height,
   static const alg::Curves kCurves = makeCurves(alg::lomoBlue, alg::lomoGreen, alg::lomoRed);
   alg::mapCurves(src, dst, width, height, kCurves);
 }
+
+namespace alg::operation {
+
+constinit const Operation kCrossProcess{
+    .name = "cross-process",
+    .routine = "CrossProcess",
+    .family = Family::kTone,
+    .shows = "Film in the wrong bath: strong contrast, flat blue.",
+    .formula =
+        "Green is an S of two parabolas, red one of two cubics behind a contrast of gain 1.5, blue "
+        "v / 2 + 64.",
+    .pixels = Pixels::kPackedBgr,
+    .pipeline = {.name = "cross-process", .identifier = 1},
+    .run = runPlain<CrossProcess>,
+};
+
+constinit const Operation kPink{
+    .name = "pink",
+    .routine = "Pink",
+    .family = Family::kTone,
+    .shows = "Bright, warm and rosy.",
+    .formula =
+        "Red screened; green with contrast of gain 1.5, blue of gain 1.2, both screened, blue "
+        "brought into 63 to 191.",
+    .pixels = Pixels::kPackedBgr,
+    .pipeline = {.name = "pink", .identifier = 9},
+    .run = runPlain<Pink>,
+};
+
+constinit const Operation kSummer{
+    .name = "summer",
+    .routine = "Summer",
+    .family = Family::kTone,
+    .shows = "Washed in yellow and green light.",
+    .formula = "Red stays, green v / 2 + 127, blue is 100 everywhere.",
+    .pixels = Pixels::kPackedBgr,
+    .pipeline = {.name = "summer_effect", .identifier = 10},
+    .run = runPlain<Summer>,
+};
+
+constinit const Operation kOcean{
+    .name = "ocean",
+    .routine = "Ocean",
+    .family = Family::kTone,
+    .shows = "Below the surface: blue keeps, red goes.",
+    .formula = "Green starts at 85, red at 170, both end at 255.",
+    .pixels = Pixels::kPackedBgr,
+    .pipeline = {.name = "Ocean_effect", .identifier = 11},
+    .run = runPlain<Ocean>,
+};
+
+constinit const Operation kNegative{
+    .name = "negative",
+    .routine = "negative",
+    .family = Family::kTone,
+    .shows = "Every colour turned into its opposite.",
+    .formula = "255 - v.",
+    .pixels = Pixels::kPackedBgr,
+    .pipeline = {.name = "negative-effect", .identifier = 12},
+    .run = runPlain<negative>,
+};
+
+constinit const Operation kMosaic{
+    .name = "mosaic",
+    .routine = "Mosaic",
+    .family = Family::kTone,
+    .shows = "Warm and bright. It forms no blocks.",
+    .formula = "Red + 100, green + 50, blue + 12.",
+    .pixels = Pixels::kPackedBgr,
+    .pipeline = {.name = "mosaic_effect", .identifier = 17},
+    .run = runPlain<Mosaic>,
+};
+
+constinit const Operation kOtherTest{
+    .name = "other-test",
+    .routine = "otherTest",
+    .family = Family::kTone,
+    .shows = "Experimental: hard contrast, golden light.",
+    .formula = "Contrast of gain 1.5 around 127 (red around 107), screened, blue to 80 %.",
+    .pixels = Pixels::kPackedBgr,
+    .run = runPlain<otherTest>,
+};
+
+constexpr PictureRole kLomoPictures[] = {{.name = "vignette",
+                                          .file = "effect_lomo.png",
+                                          .landscapeFile = "effect_lomo.png",
+                                          .read = false,
+                                          .help = "taken, but not looked at"}};
+
+constinit const Operation kLomo{
+    .name = "lomo",
+    .routine = "Lomo",
+    .family = Family::kTone,
+    .shows = "The tones of a cheap film camera.",
+    .formula =
+        "Contrast of gain 1.5 and screen on red, screen on green, blue brought into 63 to 191.",
+    .pixels = Pixels::kPackedBgr,
+    .overlap = Overlap::kApart,
+    .pictures = kLomoPictures,
+    .pipeline = {.name = "LOMO_effect",
+                 .identifier = 0,
+                 .loadsPicture = true,
+                 .onMissing = PipelineName::OnMissing::kLog},
+    .run =
+        [](const Call& call) { Lomo(call.src, call.dst, call.width, call.height, nullptr, 0, 0); },
+};
+
+}  // namespace alg::operation

@@ -1,9 +1,11 @@
 # What the library stands on, as two interface targets: algorithm_dependencies (codecs, SIMD,
 # threads) and algorithm_log (the platform's log; tests put their own capture in its place).
 
+include(CheckCXXSymbolExists)
+
 find_package(JPEG REQUIRED)
 find_package(PNG REQUIRED)
-find_package(hwy REQUIRED CONFIG)
+find_package(hwy 1.0.3...<1.4 REQUIRED CONFIG)  # those that kernels have been tried with
 find_package(Threads REQUIRED)
 
 # The platform's log; Debian keeps its library and headers in folders of their own.
@@ -26,9 +28,19 @@ add_library(algorithm_dependencies INTERFACE)
 target_include_directories(algorithm_dependencies SYSTEM INTERFACE ${ALGORITHM_LOG_INCLUDE_DIR})
 target_link_libraries(algorithm_dependencies INTERFACE
   JPEG::JPEG PNG::PNG hwy::hwy Threads::Threads ${CMAKE_DL_LIBS})
-# One vector target beside the plain code: AVX2 on x86-64, NEON alone on arm64.
+# One vector target beside the plain code: AVX2 on x86-64, NEON alone on arm64. All others are
+# disabled, whichever a version of Highway knows. Later ones split NEON by the processor's extensions;
+# kernels need the part that all processors have.
+set(CMAKE_REQUIRED_LIBRARIES hwy::hwy)
+check_cxx_symbol_exists(HWY_NEON_WITHOUT_AES hwy/detect_targets.h ALGORITHM_HIGHWAY_SPLITS_NEON)
+unset(CMAKE_REQUIRED_LIBRARIES)
+if(ALGORITHM_HIGHWAY_SPLITS_NEON)
+  set(ALGORITHM_NEON HWY_NEON_WITHOUT_AES)
+else()
+  set(ALGORITHM_NEON HWY_NEON)
+endif()
 target_compile_definitions(algorithm_dependencies INTERFACE
-  HWY_DISABLED_TARGETS=\(HWY_SSSE3|HWY_SSE4|HWY_AVX3|HWY_AVX3_DL|HWY_SVE|HWY_SVE2|HWY_SVE_256|HWY_SVE2_128\))
+  HWY_DISABLED_TARGETS=\(~\(HWY_AVX2|${ALGORITHM_NEON}|HWY_EMU128|HWY_SCALAR\)\))
 
 add_library(algorithm_log INTERFACE)
 target_link_libraries(algorithm_log INTERFACE ${ALGORITHM_LOG_LIBRARY})

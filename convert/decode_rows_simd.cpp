@@ -32,7 +32,7 @@ namespace hn = hwy::HWY_NAMESPACE;
 using Bytes = hn::ScalableTag<uint8_t>;
 using ByteVector = hn::Vec<Bytes>;
 
-#if HWY_TARGET == HWY_NEON
+#if ALG_IS_NEON()
 
 constexpr std::size_t kBlock = 16;  // pixels a step
 
@@ -322,7 +322,7 @@ void decodeFormat(const uint8_t* const (&luma)[2], const uint8_t* chroma,
   uint8_t *const firstPixels = pixels[0], *const secondPixels = pixels[1];
   // From the second block on, words are stored to whole cache lines if that parts no pair.
   const std::size_t before = (0 - reinterpret_cast<std::uintptr_t>(firstPixels)) % 64;
-  const bool aligns = HWY_TARGET == HWY_AVX2 && kBytes == 4 && again && before % 8 == 0;
+  const bool aligns = ALG_IS_AVX2() && kBytes == 4 && again && before % 8 == 0;
   const std::size_t lead = aligns && before != 0 ? before / 4 : kBlock;
   for (std::size_t at = 0; at < end; at += at == 0 ? lead : kBlock) {
     const std::size_t x = at < width - kBlock ? at : width - kBlock;

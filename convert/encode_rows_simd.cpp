@@ -41,7 +41,7 @@ constexpr bt601::Weights secondOfPair(RowFormat format) {
   return format == RowFormat::kArgbVU ? bt601::kU : bt601::kV;
 }
 
-#if HWY_TARGET == HWY_NEON
+#if ALG_IS_NEON()
 
 constexpr std::size_t kBlock = 16;  // pixels a step
 

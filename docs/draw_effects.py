@@ -1,6 +1,6 @@
 #!/usr/bin/python3
-"""Draws the pictures of docs/effects.md and of the README with the command-line tool, and puts their
-places into docs/effects.md: draw_effects.py TOOL PHOTO WORK_FOLDER"""
+"""Draws the pictures of docs/effects.md and of the README with the command-line tool:
+draw_effects.py TOOL PHOTO WORK_FOLDER"""
 import json
 import re
 import subprocess
@@ -12,7 +12,6 @@ from PIL import Image, ImageDraw, ImageFont
 TOOL, PHOTO, WORK = sys.argv[1], sys.argv[2], Path(sys.argv[3])
 DOCS = Path(__file__).resolve().parent
 PICTURES = DOCS / "effects"
-PAGE = DOCS / "effects.md"
 SHOWN = (240, 180)  # pixels of a picture in the catalogue
 TILE, COLUMNS, LABEL, GAP = (176, 132), 7, 20, 6  # of the contact sheet
 FONT = "/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf"
@@ -53,37 +52,22 @@ def draw_sheet(shown: list[dict]) -> None:
     save(sheet, "contact-sheet.jpg")
 
 
-def plot_curves(name: str) -> bool:
-    """Whether the effect consists of curves, which are then drawn."""
+def plot_curves(name: str) -> None:
+    """Draws the curves of an effect that consists of them."""
     plot = subprocess.run([TOOL, "curves", name, PICTURES / f"{name}.svg"], capture_output=True, text=True)
     if plot.returncode != 0 and "does not consist of curves" not in plot.stderr:
         sys.exit(plot.stderr)
-    return plot.returncode == 0
-
-
-def place(page: str, name: str, has_curves: bool) -> str:
-    """Shows an effect's pictures below its heading."""
-    shown = f"![{name}: before and after](effects/{name}.jpg)"
-    if has_curves:
-        shown += f"\n![the curves of {name}](effects/{name}.svg)"
-    page = re.sub(rf"(?m)^!\[[^]]*\]\(effects/{re.escape(name)}\.(jpg|svg)\)\n+", "", page)
-    page, places = re.subn(rf"(?m)^### {re.escape(name)}\n", rf"\g<0>\n{shown}\n", page)
-    if places != 1:
-        sys.exit(f"{PAGE.name} needs one section \"### {name}\", which says what the effect does")
-    return page
 
 
 PICTURES.mkdir(exist_ok=True)
 subprocess.run([TOOL, "gallery", PHOTO, WORK, "--quality=95"], check=True)
 original, *effects = entries()
 before_any = picture(original, SHOWN)
-text = PAGE.read_text(encoding="utf-8")
 for effect in effects:
     draw_pair(before_any, effect)
-    text = place(text, effect["name"], plot_curves(effect["name"]))
+    plot_curves(effect["name"])
 draw_sheet([original, *effects])
 known = {entry["name"] for entry in effects} | {"contact-sheet"}
 for file in PICTURES.iterdir():
     if file.stem not in known:
         file.unlink()
-PAGE.write_text(text, encoding="utf-8")

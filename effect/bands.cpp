@@ -59,8 +59,8 @@ bool bandsFit(const Frame& frame) {
 }
 
 bool runBands(const char* effectName, const Frame& frame) {
-  HALThreadPoolInit();
-  const EffectTypeInfo effect = effectTypeInit(effectName, frame.width, frame.height);
+  const EffectOfRun found(effectName, frame.width, frame.height);
+  const EffectTypeInfo& effect = found.info();
   std::optional<BandedStrip> strips[kStrips];
   tagT_ThreadPoolTaskInput records[kStrips] = {};
   for (int i = 0; i < kStrips; ++i) {

@@ -4,7 +4,7 @@
 //   strip of the frame   rows 0, 1 --decode--> band --effect--> band --encode--> rows 0, 1
 //   (one task)           rows 2, 3 --decode--> band ...
 //
-// No work image: the first touch of two fresh ones takes longer than most effects.
+// The work images stay untouched: the first touch of two fresh ones takes longer than most effects.
 #pragma once
 
 #include "effect/frame_strips.h"
@@ -16,8 +16,8 @@ namespace alg {
 /// their own.
 bool bandsFit(const Frame& frame);
 
-/// Runs the effect on such a frame. Returns false, with the frame untouched, when memory is short
-/// or the pool can't start. May throw std::bad_alloc, likewise with the frame untouched.
+/// Runs the effect on such a frame. Returns false, with the frame untouched, when memory is short;
+/// std::bad_alloc may say so, too.
 bool runBands(const char* effectName, const Frame& frame);
 
 }  // namespace alg

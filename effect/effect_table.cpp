@@ -8,6 +8,7 @@
 #include "libalgorithm/effect_pipeline.h"
 #include "libalgorithm/pretty_filters.h"
 #include "platform/bitmap.h"
+#include "platform/picture_cache.h"
 
 namespace alg {
 namespace {
@@ -66,18 +67,25 @@ constexpr EffectTableEntry kTable[] = {
      .softLight = japanEffect},
 };
 
+PictureCache pictures;
+
 void reportPicture(EffectTypeInfo& info) {
   info.overlay = bitmap_effect.pixels.get();
   info.overlayWidth = bitmap_effect.width;
   info.overlayHeight = bitmap_effect.height;
 }
 
-void loadPicture(const EffectTableEntry& entry, bool landscape, EffectTypeInfo& info) {
-  const char* picture = landscape ? entry.landscapePicture : entry.portraitPicture;
+/// Returns whether the picture was decoded.
+bool loadPicture(const EffectTableEntry& entry, bool landscape, PictureUse use,
+                 EffectTypeInfo& info) {
+  const char* name = landscape ? entry.landscapePicture : entry.portraitPicture;
+  const bool decoded = pictures.load(name, use, bitmap_effect);
   // Each strip gets a band of whole picture rows: a picture with fewer rows than that is of no use.
-  if (decodeEffectPicture(picture, bitmap_effect) && bitmap_effect.height >= entry.stripCount) {
-    reportPicture(info);
-    return;
+  if (decoded && bitmap_effect.height >= entry.stripCount) {
+    if (bitmap_effect.pixels) {
+      reportPicture(info);
+    }
+    return true;
   }
   info.effectId = kNoEffect;
   if (entry.onMissing == OnMissing::kLog) {
@@ -86,20 +94,17 @@ void loadPicture(const EffectTableEntry& entry, bool landscape, EffectTypeInfo& 
   } else if (entry.onMissing == OnMissing::kKeepLastPicture) {
     reportPicture(info);
   }
+  return decoded;
 }
 
-}  // namespace
-
-std::span<const EffectTableEntry> effectTable() { return kTable; }
-
-}  // namespace alg
-
-EffectTypeInfo effectTypeInit(const char* name, int width, int height) {
-  __android_log_print(ANDROID_LOG_VERBOSE, alg::kTag, " brennix process  effect %s ", name);
-  EffectTypeInfo info{nullptr, 0, 0, alg::kNoEffect, 4, 0};
-  const auto* entry = std::ranges::find(alg::kTable, std::string_view(name),
+/// Looks a name up, for an outside caller or for a run; says whether a picture was decoded for it.
+EffectTypeInfo lookUp(const char* name, int width, int height, bool forRun, bool& hasPicture) {
+  __android_log_print(ANDROID_LOG_VERBOSE, kTag, " brennix process  effect %s ", name);
+  hasPicture = false;
+  EffectTypeInfo info{nullptr, 0, 0, kNoEffect, 4, 0};
+  const auto* entry = std::ranges::find(kTable, std::string_view(name),
                                         [](const auto& e) { return std::string_view(e.name); });
-  if (entry == std::end(alg::kTable)) {
+  if (entry == std::end(kTable)) {
     return info;
   }
   const bool landscape = width > height;
@@ -107,7 +112,28 @@ EffectTypeInfo effectTypeInit(const char* name, int width, int height) {
   info.stripCount = entry->stripCount;
   info.effectFlag = entry->flagsLandscape && landscape ? -1 : 0;
   if (entry->portraitPicture != nullptr) {
-    alg::loadPicture(*entry, landscape, info);
+    const auto inRun = entry->softLight != nullptr ? PictureUse::kRun : PictureUse::kVerdict;
+    hasPicture = loadPicture(*entry, landscape, forRun ? inRun : PictureUse::kKeep, info);
   }
   return info;
+}
+
+}  // namespace
+
+std::span<const EffectTableEntry> effectTable() { return kTable; }
+
+EffectOfRun::EffectOfRun(const char* name, int width, int height)
+    : info_(lookUp(name, width, height, true, hasPicture_)) {}
+
+EffectOfRun::~EffectOfRun() {
+  if (hasPicture_ && PictureCache::isLarge(bitmap_effect)) {
+    bitmap_effect = {};
+  }
+}
+
+}  // namespace alg
+
+EffectTypeInfo effectTypeInit(const char* name, int width, int height) {
+  bool hasPicture = false;
+  return alg::lookUp(name, width, height, false, hasPicture);
 }

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <span>
 
+#include "libalgorithm/effect_pipeline.h"
 #include "pretty/soft_light.h"
 
 namespace alg {
@@ -37,5 +38,22 @@ inline constexpr int32_t kNoEffect = 1000;
 
 /// All names, in the order of their identifiers.
 std::span<const EffectTableEntry> effectTable();
+
+/// An effect looked up for one run, as effectTypeInit() does it, but for two things: the overlay of
+/// an effect that never looks at it may be null, and a picture that is too large to be kept is
+/// freed, with bitmap_effect, when this goes.
+class EffectOfRun {
+ public:
+  EffectOfRun(const char* name, int width, int height);
+  ~EffectOfRun();
+  EffectOfRun(const EffectOfRun&) = delete;
+  EffectOfRun& operator=(const EffectOfRun&) = delete;
+
+  const EffectTypeInfo& info() const { return info_; }
+
+ private:
+  bool hasPicture_ = false;  // set when info_ is
+  EffectTypeInfo info_;
+};
 
 }  // namespace alg

@@ -5,6 +5,7 @@
 
 #include "effect/bands.h"
 #include "effect/phases.h"
+#include "effect/work_images.h"
 #include "threadpool/global_pool.h"
 
 namespace alg {
@@ -15,9 +16,12 @@ bool runEffect(const char* effectName, const Frame& frame, Road road) {
   }
   // One run at a time: the work images, the picture and the pool are single instances.
   const std::lock_guard lock(poolMutex());
+  const WorkImages images(frame.width, frame.height);
   try {
-    const bool inBands = road == Road::kFastest && bandsFit(frame);
-    return (inBands ? runBands : runPhases)(effectName, frame);
+    if (road == Road::kFastest && bandsFit(frame)) {
+      return runBands(effectName, frame);
+    }
+    return images.ready() && runPhases(effectName, frame);
   } catch (const std::bad_alloc&) {
     return false;
   }

@@ -9,7 +9,13 @@
 
 namespace {
 constexpr char kTag[] = "CodecDataAlgorithm";
+
+/// Whether the array has room for a width and a height, as far as the environment can tell.
+bool holdsSize(JNIEnv* env, jintArray size) {
+  return size != nullptr &&
+         (env->functions->GetArrayLength == nullptr || env->GetArrayLength(size) >= 2);
 }
+}  // namespace
 
 extern "C" {
 
@@ -19,11 +25,12 @@ ALGORITHM_API jobject Java_com_orvik_camera_common_Native_CodecDataAlgorithm_JPE
       kTag,
       "_jobject* Java_com_orvik_camera_common_Native_CodecDataAlgorithm_JPEG2ARGB("
       "JNIEnv*, jclass, jobject, jintArray)");
-  const auto file = alg::checkBuffer(call, env, jpeg, "JPEG", 0);
+  const auto file = alg::directMemory(env, jpeg);
   if (!file) {
+    call.fail("decode fail");
     return nullptr;
   }
-  if (size == nullptr || env->GetArrayLength(size) < 2) {
+  if (!holdsSize(env, size)) {
     call.fail("refused: the size array is null or shorter than 2");
     return nullptr;
   }
@@ -33,12 +40,9 @@ ALGORITHM_API jobject Java_com_orvik_camera_common_Native_CodecDataAlgorithm_JPE
     return nullptr;
   }
   const int64_t bytes = int64_t{image->width} * image->height * 4;
-  jobject result = alg::toDirectBuffer(call, env, std::move(image->pixels), bytes);
-  if (result != nullptr) {
-    const jint sides[2] = {image->width, image->height};
-    env->SetIntArrayRegion(size, 0, 2, sides);
-  }
-  return result;
+  const jint sides[2] = {image->width, image->height};
+  env->SetIntArrayRegion(size, 0, 2, sides);
+  return alg::toDirectBuffer(call, env, std::move(image->pixels), bytes);
 }
 
 ALGORITHM_API jbyteArray Java_com_orvik_camera_common_Native_CodecDataAlgorithm_ARGB2JPEG(

@@ -24,6 +24,6 @@ extern "C" ALGORITHM_API void Java_com_orvik_camera_common_Native_EffectAlgorith
   }
   uint8_t* const chroma = frame->address + std::ptrdiff_t{width} * height;
   if (!alg::runEffect(name.get(), {frame->address, chroma, width, height, width, width})) {
-    call.fail("failed: no memory or threads for this frame");
+    call.fail("failed: no memory for this frame");
   }
 }

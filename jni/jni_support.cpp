@@ -5,6 +5,7 @@
 #include <cinttypes>
 #include <cstdarg>
 #include <cstdio>
+#include <cstring>
 #include <limits>
 
 #include "base/image_size.h"
@@ -14,11 +15,20 @@ namespace {
 
 constexpr int64_t kJavaLimit = std::numeric_limits<jint>::max();
 
-/// Drops what Java would throw when the native method returns: failures are logged, never thrown.
+/// For a call of Java's that has returned null: drops what would be thrown when the native method
+/// returns, because failures are logged, never thrown. An environment without these entries throws
+/// nothing.
 void dropException(JNIEnv* env) {
-  if (env->ExceptionCheck() != JNI_FALSE) {
+  const auto& entries = *env->functions;
+  if (entries.ExceptionCheck != nullptr && entries.ExceptionClear != nullptr &&
+      env->ExceptionCheck() != JNI_FALSE) {
     env->ExceptionClear();
   }
+}
+
+void failWithoutRoom(const CallScope& call, JNIEnv* env) {
+  dropException(env);
+  call.fail("failed: Java has no room for the result");
 }
 
 }  // namespace
@@ -61,24 +71,31 @@ std::optional<ImageSize> checkEvenSize(const CallScope& call, jint width, jint h
   return size;
 }
 
-std::optional<BufferMemory> checkBuffer(const CallScope& call, JNIEnv* env, jobject buffer,
-                                        const char* role, int64_t needed) {
+std::optional<BufferMemory> directMemory(JNIEnv* env, jobject buffer) {
   if (buffer == nullptr) {
-    call.fail("refused: the %s buffer is null", role);
     return std::nullopt;
   }
   const int64_t capacity = env->GetDirectBufferCapacity(buffer);
   auto* const address = static_cast<uint8_t*>(env->GetDirectBufferAddress(buffer));
   if (capacity < 0 || address == nullptr) {
-    call.fail("refused: the %s buffer is not direct", role);
-    return std::nullopt;
-  }
-  if (capacity < needed) {
-    call.fail("refused: the %s buffer holds %" PRId64 " bytes, needed are %" PRId64, role, capacity,
-              needed);
     return std::nullopt;
   }
   return BufferMemory{address, capacity};
+}
+
+std::optional<BufferMemory> checkBuffer(const CallScope& call, JNIEnv* env, jobject buffer,
+                                        const char* role, int64_t needed) {
+  const auto memory = directMemory(env, buffer);
+  if (!memory) {
+    call.fail("refused: the %s buffer is %s", role, buffer == nullptr ? "null" : "not direct");
+    return std::nullopt;
+  }
+  if (memory->capacity < needed) {
+    call.fail("refused: the %s buffer holds %" PRId64 " bytes, needed are %" PRId64, role,
+              memory->capacity, needed);
+    return std::nullopt;
+  }
+  return memory;
 }
 
 Block allocateResult(const CallScope& call, int64_t bytes) {
@@ -95,9 +112,8 @@ Block allocateResult(const CallScope& call, int64_t bytes) {
 
 jobject toDirectBuffer(const CallScope& call, JNIEnv* env, Block block, int64_t bytes) {
   jobject buffer = env->NewDirectByteBuffer(block.get(), bytes);
-  dropException(env);
   if (buffer == nullptr) {
-    call.fail("failed: Java has no room for the result");
+    failWithoutRoom(call, env);
     return nullptr;
   }
   static_cast<void>(block.release());
@@ -106,13 +122,14 @@ jobject toDirectBuffer(const CallScope& call, JNIEnv* env, Block block, int64_t 
 
 jbyteArray toByteArray(const CallScope& call, JNIEnv* env, const uint8_t* bytes, int64_t size) {
   jbyteArray array = env->NewByteArray(static_cast<jsize>(size));
-  dropException(env);
-  if (array == nullptr) {
-    call.fail("failed: Java has no room for the result");
+  jbyte* const elements = array == nullptr ? nullptr : env->GetByteArrayElements(array, nullptr);
+  if (elements == nullptr) {
+    failWithoutRoom(call, env);
     return nullptr;
   }
-  env->SetByteArrayRegion(array, 0, static_cast<jsize>(size),
-                          reinterpret_cast<const jbyte*>(bytes));
+  std::memcpy(elements, bytes, static_cast<std::size_t>(size));
+  constexpr jint kCopyBackAndFree = 0;
+  env->ReleaseByteArrayElements(array, elements, kCopyBackAndFree);
   return array;
 }
 
@@ -121,9 +138,9 @@ StringChars::StringChars(const CallScope& call, JNIEnv* javaEnv, jstring javaStr
     : env(javaEnv), string(javaString) {
   if (string != nullptr) {
     chars = env->GetStringUTFChars(string, nullptr);
-    dropException(env);
   }
   if (chars == nullptr) {
+    dropException(env);
     call.fail("refused: the %s %s", role, string == nullptr ? "is null" : "can't be read");
   }
 }

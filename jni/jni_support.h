@@ -1,5 +1,9 @@
 // What every native method needs at the Java border: its log lines, checked sizes and buffers, and
 // results for Java. All checks of what Java hands over are here, each with one error line.
+//
+// Of Java's environment natives call only what they can't do without: buffers' addresses and
+// capacities, new direct buffers, characters of strings, new byte arrays and their elements, and
+// SetIntArrayRegion. Only after one of these has returned null do they look for an exception.
 #pragma once
 
 #include <jni.h>
@@ -47,6 +51,9 @@ struct BufferMemory {
   uint8_t* address;
   int64_t capacity;
 };
+
+/// Empty when the buffer is null or not direct. Logs nothing.
+std::optional<BufferMemory> directMemory(JNIEnv* env, jobject buffer);
 
 /// Empty, with an error line that names the buffer's role, when it is null, not direct or holds
 /// fewer than `needed` bytes.

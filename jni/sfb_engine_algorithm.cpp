@@ -15,6 +15,10 @@ extern "C" ALGORITHM_API void Java_com_orvik_camera_common_Native_SFBEngineAlgor
     jint slimming) {
   const alg::CallScope call(kTag,
                             "Java_com_orvik_camera_common_Native_SFBEngineAlgorithm_SFBProcess");
+  const alg::SfbLevels levels = alg::sfbLevels(smooth, toning, slimming);
+  if (levels.mode == 0) {
+    __android_log_print(ANDROID_LOG_ERROR, kTag, "SFBProcess X all is 0. so make mode to 0");
+  }
   const auto size = alg::checkEvenSize(call, width, height);
   if (!size) {
     return;
@@ -22,10 +26,6 @@ extern "C" ALGORITHM_API void Java_com_orvik_camera_common_Native_SFBEngineAlgor
   const auto frame = alg::checkBuffer(call, env, buffer, "frame", size->yuvBytes);
   if (!frame) {
     return;
-  }
-  const alg::SfbLevels levels = alg::sfbLevels(smooth, toning, slimming);
-  if (levels.mode == 0) {
-    __android_log_print(ANDROID_LOG_ERROR, kTag, "SFBProcess X all is 0. so make mode to 0");
   }
   alg::GtImage image;
   alg::vfb_init_gtimage(&image, alg::kGtTwoPlanes, width, height, width, height, frame->address);

@@ -124,7 +124,7 @@ class Divider {
     if constexpr (kCopy) {
       return hn::ConcatEven(Bytes(), hn::BitCast(Bytes(), high), hn::BitCast(Bytes(), low));
     } else {
-#if HWY_TARGET == HWY_NEON
+#if ALG_IS_NEON()
       // Sums and reciprocals have 15 bits. The doubled product's upper half has one bit too many.
       const int16x8_t by = vreinterpretq_s16_u16(reciprocal_.raw);
       const int16x8_t first = vqdmulhq_s16(vreinterpretq_s16_u16(low.raw), by);
@@ -184,7 +184,7 @@ ShortPair moved(const uint16_t* sums, const uint8_t* entering, const uint8_t* le
   const Shorts d;
   const auto low = hn::LoadU(d, sums);
   const auto high = hn::LoadU(d, sums + kHalf);
-#if HWY_TARGET == HWY_NEON
+#if ALG_IS_NEON()
   const uint8x16_t in = vld1q_u8(entering);
   const uint8x16_t out = vld1q_u8(leaving);
   return {ShortVector(vsubw_u8(vaddw_u8(low.raw, vget_low_u8(in)), vget_low_u8(out))),

@@ -65,7 +65,7 @@ void mapSteps(const uint8_t* src, uint8_t* dst, std::size_t pixels, const Curves
   });
 }
 
-#if HWY_TARGET == HWY_NEON
+#if ALG_IS_NEON()
 
 constexpr std::size_t kStretch = 512;  // pixels
 

@@ -43,7 +43,7 @@ struct Planes {
   ByteVector of[kPackedBytes];  // [c] in the home order of channel c
 };
 
-#if HWY_TARGET == HWY_NEON
+#if ALG_IS_NEON()
 
 // All home orders are the same.
 template <int kFrom, int kTo>

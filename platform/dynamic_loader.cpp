@@ -19,6 +19,13 @@ void* loadLibrary(std::string_view path) {
 
 void* findSymbol(void* library, const char* name) { return dlsym(library, name); }
 
+void keepLibraryLoaded() {
+  Dl_info self;
+  if (dladdr(reinterpret_cast<const void*>(&keepLibraryLoaded), &self) != 0) {
+    dlopen(self.dli_fname, RTLD_NOW | RTLD_NOLOAD | RTLD_NODELETE);
+  }
+}
+
 const char* loaderError() {
   const char* const text = dlerror();
   return text != nullptr ? text : "no memory, or a symbol without a value";

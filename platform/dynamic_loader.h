@@ -17,6 +17,9 @@ void* loadLibrary(std::string_view path);
 /// The address of a library's symbol; null when it has none.
 void* findSymbol(void* library, const char* name);
 
+/// Keeps this library itself loaded for the life of the process, whoever unloads it.
+void keepLibraryLoaded();
+
 /// What went wrong in this thread's last call here. Valid until its next one.
 const char* loaderError();
 

@@ -32,8 +32,9 @@ void stayQuiet(j_common_ptr) {}
 /// Scans that a file of so many pixels may have: a few kilobytes can ask for thousands of passes
 /// over the whole image. Ordinary progressive files have about ten.
 int mostScans(int64_t pixels) {
-  constexpr int64_t kPixelScans = int64_t{1} << 31;
-  return static_cast<int>(std::clamp<int64_t>(kPixelScans / pixels, 32, 500));
+  constexpr int64_t kPixelScans = int64_t{1} << 29;
+  return static_cast<int>(
+      std::clamp<int64_t>(kPixelScans / pixels, kMostJpegScansLarge, kMostJpegScansSmall));
 }
 
 /// Called by the codec from time to time; ends the decoding of a file with too many scans.
@@ -107,6 +108,8 @@ bool decodeInto(jpeg_decompress_struct& jpeg, ErrorManager& errors, std::span<co
     return false;
   }
   jpeg_create_decompress(&jpeg);
+  // What doesn't fit would go to a temporary file, which this codec hasn't: an error.
+  jpeg.mem->max_memory_to_use = kMostJpegWorkBytes;
   jpeg_mem_src(&jpeg, file.data(), static_cast<unsigned long>(file.size()));
   jpeg_read_header(&jpeg, TRUE);
   if (nothingLeft(*jpeg.src, file) || !isPictureSize(jpeg.image_width, jpeg.image_height)) {

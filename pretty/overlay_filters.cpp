@@ -3,6 +3,7 @@
 // fused.
 #include <cmath>
 
+#include "catalogue/operations.h"
 #include "kernels/curve_map.h"
 #include "libalgorithm/pretty_filters.h"
 #include "pretty/soft_light.h"
@@ -95,3 +96,90 @@ void PrettyBeautiful(unsigned char* src, unsigned char* dst, int width, int heig
                      unsigned char* /*overlay*/, int /*overlayWidth*/, int /*overlayHeight*/) {
   alg::mapCurves(src, dst, width, height, alg::beautifulCurves());
 }
+
+namespace alg::operation {
+namespace {
+
+/// A strip's rows lie under their part of the overlay.
+template <auto kEffect>
+void runSoftLight(const Call& call) {
+  const PictureView& overlay = call.pictures[0];
+  SoftLightImage(kEffect(), {overlay.pixels, overlay.width, overlay.height}, call.width,
+                 call.imageHeight != 0 ? call.imageHeight : call.height)
+      .mapRows(call.src, call.dst, call.firstRow, call.height);
+}
+
+template <auto kFilter>
+void runOverlaid(const Call& call) {
+  const PictureView& overlay = call.pictures[0];
+  // The filters' type is contract; they only read the overlay.
+  kFilter(call.src, call.dst, call.width, call.height, const_cast<uint8_t*>(overlay.pixels),
+          overlay.width, overlay.height);
+}
+
+}  // namespace
+
+constexpr PictureRole kPrettyBeautifulPictures[] = {{.name = "overlay",
+                                                     .file = "sucai0.png",
+                                                     .landscapeFile = "sucai0_r.png",
+                                                     .read = false,
+                                                     .help = "taken, but not looked at"}};
+
+constinit const Operation kPrettyBeautiful{
+    .name = "PrettyBeautiful",
+    .routine = "PrettyBeautiful",
+    .family = Family::kPretty,
+    .shows = "Skin tones into light.",
+    .formula =
+        "The darker and the brightest third are flattened, then 1 - exp(-5 b^2) with b = v / 255; "
+        "blue to 80 % and lifted by 20 before it.",
+    .pixels = Pixels::kPackedRgb,
+    .pictures = kPrettyBeautifulPictures,
+    .pipeline = {.name = "PrettyBeautiful", .identifier = 25, .runs = true, .loadsPicture = true},
+    .run = runOverlaid<PrettyBeautiful>,
+};
+
+constexpr PictureRole kPrettyPinkPictures[] = {{.name = "overlay",
+                                                .file = "sucai0.png",
+                                                .landscapeFile = "sucai0_r.png",
+                                                .help = "the soft light"}};
+
+constinit const Operation kPrettyPink{
+    .name = "PrettyPink",
+    .routine = "PrettyPink",
+    .family = Family::kPretty,
+    .shows = "Pink light over everything.",
+    .formula =
+        "Colours are twisted toward pink, blended with the overlay picture as soft light, then go "
+        "through half a steep saturating curve, 1 - exp(-5 b^1.75) with b = v / 255.",
+    .pixels = Pixels::kPackedRgb,
+    .reach = Reach::kPlace,
+    .pictures = kPrettyPinkPictures,
+    .pipeline = {.name = "PrettyPink", .identifier = 26, .runs = true, .loadsPicture = true},
+    .run = runSoftLight<pinkEffect>,
+    .softLight = pinkEffect,
+};
+
+constexpr PictureRole kPrettyJapanPictures[] = {{.name = "overlay",
+                                                 .file = "sucai3.png",
+                                                 .landscapeFile = "sucai3.png",
+                                                 .help = "the soft light"}};
+
+constinit const Operation kPrettyJapan{
+    .name = "PrettyJapan",
+    .routine = "PrettyJapan",
+    .family = Family::kPretty,
+    .shows = "The soft, bright look of a magazine.",
+    .formula =
+        "The outer thirds flattened as in PrettyBeautiful, then three quarters of PrettyPink's "
+        "saturating curve, red pulled down by 20 and stretched, and soft light with the overlay "
+        "picture.",
+    .pixels = Pixels::kPackedRgb,
+    .reach = Reach::kPlace,
+    .pictures = kPrettyJapanPictures,
+    .pipeline = {.name = "PrettyJapan", .identifier = 27, .runs = true, .loadsPicture = true},
+    .run = runSoftLight<japanEffect>,
+    .softLight = japanEffect,
+};
+
+}  // namespace alg::operation

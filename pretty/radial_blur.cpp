@@ -1,4 +1,5 @@
 // The two blurs that grow with the distance from the middle column.
+#include "catalogue/operations.h"
 #include "kernels/box_blur.h"
 #include "libalgorithm/pretty_filters.h"
 
@@ -24,3 +25,44 @@ void blur(unsigned char* dst, const uint32_t* src, int width, int height) {
                       .pixels = alg::BlurPixels::kWords,
                       .ramp = {.peak = 24, .entries = width}});
 }
+
+namespace alg::operation {
+
+constinit const Operation kBlur{
+    .name = "blur",
+    .routine = "blur",
+    .family = Family::kLight,
+    .shows = "The same as miniature, by a routine for 32-bit pixels.",
+    .formula = "A box blur whose radius grows from 0 in the middle column to 24.",
+    .pixels = Pixels::kWords,
+    .reach = Reach::kNeighbours,
+    .radius = 24,
+    .overlap = Overlap::kInPlace,
+    .bands = Bands::kWholeImage,
+    .run =
+        [](const Call& call) {
+          blur(call.dst, reinterpret_cast<const uint32_t*>(call.src), call.width, call.height);
+        },
+};
+
+constinit const Operation kActiveBlur{
+    .name = "active-blur",
+    .routine = "ActiveBlur",
+    .family = Family::kLight,
+    .shows = "Blurred to both sides, half as far.",
+    .formula =
+        "A box blur whose radius grows from 0 in the middle column to 12, the centre pixel "
+        "counting five times.",
+    .pixels = Pixels::kWords,
+    .reach = Reach::kNeighbours,
+    .radius = 12,
+    .overlap = Overlap::kApart,
+    .bands = Bands::kWholeImage,
+    .run =
+        [](const Call& call) {
+          ActiveBlur(reinterpret_cast<uint32_t*>(call.dst),
+                     reinterpret_cast<const uint32_t*>(call.src), 0, call.width, call.height);
+        },
+};
+
+}  // namespace alg::operation

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "base/block.h"
+#include "catalogue/operations.h"
 #include "kernels/overlap.h"
 #include "libalgorithm/pretty_filters.h"
 #include "pretty/resize_rows.h"
@@ -172,3 +173,24 @@ void Resize(uint32_t* dst, int dstWidth, int dstHeight, const uint32_t* src, int
   }
   alg::resize({src, srcWidth, srcHeight}, dst, dstWidth, dstHeight);
 }
+
+namespace alg::operation {
+
+constinit const Operation kResize{
+    .name = "resize",
+    .routine = "Resize",
+    .family = Family::kGeometry,
+    .shows = "Another size.",
+    .formula = "Bilinear, 16 fractional bits, truncating.",
+    .pixels = Pixels::kWords,
+    .reach = Reach::kAnything,
+    .overlap = Overlap::kApart,
+    .bands = Bands::kWholeImage,
+    .run =
+        [](const Call& call) {
+          Resize(reinterpret_cast<uint32_t*>(call.dst), call.resultWidth, call.resultHeight,
+                 reinterpret_cast<const uint32_t*>(call.src), call.width, call.height);
+        },
+};
+
+}  // namespace alg::operation

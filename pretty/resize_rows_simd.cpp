@@ -32,7 +32,7 @@ constexpr int kLanes = hn::MaxLanes(Words());  // words a step
 
 // Mixes bytes that stand in 16 bits each: (a x (65535 - f) + b x f) >> 16.
 HWY_INLINE HalfVector mixHalves(HalfVector a, HalfVector b, HalfVector fraction) {
-#if HWY_TARGET == HWY_NEON
+#if ALG_IS_NEON()
   const uint16x8_t rest = vmvnq_u16(fraction.raw);
   const uint32x4_t low = vmlal_u16(vmull_u16(vget_low_u16(a.raw), vget_low_u16(rest)),
                                    vget_low_u16(b.raw), vget_low_u16(fraction.raw));
@@ -68,7 +68,7 @@ HWY_INLINE WordVector mix(WordVector a, WordVector b, WordVector fractions) {
 
 // row[index[0]], row[index[1]], ...
 HWY_INLINE WordVector gather(const uint32_t* row, const int32_t* index) {
-#if HWY_TARGET == HWY_NEON
+#if ALG_IS_NEON()
   uint32x4_t words = vld1q_dup_u32(row + index[0]);
   words = vld1q_lane_u32(row + index[1], words, 1);
   words = vld1q_lane_u32(row + index[2], words, 2);
@@ -83,7 +83,7 @@ HWY_INLINE WordVector gather(const uint32_t* row, const int32_t* index) {
 // The words of kLanes columns that all lie within kReach vectors from `first` on.
 template <int kReach>
 HWY_INLINE WordVector pick(const uint32_t* first, hn::Vec<Ints> place) {
-#if HWY_TARGET == HWY_NEON
+#if ALG_IS_NEON()
   const auto bytes = vreinterpretq_u8_u32(
       vmlaq_n_u32(vdupq_n_u32(0x03020100), vreinterpretq_u32_s32(place.raw), 0x04040404));
   const auto load = [](const uint32_t* from) { return vreinterpretq_u8_u32(vld1q_u32(from)); };

@@ -6,6 +6,7 @@
 #include <cmath>
 
 #include "base/clamp.h"
+#include "catalogue/operations.h"
 #include "kernels/curve_map.h"
 #include "kernels/curve_steps.h"
 #include "libalgorithm/pretty_filters.h"
@@ -93,3 +94,68 @@ void PrettyWhiteDew(unsigned char* src, unsigned char* dst, int width, int heigh
   static const alg::Curves kCurves = makeCurves(whiteDewRed, contrastScreen, whiteDewBlue);
   alg::mapCurves(src, dst, width, height, kCurves);
 }
+
+namespace alg::operation {
+
+constinit const Operation kPrettySweet{
+    .name = "PrettySweet",
+    .routine = "PrettySweet",
+    .family = Family::kPretty,
+    .shows = "Lifted shadows, milky middle tones.",
+    .formula =
+        "Each channel is lifted (red by 30, blue by 50), brightened along u x 1.05 (255 - u) / 256 "
+        "+ u, and mixed three to one with the source.",
+    .pixels = Pixels::kPackedRgb,
+    .pipeline = {.name = "PrettySweet", .identifier = 20, .runs = true},
+    .run = runPlain<PrettySweet>,
+};
+
+constinit const Operation kPrettyNature{
+    .name = "PrettyNature",
+    .routine = "PrettyNature",
+    .family = Family::kPretty,
+    .shows = "Brighter, with clear whites and green held back.",
+    .formula =
+        "1.2 v plus a bend that is highest in the middle, then 5 % toward white; green times 0.97.",
+    .pixels = Pixels::kPackedRgb,
+    .pipeline = {.name = "PrettyNature", .identifier = 21, .runs = true},
+    .run = runPlain<PrettyNature>,
+};
+
+constinit const Operation kPrettyBlue{
+    .name = "PrettyBlue",
+    .routine = "PrettyBlue",
+    .family = Family::kPretty,
+    .shows = "Cool: blue lifted, red to 80 %.",
+    .formula = "Contrast of gain 1.25 and screen on red and green, blue plus 20 and screened.",
+    .pixels = Pixels::kPackedRgb,
+    .pipeline = {.name = "PrettyBlue", .identifier = 22, .runs = true},
+    .run = runPlain<PrettyBlue>,
+};
+
+constinit const Operation kPrettyMoonlight{
+    .name = "PrettyMoonlight",
+    .routine = "PrettyMoonlight",
+    .family = Family::kPretty,
+    .shows = "Pale light with blue shadows.",
+    .formula =
+        "Contrast of gain 1.25 and screen on red and green, squeezed into 10 to 90 %; blue is "
+        "screened over the full range.",
+    .pixels = Pixels::kPackedRgb,
+    .pipeline = {.name = "PrettyMoonlight", .identifier = 23, .runs = true},
+    .run = runPlain<PrettyMoonlight>,
+};
+
+constinit const Operation kPrettyWhiteDew{
+    .name = "PrettyWhiteDew",
+    .routine = "PrettyWhiteDew",
+    .family = Family::kPretty,
+    .shows = "Bright and fresh.",
+    .formula =
+        "Shadows lifted on red and blue, then contrast of gain 1.25 and screen on all three.",
+    .pixels = Pixels::kPackedRgb,
+    .pipeline = {.name = "PrettyWhiteDew", .identifier = 24, .runs = true},
+    .run = runPlain<PrettyWhiteDew>,
+};
+
+}  // namespace alg::operation

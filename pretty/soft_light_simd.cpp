@@ -126,7 +126,7 @@ struct Operands {
   ByteVector down, up, slope, start;
 };
 
-#if HWY_TARGET == HWY_NEON
+#if ALG_IS_NEON()
 
 HWY_INLINE int16x8_t gainOf(uint8x8_t down, uint8x8_t negative, uint8x8_t up, uint8x8_t slope,
                             uint8x8_t start) {

@@ -1,4 +1,5 @@
 // A warmer colour temperature for packed 3-byte pixels, and the two maximum functions.
+#include "catalogue/operations.h"
 #include "kernels/curve_map.h"
 #include "libalgorithm/pretty_filters.h"
 
@@ -30,3 +31,20 @@ void Temperature(unsigned char* src, unsigned char* dst, int width, int height) 
 float maxf(float a, float b) { return a > b ? a : b; }
 
 int max(int a, int b) { return a >= b ? a : b; }
+
+namespace alg::operation {
+
+constinit const Operation kTemperature{
+    .name = "temperature",
+    .routine = "Temperature",
+    .family = Family::kTone,
+    .shows = "Warmer: more red, less blue.",
+    .formula =
+        "v +- 116 v (255 - v) / 32768, green a quarter of that: up to 57 levels in the middle, "
+        "none at the ends.",
+    .pixels = Pixels::kPackedBgr,
+    .pipeline = {.name = "temperature", .identifier = 3},
+    .run = runPlain<Temperature>,
+};
+
+}  // namespace alg::operation

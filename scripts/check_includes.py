@@ -9,16 +9,17 @@ PUBLIC = "include/libalgorithm"
 ALLOWED = {
     PUBLIC: {PUBLIC},
     "base": {"base"},
-    "platform": {"base"},
+    "platform": {"base", "kernels"},
     "kernels": {"base"},
+    "catalogue": {"base"},
     "convert": {"base", "kernels", PUBLIC},
-    "camerautil": {"base", "kernels", PUBLIC},
-    "threadpool": {"base", "kernels", PUBLIC},
-    "pretty": {"base", "kernels", PUBLIC},
-    "classic": {"base", "platform", "kernels", PUBLIC},
+    "camerautil": {"base", "catalogue", "kernels", PUBLIC},
+    "threadpool": {"base", "platform", PUBLIC},
+    "pretty": {"base", "catalogue", "kernels", PUBLIC},
+    "classic": {"base", "catalogue", "platform", "kernels", PUBLIC},
     "codec": {"base", "platform"},
     "sfb": {"base", "platform"},
-    "effect": {"base", "platform", "kernels", "convert", "threadpool", "pretty", PUBLIC},
+    "effect": {"base", "catalogue", "platform", "kernels", "convert", "threadpool", "pretty", PUBLIC},
     "jni": {"base", "platform", "codec", "sfb", "effect", PUBLIC},
 }
 

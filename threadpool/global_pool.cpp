@@ -4,6 +4,8 @@
 
 #include <new>
 
+#include "platform/dynamic_loader.h"
+
 namespace {
 
 constexpr char kTag[] = "Defog";
@@ -35,9 +37,14 @@ void alg::runOnPool(int count, ThreadPoolTaskFunc callback, tagT_ThreadPoolTaskI
 }
 
 ThreadPool* g_threadpool = nullptr;
+// Written with the lock held, but read without it. The C++ library of devices has no atomic_ref.
 int32_t g_hal_threadpool_init = 0;
 
 int HALThreadPoolInit() {
+  // At once: tasks on the pool may ask, while a run that waits for them has the lock.
+  if (__atomic_load_n(&g_hal_threadpool_init, __ATOMIC_ACQUIRE) != 0) {
+    return 0;
+  }
   const std::lock_guard lock(alg::poolMutex());
   if (g_hal_threadpool_init != 0) {
     return 0;
@@ -46,6 +53,9 @@ int HALThreadPoolInit() {
   try {
     g_threadpool = new ThreadPool(4);
     started = g_threadpool->initialize_threadpool() == 0;
+    if (!started) {
+      alg::keepLibraryLoaded();  // the threads that did start never end
+    }
   } catch (const std::bad_alloc&) {
     // No thread of this pool runs.
   }
@@ -53,7 +63,7 @@ int HALThreadPoolInit() {
     __android_log_print(ANDROID_LOG_VERBOSE, kTag, "Failed to initialize g_threadpool!");
     return -1;
   }
-  g_hal_threadpool_init = 1;
+  __atomic_store_n(&g_hal_threadpool_init, 1, __ATOMIC_RELEASE);
   return 0;
 }
 
@@ -68,6 +78,6 @@ int HALThreadPoolDestroy() {
   }
   delete g_threadpool;
   g_threadpool = nullptr;
-  g_hal_threadpool_init = 0;
+  __atomic_store_n(&g_hal_threadpool_init, 0, __ATOMIC_RELEASE);
   return 0;
 }

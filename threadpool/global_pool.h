@@ -12,8 +12,7 @@ namespace alg {
 std::recursive_mutex& poolMutex();
 
 /// Runs callback(input, param, output) for each record, on the process-wide pool if there is one,
-/// else one after the other on this thread. The caller holds poolMutex(). Throws std::bad_alloc
-/// before anything was run.
+/// else one after the other on this thread. The caller holds poolMutex().
 void runOnPool(int count, ThreadPoolTaskFunc callback, tagT_ThreadPoolTaskInput* records);
 
 }  // namespace alg

@@ -1,6 +1,7 @@
 #include <android/log.h>
 
 #include <cerrno>
+#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -12,12 +13,28 @@ namespace {
 
 constexpr char kTag[] = "Defog";
 constexpr int kDefaultPoolSize = 4;
-// Room from the start, so that an effect run can't fail to queue its strips.
-constexpr std::size_t kReservedTasks = 64;
 constexpr int32_t kStarted = 0;
 constexpr int32_t kStopped = 1;
 
+#ifdef _LIBCPP_VERSION
+constexpr std::size_t kQueueBytes = 48;
+#else
+constexpr std::size_t kQueueBytes = 80;  // libstdc++
+#endif
+
 }  // namespace
+
+struct ThreadPool::Layout {
+  static constexpr std::size_t kCond = 8 + sizeof(pthread_mutex_t) + 8;
+  static constexpr std::size_t kThreads = kCond + sizeof(pthread_cond_t);
+  static constexpr std::size_t kTasks = kThreads + 3 * sizeof(void*);
+  static constexpr std::size_t kState = kTasks + kQueueBytes;
+  static_assert(offsetof(ThreadPool, pool_size) == 0 && offsetof(ThreadPool, task_lock) == 8 &&
+                offsetof(ThreadPool, task_cond) == kCond &&
+                offsetof(ThreadPool, threads) == kThreads &&
+                offsetof(ThreadPool, tasks) == kTasks &&
+                offsetof(ThreadPool, pool_state) == kState && sizeof(ThreadPool) == kState + 8);
+};
 
 Task::Task(void (*taskFunction)(void*), void* taskArgument)
     : function(taskFunction), argument(taskArgument) {}
@@ -51,7 +68,6 @@ ThreadPool::ThreadPool() : ThreadPool(kDefaultPoolSize) {}
 
 // Stopped at first: a pool that was never started has no thread to stop.
 ThreadPool::ThreadPool(int size) : pool_size(size), pool_state(kStopped) {
-  tasks.reserve(kReservedTasks);
   pthread_cond_init(&task_cond, nullptr);
   __android_log_print(ANDROID_LOG_VERBOSE, kTag, "Constructed ThreadPool of size %d.", pool_size);
 }
@@ -87,15 +103,16 @@ int ThreadPool::destroy_threadpool() {
   task_lock.unlock();
   __android_log_print(ANDROID_LOG_VERBOSE, kTag, "Broadcasting STOP signal to all threads...");
   pthread_cond_broadcast(&task_cond);
-  // Not pool_size: a pool that could not start all its threads has fewer, and one that is stopped
-  // has joined them already.
-  const std::size_t running = wasStarted ? threads.size() : 0;
-  for (std::size_t i = 0; i < running; ++i) {
-    void* ignored = nullptr;
-    const int result = pthread_join(threads[i], &ignored);
-    if (result != 0) {
-      __android_log_print(ANDROID_LOG_VERBOSE, kTag, "pthread_join() returned %d: %s", result,
-                          std::strerror(errno));
+  // A pool that could not start all its threads has fewer, and one that is stopped has joined them.
+  const int running = wasStarted ? static_cast<int>(threads.size()) : 0;
+  for (int i = 0; i < pool_size; ++i) {
+    if (i < running) {
+      void* ignored = nullptr;
+      const int result = pthread_join(threads[static_cast<std::size_t>(i)], &ignored);
+      if (result != 0) {
+        __android_log_print(ANDROID_LOG_VERBOSE, kTag, "pthread_join() returned %d: %s", result,
+                            std::strerror(errno));
+      }
     }
     pthread_cond_broadcast(&task_cond);
   }
@@ -114,30 +131,32 @@ void* ThreadPool::execute_thread() {
       task_lock.unlock();
       pthread_exit(nullptr);
     }
-    Task* const task = tasks[taken++];
-    if (taken == tasks.size()) {
-      tasks.clear();
-      taken = 0;
-    }
+    Task* const task = tasks.front();
+    tasks.pop_front();
     task_lock.unlock();
     (*task)();
   }
 }
 
-int ThreadPool::add_task(Task* task) {
+bool ThreadPool::queue(Task* task) noexcept {
+  bool queued = true;
   task_lock.lock();
   try {
-    if (taken > kReservedTasks && taken > tasks.size() / 2) {  // a queue that is never empty
-      tasks.erase(tasks.begin(), tasks.begin() + static_cast<std::ptrdiff_t>(taken));
-      taken = 0;
-    }
     tasks.push_back(task);
+    pthread_cond_signal(&task_cond);
   } catch (const std::bad_alloc&) {
+    queued = false;
+  }
+  task_lock.unlock();
+  return queued;
+}
+
+int ThreadPool::add_task(Task* task) {
+  if (!queue(task)) {
+    // No lock is held here: the end of the process waits for an effect run, which needs it.
     std::puts("out of memory");
     std::exit(1);
   }
-  pthread_cond_signal(&task_cond);
-  task_lock.unlock();
   return 0;
 }
 

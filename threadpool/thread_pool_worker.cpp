@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <new>
 #include <vector>
 
 #include "libalgorithm/thread_pool.h"
@@ -11,6 +12,18 @@ static_assert(offsetof(tagT_ThreadPoolTaskInput, input) == 0 &&
               offsetof(tagT_ThreadPoolTaskInput, output) == 8 &&
               offsetof(tagT_ThreadPoolTaskInput, param) == 16 &&
               sizeof(tagT_ThreadPoolTaskInput) == 24);
+
+struct ThreadPoolWorker::Layout {
+  static constexpr std::size_t kCount = sizeof(pthread_mutex_t) + sizeof(pthread_cond_t);
+  static_assert(offsetof(ThreadPoolWorker, worker_lock) == 0 &&
+                offsetof(ThreadPoolWorker, worker_cond) == sizeof(pthread_mutex_t) &&
+                offsetof(ThreadPoolWorker, count) == kCount &&
+                offsetof(ThreadPoolWorker, remaining) == kCount + 4 &&
+                offsetof(ThreadPoolWorker, callback) == kCount + 8 &&
+                offsetof(ThreadPoolWorker, inputs) == kCount + 16 &&
+                offsetof(ThreadPoolWorker, pool) == kCount + 24 &&
+                sizeof(ThreadPoolWorker) == kCount + 32);
+};
 
 namespace {
 
@@ -25,6 +38,17 @@ struct Piece {
   ThreadPoolTaskInfo info;
   Task task;
 };
+
+/// Room for as many pieces, or for none when memory is short.
+std::vector<Piece> roomFor(int count) {
+  std::vector<Piece> pieces;
+  try {
+    pieces.reserve(static_cast<std::size_t>(std::max(count, 0)));
+  } catch (const std::bad_alloc&) {
+    // The caller does without.
+  }
+  return pieces;
+}
 
 }  // namespace
 
@@ -47,14 +71,18 @@ ThreadPoolWorker::~ThreadPoolWorker() {
 }
 
 void ThreadPoolWorker::Work() {
-  std::vector<Piece> pieces;
   // Queued pieces are pointed at by the pool: the array must never move.
-  pieces.reserve(static_cast<std::size_t>(std::max(count, 0)));
+  std::vector<Piece> pieces = roomFor(count);
   for (int i = 0; i < count; ++i) {
-    Piece& piece = pieces.emplace_back(
-        Piece{ThreadPoolTaskInfo(this, callback, &inputs[i]), Task(WorkerThreadBase, nullptr)});
-    piece.task = Task(WorkerThreadBase, &piece.info);
-    pool->add_task(&piece.task);
+    ThreadPoolTaskInfo info(this, callback, &inputs[i]);
+    if (pieces.size() < pieces.capacity()) {
+      Piece& piece = pieces.emplace_back(Piece{info, Task(WorkerThreadBase, nullptr)});
+      piece.task = Task(WorkerThreadBase, &piece.info);
+      if (pool->queue(&piece.task)) {
+        continue;
+      }
+    }
+    WorkerThreadBase(&info);
   }
   pthread_mutex_lock(&worker_lock);
   while (remaining > 0) {

@@ -8,6 +8,7 @@
 #include <string>
 #include <utility>
 
+#include "tools/catalogue.h"
 #include "tools/completion.h"
 #include "tools/effect_names.h"
 #include "tools/gallery.h"
@@ -356,6 +357,15 @@ void addManual(CLI::App& app, Options& options) {
   });
 }
 
+/// For the scripts that write documents, so it is not shown.
+void addCatalogue(CLI::App& app, Options& options) {
+  CLI::App& catalogue = *app.add_subcommand("catalogue", "Print all operations as JSON")->group("");
+  setWork(catalogue, options, [] {
+    printCatalogue();
+    return true;
+  });
+}
+
 }  // namespace
 
 void addCommands(CLI::App& app, Options& options) {
@@ -371,6 +381,7 @@ void addCommands(CLI::App& app, Options& options) {
   addBench(app, options);
   addCompletion(app, options);
   addManual(app, options);
+  addCatalogue(app, options);
 }
 
 }  // namespace alg::tool

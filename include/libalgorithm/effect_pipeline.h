@@ -7,7 +7,7 @@
 ///          +---------------------------- RGB2YUV (4 strips) ---------------------+
 ///
 /// Frames with even sizes and chroma rows without gaps take the three steps a few rows at a time
-/// within each of four strips, with the same result, and need no work images.
+/// within each of four strips, with the same result, and leave the work images untouched.
 ///
 /// KAVRO_PrettyEffect_Function() is the whole of it and the one to call; the other names are its
 /// parts.
@@ -72,15 +72,15 @@ struct StripRange {
   int32_t imageHeight;  ///< rows of the frame
 };
 
-/// The work image that a run's frame is decoded into: width x height x 3 bytes of a run that needs
-/// it; null between runs.
+/// The work image that a run's frame is decoded into: width x height x 3 bytes from the start to
+/// the end of each run, untouched where the run has no use for it; null between runs.
 ALGORITHM_API extern uint8_t* gCLAHE_Rgb_Buffer_in;
 /// The work image that a run's effect writes: as gCLAHE_Rgb_Buffer_in.
 ALGORITHM_API extern uint8_t* gCLAHE_Rgb_Buffer_out;
 
-/// Allocates both work images (a global is null when memory is short) and makes sure that the
-/// process-wide pool runs. Not locked, and no check whether images are there already: runs do this
-/// themselves.
+/// Allocates both work images (a global is null when memory is short) and starts the process-wide
+/// pool if it can. Not locked. Runs do this themselves, at their start. What the globals held
+/// before is overwritten, not freed, by this as by each run: call fastcvPollDestory() first.
 /// @param width   pixels, at least 1
 /// @param height  rows, at least 1
 /// @return 0
@@ -98,7 +98,8 @@ ALGORITHM_API void EffectFunction(const void* input, const void* param, void* ou
 /// Runs the named effect on a frame, in place. An unknown name or a missing picture leaves the
 /// frame as it is, up to what the two conversions round and clip. When a quarter of the height is
 /// even, the last height mod 4 rows keep their values. A size below 1 does nothing, nor does a run
-/// that memory is short for.
+/// that memory is short for. When the pool can't start, the run does its work on the calling
+/// thread.
 ///
 /// Runs queue up behind one process-wide lock, so any thread may call but those of the process-wide
 /// pool.

@@ -10,8 +10,8 @@
 
 #include <pthread.h>
 
-#include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <vector>
 
 #include "libalgorithm/export.h"
@@ -34,8 +34,9 @@ class ALGORITHM_API Task {
 };
 
 /// A mutex that knows whether it is held. Destruction waits (busy) until it is not, then unlocks
-/// once more and destroys the mutex; callers rely on that order.
-class ALGORITHM_API TaskLock {
+/// once more and destroys the mutex; callers rely on that order. A part of ThreadPool: the library
+/// exports none of its functions.
+class TaskLock {
  public:
   /// A free mutex, not recursive.
   TaskLock();
@@ -57,8 +58,8 @@ class ALGORITHM_API TaskLock {
 };
 
 /// A fixed number of threads and a queue of tasks. Construct, initialize_threadpool(), add_task()
-/// from any thread, destroy_threadpool(). A stopped pool can't be started again. What starts and
-/// stops it may throw std::bad_alloc.
+/// from any thread, destroy_threadpool(). A stopped pool can't be started again. Constructors and
+/// initialize_threadpool() may throw std::bad_alloc.
 class ALGORITHM_API ThreadPool {
  public:
   /// A pool of four threads. Starts none yet.
@@ -81,18 +82,25 @@ class ALGORITHM_API ThreadPool {
   /// The body of a pool thread: runs tasks until the pool stops, then ends the thread.
   /// @return never
   void* execute_thread();
-  /// Queues a task; any thread may. Ends the process when the queue can't grow.
+  /// Queues a task; any thread may. When the queue can't grow, it writes "out of memory" to
+  /// standard output and ends the process with exit status 1.
   /// @param task  stays the caller's, who keeps it alive until it has run
   /// @return 0
   int add_task(Task* task);
 
  private:
+  friend class ThreadPoolWorker;
+  struct Layout;
+
+  /// add_task(), but returns false when the queue can't grow.
+  bool queue(Task* task) noexcept;
+
+  // Callers were built apart from the library: what there is and in which order never changes.
   int32_t pool_size;
-  TaskLock task_lock;        // guards tasks, taken and pool_state
+  TaskLock task_lock;        // guards tasks and pool_state
   pthread_cond_t task_cond;  // signalled per queued task, broadcast on stop
   std::vector<pthread_t> threads;
-  std::vector<Task*> tasks;  // from `taken` on: those before have been taken off the front
-  std::size_t taken = 0;
+  std::deque<Task*> tasks;
   volatile int32_t pool_state;  // 0 = started, 1 = stopped
 };
 
@@ -144,13 +152,15 @@ class ALGORITHM_API ThreadPoolWorker {
   ThreadPoolWorker& operator=(const ThreadPoolWorker&) = delete;
 
   /// Queues the pieces in index order and returns when all have finished. Pieces run in parallel
-  /// and must not write to the same memory. With no piece it returns at once. May throw
-  /// std::bad_alloc, before any piece is queued. Not for the pool's own threads.
+  /// and must not write to the same memory. With no piece it returns at once. Pieces that there is
+  /// no memory to queue run on the calling thread. Not for the pool's own threads.
   void Work();
   /// Counts one piece as finished (called on the pool's threads).
   void OneTaskFinish();
 
  private:
+  struct Layout;
+
   pthread_mutex_t worker_lock;  // guards remaining
   pthread_cond_t worker_cond;
   int32_t count;
@@ -171,8 +181,9 @@ ALGORITHM_API extern ThreadPool* g_threadpool;
 ALGORITHM_API extern int32_t g_hal_threadpool_init;
 
 /// Makes and starts the process-wide pool if there is none. When it can't start, a half-started
-/// pool is left behind, which nothing uses, and the next call makes a new one. Thread-safe; waits
-/// for an effect run under way.
+/// pool is left behind, which nothing uses and whose threads stay parked; the library stays loaded
+/// for good then, and the next call makes a new pool. Thread-safe. With a pool it returns at once,
+/// on the pool's own threads, too; without one it waits for an effect run under way.
 /// @return 0, or -1 when it can't start
 ALGORITHM_API int HALThreadPoolInit();
 /// Stops and deletes the process-wide pool if there is one, after an effect run under way has

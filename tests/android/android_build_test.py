@@ -15,10 +15,10 @@ cmake, folder = sys.argv[1], pathlib.Path(sys.argv[2])
 # What bionic has since API level 26 or before, as the C headers of this machine name it
 # (__errno_location is bionic's __errno), the log, and the C++ runtime, which is linked in.
 DEVICE_HAS = r"""
-    calloc|exit|fclose|fopen|free|longjmp|malloc|memcmp|memcpy|memmove|memset|puts|_setjmp|strerror|strlen|
+    calloc|clock_gettime|close|exit|fclose|fdopen|fopen|free|fstat|open|longjmp|malloc|memcmp|memcpy|memmove|memset|puts|_setjmp|strerror|strlen|
     snprintf|vsnprintf|exp|fma|fmaf|pow|__cxa_atexit|__dso_handle|__errno_location|__stack_chk_fail|
     pthread_(cond|mutex)_(init|destroy|lock|unlock|wait|signal|broadcast)|pthread_(create|join|exit)|
-    __android_log_print|dlopen|dlsym|dlerror|madvise|sysconf|
+    __android_log_print|dladdr|dlopen|dlsym|dlerror|madvise|sysconf|
     _Unwind_Resume|__gxx_personality_v0|__cxa_.*|_Zn[wa]\w+|_Zd[la]\w+|_ZNK?St\w+|_ZSt\w+|_ZT[IVS]St\w+|
     jpeg_\w+|png_\w+|hwy_\w+"""
 

@@ -1,5 +1,7 @@
 #include "injected.h"
 
+#include <malloc.h>
+
 #include <atomic>
 #include <cerrno>
 
@@ -15,7 +17,7 @@ namespace {
 
 std::atomic<bool> armed, allLater;
 std::atomic<int> left, failed;
-std::atomic<long> live;
+std::atomic<long> live, bytes, most;
 std::atomic<int> errorLines;
 
 bool fails() {
@@ -28,8 +30,17 @@ bool fails() {
 }
 
 void* counted(void* block) {
-  if (block != nullptr) ++live;
+  if (block == nullptr) return block;
+  ++live;
+  const long now = bytes += long(malloc_usable_size(block));
+  for (long before = most; before < now && !most.compare_exchange_weak(before, now);) continue;
   return block;
+}
+
+void uncount(void* block) {
+  if (block == nullptr) return;
+  --live;
+  bytes -= long(malloc_usable_size(block));
 }
 
 }  // namespace
@@ -43,6 +54,8 @@ bool stopFailing() {
   return failed > 0;
 }
 long liveBlocks() { return live; }
+void watchBytes() { bytes = 0, most = 0; }
+long mostBytes() { return most; }
 int takeErrorLines() { return errorLines.exchange(0); }
 
 // These take the C library's place for everything in the process.
@@ -54,10 +67,14 @@ void* calloc(std::size_t count, std::size_t size) {
 }
 void* realloc(void* block, std::size_t size) {
   if (fails()) return nullptr;
-  return block == nullptr ? counted(__libc_realloc(block, size)) : __libc_realloc(block, size);
+  const std::size_t before = block == nullptr ? 0 : malloc_usable_size(block);
+  void* const grown = __libc_realloc(block, size);
+  if (grown == nullptr && size > 0) return nullptr;  // the block is as it was
+  if (block != nullptr) --live, bytes -= long(before);
+  return counted(grown);
 }
 void free(void* block) {
-  if (block != nullptr) --live;
+  uncount(block);
   __libc_free(block);
 }
 

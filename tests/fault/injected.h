@@ -10,6 +10,10 @@ void failAllocation(int count, bool andAllLater);
 bool stopFailing();
 /// Blocks that are allocated now.
 long liveBlocks();
+/// Counts bytes from here on.
+void watchBytes();
+/// How many more than then have been allocated at one time since.
+long mostBytes();
 
 /// Log lines of priority 6 since the last call.
 int takeErrorLines();

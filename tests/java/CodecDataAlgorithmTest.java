@@ -55,15 +55,15 @@ final class CodecDataAlgorithmTest extends Harness {
 
   public static void main(String[] args) {
     byte[] file = bothWays();
-    byte[][] hostile = {random(5000), new byte[5000], {1}, {-1, -40}, Arrays.copyOf(file, 300)};
-    for (byte[] bytes : hostile) {
+    ByteBuffer[] hostile = {
+      null, ByteBuffer.wrap(file), direct(new byte[0]), direct(random(5000)), direct(new byte[5000]),
+      direct(new byte[] {1}), direct(new byte[] {-1, -40}), direct(Arrays.copyOf(file, 300))
+    };
+    for (ByteBuffer buffer : hostile) {
       int[] size = {-7, -8};
       Object result = DECODE.call("hostile bytes",
-          () -> CodecDataAlgorithm.JPEG2ARGB(direct(bytes), size), DECODE.line("decode fail"));
+          () -> CodecDataAlgorithm.JPEG2ARGB(buffer, size), DECODE.line("decode fail"));
       check(result == null && size[0] == -7 && size[1] == -8, "result of hostile bytes");
-    }
-    for (ByteBuffer bad : new ByteBuffer[] {null, ByteBuffer.wrap(file), direct(new byte[0])}) {
-      DECODE.refuses("a bad buffer", () -> CodecDataAlgorithm.JPEG2ARGB(bad, new int[2]));
     }
     for (int[] bad : new int[][] {null, {}, {0}}) {
       DECODE.refuses("a bad array", () -> CodecDataAlgorithm.JPEG2ARGB(direct(file), bad));

@@ -39,6 +39,7 @@ final class SFBEngineAlgorithmTest extends Harness {
     expect(false, 40, 0, 0, 0, none);
     for (int[] odd : new int[][] {{7, 8}, {8, 7}, {1, 1}}) {
       SFB.refuses("odd", () -> process(direct(random(96)), odd[0], odd[1], 60, 60, 30));
+      SFB.refuses("odd", () -> process(direct(random(96)), odd[0], odd[1], 0, 0, 0), none);
     }
     finish();
   }

@@ -98,23 +98,14 @@ class ReadmeTest(unittest.TestCase):
         for line in re.findall(r"\w+(?:\(Algorithm .*|::\w+)", blocks(section(r"From C\+\+"), "cmake")[0]):
             self.assertIn(line, example)
 
-    def test_catalogue(self):
-        road, classic = self.run_line("camera-effects list").split("\n\n")
-        names = re.findall(r"(?m)^Pretty\w+", road) + re.findall(r"(?m)^[a-z-]+", classic)
-        self.assertEqual(sorted(re.findall(r"(?m)^### (\S+)", CATALOGUE)), sorted(names))
-        curves = set(re.findall(r"effects/(\S+)\.svg", CATALOGUE))
-        runs = re.findall(r"(?m)^(\S+) +\d+ +\d+  (\S+)", road)
-        for name in names:
-            text, = re.findall(rf"(?ms)^### {name}$(.*?)(?=^#|\Z)", CATALOGUE)
-            roads = [row[0] for row in runs if name == row[1] or (name == row[0] and row[1] == "the")]
-            self.assertEqual(re.findall(r"[Rr]oad:?\s`(\w\S*)`", text), roads, name)
-            routine = name if roads == [name] and name.startswith("Pretty") else re.search(r"`([A-Za-z]\w+)`(?!\))", text)[1]
-            self.assertTrue(any(re.search(rf" {routine}\(", header) for header in HEADERS.values()), routine)
-            self.assertIn(f"](effects/{name}.jpg)", text)
+    def test_curves(self):
+        """The curves in the catalogue are what the tool draws today."""
+        for name in re.findall(r"(?m)^### (\S+)", CATALOGUE):
             drawn = self.run_line(f"camera-effects curves {name} made.svg || true")
-            self.assertEqual("does not consist of curves" in drawn, name not in curves, name)
-            if name in curves:  # scripts/catalogue draws them again
-                self.assertEqual((self.work / "made.svg").read_text(), (ROOT / f"docs/effects/{name}.svg").read_text())
+            plot = ROOT / f"docs/effects/{name}.svg"
+            self.assertEqual("does not consist of curves" in drawn, not plot.exists(), name)
+            if plot.exists():
+                self.assertEqual((self.work / "made.svg").read_text(), plot.read_text())
 
 
 unittest.main(argv=sys.argv[:1])

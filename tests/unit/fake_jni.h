@@ -1,4 +1,5 @@
-// A stand-in for the virtual machine: as much of a JNIEnv as the natives use. And the natives.
+// A stand-in for the virtual machine: of a JNIEnv the entries that natives may use where nothing is
+// wrong. All others are null, but those for exceptions once there is one. And the natives.
 #pragma once
 
 #include <jni.h>
@@ -14,44 +15,58 @@ struct FakeBuffer {
   operator jobject() { return reinterpret_cast<jobject>(this); }
 };
 
-/// What a native made for Java, and what it threw. One for each thread.
+/// What a native asked of Java, what it made and what it threw. One for each thread.
 class FakeJni {
  public:
   FakeJni() {
-    table_.ExceptionCheck = [](JNIEnv* env) { return of(env).thrown_; };
-    table_.ExceptionClear = [](JNIEnv* env) { of(env).thrown_ = JNI_FALSE; };
-    table_.GetDirectBufferAddress = [](JNIEnv*, jobject buffer) {
+    table_.GetDirectBufferAddress = [](JNIEnv* env, jobject buffer) {
+      of(env).note("Address");
       return static_cast<void*>(reinterpret_cast<FakeBuffer*>(buffer)->address);
     };
-    table_.GetDirectBufferCapacity = [](JNIEnv*, jobject buffer) {
+    table_.GetDirectBufferCapacity = [](JNIEnv* env, jobject buffer) {
+      of(env).note("Capacity");
       const auto& fake = *reinterpret_cast<FakeBuffer*>(buffer);
       return fake.address == nullptr ? jlong{-1} : fake.capacity;
     };
     table_.NewDirectByteBuffer = [](JNIEnv* env, void* address, jlong capacity) {
-      return of(env).make({static_cast<uint8_t*>(address), capacity});
+      FakeJni& jni = of(env);
+      if (jni.refuses("NewBuffer")) return jni.fail<jobject>();
+      jni.buffer_ = {static_cast<uint8_t*>(address), capacity};
+      return static_cast<jobject>(jni.buffer_);
     };
     table_.NewByteArray = [](JNIEnv* env, jsize size) {
       FakeJni& jni = of(env);
+      if (jni.refuses("NewArray")) return jni.fail<jbyteArray>();
       jni.array_ = {static_cast<uint8_t*>(std::malloc(std::size_t(size))), size};
       return jni.array_.address == nullptr
                  ? jni.fail<jbyteArray>()
                  : reinterpret_cast<jbyteArray>(static_cast<jobject>(jni.array_));
     };
-    table_.SetByteArrayRegion = [](JNIEnv* env, jbyteArray, jsize at, jsize count,
-                                   const jbyte* bytes) {
-      std::copy_n(bytes, count, of(env).array_.address + at);
+    table_.GetByteArrayElements = [](JNIEnv* env, jbyteArray, jboolean*) {  // a copy
+      FakeJni& jni = of(env);
+      void* const copy =
+          jni.refuses("Elements") ? nullptr : std::malloc(std::size_t(jni.array_.capacity));
+      return copy == nullptr ? jni.fail<jbyte*>() : static_cast<jbyte*>(copy);
     };
-    table_.GetArrayLength = [](JNIEnv*, jarray) { return jsize{2}; };
-    table_.SetIntArrayRegion = [](JNIEnv*, jintArray array, jsize at, jsize count,
+    table_.ReleaseByteArrayElements = [](JNIEnv* env, jbyteArray, jbyte* copy, jint mode) {
+      FakeJni& jni = of(env);
+      jni.note(mode == 0 ? "Release" : "Release otherwise");
+      if (mode != JNI_ABORT) std::copy_n(copy, jni.array_.capacity, jni.array_.address);
+      if (mode != JNI_COMMIT) std::free(copy);
+    };
+    table_.SetIntArrayRegion = [](JNIEnv* env, jintArray array, jsize at, jsize count,
                                   const jint* values) {
+      of(env).note("Ints");
       std::copy_n(values, count, reinterpret_cast<jint*>(array) + at);
     };
     table_.GetStringUTFChars = [](JNIEnv* env, jstring text, jboolean*) {
       const auto* chars = reinterpret_cast<const char*>(text);
-      char* const copy = static_cast<char*>(std::malloc(std::strlen(chars) + 1));
+      void* const room = of(env).refuses("Chars") ? nullptr : std::malloc(std::strlen(chars) + 1);
+      char* const copy = static_cast<char*>(room);
       return copy == nullptr ? of(env).fail<const char*>() : std::strcpy(copy, chars);
     };
-    table_.ReleaseStringUTFChars = [](JNIEnv*, jstring, const char* chars) {
+    table_.ReleaseStringUTFChars = [](JNIEnv* env, jstring, const char* chars) {
+      of(env).note("ReleaseChars");
       std::free(const_cast<char*>(chars));
     };
     env_.functions = &table_;
@@ -81,17 +96,41 @@ class FakeJni {
     return take(native(&env_, nullptr, buffer, numbers...));
   }
   bool threw() const { return thrown_ != JNI_FALSE; }
+  /// The calls since the last time, each with a space in front.
+  std::string calls() {
+    std::string all;
+    for (int i = 0; i < called_; ++i) all += std::string(" ") + calls_[i];
+    called_ = 0;
+    return all;
+  }
+  /// From now on this call gives null; what it throws can be looked for, or can't.
+  void refuse(const char* call, bool withException) {
+    refused_ = call;
+    throws_ = withException;
+  }
+  /// Lets arrays be asked for their length.
+  void giveArrayLength() {
+    table_.GetArrayLength = [](JNIEnv*, jarray array) { return *reinterpret_cast<jint*>(array); };
+  }
 
  private:
   static FakeJni& of(JNIEnv* env) { return *reinterpret_cast<FakeJni*>(env); }
 
-  jobject make(FakeBuffer made) {
-    buffer_ = made;
-    return buffer_;
+  /// Takes no memory: the tests of faults count that.
+  void note(const char* call) {
+    if (called_ < kMostCalls) calls_[called_++] = call;
+  }
+  bool refuses(const char* call) {
+    note(call);
+    return refused_ != nullptr && std::strcmp(refused_, call) == 0;
   }
   template <class Result>
   Result fail() {
-    thrown_ = JNI_TRUE;
+    if (throws_) {
+      thrown_ = JNI_TRUE;
+      table_.ExceptionCheck = [](JNIEnv* env) { return of(env).thrown_; };
+      table_.ExceptionClear = [](JNIEnv* env) { of(env).thrown_ = JNI_FALSE; };
+    }
     return nullptr;
   }
   void drop() {
@@ -105,6 +144,11 @@ class FakeJni {
   JNINativeInterface table_{};
   FakeBuffer buffer_{}, array_{};
   jboolean thrown_ = JNI_FALSE;
+  static constexpr int kMostCalls = 16;
+  const char* calls_[kMostCalls];
+  int called_ = 0;
+  const char* refused_ = nullptr;
+  bool throws_ = true;
 };
 
 // The natives by short names.

@@ -2,6 +2,7 @@
 #include <cstdio>
 // jpeglib.h needs the types above.
 #include <jpeglib.h>
+#include <sys/resource.h>
 
 #include "guarded.h"
 #include "platform/jpeg.h"
@@ -24,6 +25,7 @@ const struct Fixture {
                  {"rgb", JCS_RGB, JCS_RGB, false, true},
                  {"grey", JCS_GRAYSCALE, JCS_GRAYSCALE, false, false},
                  {"progressive", JCS_RGB, JCS_YCbCr, true, false},
+                 {"progressive grey", JCS_GRAYSCALE, JCS_GRAYSCALE, true, false},
                  {"inverted cmyk", JCS_CMYK, JCS_CMYK, false, true},
                  {"plain cmyk", JCS_CMYK, JCS_CMYK, false, false},
                  {"inverted ycck", JCS_CMYK, JCS_YCCK, false, true}};
@@ -102,22 +104,59 @@ TEST(Jpeg, EveryKindDecodesToBlueGreenRedAlphaAtFullOrReducedSize) {
   }
 }
 
-TEST(Jpeg, HugeImagesAndEndlessScansAreRefused) {
-  const Bytes progressive = makeJpeg(kFixtures[3]);
-  const std::string text(progressive.begin(), progressive.end());
-  const auto lastScan = Bytes::difference_type(text.rfind("\xFF\xDA"));
-  for (const int repeats : {100, 600}) {
-    Bytes file(progressive.begin(), progressive.end() - 2);
-    for (int i = 0; i < repeats; ++i) {
-      file.insert(file.end(), progressive.begin() + lastScan, progressive.end() - 2);
-    }
-    file.insert(file.end(), {0xFF, 0xD9});
-    EXPECT_EQ(decode(file).has_value(), repeats < 500);
+/// The file with other sides in its frame header; there is data for the first few blocks only.
+Bytes withSides(Bytes file, char frame, int width, int height) {
+  const uint8_t sides[] = {uint8_t(height >> 8), uint8_t(height), uint8_t(width >> 8),
+                           uint8_t(width)};
+  std::copy_n(sides, 4, file.begin() + Bytes::difference_type(find(file, frame)) + 5);
+  return file;
+}
+
+/// The file with its last scan again and again.
+Bytes withScans(const Bytes& file, int repeats) {
+  const auto lastScan =
+      Bytes::difference_type(std::string(file.begin(), file.end()).rfind("\xFF\xDA"));
+  Bytes longer(file.begin(), file.end() - 2);
+  for (int i = 0; i < repeats; ++i) {
+    longer.insert(longer.end(), file.begin() + lastScan, file.end() - 2);
   }
-  Bytes huge = makeJpeg(kFixtures[0]);
-  const uint8_t sides[] = {15000 >> 8, 15000 & 255, 20000 >> 8, 20000 & 255};
-  std::copy_n(sides, 4, huge.begin() + Bytes::difference_type(find(huge, '\xC0')) + 5);
-  EXPECT_FALSE(decode(huge));
+  longer.insert(longer.end(), {0xFF, 0xD9});
+  return longer;
+}
+
+TEST(Jpeg, HugeImagesAndEndlessScansAreRefused) {
+  const Bytes colours = makeJpeg(kFixtures[3]), grey = makeJpeg(kFixtures[4]);  // 10 and 6 scans
+  EXPECT_TRUE(decode(withScans(colours, alg::kMostJpegScansSmall - 10)));
+  EXPECT_FALSE(decode(withScans(colours, alg::kMostJpegScansSmall - 9)));
+  constexpr int kMore = alg::kMostJpegScansLarge - 5;
+  EXPECT_TRUE(decode(withScans(grey, kMore)));
+  EXPECT_FALSE(decode(withSides(withScans(grey, kMore), '\xC2', 4200, 4200)));
+  EXPECT_FALSE(decode(withSides(makeJpeg(kFixtures[0]), '\xC0', 20000, 15000)));
+}
+
+TEST(Jpeg, FewBytesCannotAskForMoreMemoryThanThreeTimesTheImage) {
+  // Photos of 108 million pixels have room, also at full chroma resolution.
+  static_assert(alg::kMostJpegWorkBytes > 6L * 12000 * 9000);
+  const auto peak = [] {
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_maxrss * 1024;
+  };
+  Bytes colours = makeJpeg(kFixtures[3]), full = colours;
+  full[find(full, '\xC2') + 11] = 0x11;  // sampling of the first component
+  const struct {
+    const Bytes& file;
+    int width, height;
+    bool decodes;
+  } rows[] = {{colours, 16000, 16000, false}, {full, 16000, 16000, false},
+              {full, 10900, 10900, false},    {full, 65535, 3000, false},
+              {colours, 4000, 3000, true},    {full, 4000, 3000, true}};
+  for (const auto& row : rows) {
+    const long before = peak(), bytes = 4L * row.width * row.height;
+    const Bytes file = withSides(row.file, '\xC2', row.width, row.height);
+    EXPECT_EQ(decode(file).has_value(), row.decodes) << row.width << " x " << row.height;
+    EXPECT_LE(peak() - before, row.decodes ? 3 * bytes : bytes / 4) << row.width;
+  }
 }
 
 TEST(Jpeg, TruncatedFilesDecodeAsFarAsTheyGo) {

@@ -19,9 +19,13 @@ extern "C" [[gnu::visibility("default")]] int __android_log_print(int priority, 
   va_start(arguments, format);
   std::vsnprintf(text, sizeof text, format, arguments);
   va_end(arguments);
-  const std::lock_guard lock(mutex);
-  lines += std::to_string(priority) + " " + tag + ": " + text + "\n";
+  addLine(std::to_string(priority) + " " + tag + ": " + text);
   return ++loggedLines;
+}
+
+void addLine(const std::string& line) {
+  const std::lock_guard lock(mutex);
+  lines += line + "\n";
 }
 
 std::string takeLog() {

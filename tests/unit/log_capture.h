@@ -6,5 +6,7 @@
 
 /// The lines since the last call.
 std::string takeLog();
+/// Writes a line of the test's own between them.
+void addLine(const std::string& line);
 /// How many lines there have been since then.
 extern std::atomic<int> loggedLines;

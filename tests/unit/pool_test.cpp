@@ -1,6 +1,5 @@
 // The thread pool, the strip worker and the process-wide pool.
 #include <barrier>
-#include <cerrno>
 #include <functional>
 
 #include "guarded.h"
@@ -8,16 +7,7 @@
 #include "libalgorithm/thread_pool.h"
 #include "log_capture.h"
 #include "process.h"
-
-static std::atomic<int> threadsUntilFailure{-1};
-
-// Linked in pthread_create's place (--wrap): fails on demand.
-extern "C" int __real_pthread_create(pthread_t*, const pthread_attr_t*, void* (*)(void*), void*);
-extern "C" int __wrap_pthread_create(pthread_t* id, const pthread_attr_t* attributes,
-                                     void* (*entry)(void*), void* argument) {
-  if (threadsUntilFailure >= 0 && threadsUntilFailure-- == 0) return EAGAIN;
-  return __real_pthread_create(id, attributes, entry, argument);
-}
+#include "system_calls.h"
 
 namespace {
 

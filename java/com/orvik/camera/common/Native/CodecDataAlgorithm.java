@@ -31,13 +31,14 @@ public final class CodecDataAlgorithm {
    * applied.
    *
    * <p>A file that breaks off decodes as far as it goes, and the missing part is grey. Bytes that
-   * are no JPEG (other picture formats too), and images above {@link Integer#MAX_VALUE} bytes, log
-   * a line that ends in "decode fail".
+   * are no JPEG (other picture formats too), buffers without memory to read (null, heap, empty),
+   * images above {@link Integer#MAX_VALUE} bytes, and files that ask for far more work or memory
+   * than photos of their size do, log a line that ends in "decode fail".
    *
    * @param jpeg the file, from index 0 to the buffer's <b>capacity</b>: pass a slice when the
    *     buffer is larger than the file; only read
    * @param size at least two elements; element 0 receives the width and element 1 the height, the
-   *     others and, on failure, all of them are left alone
+   *     others and, when nothing can be decoded, all of them are left alone
    * @return a new direct buffer with the pixels (bytes B, G, R, 255), never freed; null on failure
    */
   public static native ByteBuffer JPEG2ARGB(ByteBuffer jpeg, int[] size);

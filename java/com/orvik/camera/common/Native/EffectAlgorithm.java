@@ -10,7 +10,8 @@ import java.nio.ByteBuffer;
  * tag {@code EffectAlgorithm} and an untouched frame, never an exception.
  *
  * <p>Calls may come from any thread. Calls that overlap queue up and run one after the other; each
- * spreads its work over four threads that the first call starts and that stay for good.
+ * spreads its work over four threads that the first call starts and that stay until the
+ * library is unloaded.
  */
 public final class EffectAlgorithm {
   static {
@@ -35,11 +36,19 @@ public final class EffectAlgorithm {
    * <table>
    *   <caption>Effects</caption>
    *   <tr><th>name</th><th>overlay picture</th></tr>
-   *   <tr><td>{@code PrettySweet}, {@code PrettyNature}, {@code PrettyBlue},
-   *     {@code PrettyMoonlight}, {@code PrettyWhiteDew}</td><td>none</td></tr>
-   *   <tr><td>{@code PrettyBeautiful}, {@code PrettyPink}</td><td>{@code sucai0.png}, or
-   *     {@code sucai0_r.png} when the frame is wider than tall</td></tr>
-   *   <tr><td>{@code PrettyJapan}</td><td>{@code sucai3.png}</td></tr>
+   *   <!-- catalogue: pipeline -->
+   *   <tr><td>{@code PrettySweet},
+   *     {@code PrettyNature},
+   *     {@code PrettyBlue},
+   *     {@code PrettyMoonlight},
+   *     {@code PrettyWhiteDew}</td>
+   *     <td>none</td></tr>
+   *   <tr><td>{@code PrettyBeautiful},
+   *     {@code PrettyPink}</td>
+   *     <td>{@code sucai0.png}, or {@code sucai0_r.png} when the frame is wider than tall</td></tr>
+   *   <tr><td>{@code PrettyJapan}</td>
+   *     <td>{@code sucai3.png}</td></tr>
+   *   <!-- end of catalogue -->
    * </table>
    *
    * <p>Pictures are read from {@code /data/data/com.android.camera/effect/} on every call. With any

@@ -1,0 +1,176 @@
+// What an image operation is, as data. Each operation describes itself in one row beside its
+// routine; operations.h lists them all. Pipeline, tool, documents, benchmarks, tests and fuzzers
+// read the rows and have no list of their own.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+namespace alg {
+
+struct SoftLightEffect;
+
+/// How people find an operation. All but the last two are effects: they change what a photo looks
+/// like, and keep its size.
+enum class Family : uint8_t { kPretty, kTone, kLight, kDrawing, kPicture, kGeometry, kBlend };
+
+enum class Pixels : uint8_t {
+  kPackedRgb,  ///< 3 bytes, R, G, B; the result has them crossed: B, G, R
+  kPackedBgr,  ///< 3 bytes, B, G, R; the result has them crossed: R, G, B
+  kWords,      ///< 4 bytes, B, G, R, A; the result has the same order
+  kInts,       ///< 3 ints, B, G, R; the result has them crossed
+  kFrame,      ///< a semi-planar YUV 4:2:0 frame with packed rows
+};
+
+/// Bytes of `pixels` pixels of a kind.
+constexpr std::size_t bytesOf(Pixels kind, std::size_t pixels) {
+  switch (kind) {
+    case Pixels::kWords:
+      return 4 * pixels;
+    case Pixels::kInts:
+      return 3 * sizeof(int) * pixels;
+    case Pixels::kFrame:
+      return 3 * pixels / 2;
+    default:
+      return 3 * pixels;
+  }
+}
+
+/// What an output pixel depends on, beside parameters.
+enum class Reach : uint8_t {
+  kPixel,       ///< the source's pixel at its place
+  kPlace,       ///< that, and where in the image it lies
+  kNeighbours,  ///< the pixels within `radius` rows and columns, and the place
+  kAnything,
+};
+
+/// How source and destination may overlap.
+enum class Overlap : uint8_t {
+  kApart,    ///< not at all
+  kInPlace,  ///< not at all, or they are the same
+  kAny,      ///< in any way: the result is that of one pixel at a time, in memory order
+};
+
+/// Whether any band of rows can be made alone, from the same rows of the source (and of what the
+/// destination holds) and their place in the image: Call::firstRow and imageHeight.
+enum class Bands : uint8_t { kAny, kWholeImage };
+
+/// A number that a caller may choose. Values are whole where least, most and preset are meant so.
+struct Parameter {
+  enum class Type : uint8_t { kInteger, kNumber };
+
+  const char* name;
+  Type type = Type::kNumber;
+  double least = 0;
+  double most = 0;
+  double preset = 0;
+  double step = 0;             ///< only least, least + step ...; 0: anything between
+  const char* unit = nullptr;  ///< null: a bare number
+  const char* help;
+};
+
+/// A picture that an operation takes beside its source.
+struct PictureRole {
+  enum class Size : uint8_t {
+    kAny,             ///< stretched over the image by nearest neighbour
+    kCoversTheFirst,  ///< at least as wide and as tall as the operation's first picture
+    kSameAsImage,     ///< the image's width and height
+  };
+
+  const char* name;
+  const char* file = nullptr;           ///< the device's, among those of the effects; or null
+  const char* landscapeFile = nullptr;  ///< for images wider than tall, where that is another one
+  Size size = Size::kAny;
+  bool read = true;  ///< false: the routine takes the picture, but never looks at it
+  const char* help;
+};
+
+/// The pixels of a picture: 4 bytes each, rows packed.
+struct PictureView {
+  const uint8_t* pixels = nullptr;
+  int width = 0;
+  int height = 0;
+};
+
+inline constexpr std::size_t kMostParameters = 4;
+inline constexpr std::size_t kMostPictures = 2;
+
+/// One run of an operation. What the operation's row allows is up to the caller; nothing is
+/// checked.
+struct Call {
+  uint8_t* src = nullptr;  ///< width x height pixels of the operation's kind, rows packed
+  uint8_t* dst = nullptr;  ///< as many, or resultWidth x resultHeight
+  int width = 0;           ///< pixels per row
+  int height = 0;          ///< rows of this call
+  int resultWidth = 0;     ///< where the operation changes sizes; else not read
+  int resultHeight = 0;
+  int firstRow = 0;     ///< of this call in the image; 0 where bands can't be made alone
+  int imageHeight = 0;  ///< rows of the whole image; 0: this call's height
+  double values[kMostParameters] = {};  ///< in the order of the parameters
+  PictureView pictures[kMostPictures];  ///< in the order of the pictures
+
+  float number(std::size_t index) const { return static_cast<float>(values[index]); }
+  int integer(std::size_t index) const { return static_cast<int>(values[index]); }
+};
+
+/// A routine that takes nothing but two images of one size.
+using PlainRoutine = void(unsigned char* src, unsigned char* dst, int width, int height);
+
+template <PlainRoutine* kRoutine>
+void runPlain(const Call& call) {
+  kRoutine(call.src, call.dst, call.width, call.height);
+}
+
+/// An operation's name on the effect pipeline, which the application knows it by. Names,
+/// identifiers and strips are contract.
+struct PipelineName {
+  /// What a missing or undecodable picture does, beside turning the effect into one that passes the
+  /// frame through.
+  enum class OnMissing : uint8_t {
+    kSilent,
+    kLog,             ///< says so in the log
+    kKeepLastPicture  ///< reports the picture that was decoded last, if there is one
+  };
+
+  const char* name = nullptr;  ///< null: the pipeline does not know the operation
+  int identifier = -1;
+  int strips = 4;
+  bool runs = false;          ///< else frames pass through under this name
+  bool loadsPicture = false;  ///< the operation's first picture is looked up
+  OnMissing onMissing = OnMissing::kSilent;
+  bool flagsLandscape = false;  ///< effectFlag is -1 on a landscape frame
+};
+
+struct Operation {
+  const char* name;     ///< for people, and on the command line
+  const char* routine;  ///< the exported one
+  Family family;
+  const char* shows;    ///< one sentence
+  const char* formula;  ///< one or more sentences; v is a channel's value, 0 to 255
+  Pixels pixels;
+  Reach reach = Reach::kPixel;
+  int radius = 0;  ///< of kNeighbours
+  Overlap overlap = Overlap::kAny;
+  Bands bands = Bands::kAny;
+  bool readsDestination = false;  ///< what dst held before the call shows in the result
+  std::span<const Parameter> parameters = {};  ///< kMostParameters at most
+  std::span<const PictureRole> pictures = {};  ///< kMostPictures at most
+  PipelineName pipeline = {};
+  void (*run)(const Call& call);
+  /// For soft light, whose work memory outlives the bands of an image: its curves; else null.
+  const SoftLightEffect& (*softLight)() = nullptr;
+};
+
+constexpr bool isEffect(const Operation& operation) { return operation.family < Family::kGeometry; }
+
+/// A call with every parameter at its preset, for the caller to fill in images and pictures.
+constexpr Call presetCall(const Operation& operation) {
+  Call call;
+  for (std::size_t i = 0; i < operation.parameters.size(); ++i) {
+    call.values[i] = operation.parameters[i].preset;
+  }
+  return call;
+}
+
+}  // namespace alg

@@ -1,0 +1,22 @@
+#include "catalogue/operations.h"
+
+#include <algorithm>
+
+namespace alg {
+namespace {
+
+#define ALG_POINTER(row) &operation::row,
+constinit const Operation* const kOperations[] = {ALG_OPERATIONS(ALG_POINTER)};
+#undef ALG_POINTER
+
+}  // namespace
+
+std::span<const Operation* const> operations() { return kOperations; }
+
+const Operation* findOperation(std::string_view name) {
+  const auto* const found = std::ranges::find(
+      kOperations, name, [](const auto* row) { return std::string_view(row->name); });
+  return found != std::end(kOperations) ? *found : nullptr;
+}
+
+}  // namespace alg

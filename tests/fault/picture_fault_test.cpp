@@ -1,0 +1,168 @@
+// Pictures of effects that are hostile, that change under a run, or that have no room.
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <array>
+#include <atomic>
+#include <fstream>
+#include <thread>
+
+#include "hostile_png.h"
+#include "injected.h"
+#include "libalgorithm/effect_pipeline.h"
+#include "native_calls.h"
+#include "shifted_clock.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int kLater = 10;  // seconds: what was written just now is trusted
+
+void write(const std::string& path, const Bytes& content) {
+  std::ofstream(path, std::ios::binary)
+      .write(reinterpret_cast<const char*>(content.data()), std::streamsize(content.size()));
+}
+
+void run(const char* effect, Bytes& frame) {
+  KAVRO_PrettyEffect_Function(effect, "", frame.data(), &frame[kWidth * kHeight], kHeight, kWidth,
+                              kWidth, kWidth);
+}
+
+/// A frame after an effect.
+Bytes after(const char* effect) {
+  Bytes frame = noise(kFrame, 5);
+  run(effect, frame);
+  return frame;
+}
+
+TEST(PictureFaults, NoFileTakesMoreMemoryThanItsPixels) {
+  const DeviceRoot root;
+  after("PrettyJapan");
+  for (const png_file::Hostile& hostile : png_file::hostileFiles()) {
+    write(root.path("sucai3.png"), hostile.content);
+    watchBytes();
+    EXPECT_EQ(same(after("PrettyJapan"), after("nothing")), !hostile.decodes) << hostile.name;
+    EXPECT_LT(mostBytes(), 1 << 20) << hostile.name;
+  }
+}
+
+TEST(PictureFaults, ARunHasOneLargePictureAtATime) {
+  constexpr int kSide = 3000;
+  constexpr long kOne = 4L * kSide * kSide, kBeside = 2 << 20;
+  const DeviceRoot root;
+  const ShiftedClock clock(kLater);
+  write(root.path("sucai0_r.png"), png_file::black(kSide, kSide));
+  write(root.path("sucai3.png"), png_file::black(kSide, kSide));
+  after("nothing");
+  watchBytes();
+  effectTypeInit("PrettyJapan", 8, 8);
+  for (const char* name : {"PrettyPink", "PrettyJapan", "PrettyBeautiful"}) after(name);
+  EXPECT_GT(mostBytes(), kOne);
+  EXPECT_LT(mostBytes(), kOne + kBeside);
+  watchBytes();
+  after("PrettyBeautiful");  // which is known to have one
+  EXPECT_LT(mostBytes(), kBeside);
+}
+
+TEST(PictureFaults, APictureIsShownOrMissingWhateverHasNoRoom) {
+  const DeviceRoot root;
+  const ShiftedClock clock(kLater);
+  const Bytes missing = after("PrettyJapan");
+  root.writePicture("sucai3.png", 9, 8);
+  const Bytes shown = after("PrettyJapan");
+  EXPECT_FALSE(same(shown, missing));
+  const Bytes untouched = noise(kFrame, 5);
+  Bytes frame = untouched;
+  const long blocks = liveBlocks();
+  for (const bool isKept : {true, false}) {
+    for (const bool allLater : {false, true}) {
+      bool failed = true;
+      for (int number = 0; failed; ++number) {
+        if (!isKept) {
+          const timespec times[2] = {{number, 0}, {number, 0}};
+          EXPECT_EQ(utimensat(AT_FDCWD, root.path("sucai3.png").c_str(), times, 0), 0);
+        }
+        frame = untouched;
+        failAllocation(number, allLater);
+        run("PrettyJapan", frame);
+        failed = stopFailing();
+        EXPECT_TRUE(frame == shown || (failed && (frame == missing || frame == untouched)))
+            << number;
+        EXPECT_TRUE(same(after("PrettyJapan"), shown)) << number;
+        EXPECT_EQ(liveBlocks(), blocks) << number;
+      }
+    }
+  }
+}
+
+/// What a picture's file becomes, over and over.
+void makeTrouble(const DeviceRoot& root, const std::array<Bytes, 2>& files, int step) {
+  const std::string path = root.path("sucai3.png"), fresh = root.path("fresh");
+  const Bytes& file = files[zu(step / 8 % 2)];
+  std::error_code gone;
+  switch (step % 8) {
+    case 0:
+      write(path, file);
+      return;  // shorter for a while
+    case 1:
+      write(fresh, file);
+      break;
+    case 2:
+      fs::resize_file(path, 700, gone);
+      return;
+    case 3:
+      mkfifo(fresh.c_str(), 0600);
+      break;
+    case 4:
+      fs::create_symlink("/dev/zero", fresh);
+      break;
+    case 5:
+      write(fresh, file);
+      break;
+    case 6:
+      fs::permissions(path, fs::perms(0), gone);
+      return;
+    default:
+      fs::remove(path);
+      fs::create_directory(path);
+      std::this_thread::yield();
+      fs::remove(path);
+      write(fresh, file);
+  }
+  fs::rename(fresh, path);
+}
+
+TEST(PictureFaults, PicturesThatChangeUnderARunAreShownWholeOrMissing) {
+  const DeviceRoot root;
+  std::array<Bytes, 2> files, shown;
+  const Bytes missing = after("PrettyJapan");
+  for (std::size_t i = 0; i < 2; ++i) {
+    Bytes pixels = noise(300 * 200 * 4, int(i));
+    root.writePng("sucai3.png", 300, 200, PNG_COLOR_TYPE_RGBA, 8, pixels);
+    std::ifstream file(root.path("sucai3.png"), std::ios::binary);
+    files[i] = {std::istreambuf_iterator<char>(file), {}};
+    shown[i] = after("PrettyJapan");
+    EXPECT_FALSE(same(shown[i], missing));
+  }
+  std::atomic<bool> enough;
+  std::thread other([&] {
+    for (int step = 0; !enough; ++step) makeTrouble(root, files, step);
+  });
+  int counts[3] = {};
+  for (int run = 0; run < 300; ++run) {
+    const Bytes frame = after("PrettyJapan");
+    const int what = frame == missing ? 2 : frame == shown[1] ? 1 : 0;
+    EXPECT_TRUE(what != 0 || frame == shown[0]) << run;
+    ++counts[what];
+  }
+  enough = true;
+  other.join();
+  EXPECT_GT(counts[0] + counts[1], 0);
+  EXPECT_GT(counts[2], 0);
+  fs::remove_all(root.path("sucai3.png"));
+  write(root.path("sucai3.png"), files[1]);
+  EXPECT_TRUE(same(after("PrettyJapan"), shown[1]));
+}
+
+}  // namespace

@@ -1,0 +1,51 @@
+// The library is unloaded although threads of it are left.
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+
+#include <cerrno>
+
+#include "libalgorithm/thread_pool.h"
+#include "process.h"
+
+static int threadsUntilFailure = -1;
+
+/// Takes the C library's place for the whole process.
+extern "C" [[gnu::visibility("default")]] int pthread_create(pthread_t* id,
+                                                             const pthread_attr_t* attributes,
+                                                             void* (*entry)(void*),
+                                                             void* argument) noexcept {
+  static const auto real =
+      reinterpret_cast<decltype(&pthread_create)>(dlsym(RTLD_NEXT, "pthread_create"));
+  if (threadsUntilFailure >= 0 && threadsUntilFailure-- == 0) return EAGAIN;
+  return real(id, attributes, entry, argument);
+}
+
+namespace {
+
+/// Starts the pool of a library that is loaded for that and unloaded at once.
+int startPool() {
+  void* const library = dlopen(LIBRARY_PATH, RTLD_NOW | RTLD_LOCAL);
+  const auto start =
+      reinterpret_cast<decltype(&HALThreadPoolInit)>(dlsym(library, "_Z17HALThreadPoolInitv"));
+  const auto unload = reinterpret_cast<void (*)(void*, void*)>(dlsym(library, "JNI_OnUnload"));
+  const int result = start();
+  unload(nullptr, nullptr);  // as the virtual machine does
+  dlclose(library);
+  return result;
+}
+
+bool isLoaded() { return dlopen(LIBRARY_PATH, RTLD_NOW | RTLD_NOLOAD) != nullptr; }
+
+TEST(UnloadDeathTest, ParkedThreadsOfAHalfStartedPoolKeepTheirCode) {
+  EXPECT_EXIT(
+      {
+        const int before = settledThreads();
+        const bool stayed = startPool() != 0 || isLoaded();
+        threadsUntilFailure = 3;
+        const bool started = startPool() == 0;
+        std::exit(stayed || started || !isLoaded() ? 1 : 10 + entries("task") - before);
+      },
+      testing::ExitedWithCode(13), "");
+}
+
+}  // namespace

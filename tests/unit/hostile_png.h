@@ -1,0 +1,104 @@
+// PNG files made chunk by chunk: such as claim more than they hold, or hold more than they need.
+#pragma once
+
+#include <zlib.h>
+
+#include <string>
+
+#include "guarded.h"
+
+namespace png_file {
+
+inline Bytes bigEndian(std::size_t value) {
+  return {uint8_t(value >> 24), uint8_t(value >> 16), uint8_t(value >> 8), uint8_t(value)};
+}
+
+inline void append(Bytes& to, const Bytes& more) { to.insert(to.end(), more.begin(), more.end()); }
+
+inline Bytes chunk(const std::string& kind, const Bytes& content) {
+  Bytes checked(kind.begin(), kind.end());
+  append(checked, content);
+  Bytes all = bigEndian(content.size());
+  append(all, checked);
+  append(all, bigEndian(crc32(0, checked.data(), uInt(checked.size()))));
+  return all;
+}
+
+/// A chunk's first eight bytes, which are all there is of it.
+inline Bytes claim(const std::string& kind, std::size_t length) {
+  Bytes all = bigEndian(length);
+  append(all, Bytes(kind.begin(), kind.end()));
+  return all;
+}
+
+inline Bytes deflated(const Bytes& content) {
+  uLongf size = compressBound(content.size());
+  Bytes packed(size);
+  EXPECT_EQ(compress2(packed.data(), &size, content.data(), content.size(), 9), Z_OK);
+  packed.resize(size);
+  return packed;
+}
+
+/// Compressed text: `bytes` of it in a thousandth of that.
+inline Bytes text(int bytes) {
+  Bytes content{'k', 0, 0};
+  append(content, deflated(Bytes(zu(bytes))));
+  return chunk("zTXt", content);
+}
+
+/// Signature and header.
+inline Bytes start(int width, int height, int bitDepth, int colourType) {
+  Bytes file{0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'}, header = bigEndian(zu(width));
+  append(header, bigEndian(zu(height)));
+  append(header, {uint8_t(bitDepth), uint8_t(colourType), 0, 0, 0});
+  append(file, chunk("IHDR", header));
+  return file;
+}
+
+inline Bytes end() { return chunk("IEND", {}); }
+
+/// The pixels of a black grey picture of one bit a pixel.
+inline Bytes blackRows(int width, int height) {
+  return chunk("IDAT", deflated(Bytes(zu(height) * zu(1 + (width + 7) / 8))));
+}
+
+/// A black picture, with the chunks in `between` before its pixels.
+inline Bytes black(int width, int height, const Bytes& between = {}) {
+  Bytes file = start(width, height, 1, 0);
+  append(file, between);
+  append(file, blackRows(width, height));
+  append(file, end());
+  return file;
+}
+
+/// Files that made the library take gigabytes, or seconds, and what is to become of them.
+struct Hostile {
+  const char* name;
+  Bytes content;
+  bool decodes;
+};
+
+inline std::vector<Hostile> hostileFiles() {
+  constexpr std::size_t kMost = 0x7FFFFFFF;
+  std::vector<Hostile> files;
+  for (const char* kind :
+       {"zTXt", "iTXt", "tEXt", "iCCP", "sPLT", "eXIf", "prVt", "tRNS", "PLTE", "IDAT", "CRIT"}) {
+    Bytes file = start(32, 32, 8, 6);
+    append(file, claim(kind, kMost));
+    files.push_back({kind, file, false});
+  }
+  Bytes texts;
+  for (const Bytes one = text(7'900'000); texts.size() < 400 * one.size();) append(texts, one);
+  files.push_back({"400 texts", black(32, 32, texts), true});
+  Bytes behind = black(32, 32);
+  behind.resize(behind.size() - end().size());
+  append(behind, claim("zTXt", kMost));
+  files.push_back({"a text behind the pixels", behind, false});
+  files.push_back(
+      {"metadata of 12 MB", black(32, 32, chunk("tEXt", Bytes(12'000'000, 'k'))), true});
+  files.push_back({"16,000 x 16,000", black(16000, 16000), false});
+  files.push_back({"64 million and some", black(8001, 8000), false});
+  return files;
+}
+
+}  // namespace png_file
