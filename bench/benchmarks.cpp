@@ -50,14 +50,14 @@ void run(benchmark::State& state, const Routine& routine, const Setting& setting
 
 void addAll(const Routine& routine) {
   const bool road = routine.look == Look::kRoad;
+  const bool preview = routine.look == Look::kPreview;
   const bool grows = road || routine.look == Look::kGrowth;
-  std::vector<Setting> settings = {{"/2MP", k2MP}, {"/12MP", k12MP}};
-  if (grows) {
-    settings.insert(settings.begin(), {"/0.3MP", k0MP});
-    settings.push_back({"/50MP", k50MP});
-  }
+  std::vector<Setting> settings;
+  if (grows || preview) settings.push_back({"/0.3MP", k0MP});
+  if (!preview) settings.insert(settings.end(), {{"/2MP", k2MP}, {"/12MP", k12MP}});
+  if (grows) settings.push_back({"/50MP", k50MP});
   const std::vector<int64_t> targets = hwy::SupportedAndGeneratedTargets();  // best first
-  if (!road && routine.look != Look::kAlone && targets.size() > 1) {
+  if (!onPool(routine.look) && routine.look != Look::kAlone && targets.size() > 1) {
     settings.push_back({"/2MP/plain", k2MP, targets.back()});
   }
   for (const int threads : {1, 2, 4}) {
@@ -68,7 +68,7 @@ void addAll(const Routine& routine) {
         (routine.name + setting.suffix).c_str(),
         [&routine, setting](benchmark::State& state) { run(state, routine, setting); });
     made->Unit(benchmark::kMillisecond);
-    if (road) made->MeasureProcessCPUTime()->UseRealTime();
+    if (onPool(routine.look)) made->MeasureProcessCPUTime()->UseRealTime();
   }
 }
 

@@ -34,7 +34,7 @@ double seconds(clockid_t clock);
 /// The road has threads of its own, so what counts is the time that passes; of all others, what
 /// the calling thread spends.
 inline clockid_t clockOf(const Routine& routine) {
-  return routine.look == Look::kRoad ? CLOCK_MONOTONIC : CLOCK_THREAD_CPUTIME_ID;
+  return onPool(routine.look) ? CLOCK_MONOTONIC : CLOCK_THREAD_CPUTIME_ID;
 }
 
 /// Bytes that the routine must read and write, each once.

@@ -7,6 +7,7 @@
 #include "effect/pipeline.h"
 #include "libalgorithm/camera_util.h"
 #include "libalgorithm/classic_effects.h"
+#include "libalgorithm/effect_pipeline.h"
 #include "libalgorithm/pretty_filters.h"
 #include "libalgorithm/yuv_convert.h"
 
@@ -99,9 +100,16 @@ void evenBlur(uint8_t* in, uint8_t* out, int w, int h) {
 
 template <char const* kName, Road kRoad = Road::kFastest>
 void road(uint8_t* /*in*/, uint8_t* out, int w, int h) {
-  runEffect(kName, {out, out + w * h, w, h, w, w}, kRoad);
+  if (kRoad == Road::kFastest) {
+    KAVRO_PrettyEffect_Function(kName, "", out, out + w * h, h, w, w, w);
+  } else {
+    runEffect(kName, {out, out + w * h, w, h, w, w}, kRoad);
+  }
 }
-constexpr char kSweet[] = "PrettySweet", kJapan[] = "PrettyJapan", kPasses[] = "sepia";
+constexpr char kSweet[] = "PrettySweet", kNature[] = "PrettyNature", kBlue[] = "PrettyBlue",
+               kMoonlight[] = "PrettyMoonlight", kWhiteDew[] = "PrettyWhiteDew",
+               kBeautiful[] = "PrettyBeautiful", kPink[] = "PrettyPink", kJapan[] = "PrettyJapan",
+               kPasses[] = "sepia";
 
 // Bytes a pixel of frames, packed pixels, words and ints.
 constexpr double kF = 1.5, kP = 3, kW = 4, kI = 12;
@@ -157,6 +165,16 @@ constexpr Routine kRoutines[] = {
     {"KAVRO_PrettyEffect_Function PrettySweet", Input::kFrame, 2 * kF, road<kSweet>, Look::kRoad},
     {"KAVRO_PrettyEffect_Function PrettySweet in phases", Input::kFrame, 2 * kF,
      road<kSweet, Road::kPhases>, Look::kRoad},
+    {"KAVRO_PrettyEffect_Function PrettyNature", Input::kFrame, 2 * kF, road<kNature>,
+     Look::kPreview},
+    {"KAVRO_PrettyEffect_Function PrettyBlue", Input::kFrame, 2 * kF, road<kBlue>, Look::kPreview},
+    {"KAVRO_PrettyEffect_Function PrettyMoonlight", Input::kFrame, 2 * kF, road<kMoonlight>,
+     Look::kPreview},
+    {"KAVRO_PrettyEffect_Function PrettyWhiteDew", Input::kFrame, 2 * kF, road<kWhiteDew>,
+     Look::kPreview},
+    {"KAVRO_PrettyEffect_Function PrettyBeautiful", Input::kFrame, 2 * kF, road<kBeautiful>,
+     Look::kPreview},
+    {"KAVRO_PrettyEffect_Function PrettyPink", Input::kFrame, 2 * kF, road<kPink>, Look::kPreview},
     {"KAVRO_PrettyEffect_Function PrettyJapan", Input::kFrame, 2 * kF, road<kJapan>, Look::kRoad},
     {"KAVRO_PrettyEffect_Function sepia", Input::kFrame, 2 * kF, road<kPasses>, Look::kRoad},
     // Pretty filters, temperature, resize, blurs.

@@ -14,12 +14,10 @@ enum class StretchedPixels : uint8_t {
   kWhole,
 };
 
-/// Four columns of the image: they meet four neighbouring pixels at most when the picture is not
-/// wider.
-struct StretchedQuad {
-  uint8_t bytes[16];  // from where each byte of the four stretched pixels comes
-  uint32_t offset;    // in bytes, of the 16 bytes of the picture's row they come from
-};
+/// Bytes of a stretched pixel.
+constexpr std::size_t stretchedBytes(StretchedPixels pixels) {
+  return pixels == StretchedPixels::kWhole ? 4 : 3;
+}
 
 /// The stretched rows of pictures of one size. A row is stretched once for all image rows that meet
 /// it, as long as they come one after the other. Holds memory for one row; one thread at a time.
@@ -36,25 +34,21 @@ class StretchedRows {
   const uint8_t* row(const uint8_t* picture, int imageRow);
 
  private:
-  void fillQuads();
-  uint8_t byteOf(int channel) const;
-  void stretchSlowly(const uint8_t* pictureRow) const;
-
-  const int pictureWidth_, pictureHeight_, width_, height_;
+  const int pictureWidth_, pictureHeight_, height_;
   const StretchedPixels pixels_;
-  const int pixelBytes_;  // of a stretched pixel
-  Block work_;            // quads_, then stretched_
-  StretchedQuad* quads_ = nullptr;
-  std::size_t quadCount_ = 0;
+  const std::size_t count_;  // of columns, in whole quads
+  Block work_;               // columns_, then stretched_
+  uint32_t* columns_ = nullptr;
   uint8_t* stretched_ = nullptr;
-  int64_t stretchedFrom_ = -1;  // row of the picture
+  int64_t stretchedRow_ = -1;  // of the picture
 };
 
-/// Writes the stretched pixels of each quad, `step` bytes (12 or 16) of them. The vector twin
-/// writes 16 each time: the last quad has room for as many.
-void stretchQuads(const uint8_t* pictureRow, const StretchedQuad* quads, std::size_t count,
-                  std::size_t step, uint8_t* to);
-void stretchQuadsPlain(const uint8_t* pictureRow, const StretchedQuad* quads, std::size_t count,
-                       std::size_t step, uint8_t* to);
+/// Writes pixel columns[i] of a picture's row as stretched pixel i, for i < count.
+/// The vector twin takes quads: columns go on to a multiple of four, and `to` has 16 bytes for each
+/// four of them, whatever a stretched pixel takes.
+void stretchRow(const uint8_t* pictureRow, const uint32_t* columns, std::size_t count,
+                StretchedPixels pixels, uint8_t* to);
+void stretchRowPlain(const uint8_t* pictureRow, const uint32_t* columns, std::size_t count,
+                     StretchedPixels pixels, uint8_t* to);
 
 }  // namespace alg

@@ -48,6 +48,7 @@ struct Duel {
   const Bytes* before = nullptr;  // for routines that work in place
   Clock clock = Clock::kCpu;
   std::function<double()> difference = nullptr;  // where results are no plain bytes
+  int runs = 1;                                  // to measure at once, of short work
 };
 
 std::vector<Duel> frameDuels(Scene& scene);

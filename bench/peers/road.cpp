@@ -1,4 +1,4 @@
-// The whole road of an effect: a frame in place on two cores, and a JPEG file.
+// The whole road of an effect: a frame in place on two cores, preview frames, and a JPEG file.
 #include <cstdio>  // which jpeglib.h takes as given
 
 #include <jpeglib.h>
@@ -7,8 +7,10 @@
 #include <array>
 #include <thread>
 
+#include "bench/measure.h"
 #include "bench/peers/duel.h"
 #include "codec/jpeg_bridge.h"
+#include "effect/pipeline.h"
 #include "libalgorithm/effect_pipeline.h"
 #include "libalgorithm/pretty_filters.h"
 #include "libalgorithm/yuv_convert.h"
@@ -16,39 +18,46 @@
 namespace alg::bench {
 namespace {
 
-constexpr std::size_t kFrame = kPixels * 3 / 2;
+constexpr std::size_t frameBytes(const Size& size) {
+  return pixelsOf(size.width, size.height) * 3 / 2;
+}
+
+constexpr Size kPhoto{kWidth, kHeight}, kPreview{640, 480};
+constexpr std::size_t kFrame = frameBytes(kPhoto);
 constexpr int kQuality = 95;
 
-/// PrettySweet's curves by channel, found by running it: B, G, R and unused for each value.
-std::array<uint8_t, 1024> sweetTable() {
-  std::array<uint8_t, 1024> table{};
+using ColorTable = std::array<uint8_t, 1024>;
+
+/// An effect's curves by channel, found by running it: B, G, R and unused for each value.
+ColorTable tableOf(decltype(&PrettySweet) effect) {
+  ColorTable table{};
   for (std::size_t v = 0; v < 256; ++v) {
     const auto byte = static_cast<uint8_t>(v);
     uint8_t red_green_blue[3] = {byte, byte, byte};
-    PrettySweet(red_green_blue, &table[4 * v], 1, 1);  // crossed: B, G, R
+    effect(red_green_blue, &table[4 * v], 1, 1);  // crossed: B, G, R
   }
   return table;
 }
 
 /// Rows first to last of an NV21 frame, in place: bands of 8 rows, which stay in the cache. libyuv
 /// maps by table 4-byte pixels only.
-void libyuvBands(uint8_t* frame, int first, int last, const uint8_t* table) {
+void libyuvBands(uint8_t* frame, const Size& size, int first, int last, const uint8_t* table) {
   constexpr int kBand = 8;
-  constexpr int kPitch = kWidth * 4;
-  Bytes pixels(std::size_t{kPitch} * kBand);
+  const int width = size.width, pitch = 4 * width;
+  Bytes pixels(pixelsOf(pitch, kBand));
   for (int row = first; row < last; row += kBand) {
     const int rows = std::min(kBand, last - row);
-    uint8_t* y = frame + pixelsOf(kWidth, row);
-    uint8_t* vu = frame + kPixels + pixelsOf(kWidth, row / 2);
-    libyuv::NV21ToARGB(y, kWidth, vu, kWidth, pixels.data(), kPitch, kWidth, rows);
-    libyuv::RGBColorTable(pixels.data(), kPitch, table, 0, 0, kWidth, rows);
-    libyuv::ARGBToNV21(pixels.data(), kPitch, y, kWidth, vu, kWidth, kWidth, rows);
+    uint8_t* y = frame + pixelsOf(width, row);
+    uint8_t* vu = frame + pixelsOf(width, size.height) + pixelsOf(width, row / 2);
+    libyuv::NV21ToARGB(y, width, vu, width, pixels.data(), pitch, width, rows);
+    libyuv::RGBColorTable(pixels.data(), pitch, table, 0, 0, width, rows);
+    libyuv::ARGBToNV21(pixels.data(), pitch, y, width, vu, width, width, rows);
   }
 }
 
-void runRoad(uint8_t* frame) {
-  KAVRO_PrettyEffect_Function("PrettySweet", "", frame, frame + kPixels, kHeight, kWidth, kWidth,
-                              kWidth);
+void runRoad(const char* effect, uint8_t* frame, const Size& size) {
+  KAVRO_PrettyEffect_Function(effect, "", frame, frame + pixelsOf(size.width, size.height),
+                              size.height, size.width, size.width, size.width);
 }
 
 Duel road(Scene& s) {
@@ -57,15 +66,71 @@ Duel road(Scene& s) {
           2 * kFrame,
           kFrame,
           2.5,
-          [&s] { runRoad(s.ours.data()); },
+          [&s] { runRoad("PrettySweet", s.ours.data(), kPhoto); },
           {{"libyuv NV21ToARGB + RGBColorTable + ARGBToNV21, in bands, 2 threads",
-            [&s, table = sweetTable()] {
+            [&s, table = tableOf(PrettySweet)] {
               constexpr int kHalf = kHeight / 2;
-              std::jthread lower(libyuvBands, s.theirs.data(), kHalf, kHeight, table.data());
-              libyuvBands(s.theirs.data(), 0, kHalf, table.data());
+              std::jthread lower(libyuvBands, s.theirs.data(), kPhoto, kHalf, kHeight,
+                                 table.data());
+              libyuvBands(s.theirs.data(), kPhoto, 0, kHalf, table.data());
             }}},
           &s.frame,
           Clock::kWall};
+}
+
+// Previews ---------------------------------------------------------------------------------------
+
+const Bytes& previewFrame() {
+  static const Bytes kPreviewFrame = [] {
+    Bytes words = picture(kPreview.width, kPreview.height, 4), frame(frameBytes(kPreview));
+    decodeARGB2YVU_OpenGL(reinterpret_cast<uint32_t*>(words.data()), frame.data(),
+                          frame.data() + pixelsOf(kPreview.width, kPreview.height), kPreview.width,
+                          kPreview.height, kPreview.width, kPreview.width);
+    return frame;
+  }();
+  return kPreviewFrame;
+}
+
+Frame frameOf(Bytes& bytes, const Size& size) {
+  return {bytes.data(), bytes.data() + pixelsOf(size.width, size.height),
+          size.width,   size.height,
+          size.width,   size.width};
+}
+
+Duel preview(Scene& s, const char* effect, double required, Peer peer) {
+  return {.work = std::string("preview frame with ") + effect,
+          .required = required,
+          .moved = 0,
+          .result = frameBytes(kPreview),
+          .tolerance = 2.5,
+          .ours = [&s, effect] { runRoad(effect, s.ours.data(), kPreview); },
+          .peers = {std::move(peer)},
+          .before = &previewFrame(),
+          .runs = 20};
+}
+
+Duel sweetPreview(Scene& s) {
+  return preview(s, "PrettySweet", 0.8,
+                 {"libyuv NV21ToARGB + RGBColorTable + ARGBToNV21, in bands",
+                  [&s, table = tableOf(PrettySweet)] {
+                    libyuvBands(s.theirs.data(), kPreview, 0, kPreview.height, table.data());
+                  }});
+}
+
+/// Another effect, held against PrettySweet. What it gives must be what its definition gives, and
+/// not what a frame gets whose effect lacks its picture.
+Duel besideSweet(Scene& s, const char* effect, double required) {
+  Duel duel = preview(s, effect, required, {"ours with PrettySweet", [&s] {
+                                              runRoad("PrettySweet", s.theirs.data(), kPreview);
+                                            }});
+  duel.tolerance = 0;
+  duel.difference = [&s, effect] {
+    Bytes defined = previewFrame(), passed = previewFrame();
+    runEffect(effect, frameOf(defined, kPreview), Road::kPhases);
+    runEffect("no effect", frameOf(passed, kPreview), Road::kPhases);
+    return defined == passed ? 255 : meanDifference(s.ours, defined, defined.size());
+  };
+  return duel;
 }
 
 // JPEG -------------------------------------------------------------------------------------------
@@ -82,7 +147,7 @@ void throughRoad(const JpegFile& from, JpegFile& to) {
   auto* words = reinterpret_cast<uint32_t*>(photo->pixels.get());
   uint8_t* chroma = frame.data() + kPixels;
   decodeARGB2YVU_OpenGL(words, frame.data(), chroma, kWidth, kHeight, kWidth, kWidth);
-  runRoad(frame.data());
+  runRoad("PrettySweet", frame.data(), kPhoto);
   decodeYVU2ARGB_OpenGL(words, frame.data(), chroma, kWidth, kHeight, kWidth, kWidth);
   auto jpeg = argbToJpeg(photo->pixels.get(), kWidth, kHeight, kQuality);
   to = {std::move(jpeg->bytes), jpeg->size};
@@ -136,15 +201,16 @@ Duel jpegFile(Scene& s) {
     return meanDifference({a->pixels.get(), a->pixels.get() + 4 * kPixels},
                           {b->pixels.get(), b->pixels.get() + 4 * kPixels}, 4 * kPixels);
   };
-  return {.work = "JPEG file -> PrettySweet -> JPEG file, quality 95",
-          .required = 0.8,
-          .moved = 0,
-          .result = 0,
-          .tolerance = 3.5,
-          .ours = [] { throughRoad(source, ours); },
-          .peers = {{"libjpeg alone, row by row, with tables",
-                     [table = sweetTable()] { throughCodec(source, theirs, table.data()); }}},
-          .difference = difference};
+  return {
+      .work = "JPEG file -> PrettySweet -> JPEG file, quality 95",
+      .required = 0.8,
+      .moved = 0,
+      .result = 0,
+      .tolerance = 3.5,
+      .ours = [] { throughRoad(source, ours); },
+      .peers = {{"libjpeg alone, row by row, with tables",
+                 [table = tableOf(PrettySweet)] { throughCodec(source, theirs, table.data()); }}},
+      .difference = difference};
 }
 
 }  // namespace
@@ -152,6 +218,14 @@ Duel jpegFile(Scene& s) {
 std::vector<Duel> roadDuels(Scene& s) {
   std::vector<Duel> duels;
   duels.push_back(road(s));
+  duels.push_back(sweetPreview(s));
+  for (const char* effect :
+       {"PrettyNature", "PrettyBlue", "PrettyMoonlight", "PrettyWhiteDew", "PrettyBeautiful"}) {
+    duels.push_back(besideSweet(s, effect, 0.8));  // at most 1.25 times as long
+  }
+  for (const char* effect : {"PrettyPink", "PrettyJapan"}) {
+    duels.push_back(besideSweet(s, effect, 0.4));  // 2.5 times
+  }
   duels.push_back(jpegFile(s));
   return duels;
 }

@@ -78,7 +78,9 @@ TEST(Soak, TwentyThousandCallsLeaveNothingBehind) {
   const int threads = settledThreads(), files = entries("fd");
   run(20000);
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)  // which keep freed blocks
-  EXPECT_LT(heapBytes(), bytes + 8192);
+  // Freed blocks that a thread keeps for itself count as used, so that this varies a little. The
+  // smallest block, left behind by each call of one kind, makes 64,000 bytes.
+  EXPECT_LT(heapBytes(), bytes + 32000);
 #endif
   EXPECT_EQ(settledThreads(threads), threads);
   EXPECT_EQ(entries("fd"), files);

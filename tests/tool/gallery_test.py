@@ -21,7 +21,7 @@ def check_page(browser, address, width):
     browser.execute_cdp_cmd("Emulation.setDeviceMetricsOverride",
                             {"width": width, "height": 844, "deviceScaleFactor": 1, "mobile": width < 500})
     browser.get(address)
-    wait = WebDriverWait(browser, 20, poll_frequency=0.05)
+    wait = WebDriverWait(browser, 120, poll_frequency=0.05)
     wait.until(lambda b: b.execute_script(ALL_LOADED), "not every picture loaded")
     assert all(image.get_attribute("alt") for image in browser.find_elements("css selector", "img:not(.echo)"))
     page_width = browser.execute_script("return document.documentElement.scrollWidth")

@@ -1,5 +1,6 @@
 // The eight Pretty filters against the reference.
 #include "effect_check.h"
+#include "kernels/stretched_rows.h"
 #include "libalgorithm/pretty_filters.h"
 #include "pretty/soft_light.h"
 
@@ -55,9 +56,47 @@ TEST(Pretty, SizesOverlaysAndOverlapsGiveTheOnePixelAtATimeResult) {
         checkOverlapping(filter(id, 66, 7), 67, 33, shift);
       }
       checkOn(filter(id, 4001, 3), noise(3000 * 2 * 3), 3000, 2);
+      checkOn(filter(id, 30011, 5), noise(19 * 7 * 3), 19, 7);
       for (const auto& [width, height] : kSizesBelowOne) {
         filter(id, 1, 1).run(nullptr, nullptr, width, height);
       }
+    }
+  });
+}
+
+TEST(Pretty, StretchedRowsHaveTheNearestPixelsOfPicturesOfAnyWidth) {
+  struct Kind {
+    alg::StretchedPixels pixels;
+    std::vector<int> channels;  // of the picture, in the stretched pixel's order
+  };
+  const Kind kinds[] = {{alg::StretchedPixels::kPacked, {0, 1, 2}},
+                        {alg::StretchedPixels::kPackedCrossed, {2, 1, 0}},
+                        {alg::StretchedPixels::kWhole, {0, 1, 2, 3}}};
+  constexpr int kPictureHeight = 2, kHeight = 3;
+  const auto check = [](const Kind& kind, int pictureWidth, int width) {
+    const Bytes picture = noise(pictureWidth * kPictureHeight * 4);
+    const Guarded pixels(picture);
+    alg::StretchedRows rows(pictureWidth, kPictureHeight, width, kHeight, kind.pixels);
+    ASSERT_TRUE(rows.any());
+    for (const int row : {0, 1, 2, 0}) {
+      Bytes expected;
+      for (int i = 0; i < width; ++i) {
+        const int at = row * kPictureHeight / kHeight * pictureWidth + i * pictureWidth / width;
+        for (const int c : kind.channels) expected.push_back(picture[zu(4 * at + c)]);
+      }
+      const uint8_t* got = rows.row(pixels.data(), row);
+      EXPECT_TRUE(same({got, got + expected.size()}, expected))
+          << pictureWidth << " over " << width << ", row " << row;
+    }
+  };
+  onEachTarget([&] {
+    for (const Kind& kind : kinds) {
+      for (int width = 1; width <= 37; ++width) {
+        for (const int pictureWidth : {1, 2, 3, 4, 5, 16, 36, 37, 38, 75, 4099}) {
+          check(kind, pictureWidth, width);
+        }
+      }
+      for (const int pictureWidth : {720, 960, 641, 639}) check(kind, pictureWidth, 640);
     }
   });
 }
