@@ -34,7 +34,8 @@ void paintOver(const Call& call) {
 }
 
 void layOverAndInvert(const Call& call) {
-  const auto& [front, mask] = call.pictures;
+  const PictureView& front = call.pictures[0];
+  const PictureView& mask = call.pictures[1];
   if (mask.width < front.width || mask.height < front.height) {
     return;
   }
