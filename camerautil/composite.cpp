@@ -1,14 +1,14 @@
 // Blending of images as byte arrays, and the copy of a rectangle.
 //
 // Buffers may overlap: each loop reads and writes in memory order, and what a loop has written is
-// what it reads later on. Maximum and minimum are the compiler's vectors, which stand behind its
-// own overlap checks.
+// what it reads later on. Maximum and minimum are left to the compiler, whose vectors come with
+// overlap checks of their own.
 #include <cstddef>
 #include <cstring>
 
 #include "base/block.h"
 #include "base/image_size.h"
-#include "camerautil/blend_bytes.h"
+#include "camerautil/blend_rows.h"
 #include "catalogue/operations.h"
 #include "kernels/overlap.h"
 #include "libalgorithm/camera_util.h"
@@ -47,10 +47,9 @@ bool orderMatters(const uint8_t* src, const uint8_t* dst, int width, const int* 
   if (width < 0 || first < -kLimit || last > kLimit) {
     return true;
   }
-  const auto span = static_cast<uintptr_t>((last - first + 1) * alg::kArgbBytes);
-  const auto from = reinterpret_cast<uintptr_t>(src);
-  const auto to = reinterpret_cast<uintptr_t>(dst);
-  return (from < to ? to - from : from - to) < span;
+  const std::ptrdiff_t begin = first * alg::kArgbBytes;
+  const auto bytes = static_cast<std::size_t>((last - first + 1) * alg::kArgbBytes);
+  return alg::overlap(src + begin, bytes, dst + begin, bytes);
 }
 
 }  // namespace

@@ -13,6 +13,7 @@
 
 HWY_BEFORE_NAMESPACE();
 namespace alg::HWY_NAMESPACE {
+namespace {
 
 #if !ALG_HAS_VECTORS()
 
@@ -212,6 +213,7 @@ void mirrorVector(std::size_t elementBytes, const uint8_t* src, uint8_t* dst, st
 
 #endif  // vectors or not
 
+}  // namespace
 }  // namespace alg::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 

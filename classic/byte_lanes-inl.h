@@ -10,8 +10,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "classic/grey_rows.h"
 #include "hwy/highway.h"
-#include "kernels/grey_rows.h"
 #include "kernels/vector_frame.h"
 
 HWY_BEFORE_NAMESPACE();

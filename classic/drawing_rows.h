@@ -25,7 +25,10 @@ struct PlaneWindow {
   std::ptrdiff_t pitch;
 
   PlaneWindow plane(int c) const {
-    return {top + c * pitch, middle + c * pitch, bottom + c * pitch, pitch};
+    return {.top = top + c * pitch,
+            .middle = middle + c * pitch,
+            .bottom = bottom + c * pitch,
+            .pitch = pitch};
   }
 };
 

@@ -12,9 +12,11 @@
 #include "hwy/highway.h"
 // After Highway, which defines the target.
 #include "classic/byte_lanes-inl.h"
+#include "kernels/row_blocks-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace alg::HWY_NAMESPACE {
+namespace {
 
 #if !ALG_HAS_VECTORS()
 
@@ -93,21 +95,6 @@ void lineRowVector(const uint8_t* top, const uint8_t* middle, const uint8_t* bot
 
 // Prague ---------------------------------------------------------------------------------------
 
-// Calls block(x, to) for each block of windows from x on; what it writes to `to` as packed pixels
-// goes to `out`, in the last block through the stack.
-template <class Block>
-HWY_INLINE void forEachBlock(uint8_t* out, std::size_t count, Block block) {
-  std::size_t x = 0;
-  for (; x + kBlock <= count; x += kBlock) {
-    block(x, out + kPackedBytes * x);
-  }
-  if (x < count) {
-    uint8_t tail[kPackedBytes * kBlock];
-    block(x, tail);
-    std::memcpy(out + kPackedBytes * x, tail, kPackedBytes * (count - x));
-  }
-}
-
 // Rows are taken in chunks and in three steps, because looking up works through memory: what has to
 // be looked up, the entries, and what follows from them.
 constexpr std::size_t kChunk = 256;  // windows
@@ -183,11 +170,12 @@ void inkRowVector(const PlaneWindow& rows, uint8_t* out, std::size_t count,
     for (int c = 0; c < kPackedBytes; ++c) {
       inkPlane(rows.plane(c), from, part, edges, inked[c]);
     }
-    forEachBlock(out + kPackedBytes * from, part, [&](std::size_t x, uint8_t* to) HWY_ATTR {
+    const auto join = [&](std::size_t x, uint8_t* to) HWY_ATTR {
       const Bytes d;
       hn::StoreInterleaved3(hn::Load(d, inked[2] + x), hn::Load(d, inked[1] + x),
                             hn::Load(d, inked[0] + x), d, to);
-    });
+    };
+    forEachBlock<kBlock>(part, join, Writes<kPackedBytes>{out + kPackedBytes * from});
   }
 }
 
@@ -250,7 +238,7 @@ void cartoonRowVector(const PlaneWindow& rows, uint8_t* out, std::size_t count,
     for (int c = 0; c < kPackedBytes; ++c) {
       lookUp(factors.entries, looked[c], hwy::RoundUpTo(part, kBlock));
     }
-    forEachBlock(out + kPackedBytes * from, part, [&](std::size_t x, uint8_t* to) HWY_ATTR {
+    const auto scale = [&](std::size_t x, uint8_t* to) HWY_ATTR {
       const Bytes d;
       ByteVector result[kPackedBytes];
       for (int c = 0; c < kPackedBytes; ++c) {
@@ -258,7 +246,8 @@ void cartoonRowVector(const PlaneWindow& rows, uint8_t* out, std::size_t count,
         result[c] = scaledBy(looked[c] + x, v);
       }
       hn::StoreInterleaved3(result[2], result[1], result[0], d, to);
-    });
+    };
+    forEachBlock<kBlock>(part, scale, Writes<kPackedBytes>{out + kPackedBytes * from});
   }
 }
 
@@ -308,7 +297,7 @@ HWY_INLINE ByteVector quotients(const Shorts2& n, ByteVector v) {
 
 void cartoonRowVector(const PlaneWindow& rows, uint8_t* out, std::size_t count,
                       const CartoonFactors& /*factors*/) {
-  forEachBlock(out, count, [&](std::size_t x, uint8_t* to) HWY_ATTR {
+  const auto divide = [&](std::size_t x, uint8_t* to) HWY_ATTR {
     const Bytes d;
     const __m256i one = _mm256_set1_epi16(1);
     const Brightest most = brightest(rows, x);
@@ -324,13 +313,15 @@ void cartoonRowVector(const PlaneWindow& rows, uint8_t* out, std::size_t count,
       result[c] = quotients(n, hn::LoadU(d, rows.plane(c).middle + x + 1));
     }
     hn::StoreInterleaved3(result[2], result[1], result[0], d, to);
-  });
+  };
+  forEachBlock<kBlock>(count, divide, Writes<kPackedBytes>{out});
 }
 
-#endif
+#endif  // NEON or AVX2
 
-#endif
+#endif  // vectors or not
 
+}  // namespace
 }  // namespace alg::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 

@@ -2,11 +2,10 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "base/clamp.h"
 #include "catalogue/operations.h"
 #include "classic/drawing_rows.h"
-#include "kernels/grey_rows.h"
-#include "kernels/neighbourhood.h"
+#include "classic/grey_rows.h"
+#include "classic/neighbourhood.h"
 #include "libalgorithm/classic_effects.h"
 
 namespace {
@@ -35,13 +34,6 @@ void smearRows(const PackedImage& dst) {
 }
 
 }  // namespace
-
-void alg::reliefRowPlain(const uint8_t* top, const uint8_t* bottom, uint8_t* grey,
-                         std::size_t count) {
-  for (std::size_t x = 0; x < count; ++x) {
-    grey[x] = clampToByte(((bottom[x + 2] - top[x]) * 16) + 128);
-  }
-}
 
 void Emboss(unsigned char* src, unsigned char* dst, int width, int height) {
   if (width < 1 || height < 1) {

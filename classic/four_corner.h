@@ -61,9 +61,13 @@ void walkCornerRuns(int width, int height, Run run) {
   const int middleY = height >> 1;
   for (int y = 0; y <= middleY; ++y) {
     for (int x = 0; x < middleX; x += kCornerRun) {
-      run(CornerRun{y, x, std::min(kCornerRun, middleX - x), y - middleY, x - middleX});
+      run(CornerRun{.y = y,
+                    .x = x,
+                    .count = std::min(kCornerRun, middleX - x),
+                    .dy = y - middleY,
+                    .dx = x - middleX});
     }
-    run(CornerRun{y, middleX, 1, y - middleY, 0});
+    run(CornerRun{.y = y, .x = middleX, .count = 1, .dy = y - middleY, .dx = 0});
   }
 }
 

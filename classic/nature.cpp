@@ -11,8 +11,8 @@
 
 #include "base/image_size.h"
 #include "catalogue/operations.h"
+#include "classic/neighbourhood.h"
 #include "kernels/curve_steps.h"
-#include "kernels/neighbourhood.h"
 #include "libalgorithm/classic_effects.h"
 
 namespace {

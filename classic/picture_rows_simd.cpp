@@ -1,6 +1,4 @@
-// Row kernels of the picture effects, compiled once per vector target.
-#include <cstring>
-
+// Vector twins of the picture effects' row kernels, compiled once per vector target.
 #include "base/image_size.h"
 #include "classic/picture_rows.h"
 #include "kernels/vector_frame.h"
@@ -9,9 +7,11 @@
 #define HWY_TARGET_INCLUDE "classic/picture_rows_simd.cpp"
 #include "hwy/foreach_target.h"  // IWYU pragma: keep
 #include "hwy/highway.h"
+#include "kernels/row_blocks-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace alg::HWY_NAMESPACE {
+namespace {
 
 #if !ALG_HAS_VECTORS()
 
@@ -65,43 +65,24 @@ HWY_INLINE void layBlock(const uint8_t* src, const uint8_t* front, const uint8_t
 }
 
 void paintRowVector(const uint8_t* src, const uint8_t* paint, uint8_t* dst, std::size_t pixels) {
-  std::size_t i = 0;
-  for (; i + kLanes <= pixels; i += kLanes) {
-    paintBlock(src + kPackedBytes * i, paint + kPackedBytes * i, dst + kPackedBytes * i);
-  }
-  if (i < pixels) {
-    uint8_t values[kPackedBytes * kLanes] = {};
-    uint8_t others[kPackedBytes * kLanes] = {};
-    const std::size_t bytes = kPackedBytes * (pixels - i);
-    std::memcpy(values, src + kPackedBytes * i, bytes);
-    std::memcpy(others, paint + kPackedBytes * i, bytes);
-    paintBlock(values, others, values);
-    std::memcpy(dst + kPackedBytes * i, values, bytes);
-  }
+  const auto block = [](std::size_t /*x*/, const uint8_t* from, const uint8_t* with, uint8_t* to)
+                         HWY_ATTR { paintBlock(from, with, to); };
+  forEachBlock<kLanes>(pixels, block, Reads<kPackedBytes>{src}, Reads<kPackedBytes>{paint},
+                       Writes<kPackedBytes>{dst});
 }
 
 void layRowVector(const uint8_t* src, const uint8_t* front, const uint8_t* mask, uint8_t* dst,
                   std::size_t pixels) {
-  std::size_t i = 0;
-  for (; i + kLanes <= pixels; i += kLanes) {
-    layBlock(src + kPackedBytes * i, front + kArgbBytes * i, mask + kArgbBytes * i,
-             dst + kPackedBytes * i);
-  }
-  if (i < pixels) {
-    uint8_t values[kPackedBytes * kLanes] = {};
-    uint8_t fronts[kArgbBytes * kLanes] = {};
-    uint8_t masks[kArgbBytes * kLanes] = {};
-    const std::size_t left = pixels - i;
-    std::memcpy(values, src + kPackedBytes * i, kPackedBytes * left);
-    std::memcpy(fronts, front + kArgbBytes * i, kArgbBytes * left);
-    std::memcpy(masks, mask + kArgbBytes * i, kArgbBytes * left);
-    layBlock(values, fronts, masks, values);
-    std::memcpy(dst + kPackedBytes * i, values, kPackedBytes * left);
-  }
+  const auto block = [](std::size_t /*x*/, const uint8_t* from, const uint8_t* over,
+                        const uint8_t* under, uint8_t* to)
+                         HWY_ATTR { layBlock(from, over, under, to); };
+  forEachBlock<kLanes>(pixels, block, Reads<kPackedBytes>{src}, Reads<kArgbBytes>{front},
+                       Reads<kArgbBytes>{mask}, Writes<kPackedBytes>{dst});
 }
 
-#endif
+#endif  // vectors or not
 
+}  // namespace
 }  // namespace alg::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 

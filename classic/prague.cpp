@@ -10,7 +10,7 @@
 #include "base/image_size.h"
 #include "catalogue/operations.h"
 #include "classic/drawing_rows.h"
-#include "kernels/neighbourhood.h"
+#include "classic/neighbourhood.h"
 #include "libalgorithm/classic_effects.h"
 
 namespace {
@@ -67,29 +67,6 @@ const EdgeSteps& edgeSteps() {
   return kEdges;
 }
 
-int inkGrey(int energy, const EdgeSteps& edges) {
-  const int argument = (energy + EdgeSteps::kOffset) << 8;
-  const auto number = static_cast<float>(argument);  // exact
-  int bits;
-  std::memcpy(&bits, &number, sizeof bits);
-  const int entry = edges.entries[(bits >> EdgeSteps::kBlockShift) - EdgeSteps::kFirstBlock];
-  return (entry & 0xFF) - (argument > entry ? 1 : 0);
-}
-
-/// Overlay blend of v over the edge map's grey.
-uint8_t overlay(int v, int grey) {
-  return static_cast<uint8_t>(v < 128 ? (v * grey) >> 7 : 255 - (((255 - v) * (255 - grey)) >> 7));
-}
-
-uint8_t inkByte(const PlaneWindow& w, std::size_t left, const EdgeSteps& edges) {
-  const std::size_t centre = left + 1, right = left + 2;
-  const int gy = (w.top[left] + (2 * w.top[centre]) + w.top[right]) -
-                 (w.bottom[left] + (2 * w.bottom[centre]) + w.bottom[right]);
-  const int gx = (w.top[left] + (2 * w.middle[left]) + w.bottom[left]) -
-                 (w.top[right] + (2 * w.middle[right]) + w.bottom[right]);
-  return overlay(w.middle[centre], inkGrey((gx * gx) + (gy * gy), edges));
-}
-
 /// A channel v whose brightest neighbour is `most`, where one more than the brightest neighbour of
 /// all channels is `limit`, becomes trunc(v x 255.0 x f), and what exceeds 255 wraps. The factor f
 /// is 1.0 / (most + (limit - most) x 0.25), rounded to a float. With n = 3 x most + limit that is
@@ -116,7 +93,7 @@ const CartoonFactors& cartoonFactors() {
   return kFactors;
 }
 
-/// Calls in a stretch of the source row that is split next, and of the row that is written next.
+/// Prefetches a stretch of the source row that is split next, and of the row that is written next.
 void fetchAhead(const uint8_t* src, const uint8_t* dst, int pixels) {
   for (int i = 0; i < pixels * alg::kPackedBytes; i += kCacheLine) {
     __builtin_prefetch(src + i);
@@ -124,8 +101,8 @@ void fetchAhead(const uint8_t* src, const uint8_t* dst, int pixels) {
   }
 }
 
-/// Runs a row kernel over the inner pixels, then copies the edges. The kernels compute long and the
-/// split waits for memory, so that what follows is fetched while a stretch of windows is computed.
+/// Runs a row kernel over the inner pixels, then copies the edges. The kernels take long and the
+/// split waits for memory: what follows is fetched while a stretch of windows is computed.
 template <class Kernel>
 void draw(const uint8_t* src, uint8_t* dst, int width, int height, Kernel kernel) {
   if (width < 1 || height < 1) {
@@ -148,7 +125,10 @@ void draw(const uint8_t* src, uint8_t* dst, int width, int height, Kernel kernel
                        const int part = std::min(count - x, kStretch);
                        const std::ptrdiff_t byte = std::ptrdiff_t{x} * alg::kPackedBytes;
                        fetchAhead(nextSource + byte, nextTarget + byte, part);
-                       kernel(PlaneWindow{top + x, middle + x, bottom + x, work.pitch()},
+                       kernel(PlaneWindow{.top = top + x,
+                                          .middle = middle + x,
+                                          .bottom = bottom + x,
+                                          .pitch = work.pitch()},
                               out + byte, static_cast<std::size_t>(part));
                      }
                    });
@@ -156,38 +136,6 @@ void draw(const uint8_t* src, uint8_t* dst, int width, int height, Kernel kernel
 }
 
 }  // namespace
-
-void alg::inkRowPlain(const PlaneWindow& rows, uint8_t* out, std::size_t count,
-                      const EdgeSteps& edges) {
-  for (std::size_t x = 0; x < count; ++x, out += kPackedBytes) {
-    for (int c = 0; c < kPackedBytes; ++c) {
-      out[2 - c] = inkByte(rows.plane(c), x, edges);
-    }
-  }
-}
-
-void alg::cartoonRowPlain(const PlaneWindow& rows, uint8_t* out, std::size_t count,
-                          const CartoonFactors& factors) {
-  for (std::size_t left = 0; left < count; ++left, out += kPackedBytes) {
-    const std::size_t right = left + 2;
-    int most[kPackedBytes];
-    for (int c = 0; c < kPackedBytes; ++c) {
-      const PlaneWindow w = rows.plane(c);
-      int upper = std::max(w.top[left], w.top[right]);
-      // Where the upper right pixel's channel 2 would win, its channel 1 is taken: this tints the
-      // picture.
-      if (c == 2 && w.top[left] <= w.top[right]) {
-        upper = rows.plane(1).top[right];
-      }
-      most[c] = std::max({upper, int{w.bottom[left]}, int{w.bottom[right]}});
-    }
-    const int brightest = std::max({most[0], most[1], most[2]});
-    for (int c = 0; c < kPackedBytes; ++c) {
-      const auto factor = static_cast<uint32_t>(factors.entries[(3 * most[c]) + brightest]);
-      out[2 - c] = static_cast<uint8_t>((rows.plane(c).middle[left + 1] * factor) >> 24);
-    }
-  }
-}
 
 void Prague(unsigned char* src, unsigned char* dst, int width, int height, float /*unused*/) {
   draw(src, dst, width, height,

@@ -1,15 +1,14 @@
 // Sketch and newsketch: dark edge lines on white or on paper.
 #include <algorithm>
-#include <cmath>
 #include <cstddef>
 #include <cstdint>
 
 #include "base/image_size.h"
 #include "catalogue/operations.h"
 #include "classic/drawing_rows.h"
-#include "kernels/grey_rows.h"
+#include "classic/grey_rows.h"
+#include "classic/neighbourhood.h"
 #include "kernels/nearest_steps.h"
-#include "kernels/neighbourhood.h"
 #include "libalgorithm/classic_effects.h"
 
 namespace {
@@ -69,18 +68,6 @@ void sketchOn(Paper paper, const uint8_t* src, uint8_t* dst, int width, int heig
 }
 
 }  // namespace
-
-void alg::lineRowPlain(const uint8_t* top, const uint8_t* middle, const uint8_t* bottom,
-                       uint8_t* grey, std::size_t count) {
-  for (std::size_t x = 0; x < count; ++x) {
-    const int gx =
-        2 * ((top[x] + middle[x] + bottom[x]) - (top[x + 2] + middle[x + 2] + bottom[x + 2]));
-    const int gy =
-        2 * ((top[x] + top[x + 1] + top[x + 2]) - (bottom[x] + bottom[x + 1] + bottom[x + 2]));
-    const auto energy = static_cast<float>((gx * gx) + (gy * gy));  // exact
-    grey[x] = static_cast<uint8_t>(255 - std::min(static_cast<int>(std::sqrt(energy)), 255));
-  }
-}
 
 void Sketch(unsigned char* src, unsigned char* dst, int width, int height) {
   if (width >= 1 && height >= 1) {

@@ -25,8 +25,8 @@ struct Weights {
 };
 
 // Encoding. For bytes Y stays in 16..234 and U and V in 16..239: no clamping is needed.
-inline constexpr Weights kY{16830, 33036, 6416, 16 << 16};
-inline constexpr Weights kU{-9712, -19071, 28783, 128 << 16};
-inline constexpr Weights kV{28783, -24104, -4679, 128 << 16};
+inline constexpr Weights kY{.red = 16830, .green = 33036, .blue = 6416, .offset = 16 << 16};
+inline constexpr Weights kU{.red = -9712, .green = -19071, .blue = 28783, .offset = 128 << 16};
+inline constexpr Weights kV{.red = 28783, .green = -24104, .blue = -4679, .offset = 128 << 16};
 
 }  // namespace alg::bt601

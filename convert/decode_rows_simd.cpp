@@ -8,7 +8,7 @@
 #include <cstring>
 
 #include "convert/bt601.h"
-#include "convert/convert_rows.h"
+#include "convert/decode_rows.h"
 #include "kernels/vector_frame.h"
 
 #undef HWY_TARGET_INCLUDE
@@ -18,16 +18,12 @@
 
 HWY_BEFORE_NAMESPACE();
 namespace alg::HWY_NAMESPACE {
+namespace {
 
 #if !ALG_HAS_VECTORS()
 
-// Without vectors the definition is the fastest there is.
-void decodeRowsVector(RowFormat format, const uint8_t* const (&luma)[2], const uint8_t* chroma,
-                      uint8_t* const (&pixels)[2], std::size_t width) {
-  for (int row = 0; row < 2 && luma[row] != nullptr; ++row) {
-    decodeRowPlain(format, luma[row], chroma, pixels[row], width);
-  }
-}
+constexpr auto& decodeRowVector = decodeRowPlain;
+constexpr auto& decodeRowPairVector = decodeRowPairPlain;
 
 #else
 
@@ -366,32 +362,39 @@ void decodeAny(RowFormat format, const uint8_t* const (&luma)[2], const uint8_t*
   }
 }
 
-// One row when luma[1] is null.
-void decodeRowsVector(RowFormat format, const uint8_t* const (&luma)[2], const uint8_t* chroma,
-                      uint8_t* const (&pixels)[2], std::size_t width) {
-  (luma[1] != nullptr ? decodeAny<true> : decodeAny<false>)(format, luma, chroma, pixels, width);
+void decodeRowVector(RowFormat format, const uint8_t* luma, const uint8_t* chroma, uint8_t* pixels,
+                     std::size_t width) {
+  decodeAny<false>(format, {luma, nullptr}, chroma, {pixels, nullptr}, width);
+}
+
+void decodeRowPairVector(RowFormat format, const uint8_t* luma, std::ptrdiff_t lumaStride,
+                         const uint8_t* chroma, uint8_t* pixels, std::ptrdiff_t pixelStride,
+                         std::size_t width) {
+  decodeAny<true>(format, {luma, luma + lumaStride}, chroma, {pixels, pixels + pixelStride}, width);
 }
 
 #endif  // vectors or not
 
+}  // namespace
 }  // namespace alg::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
 namespace alg {
 
-HWY_EXPORT(decodeRowsVector);
+HWY_EXPORT(decodeRowVector);
+HWY_EXPORT(decodeRowPairVector);
 
 void decodeRow(RowFormat format, const uint8_t* luma, const uint8_t* chroma, uint8_t* pixels,
                std::size_t width) {
-  HWY_DYNAMIC_DISPATCH(decodeRowsVector)(format, {luma, nullptr}, chroma, {pixels, nullptr}, width);
+  HWY_DYNAMIC_DISPATCH(decodeRowVector)(format, luma, chroma, pixels, width);
 }
 
 void decodeRowPair(RowFormat format, const uint8_t* luma, std::ptrdiff_t lumaStride,
                    const uint8_t* chroma, uint8_t* pixels, std::ptrdiff_t pixelStride,
                    std::size_t width) {
-  HWY_DYNAMIC_DISPATCH(decodeRowsVector)
-  (format, {luma, luma + lumaStride}, chroma, {pixels, pixels + pixelStride}, width);
+  HWY_DYNAMIC_DISPATCH(decodeRowPairVector)
+  (format, luma, lumaStride, chroma, pixels, pixelStride, width);
 }
 
 }  // namespace alg

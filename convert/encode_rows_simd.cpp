@@ -2,7 +2,7 @@
 #include <cstring>
 
 #include "convert/bt601.h"
-#include "convert/convert_rows.h"
+#include "convert/encode_rows.h"
 #include "kernels/vector_frame.h"
 
 #undef HWY_TARGET_INCLUDE
@@ -12,17 +12,12 @@
 
 HWY_BEFORE_NAMESPACE();
 namespace alg::HWY_NAMESPACE {
+namespace {
 
 #if !ALG_HAS_VECTORS()
 
-// Without vectors the definitions are the fastest there is.
-void encodeRowVector(RowFormat format, const uint8_t* pixels, uint8_t* luma, uint8_t* chroma,
-                     std::size_t width) {
-  encodeLumaRowPlain(format, pixels, luma, width);
-  if (chroma != nullptr) {
-    encodeChromaRowPlain(format, pixels, chroma, width);
-  }
-}
+constexpr auto& encodeLumaRowVector = encodeLumaRowPlain;
+constexpr auto& encodeRowVector = encodeRowPlain;
 
 #else
 
@@ -274,39 +269,45 @@ void encodeFormat(const uint8_t* pixels, uint8_t* luma, uint8_t* chroma, std::si
   }
 }
 
-// Leaves out the chroma when its row is null.
+void encodeLumaRowVector(RowFormat format, const uint8_t* pixels, uint8_t* luma,
+                         std::size_t width) {
+  if (format == RowFormat::kPackedUV) {
+    return encodeFormat<RowFormat::kPackedUV, false>(pixels, luma, nullptr, width);
+  }
+  encodeFormat<RowFormat::kArgbUV, false>(pixels, luma, nullptr, width);
+}
+
 void encodeRowVector(RowFormat format, const uint8_t* pixels, uint8_t* luma, uint8_t* chroma,
                      std::size_t width) {
-  const bool packed = format == RowFormat::kPackedUV;
-  if (chroma == nullptr) {
-    packed ? encodeFormat<RowFormat::kPackedUV, false>(pixels, luma, nullptr, width)
-           : encodeFormat<RowFormat::kArgbUV, false>(pixels, luma, nullptr, width);
-  } else if (packed) {
-    encodeFormat<RowFormat::kPackedUV, true>(pixels, luma, chroma, width);
-  } else if (format == RowFormat::kArgbUV) {
-    encodeFormat<RowFormat::kArgbUV, true>(pixels, luma, chroma, width);
-  } else {
-    encodeFormat<RowFormat::kArgbVU, true>(pixels, luma, chroma, width);
+  switch (format) {
+    case RowFormat::kArgbUV:
+      return encodeFormat<RowFormat::kArgbUV, true>(pixels, luma, chroma, width);
+    case RowFormat::kArgbVU:
+      return encodeFormat<RowFormat::kArgbVU, true>(pixels, luma, chroma, width);
+    case RowFormat::kPackedUV:
+      return encodeFormat<RowFormat::kPackedUV, true>(pixels, luma, chroma, width);
   }
 }
 
 #endif  // vectors or not
 
+}  // namespace
 }  // namespace alg::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
 namespace alg {
 
+HWY_EXPORT(encodeLumaRowVector);
 HWY_EXPORT(encodeRowVector);
+
+void encodeLumaRow(RowFormat format, const uint8_t* pixels, uint8_t* luma, std::size_t width) {
+  HWY_DYNAMIC_DISPATCH(encodeLumaRowVector)(format, pixels, luma, width);
+}
 
 void encodeRow(RowFormat format, const uint8_t* pixels, uint8_t* luma, uint8_t* chroma,
                std::size_t width) {
   HWY_DYNAMIC_DISPATCH(encodeRowVector)(format, pixels, luma, chroma, width);
-}
-
-void encodeLumaRow(RowFormat format, const uint8_t* pixels, uint8_t* luma, std::size_t width) {
-  encodeRow(format, pixels, luma, nullptr, width);
 }
 
 }  // namespace alg

@@ -4,6 +4,8 @@
 
 #include "convert/bt601.h"
 #include "convert/chroma_cursor.h"
+#include "convert/decode_rows.h"
+#include "convert/encode_rows.h"
 
 namespace alg {
 namespace {

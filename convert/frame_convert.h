@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "convert/convert_rows.h"
+#include "convert/row_format.h"
 
 namespace alg {
 

@@ -7,12 +7,16 @@ using alg::RowFormat;
 
 void decodeYUV2ARGB_jni(uint8_t* rgbOut, uint8_t* y, uint8_t* uv, int width, int height,
                         int yStride, int uvStride) {
-  alg::decodeFrame(RowFormat::kPackedUV, rgbOut, {y, uv, yStride, uvStride}, width, height);
+  alg::decodeFrame(RowFormat::kPackedUV, rgbOut,
+                   {.luma = y, .chroma = uv, .yStride = yStride, .uvStride = uvStride}, width,
+                   height);
 }
 
 void decodeARGB2YUV_jni(uint8_t* rgbIn, uint8_t* y, uint8_t* uv, int width, int height, int yStride,
                         int uvStride) {
-  alg::encodeFrame(RowFormat::kPackedUV, rgbIn, {y, uv, yStride, uvStride}, width, height);
+  alg::encodeFrame(RowFormat::kPackedUV, rgbIn,
+                   {.luma = y, .chroma = uv, .yStride = yStride, .uvStride = uvStride}, width,
+                   height);
 }
 
 void YUV2RGB(const void* input, const void* /*param*/, void* output) {

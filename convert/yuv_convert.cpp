@@ -13,25 +13,29 @@ using alg::RowFormat;
 void decodeYUV2ARGB_LUT(uint32_t* argb, const uint8_t* luma, const uint8_t* chroma, int width,
                         int height, int yStride, int uvStride) {
   alg::decodeFrame(RowFormat::kArgbUV, reinterpret_cast<uint8_t*>(argb),
-                   {luma, chroma, yStride, uvStride}, width, height);
+                   {.luma = luma, .chroma = chroma, .yStride = yStride, .uvStride = uvStride},
+                   width, height);
 }
 
 void decodeYVU2ARGB_OpenGL(uint32_t* argb, const uint8_t* luma, const uint8_t* chroma, int width,
                            int height, int yStride, int uvStride) {
   alg::decodeFrame(RowFormat::kArgbVU, reinterpret_cast<uint8_t*>(argb),
-                   {luma, chroma, yStride, uvStride}, width, height);
+                   {.luma = luma, .chroma = chroma, .yStride = yStride, .uvStride = uvStride},
+                   width, height);
 }
 
 void decodeARGB2YUV_OpenGL(const uint32_t* argb, uint8_t* luma, uint8_t* chroma, int width,
                            int height, int yStride, int uvStride) {
   alg::encodeFrame(RowFormat::kArgbUV, reinterpret_cast<const uint8_t*>(argb),
-                   {luma, chroma, yStride, uvStride}, width, height);
+                   {.luma = luma, .chroma = chroma, .yStride = yStride, .uvStride = uvStride},
+                   width, height);
 }
 
 void decodeARGB2YVU_OpenGL(const uint32_t* argb, uint8_t* luma, uint8_t* chroma, int width,
                            int height, int yStride, int uvStride) {
   alg::encodeFrame(RowFormat::kArgbVU, reinterpret_cast<const uint8_t*>(argb),
-                   {luma, chroma, yStride, uvStride}, width, height);
+                   {.luma = luma, .chroma = chroma, .yStride = yStride, .uvStride = uvStride},
+                   width, height);
 }
 
 void decodeARGB2YUV420P(void* context, PixelFetchFunc fetch, uint8_t* y, uint8_t* u, int width,

@@ -2,6 +2,7 @@
 #include "fuzz/check.h"
 #include "fuzz/input.h"
 #include "kernels/curve_map.h"
+#include "kernels/curve_rows.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
   Input input(data, size);
@@ -28,7 +29,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
       map(block.data(), into.data(), zu(bytes / 3), curves);
     }
   };
-  run(alg::mapCurvesPlain, expected);
+  run(alg::mapCurveRowPlain, expected);
   onEachVectorTarget([&] {
     Bytes got = block;
     run([](auto... arguments) { alg::mapCurves(arguments...); }, got);

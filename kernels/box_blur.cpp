@@ -27,14 +27,14 @@ static_assert((2 * kMaxBlurPeak + 1) * 255 <= 0xFFFF);
 struct Separable {
   using Row = uint8_t;
   using Sum = uint16_t;
-  static constexpr auto kAcross = &BlurKernels::meansAcross;
+  static constexpr auto kAcross = meansAcross;
 };
 
 /// Rows keep their exact sums; they are divided in the end, with four more centres.
 struct Square {
   using Row = uint16_t;
   using Sum = uint32_t;
-  static constexpr auto kAcross = &BlurKernels::sumsAcross;
+  static constexpr auto kAcross = sumsAcross;
 };
 
 template <class Rule>
@@ -80,7 +80,8 @@ class Walk {
       const int radius = byColumn ? blur_.ramp.radius(int64_t{blur_.firstEntry} + x) : 0;
       if (runCount_ == 0 || runs_[runCount_ - 1].radius != radius) {
         endRun();
-        runs_[runCount_++] = {kBlurElements * static_cast<std::size_t>(x), 0, pitch_, radius, 0, 0};
+        runs_[runCount_++] = {
+            .begin = kBlurElements * static_cast<std::size_t>(x), .at = pitch_, .radius = radius};
       }
       runs_[runCount_ - 1].count += kBlurElements;
     }
@@ -133,11 +134,11 @@ class Walk {
     uint16_t* prefix = prefixes_;
     const auto repeat = [&](const uint8_t* pixel) {
       for (std::size_t i = 0; i < peak; ++i, prefix += kBlurElements) {
-        kPlainBlurKernels.sumUp(blur_.pixels, pixel, 1, prefix);
+        sumUpPlain(blur_.pixels, pixel, 1, prefix);
       }
     };
     repeat(row);
-    kernels_.sumUp(blur_.pixels, row, width, prefix);
+    sumUp(blur_.pixels, row, width, prefix);
     prefix += kBlurElements * width;
     repeat(row + rowBytes_ - pixelBytes);
   }
@@ -145,9 +146,9 @@ class Walk {
   void blurNextRow() {
     sumUpRow(blur_.src + rowBytes_ * static_cast<std::size_t>(rows_));
     setRadii(rows_);
-    (kernels_.*Rule::kAcross)(runs_, runCount_,
-                              prefixes_ + kBlurElements * static_cast<std::size_t>(blur_.ramp.peak),
-                              ring_ + pitch_ * static_cast<std::size_t>(nextSlot_));
+    Rule::kAcross(runs_, runCount_,
+                  prefixes_ + kBlurElements * static_cast<std::size_t>(blur_.ramp.peak),
+                  ring_ + pitch_ * static_cast<std::size_t>(nextSlot_));
     ++rows_;
     nextSlot_ = nextSlot_ + 1 == slots_ ? 0 : nextSlot_ + 1;
   }
@@ -193,20 +194,19 @@ class Walk {
     const std::size_t offset = rowBytes_ * static_cast<std::size_t>(y);
     const auto width = static_cast<std::size_t>(blur_.width);
     if constexpr (std::is_same_v<Rule, Square>) {
-      kernels_.dropAlpha(blur_.src + offset, width, centres_);
-      kernels_.finishSquares(runs_, runCount_, ring_, sums_, centres_, bytes_);
+      dropAlpha(blur_.src + offset, width, centres_);
+      finishSquares(runs_, runCount_, ring_, sums_, centres_, bytes_);
     } else {
-      kernels_.finishMeans(runs_, runCount_, ring_, sums_, bytes_);
+      finishMeans(runs_, runCount_, ring_, sums_, bytes_);
     }
     if (blur_.pixels == BlurPixels::kWords) {
-      kernels_.addAlpha(bytes_, width, blur_.dst + offset);
+      addAlpha(bytes_, width, blur_.dst + offset);
     } else {
       std::memcpy(blur_.dst + offset, bytes_, rowBytes_);
     }
   }
 
   const BoxBlur blur_;
-  const BlurKernels kernels_ = blurKernels();
   const std::size_t rowBytes_;  // of the pictures
   const int slots_;             // of the ring
   std::size_t pitch_ = 0;       // elements of a ring row

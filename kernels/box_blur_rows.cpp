@@ -1,3 +1,4 @@
+// The definitions of the box blur's row kernels.
 #include "kernels/box_blur_rows.h"
 
 #include "base/image_size.h"
@@ -7,7 +8,7 @@ namespace {
 
 // Alpha is not summed up; the packed pixels' bytes cross here.
 template <int kBytes>
-void sumUp(const uint8_t* pixel, std::size_t width, uint16_t* prefix) {
+void sumUpPixels(const uint8_t* pixel, std::size_t width, uint16_t* prefix) {
   for (std::size_t x = 0; x < width; ++x, pixel += kBytes, prefix += kBlurElements) {
     for (int k = 0; k < 3; ++k) {
       const uint8_t value = pixel[kBytes == kPackedBytes ? 2 - k : k];
@@ -16,11 +17,13 @@ void sumUp(const uint8_t* pixel, std::size_t width, uint16_t* prefix) {
   }
 }
 
+}  // namespace
+
 void sumUpPlain(BlurPixels pixels, const uint8_t* row, std::size_t width, uint16_t* prefix) {
   if (pixels == BlurPixels::kWords) {
-    sumUp<kArgbBytes>(row, width, prefix);
+    sumUpPixels<kArgbBytes>(row, width, prefix);
   } else {
-    sumUp<kPackedBytes>(row, width, prefix);
+    sumUpPixels<kPackedBytes>(row, width, prefix);
   }
 }
 
@@ -96,11 +99,5 @@ void addAlphaPlain(const uint8_t* bytes, std::size_t width, uint8_t* words) {
     words[3] = 0;
   }
 }
-
-}  // namespace
-
-constinit const BlurKernels kPlainBlurKernels = {
-    sumUpPlain,         meansAcrossPlain, sumsAcrossPlain, finishMeansPlain,
-    finishSquaresPlain, dropAlphaPlain,   addAlphaPlain};
 
 }  // namespace alg

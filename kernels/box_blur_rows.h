@@ -15,10 +15,10 @@ inline constexpr std::size_t kBlurBlock = 32;    // elements; every vector has a
 
 /// Neighbouring columns of equal radius.
 struct BlurRun {
-  std::size_t begin, count;  // elements in a row of pixels
-  std::size_t at;  // where they are in ring rows and column sums: a multiple of kBlurBlock
-  int radius;      // pixels
-  std::size_t entering, leaving;  // elements of the ring before the two rows of this step
+  std::size_t begin = 0, count = 0;  // elements in a row of pixels
+  std::size_t at = 0;  // where they are in ring rows and column sums: a multiple of kBlurBlock
+  int radius = 0;      // pixels
+  std::size_t entering = 0, leaving = 0;  // elements of the ring before the two rows of this step
 };
 
 /// (sum x trunc(65536 / n)) >> 16 with factors of 16 bits, which suit vectors. The 65536 for n = 1
@@ -49,33 +49,39 @@ inline constexpr BlurMeans kBlurMeans = [] {
   return means;
 }();
 
-/// The kernels. What lies behind the last element, up to a block in work rows, is left undefined.
-struct BlurKernels {
-  /// Prefix sums of a row of pixels go on behind prefix[0..2], wrapping at 16 bits.
-  void (*sumUp)(BlurPixels pixels, const uint8_t* row, std::size_t width, uint16_t* prefix);
+// The kernels. What lies behind the last element, up to a block in work rows, is left undefined.
 
-  // Boxes across, from the prefix sums before pixel 0 and on: their means, or their sums.
-  void (*meansAcross)(const BlurRun* runs, int runCount, const uint16_t* prefix, uint8_t* row);
-  void (*sumsAcross)(const BlurRun* runs, int runCount, const uint16_t* prefix, uint16_t* row);
+/// Prefix sums of a row of pixels go on behind prefix[0..2], wrapping at 16 bits.
+void sumUp(BlurPixels pixels, const uint8_t* row, std::size_t width, uint16_t* prefix);
+void sumUpPlain(BlurPixels pixels, const uint8_t* row, std::size_t width, uint16_t* prefix);
 
-  /// Column sums take in one row of the ring and give up another; their means become bytes. Runs
-  /// are taken from left to right.
-  void (*finishMeans)(const BlurRun* runs, int runCount, const uint8_t* ring, uint16_t* sums,
+/// Boxes across, from the prefix sums before pixel 0 and on: their means.
+void meansAcross(const BlurRun* runs, int runCount, const uint16_t* prefix, uint8_t* row);
+void meansAcrossPlain(const BlurRun* runs, int runCount, const uint16_t* prefix, uint8_t* row);
+
+/// The same, but their sums.
+void sumsAcross(const BlurRun* runs, int runCount, const uint16_t* prefix, uint16_t* row);
+void sumsAcrossPlain(const BlurRun* runs, int runCount, const uint16_t* prefix, uint16_t* row);
+
+/// Column sums take in one row of the ring and give up another; their means become bytes. Runs
+/// are taken from left to right.
+void finishMeans(const BlurRun* runs, int runCount, const uint8_t* ring, uint16_t* sums,
+                 uint8_t* bytes);
+void finishMeansPlain(const BlurRun* runs, int runCount, const uint8_t* ring, uint16_t* sums,
                       uint8_t* bytes);
 
-  /// The same for whole squares, with four more centres.
-  void (*finishSquares)(const BlurRun* runs, int runCount, const uint16_t* ring, uint32_t* sums,
+/// The same for whole squares, with four more centres.
+void finishSquares(const BlurRun* runs, int runCount, const uint16_t* ring, uint32_t* sums,
+                   const uint8_t* centres, uint8_t* bytes);
+void finishSquaresPlain(const BlurRun* runs, int runCount, const uint16_t* ring, uint32_t* sums,
                         const uint8_t* centres, uint8_t* bytes);
 
-  // Words without their alpha, and with an alpha of 0 again.
-  void (*dropAlpha)(const uint8_t* words, std::size_t width, uint8_t* bytes);
-  void (*addAlpha)(const uint8_t* bytes, std::size_t width, uint8_t* words);
-};
+/// Words without their alpha.
+void dropAlpha(const uint8_t* words, std::size_t width, uint8_t* bytes);
+void dropAlphaPlain(const uint8_t* words, std::size_t width, uint8_t* bytes);
 
-/// The definitions.
-extern const BlurKernels kPlainBlurKernels;
-
-/// Those for this machine, with the same results.
-BlurKernels blurKernels();
+/// Words again, with an alpha of 0.
+void addAlpha(const uint8_t* bytes, std::size_t width, uint8_t* words);
+void addAlphaPlain(const uint8_t* bytes, std::size_t width, uint8_t* words);
 
 }  // namespace alg

@@ -6,24 +6,9 @@
 #include <cstdint>
 
 #include "base/image_size.h"
+#include "kernels/curve_rows.h"
 
 namespace alg {
-
-/// A curve as three steps on bytes: v ^ flip (0 or 255), + up with a ceiling at 255, - down with a
-/// floor at 0.
-struct ByteSteps {
-  uint8_t flip, up, down;
-};
-
-/// curve[k] maps byte k of a source pixel; its result is stored at byte 2 - k.
-struct Curves {
-  alignas(16) uint8_t curve[3][256];
-
-  // The same curves as the vector twin wants them; prepareCurves() fills them in.
-  alignas(16) uint8_t rows[3][256];  // see curve_map_simd.cpp
-  ByteSteps steps[3];
-  bool allSteps;  // all three curves are such steps
-};
 
 /// Derives from the curves themselves what else the mapper needs.
 void prepareCurves(Curves& curves);
@@ -51,11 +36,5 @@ inline void mapCurves(const uint8_t* src, uint8_t* dst, int width, int height,
                       const Curves& curves) {
   mapCurves(src, dst, pixelCount(width, height), curves);
 }
-
-/// The definition.
-void mapCurvesPlain(const uint8_t* src, uint8_t* dst, std::size_t pixels, const Curves& curves);
-
-/// The vector twin: dst must not start within src's pixels behind the first (dst <= src is fine).
-void mapCurvesSimd(const uint8_t* src, uint8_t* dst, std::size_t pixels, const Curves& curves);
 
 }  // namespace alg

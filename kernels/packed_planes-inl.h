@@ -19,10 +19,10 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 
 #include "base/image_size.h"
 #include "hwy/highway.h"
+#include "kernels/row_blocks-inl.h"
 #include "kernels/vector_frame.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -38,7 +38,6 @@ using Bytes = hn::ScalableTag<uint8_t>;
 using ByteVector = hn::Vec<Bytes>;
 
 constexpr std::size_t kLanes = hn::MaxLanes(Bytes());  // pixels a step
-constexpr std::size_t kBlockBytes = kPackedBytes * kLanes;
 
 struct Planes {
   ByteVector of[kPackedBytes];  // [c] in the home order of channel c
@@ -114,20 +113,12 @@ HWY_INLINE void store(const Planes& p, uint8_t* to) {
 
 #endif
 
-// dst = map(planes of src), a vector of pixels at a time. The tail goes through the stack: nothing
-// behind the pixels is read or written.
+// dst = map(planes of src), a vector of pixels at a time.
 template <class Map>
-HWY_INLINE void forEachBlock(const uint8_t* src, uint8_t* dst, std::size_t pixels, Map map) {
-  std::size_t bytes = kPackedBytes * pixels;
-  for (; bytes >= kBlockBytes; bytes -= kBlockBytes, src += kBlockBytes, dst += kBlockBytes) {
-    store(map(load(src)), dst);
-  }
-  if (bytes > 0) {
-    uint8_t tail[kBlockBytes] = {};
-    std::memcpy(tail, src, bytes);
-    store(map(load(tail)), tail);
-    std::memcpy(dst, tail, bytes);
-  }
+HWY_INLINE void mapPixels(const uint8_t* src, uint8_t* dst, std::size_t pixels, Map map) {
+  const auto mapBlock = [&](std::size_t /*x*/, const uint8_t* from, uint8_t* to)
+                            HWY_ATTR { store(map(load(from)), to); };
+  forEachBlock<kLanes>(pixels, mapBlock, Reads<kPackedBytes>{src}, Writes<kPackedBytes>{dst});
 }
 
 }  // namespace planes

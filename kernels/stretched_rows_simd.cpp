@@ -12,6 +12,7 @@
 
 HWY_BEFORE_NAMESPACE();
 namespace alg::HWY_NAMESPACE {
+namespace {
 
 #if !ALG_HAS_VECTORS()
 
@@ -41,7 +42,7 @@ HWY_INLINE uint32_t loadPixel(const uint8_t* pictureRow, uint32_t column) {
 
 HWY_INLINE QuadVector loadQuad(const uint8_t* pictureRow, const uint32_t* columns) {
   const auto at = [&](int i) HWY_ATTR { return loadPixel(pictureRow, columns[i]); };
-#if HWY_TARGET == HWY_AVX2
+#if ALG_IS_AVX2()
   const auto lane = [&](int i) HWY_ATTR { return static_cast<int>(at(i)); };
   return QuadVector{_mm_setr_epi32(lane(0), lane(1), lane(2), lane(3))};
 #else  // NEON
@@ -63,8 +64,9 @@ void stretchRowVector(const uint8_t* pictureRow, const uint32_t* columns, std::s
   }
 }
 
-#endif
+#endif  // vectors or not
 
+}  // namespace
 }  // namespace alg::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 

@@ -1,12 +1,11 @@
-// What the frames of kernel files (..._simd.cpp) share. Highway compiles such a file once per
-// vector target. A row kernel has up to three names:
+// What the frames of kernel files (..._rows_simd.cpp) share. Highway compiles such a file once per
+// vector target. A row kernel has three names:
 //
 //   addShares         what callers call: the twin for this machine
 //   addSharesVector   the twin, in the kernel file, once for each target
-//   addSharesPlain    the definition, in an ordinary source
+//   addSharesPlain    the definition, in the ordinary source of the same name
 //
-// Where callers need a choice between twin and definition, by how images overlap, that choice has
-// the short name, and the twin for this machine is called mapCurvesSimd.
+// Which of them a routine calls when its buffers overlap is decided with kernels/overlap.h.
 #pragma once
 
 #include "hwy/detect_targets.h"

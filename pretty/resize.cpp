@@ -8,30 +8,12 @@
 
 #include "base/block.h"
 #include "catalogue/operations.h"
+#include "kernels/overlap.h"
 #include "libalgorithm/pretty_filters.h"
 #include "pretty/resize_rows.h"
 
 namespace alg {
 namespace {
-
-constexpr uint32_t kFraction = 0xFFFF;
-constexpr uint64_t kTwoBytes = 0x000000FF000000FF;
-constexpr uint32_t kNoAlpha = 0x00FFFFFF;
-
-/// Two bytes of a word, each in 32 bits of its own: 8-bit values times 16-bit weights can't carry
-/// from one into the other.
-uint64_t spread(uint32_t word) { return (uint64_t{word & 0xFF0000} << 16) | (word & 0xFF); }
-
-uint64_t mix(uint64_t a, uint64_t b, uint32_t fraction) {
-  return ((a * (kFraction - fraction) + b * fraction) >> 16) & kTwoBytes;
-}
-
-uint32_t mix(uint32_t a, uint32_t b, uint32_t fraction) {
-  const uint64_t even = mix(spread(a), spread(b), fraction);
-  const uint64_t odd = mix(spread(a >> 8), spread(b >> 8), fraction);
-  const uint64_t mixed = even | (odd << 8);
-  return static_cast<uint32_t>(mixed | (mixed >> 16));
-}
 
 /// Source pixels per destination pixel, truncated. Out of an int's range it wraps as positions do;
 /// the way there by 64 bits holds every ratio of two ints (below 2^47).
@@ -49,6 +31,11 @@ int wholePart(int32_t position, int size) {
 struct Image {
   const uint32_t* words;
   int width, height;
+
+  const uint8_t* bytes() const { return reinterpret_cast<const uint8_t*>(words); }
+  std::size_t byteCount() const {
+    return sizeof(uint32_t) * static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
+  }
 
   /// The last row instead of any behind it.
   const uint32_t* row(int y) const {
@@ -69,13 +56,13 @@ void resizeRow(const Image& src, int y, int64_t neighbours, uint32_t fractionY, 
   const auto across = [&](int rowIndex, int x, uint32_t fraction) {
     const uint32_t* row = src.row(rowIndex);
     const uint32_t next = x + 1 < src.width ? row[x + 1] : *src.row(rowIndex + 1);
-    return mix(row[x], x < neighbours ? next : row[x], fraction);
+    return mixWords(row[x], x < neighbours ? next : row[x], fraction);
   };
   int32_t position = 0;
   for (int i = 0; i < dstWidth; ++i, position += step) {
     const int x = wholePart(position, src.width);
     const uint32_t fractionX = static_cast<uint32_t>(position) & kFraction;
-    dst[i] = mix(across(y, x, fractionX), across(y + 1, x, fractionX), fractionY) & kNoAlpha;
+    dst[i] = mixWords(across(y, x, fractionX), across(y + 1, x, fractionX), fractionY) & kNoAlpha;
   }
 }
 
@@ -119,7 +106,11 @@ class RowMixer {
 
   void setColumns(int32_t* index, uint32_t* fractions, int count, int32_t step) {
     const int reach = step < 0 || step > 2 * 65536 ? 0 : step <= 65536 ? 1 : 2;
-    columns = {index, fractions, count, src.width, 0, reach};
+    columns = {.index = index,
+               .fractions = fractions,
+               .count = count,
+               .sourceWidth = src.width,
+               .reach = reach};
     int32_t position = 0;
     for (int i = 0; i < count; ++i, position += step) {
       index[i] = wholePart(position, src.width);
@@ -148,23 +139,16 @@ class RowMixer {
   Image src;
   Block memory;  // two rows, then the columns' indices and fractions
   Row recent, older;
-  ResizeColumns columns{};
+  ResizeColumns columns;
 };
-
-bool overlap(const Image& a, const Image& b) {
-  const auto first = [](const Image& image) { return reinterpret_cast<uintptr_t>(image.words); };
-  const auto end = [](const Image& image) {
-    return reinterpret_cast<uintptr_t>(image.words + int64_t{image.width} * image.height);
-  };
-  return first(a) < end(b) && first(b) < end(a);
-}
 
 void resize(const Image& src, uint32_t* dst, int dstWidth, int dstHeight) {
   const int32_t xStep = stepOf(src.width, dstWidth);
   const int32_t yStep = stepOf(src.height, dstHeight);
   RowMixer mixer(src, dstWidth, xStep);
   // A source that is written to is read pixel by pixel.
-  const bool apart = !overlap(src, {dst, dstWidth, dstHeight});
+  const Image target{dst, dstWidth, dstHeight};
+  const bool apart = !overlap(src.bytes(), src.byteCount(), target.bytes(), target.byteCount());
   int32_t position = 0;
   for (int j = 0; j < dstHeight; ++j, position += yStep, dst += dstWidth) {
     const int y = wholePart(position, src.height);
@@ -179,31 +163,6 @@ void resize(const Image& src, uint32_t* dst, int dstWidth, int dstHeight) {
 }
 
 }  // namespace
-
-void mixColumnsPlain(const uint32_t* row, uint32_t end, const ResizeColumns& columns, int from,
-                     uint32_t* out) {
-  for (int i = from; i < columns.count; ++i) {
-    const int x = columns.index[i];
-    const uint32_t next = x + 1 < columns.sourceWidth ? row[x + 1] : end;
-    out[i] = mix(row[x], next, columns.fractions[i] & kFraction);
-  }
-}
-
-void mixRowsPlain(const uint32_t* top, const uint32_t* bottom, uint32_t fraction, int from,
-                  int count, uint32_t* out) {
-  for (int i = from; i < count; ++i) {
-    out[i] = mix(top[i], bottom[i], fraction) & kNoAlpha;
-  }
-}
-
-void takeRowsPlain(const uint32_t* top, const uint32_t* bottom, uint32_t fraction,
-                   const ResizeColumns& columns, int from, uint32_t* out) {
-  for (int i = from; i < columns.count; ++i) {
-    const uint32_t upper = top[columns.index[i]];
-    const uint32_t lower = bottom[columns.index[i]];
-    out[i] = mix(mix(upper, upper, 0), mix(lower, lower, 0), fraction) & kNoAlpha;
-  }
-}
 
 }  // namespace alg
 

@@ -40,7 +40,7 @@ class SoftLightImage {
   /// The effect and the overlay's pixels must outlive this.
   SoftLightImage(const SoftLightEffect& effect, const Overlay& overlay, int width, int height);
 
-  /// Whether work memory for the rows could be had, if there are any.
+  /// Whether work memory for the rows was allocated, if there are any.
   bool ready() const { return rows_.any() || empty_; }
 
   /// Does rows firstRow..firstRow + rows - 1 of the image, src and dst pointing at the first of
@@ -62,7 +62,7 @@ void blendSoftLight(const uint8_t* src, uint8_t* dst, int width, int height, con
                     const SoftLightEffect& effect);
 
 /// dst[i] = src[i] blended with overlay[i]: unchanged at 128, lighter above, darker below. dst must
-/// not start within src's bytes behind the first (dst <= src is fine), nor overlap the overlay.
+/// not feed back into src (kernels/overlap.h), nor overlap the overlay.
 void softLightBytes(const uint8_t* src, const uint8_t* overlay, uint8_t* dst, std::size_t bytes);
 
 /// The same with packed pixels that are turned to pink first.

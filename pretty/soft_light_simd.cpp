@@ -9,8 +9,6 @@
 // on it is a straight line in each sixteen values, rounded down; below, where it is steep, a table.
 //
 //   (slope[c >> 4] x (c & 63) + 77 x start) >> 8     start = starts[c >> 4], or low[c] for c < 32
-#include <cstring>
-
 #include "base/image_size.h"
 #include "kernels/vector_frame.h"
 #include "pretty/soft_light.h"
@@ -19,6 +17,7 @@
 #define HWY_TARGET_INCLUDE "pretty/soft_light_simd.cpp"
 #include "hwy/foreach_target.h"  // IWYU pragma: keep
 #include "hwy/highway.h"
+#include "kernels/row_blocks-inl.h"
 
 #ifndef ALG_PRETTY_SOFT_LIGHT_LINES
 #define ALG_PRETTY_SOFT_LIGHT_LINES
@@ -103,6 +102,7 @@ static_assert(linesMeetAll());
 
 HWY_BEFORE_NAMESPACE();
 namespace alg::HWY_NAMESPACE {
+namespace {
 
 #if !ALG_HAS_VECTORS()
 
@@ -259,34 +259,17 @@ HWY_INLINE ByteVector pinkOf(ByteVector v, ByteVector signs) {
   return hn::Add(v, hn::Sub(hn::Xor(shift, signs), signs));
 }
 
-// Calls block(src, overlay, dst) for kStep bytes at a time, the last ones in a copy.
-template <class Block>
-HWY_INLINE void forEachBlock(const uint8_t* src, const uint8_t* overlay, uint8_t* dst,
-                             std::size_t bytes, Block block) {
-  std::size_t i = 0;
-  for (; i + kStep <= bytes; i += kStep) {
-    block(src + i, overlay + i, dst + i);
-  }
-  if (i < bytes) {
-    uint8_t values[kStep] = {};
-    uint8_t others[kStep] = {};
-    std::memcpy(values, src + i, bytes - i);
-    std::memcpy(others, overlay + i, bytes - i);
-    block(values, others, values);
-    std::memcpy(dst + i, values, bytes - i);
-  }
-}
-
 void softLightBytesVector(const uint8_t* src, const uint8_t* overlay, uint8_t* dst,
                           std::size_t bytes) {
   const Bytes d;
-  forEachBlock(src, overlay, dst, bytes,
-               [&](const uint8_t* from, const uint8_t* with, uint8_t* to) HWY_ATTR {
-                 for (std::size_t i = 0; i < kStep; i += kLanes) {
-                   const ByteVector c = hn::LoadU(d, from + i);
-                   hn::StoreU(softLightOf(c, hn::LoadU(d, with + i)), d, to + i);
-                 }
-               });
+  const auto blend = [&](std::size_t /*x*/, const uint8_t* from, const uint8_t* with, uint8_t* to)
+                         HWY_ATTR {
+                           for (std::size_t i = 0; i < kStep; i += kLanes) {
+                             const ByteVector c = hn::LoadU(d, from + i);
+                             hn::StoreU(softLightOf(c, hn::LoadU(d, with + i)), d, to + i);
+                           }
+                         };
+  forEachBlock<kStep>(bytes, blend, Reads<1>{src}, Reads<1>{overlay}, Writes<1>{dst});
 }
 
 void pinkLightPixelsVector(const uint8_t* src, const uint8_t* overlay, uint8_t* dst,
@@ -296,17 +279,20 @@ void pinkLightPixelsVector(const uint8_t* src, const uint8_t* overlay, uint8_t* 
   for (std::size_t i = 0; i < kStep; ++i) {
     signs[i] = i % kPackedBytes == 0 ? 0 : 0xFF;
   }
-  forEachBlock(src, overlay, dst, kPackedBytes * pixels,
-               [&](const uint8_t* from, const uint8_t* with, uint8_t* to) HWY_ATTR {
-                 for (std::size_t i = 0; i < kStep; i += kLanes) {
-                   const ByteVector c = pinkOf(hn::LoadU(d, from + i), hn::Load(d, signs + i));
-                   hn::StoreU(softLightOf(c, hn::LoadU(d, with + i)), d, to + i);
-                 }
-               });
+  const auto blend = [&](std::size_t /*x*/, const uint8_t* from, const uint8_t* with,
+                         uint8_t* to) HWY_ATTR {
+    for (std::size_t i = 0; i < kStep; i += kLanes) {
+      const ByteVector c = pinkOf(hn::LoadU(d, from + i), hn::Load(d, signs + i));
+      hn::StoreU(softLightOf(c, hn::LoadU(d, with + i)), d, to + i);
+    }
+  };
+  forEachBlock<kStep>(kPackedBytes * pixels, blend, Reads<1>{src}, Reads<1>{overlay},
+                      Writes<1>{dst});
 }
 
-#endif
+#endif  // vectors or not
 
+}  // namespace
 }  // namespace alg::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 

@@ -5,9 +5,9 @@
 
 namespace {
 
-// With s(v) = ((255 - v) x v x gain) >> 15, the channels become v - s(v) or v + s(v). A rescale
-// stands behind them for pixels whose greatest value exceeds 255; none does, so that each byte
-// depends on its own channel alone:
+// With s(v) = ((255 - v) x v x gain) >> 15, the channels become v - s(v) or v + s(v). Pixels whose
+// greatest value exceeds 255 would be scaled down after that; none does, so that each byte depends
+// on its own channel alone:
 //   s(v) <= (255 - v) x (255 x 116 / 32768) < 255 - v for v < 255, and s(255) = 0, so v + s(v) is
 //   at most 255; likewise s(v) <= v x (255 x 116 / 32768) <= v, so v - s(v) is at least 0.
 // Such values pass through float and back unchanged.

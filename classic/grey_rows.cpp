@@ -1,5 +1,5 @@
 // The definitions of the grey row kernels.
-#include "kernels/grey_rows.h"
+#include "classic/grey_rows.h"
 
 #include "base/image_size.h"
 

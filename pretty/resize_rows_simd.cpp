@@ -3,30 +3,19 @@
 #include "pretty/resize_rows.h"
 
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "pretty/resize_simd.cpp"
+#define HWY_TARGET_INCLUDE "pretty/resize_rows_simd.cpp"
 #include "hwy/foreach_target.h"  // IWYU pragma: keep
 #include "hwy/highway.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace alg::HWY_NAMESPACE {
+namespace {
 
 #if !ALG_HAS_VECTORS()
 
-// Without vectors the definitions are the fastest there is.
-void mixColumnsVector(const uint32_t* row, uint32_t end, const ResizeColumns& columns,
-                      uint32_t* out) {
-  mixColumnsPlain(row, end, columns, 0, out);
-}
-
-void mixRowsVector(const uint32_t* top, const uint32_t* bottom, uint32_t fraction, int count,
-                   uint32_t* out) {
-  mixRowsPlain(top, bottom, fraction, 0, count, out);
-}
-
-void takeRowsVector(const uint32_t* top, const uint32_t* bottom, uint32_t fraction,
-                    const ResizeColumns& columns, uint32_t* out) {
-  takeRowsPlain(top, bottom, fraction, columns, 0, out);
-}
+constexpr auto& mixColumnsVector = mixColumnsPlain;
+constexpr auto& mixRowsVector = mixRowsPlain;
+constexpr auto& takeRowsVector = takeRowsPlain;
 
 #else
 
@@ -155,7 +144,7 @@ void mixColumnsVector(const uint32_t* row, uint32_t end, const ResizeColumns& co
     hn::StoreU(mix(load(row), load(row + 1), hn::LoadU(d, columns.fractions + i)), d, out + i);
   };
   const int done = forEachLanes(columns, columns.paired, 1, mixLanes);
-  mixColumnsPlain(row, end, columns, done, out);
+  mixColumnsPlain(row, end, columns.from(done), out + done);
 }
 
 void takeRowsVector(const uint32_t* top, const uint32_t* bottom, uint32_t fraction,
@@ -176,7 +165,7 @@ void takeRowsVector(const uint32_t* top, const uint32_t* bottom, uint32_t fracti
   };
   const int done = fraction == 0 ? forEachLanes(columns, columns.paired, 0, takeTop)
                                  : forEachLanes(columns, columns.paired, 0, takeBoth);
-  takeRowsPlain(top, bottom, fraction, columns, done, out);
+  takeRowsPlain(top, bottom, fraction, columns.from(done), out + done);
 }
 
 void mixRowsVector(const uint32_t* top, const uint32_t* bottom, uint32_t fraction, int count,
@@ -189,11 +178,12 @@ void mixRowsVector(const uint32_t* top, const uint32_t* bottom, uint32_t fractio
     const auto mixed = mix(hn::LoadU(d, top + i), hn::LoadU(d, bottom + i), fractions);
     hn::StoreU(hn::And(mixed, noAlpha), d, out + i);
   }
-  mixRowsPlain(top, bottom, fraction, i, count, out);
+  mixRowsPlain(top + i, bottom + i, fraction, count - i, out + i);
 }
 
 #endif  // vectors or not
 
+}  // namespace
 }  // namespace alg::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 

@@ -7,21 +7,22 @@
 //
 // Coarse weights fit 7 bits and fine ones 4, so that all stays below 2^16, and values above 255 are
 // limited when they become bytes. AVX2's sums of two products end at 2^15 - 1, which is 255 then.
-#include "classic/colour_mix.h"
+#include "classic/colour_rows.h"
 #include "kernels/vector_frame.h"
 
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "classic/colour_mix_simd.cpp"
+#define HWY_TARGET_INCLUDE "classic/colour_rows_simd.cpp"
 #include "hwy/foreach_target.h"  // IWYU pragma: keep
 #include "hwy/highway.h"
 #include "kernels/packed_planes-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace alg::HWY_NAMESPACE {
+namespace {
 
 #if !ALG_HAS_VECTORS()
 
-constexpr auto& mixColoursVector = mixColoursPlain;
+constexpr auto& mixColourRowVector = mixColourRowPlain;
 
 #else
 
@@ -119,35 +120,36 @@ HWY_INLINE Planes join(ByteVector first, ByteVector second, ByteVector third) {
 }
 
 void greyVector(const uint8_t* src, uint8_t* dst, std::size_t pixels) {
-  planes::forEachBlock(src, dst, pixels, [](const Planes& p) HWY_ATTR {
+  planes::mapPixels(src, dst, pixels, [](const Planes& p) HWY_ATTR {
     const ByteVector luma = mix<kLuma>(Halves(p));
     return join(luma, luma, luma);
   });
 }
 
 void sepiaVector(const uint8_t* src, uint8_t* dst, std::size_t pixels) {
-  planes::forEachBlock(src, dst, pixels, [](const Planes& p) HWY_ATTR {
+  planes::mapPixels(src, dst, pixels, [](const Planes& p) HWY_ATTR {
     const Halves halves(p);
     return join(mix<kSepiaRed>(halves), mix<kSepiaGreen>(halves), mix<kSepiaBlue>(halves));
   });
 }
 
-void mixColoursVector(ColourMix mix, const uint8_t* src, uint8_t* dst, std::size_t pixels) {
+void mixColourRowVector(ColourMix mix, const uint8_t* src, uint8_t* dst, std::size_t pixels) {
   (mix == ColourMix::kGrey ? greyVector : sepiaVector)(src, dst, pixels);
 }
 
-#endif
+#endif  // vectors or not
 
+}  // namespace
 }  // namespace alg::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
 namespace alg {
 
-HWY_EXPORT(mixColoursVector);
+HWY_EXPORT(mixColourRowVector);
 
-void mixColoursSimd(ColourMix mix, const uint8_t* src, uint8_t* dst, std::size_t pixels) {
-  HWY_DYNAMIC_DISPATCH(mixColoursVector)(mix, src, dst, pixels);
+void mixColourRow(ColourMix mix, const uint8_t* src, uint8_t* dst, std::size_t pixels) {
+  HWY_DYNAMIC_DISPATCH(mixColourRowVector)(mix, src, dst, pixels);
 }
 
 }  // namespace alg

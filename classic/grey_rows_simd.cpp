@@ -6,19 +6,19 @@
 //     (256 x H + L) >> 16  =  (H + (L >> 8)) >> 8
 //
 // exactly, for 256 x H is a multiple of 256. H + (L >> 8) is 65280 at most.
-#include <cstring>
-
 #include "base/image_size.h"
-#include "kernels/grey_rows.h"
+#include "classic/grey_rows.h"
 #include "kernels/vector_frame.h"
 
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "kernels/grey_rows_simd.cpp"
+#define HWY_TARGET_INCLUDE "classic/grey_rows_simd.cpp"
 #include "hwy/foreach_target.h"  // IWYU pragma: keep
 #include "hwy/highway.h"
+#include "kernels/row_blocks-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace alg::HWY_NAMESPACE {
+namespace {
 
 #if !ALG_HAS_VECTORS()
 
@@ -34,7 +34,6 @@ using Bytes = hn::ScalableTag<uint8_t>;
 using ByteVector = hn::Vec<Bytes>;
 
 constexpr std::size_t kBlock = hn::MaxLanes(Bytes());  // pixels a step
-constexpr std::size_t kBlockBytes = kPackedBytes * kBlock;
 static_assert(kBlock <= kRowPadding);
 
 #if ALG_IS_NEON()
@@ -135,37 +134,25 @@ class Weigher {
 
 #endif
 
-// Calls block(from, x) for the packed pixels from x on. The last one comes from the stack.
-template <class Block>
-HWY_INLINE void forEachBlock(const uint8_t* pixels, std::size_t width, Block block) {
-  std::size_t x = 0;
-  for (; x + kBlock <= width; x += kBlock) {
-    block(pixels + kPackedBytes * x, x);
-  }
-  if (x < width) {
-    uint8_t tail[kBlockBytes] = {};
-    std::memcpy(tail, pixels + kPackedBytes * x, kPackedBytes * (width - x));
-    block(tail, x);
-  }
-}
-
 void greyRowVector(const uint8_t* pixels, uint8_t* grey, std::size_t width,
                    const GreyWeights& weights) {
   const Weigher weigher(weights);
-  forEachBlock(pixels, width,
-               [&](const uint8_t* from, std::size_t x) HWY_ATTR { weigher.block(from, grey + x); });
+  const auto weigh = [&](std::size_t x, const uint8_t* from)
+                         HWY_ATTR { weigher.block(from, grey + x); };
+  forEachBlock<kBlock>(width, weigh, Reads<kPackedBytes>{pixels});
 }
 
 void splitRowVector(const uint8_t* pixels, uint8_t* planes, std::ptrdiff_t pitch,
                     std::size_t width) {
-  forEachBlock(pixels, width, [&](const uint8_t* from, std::size_t x) HWY_ATTR {
+  const auto split = [&](std::size_t x, const uint8_t* from) HWY_ATTR {
     const Bytes d;
     ByteVector p0, p1, p2;
     hn::LoadInterleaved3(d, from, p0, p1, p2);
     hn::StoreU(p0, d, planes + x);
     hn::StoreU(p1, d, planes + pitch + x);
     hn::StoreU(p2, d, planes + 2 * pitch + x);
-  });
+  };
+  forEachBlock<kBlock>(width, split, Reads<kPackedBytes>{pixels});
 }
 
 HWY_INLINE void spreadBlock(const uint8_t* grey, uint8_t* pixels) {
@@ -189,19 +176,13 @@ HWY_INLINE void spreadBlock(const uint8_t* grey, uint8_t* pixels) {
 }
 
 void spreadGreyRowVector(const uint8_t* grey, uint8_t* pixels, std::size_t width) {
-  std::size_t x = 0;
-  for (; x + kBlock <= width; x += kBlock) {
-    spreadBlock(grey + x, pixels + kPackedBytes * x);
-  }
-  if (x < width) {
-    uint8_t tail[kBlockBytes];
-    spreadBlock(grey + x, tail);
-    std::memcpy(pixels + kPackedBytes * x, tail, kPackedBytes * (width - x));
-  }
+  const auto spread = [&](std::size_t x, uint8_t* to) HWY_ATTR { spreadBlock(grey + x, to); };
+  forEachBlock<kBlock>(width, spread, Writes<kPackedBytes>{pixels});
 }
 
-#endif
+#endif  // vectors or not
 
+}  // namespace
 }  // namespace alg::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 

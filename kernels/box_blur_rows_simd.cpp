@@ -15,7 +15,7 @@
 #include "kernels/vector_frame.h"
 
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "kernels/box_blur_simd.cpp"
+#define HWY_TARGET_INCLUDE "kernels/box_blur_rows_simd.cpp"
 #include "hwy/foreach_target.h"  // IWYU pragma: keep
 #include "hwy/highway.h"
 
@@ -25,8 +25,13 @@ namespace {
 
 #if !ALG_HAS_VECTORS()
 
-// Without vectors the definitions are the fastest there is.
-BlurKernels rowKernels() { return kPlainBlurKernels; }
+constexpr auto& sumUpVector = sumUpPlain;
+constexpr auto& meansAcrossVector = meansAcrossPlain;
+constexpr auto& sumsAcrossVector = sumsAcrossPlain;
+constexpr auto& finishMeansVector = finishMeansPlain;
+constexpr auto& finishSquaresVector = finishSquaresPlain;
+constexpr auto& dropAlphaVector = dropAlphaPlain;
+constexpr auto& addAlphaVector = addAlphaPlain;
 
 #else
 
@@ -98,13 +103,12 @@ std::size_t sumUpSteps(const uint8_t* row, std::size_t width, uint16_t* prefix) 
   return x;
 }
 
-void sumUp(BlurPixels pixels, const uint8_t* row, std::size_t width, uint16_t* prefix) {
+void sumUpVector(BlurPixels pixels, const uint8_t* row, std::size_t width, uint16_t* prefix) {
   const bool words = pixels == BlurPixels::kWords;
   const std::size_t done = words ? sumUpSteps<kArgbBytes>(row, width, prefix)
                                  : sumUpSteps<kPackedBytes>(row, width, prefix);
-  kPlainBlurKernels.sumUp(pixels,
-                          row + static_cast<std::size_t>(words ? kArgbBytes : kPackedBytes) * done,
-                          width - done, prefix + kBlurElements * done);
+  sumUpPlain(pixels, row + static_cast<std::size_t>(words ? kArgbBytes : kPackedBytes) * done,
+             width - done, prefix + kBlurElements * done);
 }
 
 // Means ------------------------------------------------------------------------------------------
@@ -152,13 +156,13 @@ void meansAcrossRun(const BlurRun& run, const uint16_t* prefix, uint8_t* row) {
   }
 }
 
-void meansAcross(const BlurRun* runs, int runCount, const uint16_t* prefix, uint8_t* row) {
+void meansAcrossVector(const BlurRun* runs, int runCount, const uint16_t* prefix, uint8_t* row) {
   for (const BlurRun* run = runs; run != runs + runCount; ++run) {
     (run->radius == 0 ? meansAcrossRun<true> : meansAcrossRun<false>)(*run, prefix, row);
   }
 }
 
-void sumsAcross(const BlurRun* runs, int runCount, const uint16_t* prefix, uint16_t* row) {
+void sumsAcrossVector(const BlurRun* runs, int runCount, const uint16_t* prefix, uint16_t* row) {
   const Shorts d;
   for (const BlurRun* run = runs; run != runs + runCount; ++run) {
     const std::size_t reach = kBlurElements * static_cast<std::size_t>(run->radius);
@@ -209,8 +213,8 @@ void finishMeansRun(const BlurRun& run, const uint8_t* ring, uint16_t* sums, uin
   }
 }
 
-void finishMeans(const BlurRun* runs, int runCount, const uint8_t* ring, uint16_t* sums,
-                 uint8_t* bytes) {
+void finishMeansVector(const BlurRun* runs, int runCount, const uint8_t* ring, uint16_t* sums,
+                       uint8_t* bytes) {
   for (const BlurRun* run = runs; run != runs + runCount; ++run) {
     (run->radius == 0 ? finishMeansRun<true> : finishMeansRun<false>)(*run, ring, sums, bytes);
   }
@@ -241,8 +245,8 @@ ShortVector squareLanes(const uint16_t* entering, const uint16_t* leaving, const
   return hn::ConcatOdd(d, hn::BitCast(d, high), hn::BitCast(d, low));  // >> 16
 }
 
-void finishSquares(const BlurRun* runs, int runCount, const uint16_t* ring, uint32_t* sums,
-                   const uint8_t* centres, uint8_t* bytes) {
+void finishSquaresVector(const BlurRun* runs, int runCount, const uint16_t* ring, uint32_t* sums,
+                         const uint8_t* centres, uint8_t* bytes) {
   const Bytes d;
   for (const BlurRun* run = runs; run != runs + runCount; ++run) {
     const auto reciprocal = hn::Set(Words(), kBlurMeans.square[run->radius]);
@@ -263,7 +267,7 @@ void finishSquares(const BlurRun* runs, int runCount, const uint16_t* ring, uint
 // Words ------------------------------------------------------------------------------------------
 
 // Steps of four pixels, 16 bytes read and written each; those of the row end with the last word.
-void dropAlpha(const uint8_t* words, std::size_t width, uint8_t* bytes) {
+void dropAlphaVector(const uint8_t* words, std::size_t width, uint8_t* bytes) {
   HWY_ALIGN static constexpr uint8_t kFrom[16] = {0,  1,  2,  4,  5,     6,     8,     9,
                                                   10, 12, 13, 14, kNone, kNone, kNone, kNone};
   const Bytes16 d;
@@ -273,10 +277,10 @@ void dropAlpha(const uint8_t* words, std::size_t width, uint8_t* bytes) {
     hn::StoreU(hn::TableLookupBytesOr0(hn::LoadU(d, words + kArgbBytes * x), from), d,
                bytes + kBlurElements * x);
   }
-  kPlainBlurKernels.dropAlpha(words + kArgbBytes * x, width - x, bytes + kBlurElements * x);
+  dropAlphaPlain(words + kArgbBytes * x, width - x, bytes + kBlurElements * x);
 }
 
-void addAlpha(const uint8_t* bytes, std::size_t width, uint8_t* words) {
+void addAlphaVector(const uint8_t* bytes, std::size_t width, uint8_t* words) {
   HWY_ALIGN static constexpr uint8_t kFrom[16] = {0, 1, 2, kNone, 3, 4,  5,  kNone,
                                                   6, 7, 8, kNone, 9, 10, 11, kNone};
   const Bytes16 d;
@@ -286,11 +290,7 @@ void addAlpha(const uint8_t* bytes, std::size_t width, uint8_t* words) {
     hn::StoreU(hn::TableLookupBytesOr0(hn::LoadU(d, bytes + kBlurElements * x), from), d,
                words + kArgbBytes * x);
   }
-  kPlainBlurKernels.addAlpha(bytes + kBlurElements * x, width - x, words + kArgbBytes * x);
-}
-
-BlurKernels rowKernels() {
-  return {sumUp, meansAcross, sumsAcross, finishMeans, finishSquares, dropAlpha, addAlpha};
+  addAlphaPlain(bytes + kBlurElements * x, width - x, words + kArgbBytes * x);
 }
 
 #endif  // vectors or not
@@ -302,9 +302,43 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace alg {
 
-HWY_EXPORT(rowKernels);
+HWY_EXPORT(sumUpVector);
+HWY_EXPORT(meansAcrossVector);
+HWY_EXPORT(sumsAcrossVector);
+HWY_EXPORT(finishMeansVector);
+HWY_EXPORT(finishSquaresVector);
+HWY_EXPORT(dropAlphaVector);
+HWY_EXPORT(addAlphaVector);
 
-BlurKernels blurKernels() { return HWY_DYNAMIC_DISPATCH(rowKernels)(); }
+void sumUp(BlurPixels pixels, const uint8_t* row, std::size_t width, uint16_t* prefix) {
+  HWY_DYNAMIC_DISPATCH(sumUpVector)(pixels, row, width, prefix);
+}
+
+void meansAcross(const BlurRun* runs, int runCount, const uint16_t* prefix, uint8_t* row) {
+  HWY_DYNAMIC_DISPATCH(meansAcrossVector)(runs, runCount, prefix, row);
+}
+
+void sumsAcross(const BlurRun* runs, int runCount, const uint16_t* prefix, uint16_t* row) {
+  HWY_DYNAMIC_DISPATCH(sumsAcrossVector)(runs, runCount, prefix, row);
+}
+
+void finishMeans(const BlurRun* runs, int runCount, const uint8_t* ring, uint16_t* sums,
+                 uint8_t* bytes) {
+  HWY_DYNAMIC_DISPATCH(finishMeansVector)(runs, runCount, ring, sums, bytes);
+}
+
+void finishSquares(const BlurRun* runs, int runCount, const uint16_t* ring, uint32_t* sums,
+                   const uint8_t* centres, uint8_t* bytes) {
+  HWY_DYNAMIC_DISPATCH(finishSquaresVector)(runs, runCount, ring, sums, centres, bytes);
+}
+
+void dropAlpha(const uint8_t* words, std::size_t width, uint8_t* bytes) {
+  HWY_DYNAMIC_DISPATCH(dropAlphaVector)(words, width, bytes);
+}
+
+void addAlpha(const uint8_t* bytes, std::size_t width, uint8_t* words) {
+  HWY_DYNAMIC_DISPATCH(addAlphaVector)(bytes, width, words);
+}
 
 }  // namespace alg
 #endif

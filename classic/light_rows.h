@@ -1,5 +1,5 @@
-// The arithmetic of the fill light. Distances and weights are Q15 (32768 = 1.0). 32-bit products
-// wrap, which they do for radii below about 0.27.
+// The fill light: its arithmetic, and the kernel that lights all rows of a picture. Distances and
+// weights are Q15 (32768 = 1.0). 32-bit products wrap, which they do for radii below about 0.27.
 #pragma once
 
 #include <algorithm>
@@ -57,10 +57,8 @@ struct FillLight {
   int norm;     // 2^30 / squared half diagonal
 };
 
-/// By the definition: one pixel and its mirror images at a time.
-void fillLightPlain(const FillLight& light, const uint8_t* src, uint8_t* dst);
-
-/// The same result.
+/// Lights all rows; by the definition one pixel and its mirror images at a time.
 void fillLight(const FillLight& light, const uint8_t* src, uint8_t* dst);
+void fillLightPlain(const FillLight& light, const uint8_t* src, uint8_t* dst);
 
 }  // namespace alg

@@ -9,7 +9,7 @@
 
 #include "base/block.h"
 #include "base/image_size.h"
-#include "kernels/grey_rows.h"
+#include "classic/grey_rows.h"
 
 namespace alg {
 

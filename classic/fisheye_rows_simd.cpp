@@ -13,12 +13,12 @@
 #include <cstring>
 
 #include "base/image_size.h"
-#include "classic/fisheye_map.h"
+#include "classic/fisheye_rows.h"
 #include "classic/four_corner.h"
 #include "kernels/vector_frame.h"
 
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "classic/fisheye_simd.cpp"
+#define HWY_TARGET_INCLUDE "classic/fisheye_rows_simd.cpp"
 #include "hwy/foreach_target.h"  // IWYU pragma: keep
 #include "hwy/highway.h"
 
@@ -158,7 +158,7 @@ void copyRun(const uint8_t* base, const int32_t* offsets, uint8_t* to, int count
   base -= kFirst;
   int i = 0;
   for (; i + 6 <= count; i += 4, offsets += 4, to += 4 * kStep) {  // 4 bytes too many
-    // The curves of source pixels cross many rows, which no machine foresees. What the next rows
+    // The curves of source pixels cross many rows: the prefetcher cannot follow. What the next rows
     // will need is asked for here; an address outside the picture does no harm.
     const auto needed = reinterpret_cast<std::intptr_t>(base) + offsets[0] + ahead;
     __builtin_prefetch(reinterpret_cast<const void*>(needed));

@@ -1,5 +1,5 @@
-// The definitions of the row kernels.
-#include "convert/convert_rows.h"
+// The definitions of the decoding row kernels.
+#include "convert/decode_rows.h"
 
 #include "convert/bt601.h"
 
@@ -9,14 +9,6 @@ namespace {
 uint8_t clampedChannel(int32_t value) {
   const int32_t atMost = value > bt601::kChannelMax ? bt601::kChannelMax : value;
   return static_cast<uint8_t>((atMost < 0 ? 0 : atMost) >> 16);
-}
-
-struct Rgb {
-  int32_t r, g, b;
-};
-
-Rgb loadPixel(RowFormat format, const uint8_t* p) {
-  return format == RowFormat::kPackedUV ? Rgb{p[0], p[1], p[2]} : Rgb{p[2], p[1], p[0]};
 }
 
 }  // namespace
@@ -39,21 +31,11 @@ void decodeRowPlain(RowFormat format, const uint8_t* luma, const uint8_t* chroma
   }
 }
 
-void encodeLumaRowPlain(RowFormat format, const uint8_t* pixels, uint8_t* luma, std::size_t width) {
-  for (std::size_t x = 0; x < width; ++x) {
-    const Rgb p = loadPixel(format, pixels + pixelBytes(format) * x);
-    luma[x] = static_cast<uint8_t>(bt601::kY.apply(p.r, p.g, p.b));
-  }
-}
-
-void encodeChromaRowPlain(RowFormat format, const uint8_t* pixels, uint8_t* chroma,
-                          std::size_t width) {
-  const std::size_t uIndex = format == RowFormat::kArgbVU ? 1 : 0;
-  for (std::size_t x = 0; x < width; x += 2) {
-    const Rgb p = loadPixel(format, pixels + pixelBytes(format) * x);
-    chroma[x + uIndex] = static_cast<uint8_t>(bt601::kU.apply(p.r, p.g, p.b));
-    chroma[x + 1 - uIndex] = static_cast<uint8_t>(bt601::kV.apply(p.r, p.g, p.b));
-  }
+void decodeRowPairPlain(RowFormat format, const uint8_t* luma, std::ptrdiff_t lumaStride,
+                        const uint8_t* chroma, uint8_t* pixels, std::ptrdiff_t pixelStride,
+                        std::size_t width) {
+  decodeRowPlain(format, luma, chroma, pixels, width);
+  decodeRowPlain(format, luma + lumaStride, chroma, pixels + pixelStride, width);
 }
 
 }  // namespace alg

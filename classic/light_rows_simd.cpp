@@ -16,11 +16,11 @@
 // middle one's gains, whose image it is.
 #include "base/block.h"
 #include "base/image_size.h"
-#include "classic/light_gains.h"
+#include "classic/light_rows.h"
 #include "kernels/vector_frame.h"
 
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "classic/fill_light_simd.cpp"
+#define HWY_TARGET_INCLUDE "classic/light_rows_simd.cpp"
 #include "hwy/foreach_target.h"  // IWYU pragma: keep
 #include "hwy/highway.h"
 
@@ -71,7 +71,7 @@ ShortVector scaled(ShortVector v, int factor) {
 
 static_assert(falloff(0x7FFF) == falloff(0x8000));
 
-/// By how much, rounding, `falloff` ever exceeds what it is farther from the centre.
+/// The most by which `falloff`, being rounded, exceeds what it is farther from the centre.
 constexpr int ripple() {
   int most = 0;
   int nearest = 0x8000;
@@ -203,7 +203,7 @@ class LightTerms {
 #if ALG_IS_NEON()
     return hn::ConvertTo(d, product);
 #else
-    return IntVector{_mm256_cvttps_epi32(product.raw)};  // no care for values beyond 31 bits
+    return IntVector{_mm256_cvttps_epi32(product.raw)};  // no value has more than 31 bits
 #endif
   }
 
@@ -276,10 +276,10 @@ class LightRow {
   }
 
  private:
-  uint8_t* left_;
-  uint8_t* rightEnd_;
-  std::size_t sides_;   // bytes of pixels on either side with gains of their own
-  uint8_t middle_[18];  // those of all others
+  uint8_t* left_ = nullptr;
+  uint8_t* rightEnd_ = nullptr;
+  std::size_t sides_ = 0;    // bytes of pixels on either side with gains of their own
+  uint8_t middle_[18] = {};  // those of all others
 };
 
 void fillLightVector(const FillLight& light, const uint8_t* src, uint8_t* dst) {

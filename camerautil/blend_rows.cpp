@@ -1,5 +1,5 @@
-// The definitions of the byte-wise blends.
-#include "camerautil/blend_bytes.h"
+// The definitions of the byte-wise blends' row kernels.
+#include "camerautil/blend_rows.h"
 
 namespace alg {
 namespace {

@@ -1,14 +1,16 @@
 // Vector twins of the byte-wise blends, compiled once per vector target.
-#include "camerautil/blend_bytes.h"
+#include "camerautil/blend_rows.h"
 #include "kernels/vector_frame.h"
 
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "camerautil/blend_bytes_simd.cpp"
+#define HWY_TARGET_INCLUDE "camerautil/blend_rows_simd.cpp"
 #include "hwy/foreach_target.h"  // IWYU pragma: keep
 #include "hwy/highway.h"
+#include "kernels/row_blocks-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace alg::HWY_NAMESPACE {
+namespace {
 
 #if !ALG_HAS_VECTORS()
 
@@ -24,7 +26,7 @@ using Bytes = hn::ScalableTag<uint8_t>;
 using Halves = hn::Repartition<uint16_t, Bytes>;
 using ByteVector = hn::Vec<Bytes>;
 
-constexpr std::size_t kStep = hn::MaxLanes(Bytes());
+constexpr std::size_t kBlock = hn::MaxLanes(Bytes());
 
 // Even and odd bytes each in 16 bits, whose products wrap as the definition's do.
 void addSharesVector(const uint8_t* src, uint16_t srcShare, uint8_t* dst, uint16_t dstShare,
@@ -34,18 +36,18 @@ void addSharesVector(const uint8_t* src, uint16_t srcShare, uint8_t* dst, uint16
   const auto srcShares = hn::Set(h, srcShare);
   const auto dstShares = hn::Set(h, dstShare);
   const auto low = hn::Set(h, 0x00FF);
-  std::size_t i = 0;
-  for (; i + kStep <= n; i += kStep) {
-    const auto from = hn::BitCast(h, hn::LoadU(d, src + i));
-    const auto to = hn::BitCast(h, hn::LoadU(d, dst + i));
+  const auto add = [&](std::size_t /*x*/, const uint8_t* srcBytes, const uint8_t* dstBytes,
+                       uint8_t* sums) HWY_ATTR {
+    const auto from = hn::BitCast(h, hn::LoadU(d, srcBytes));
+    const auto to = hn::BitCast(h, hn::LoadU(d, dstBytes));
     const auto even =
         hn::Add(hn::Mul(hn::And(to, low), dstShares), hn::Mul(hn::And(from, low), srcShares));
     const auto odd = hn::Add(hn::Mul(hn::ShiftRight<8>(to), dstShares),
                              hn::Mul(hn::ShiftRight<8>(from), srcShares));
     const auto sum = hn::Or(hn::ShiftRight<8>(even), hn::AndNot(low, odd));
-    hn::StoreU(hn::BitCast(d, sum), d, dst + i);
-  }
-  addSharesPlain(src + i, srcShare, dst + i, dstShare, n - i);
+    hn::StoreU(hn::BitCast(d, sum), d, sums);
+  };
+  forEachBlock<kBlock>(n, add, Reads<1>{src}, Reads<1>{dst}, Writes<1>{dst});
 }
 
 HWY_INLINE ByteVector distance(ByteVector a, ByteVector b) {
@@ -63,34 +65,30 @@ HWY_INLINE ByteVector whereLess(ByteVector a, ByteVector b, ByteVector yes, Byte
 
 void takeNearerVector(const uint8_t* a, const uint8_t* b, const uint8_t* c, uint8_t* out,
                       std::size_t n) {
-  const Bytes d;
-  std::size_t i = 0;
-  for (; i + kStep <= n; i += kStep) {
-    const ByteVector va = hn::LoadU(d, a + i);
-    const ByteVector vb = hn::LoadU(d, b + i);
-    const ByteVector vc = hn::LoadU(d, c + i);
-    hn::StoreU(whereLess(distance(vb, va), distance(vc, va), vb, vc), d, out + i);
-  }
-  takeNearerPlain(a + i, b + i, c + i, out + i, n - i);
+  const auto take = [](std::size_t /*x*/, const uint8_t* fromA, const uint8_t* fromB,
+                       const uint8_t* fromC, uint8_t* to) HWY_ATTR {
+    const Bytes d;
+    const ByteVector va = hn::LoadU(d, fromA), vb = hn::LoadU(d, fromB), vc = hn::LoadU(d, fromC);
+    hn::StoreU(whereLess(distance(vb, va), distance(vc, va), vb, vc), d, to);
+  };
+  forEachBlock<kBlock>(n, take, Reads<1>{a}, Reads<1>{b}, Reads<1>{c}, Writes<1>{out});
 }
 
 void takeFarthestVector(uint8_t* a, const uint8_t* b, const uint8_t* c, std::size_t n) {
-  const Bytes d;
-  std::size_t i = 0;
-  for (; i + kStep <= n; i += kStep) {
-    const ByteVector va = hn::LoadU(d, a + i);
-    const ByteVector vb = hn::LoadU(d, b + i);
-    const ByteVector vc = hn::LoadU(d, c + i);
-    const ByteVector fromB = distance(vb, va);
-    const ByteVector fromC = distance(vc, va);
-    const ByteVector other = whereLess(fromB, fromC, vc, vb);
-    hn::StoreU(whereLess(hn::Min(fromB, fromC), distance(vb, vc), other, va), d, a + i);
-  }
-  takeFarthestPlain(a + i, b + i, c + i, n - i);
+  const auto take = [](std::size_t /*x*/, const uint8_t* fromA, const uint8_t* fromB,
+                       const uint8_t* fromC, uint8_t* to) HWY_ATTR {
+    const Bytes d;
+    const ByteVector va = hn::LoadU(d, fromA), vb = hn::LoadU(d, fromB), vc = hn::LoadU(d, fromC);
+    const ByteVector distanceB = distance(vb, va), distanceC = distance(vc, va);
+    const ByteVector other = whereLess(distanceB, distanceC, vc, vb);
+    hn::StoreU(whereLess(hn::Min(distanceB, distanceC), distance(vb, vc), other, va), d, to);
+  };
+  forEachBlock<kBlock>(n, take, Reads<1>{a}, Reads<1>{b}, Reads<1>{c}, Writes<1>{a});
 }
 
 #endif  // vectors or not
 
+}  // namespace
 }  // namespace alg::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 

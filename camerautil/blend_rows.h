@@ -1,5 +1,5 @@
-// Byte-wise blends of images as flat arrays. What is written must not start inside what is read: at
-// its start, before it or apart from it is fine.
+// Row kernels of the byte-wise blends, whose rows are whole images. What is written must not feed
+// back into what is read (kernels/overlap.h).
 #pragma once
 
 #include <cstddef>
@@ -21,9 +21,9 @@ void takeNearerPlain(const uint8_t* a, const uint8_t* b, const uint8_t* c, uint8
 /// a[i] = of a[i], b[i] and c[i] the one farthest from the background, which is of b[i] and c[i]
 /// the one nearer to a[i]; the first of equally far ones.
 ///
-/// That needs no background: be x the one of b and c that it is and y the other one. x is at no
-/// distance from it, so nothing is nearer, and x never takes the place of a. y does when it is
-/// farther than a, |y - x| > |a - x|; then it is farther than x, too. So the result is y or a.
+/// This needs no background: let x be the one of b and c that it is, and y the other one. x is at
+/// distance 0 from it, so that x never replaces a. y does when it is farther away than a,
+/// |y - x| > |a - x|; then it is farther away than x, too. So the result is y or a.
 void takeFarthest(uint8_t* a, const uint8_t* b, const uint8_t* c, std::size_t n);
 void takeFarthestPlain(uint8_t* a, const uint8_t* b, const uint8_t* c, std::size_t n);
 

@@ -1,4 +1,6 @@
-// The arithmetic of the fish-eye: each pixel is taken from where a barrel lens would have put it.
+// The fish-eye: its arithmetic, and the kernel that fills all rows of a picture. Each pixel is
+// taken from where a barrel lens would have put it.
+//
 // Lengths are Q12 (4096 = 1.0, the picture's side; 2048 = from the centre to an edge). Roots,
 // reciprocals and the arc are short series of products and shifts whose truncations are contract.
 #pragma once
@@ -24,7 +26,7 @@ constexpr Lens makeLens(int aspect) {
   const int p =
       ((((a * a2) >> 10) * 442) - (((a2 * a2) >> 10) * 22) - a2 * 3394 + a * 12420 - 22481469) >>
       12;
-  return {aspect, reach, p == 0 ? 0 : 9625600 / -p};
+  return {.aspect = aspect, .reach = reach, .zoom = p == 0 ? 0 : 9625600 / -p};
 }
 
 inline constexpr Lens kLandscape = makeLens(kOne);
@@ -96,10 +98,8 @@ struct FisheyeMap {
   Lens lens;
 };
 
-/// By the definition: one pixel and its mirror images at a time.
-void fisheyePlain(const FisheyeMap& map, const uint8_t* src, uint8_t* dst);
-
-/// The same result.
+/// Fills all rows; by the definition one pixel and its mirror images at a time.
 void fisheye(const FisheyeMap& map, const uint8_t* src, uint8_t* dst);
+void fisheyePlain(const FisheyeMap& map, const uint8_t* src, uint8_t* dst);
 
 }  // namespace alg

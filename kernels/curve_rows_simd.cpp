@@ -14,21 +14,22 @@
 #include <algorithm>
 
 #include "base/image_size.h"
-#include "kernels/curve_map.h"
+#include "kernels/curve_rows.h"
 #include "kernels/vector_frame.h"
 
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "kernels/curve_map_simd.cpp"
+#define HWY_TARGET_INCLUDE "kernels/curve_rows_simd.cpp"
 #include "hwy/foreach_target.h"  // IWYU pragma: keep
 #include "hwy/highway.h"
 #include "kernels/packed_planes-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace alg::HWY_NAMESPACE {
+namespace {
 
 #if !ALG_HAS_VECTORS()
 
-constexpr auto& mapCurvesVector = mapCurvesPlain;
+constexpr auto& mapCurveRowVector = mapCurveRowPlain;
 
 #else
 
@@ -59,7 +60,7 @@ struct StepVectors {
 // Curves that are steps on bytes need no lookup.
 void mapSteps(const uint8_t* src, uint8_t* dst, std::size_t pixels, const Curves& curves) {
   const StepVectors s0(curves.steps[0]), s1(curves.steps[1]), s2(curves.steps[2]);
-  planes::forEachBlock(src, dst, pixels, [&](const Planes& p) HWY_ATTR {
+  planes::mapPixels(src, dst, pixels, [&](const Planes& p) HWY_ATTR {
     return cross(s0(p.of[0]), s1(p.of[1]), s2(p.of[2]));
   });
 }
@@ -117,7 +118,7 @@ void mapTables(const uint8_t* src, uint8_t* dst, std::size_t pixels, const Curve
     dst += kPackedBytes * stretch;
     rest -= stretch;
   }
-  mapCurvesPlain(src, dst, tail, curves);
+  mapCurveRowPlain(src, dst, tail, curves);
 }
 
 #else
@@ -146,7 +147,7 @@ HWY_INLINE ByteVector lookUp(const uint8_t* rows, ByteVector v) {
 }
 
 void mapTables(const uint8_t* src, uint8_t* dst, std::size_t pixels, const Curves& curves) {
-  planes::forEachBlock(src, dst, pixels, [&](const Planes& p) HWY_ATTR {
+  planes::mapPixels(src, dst, pixels, [&](const Planes& p) HWY_ATTR {
     return cross(lookUp(curves.rows[0], p.of[0]), lookUp(curves.rows[1], p.of[1]),
                  lookUp(curves.rows[2], p.of[2]));
   });
@@ -154,22 +155,23 @@ void mapTables(const uint8_t* src, uint8_t* dst, std::size_t pixels, const Curve
 
 #endif
 
-void mapCurvesVector(const uint8_t* src, uint8_t* dst, std::size_t pixels, const Curves& curves) {
+void mapCurveRowVector(const uint8_t* src, uint8_t* dst, std::size_t pixels, const Curves& curves) {
   (curves.allSteps ? mapSteps : mapTables)(src, dst, pixels, curves);
 }
 
-#endif
+#endif  // vectors or not
 
+}  // namespace
 }  // namespace alg::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
 namespace alg {
 
-HWY_EXPORT(mapCurvesVector);
+HWY_EXPORT(mapCurveRowVector);
 
-void mapCurvesSimd(const uint8_t* src, uint8_t* dst, std::size_t pixels, const Curves& curves) {
-  HWY_DYNAMIC_DISPATCH(mapCurvesVector)(src, dst, pixels, curves);
+void mapCurveRow(const uint8_t* src, uint8_t* dst, std::size_t pixels, const Curves& curves) {
+  HWY_DYNAMIC_DISPATCH(mapCurveRowVector)(src, dst, pixels, curves);
 }
 
 }  // namespace alg

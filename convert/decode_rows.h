@@ -1,0 +1,26 @@
+// Row kernels of the conversions to pixels. Sources and destinations must not overlap.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "convert/row_format.h"
+
+namespace alg {
+
+/// Decodes `width` luma bytes and ceil(width / 2) chroma pairs to `width` pixels.
+void decodeRow(RowFormat format, const uint8_t* luma, const uint8_t* chroma, uint8_t* pixels,
+               std::size_t width);
+void decodeRowPlain(RowFormat format, const uint8_t* luma, const uint8_t* chroma, uint8_t* pixels,
+                    std::size_t width);
+
+/// Decodes the two rows that share a row of chroma pairs, for little more than half the arithmetic
+/// of two single ones. The second row lies a stride (in bytes) behind the first.
+void decodeRowPair(RowFormat format, const uint8_t* luma, std::ptrdiff_t lumaStride,
+                   const uint8_t* chroma, uint8_t* pixels, std::ptrdiff_t pixelStride,
+                   std::size_t width);
+void decodeRowPairPlain(RowFormat format, const uint8_t* luma, std::ptrdiff_t lumaStride,
+                        const uint8_t* chroma, uint8_t* pixels, std::ptrdiff_t pixelStride,
+                        std::size_t width);
+
+}  // namespace alg

@@ -1,0 +1,84 @@
+// Rows a block at a time; included by kernel files, once per vector target.
+#if defined(ALG_ROW_BLOCKS_INL_H_) == defined(HWY_TARGET_TOGGLE)
+#ifdef ALG_ROW_BLOCKS_INL_H_
+#undef ALG_ROW_BLOCKS_INL_H_
+#else
+#define ALG_ROW_BLOCKS_INL_H_
+#endif
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#include "hwy/highway.h"
+#include "kernels/vector_frame.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace alg::HWY_NAMESPACE {
+
+#if ALG_HAS_VECTORS()
+
+/// A row that a kernel reads, of elements of kBytes bytes.
+template <std::size_t kBytes>
+struct Reads {
+  const uint8_t* row;
+
+  const uint8_t* at(std::size_t x) const { return row + kBytes * x; }
+
+  /// A block of which the row has only the first elements, from x on. The others are 0.
+  template <std::size_t kBlock>
+  struct Tail {
+    Tail(const Reads& from, std::size_t x, std::size_t count) {
+      std::memcpy(bytes, from.at(x), kBytes * count);
+    }
+    void finish() const {}
+
+    uint8_t bytes[kBytes * kBlock] = {};
+  };
+};
+
+/// A row that a kernel writes.
+template <std::size_t kBytes>
+struct Writes {
+  uint8_t* row;
+
+  uint8_t* at(std::size_t x) const { return row + kBytes * x; }
+
+  template <std::size_t kBlock>
+  struct Tail {
+    Tail(const Writes& into, std::size_t x, std::size_t count)
+        : to(into.at(x)), size(kBytes * count) {}
+    void finish() const { std::memcpy(to, bytes, size); }
+
+    uint8_t* to;
+    std::size_t size;
+    uint8_t bytes[kBytes * kBlock];
+  };
+};
+
+/// Calls block(x, pointers...) for every kBlock of `count` elements, the pointers being where the
+/// block begins in each of `rows` (Reads or Writes). The last elements, when they are fewer, go
+/// through copies, so that nothing behind a row is read or written; x is for rows with padding.
+/// What is written may overlap what is read as long as it does not feed back: all of a block is
+/// read before any of it is written.
+template <std::size_t kBlock, class Block, class... Rows>
+HWY_INLINE void forEachBlock(std::size_t count, Block block, Rows... rows) {
+  const std::size_t whole = count - count % kBlock;
+  for (std::size_t x = 0; x != whole; x += kBlock) {
+    block(x, rows.at(x)...);
+  }
+  if (whole < count) {
+    const auto finish = [&](auto... tails) HWY_ATTR {
+      block(whole, tails.bytes...);
+      (tails.finish(), ...);
+    };
+    finish(typename Rows::template Tail<kBlock>(rows, whole, count - whole)...);
+  }
+}
+
+#endif
+
+}  // namespace alg::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#endif  // ALG_ROW_BLOCKS_INL_H_
