@@ -102,6 +102,7 @@ class ToolTest(ToolCase):
         self.assertEqual(Path("made").read_bytes(), bytes((121, 59, 197, 255)) * 256)
         for command, result in (
                 ("apply negative red.jpg", (58, 196, 134)), ("apply gray-scale red.jpg", (107, 107, 107)),
+                ("apply emboss red.jpg", (128, 128, 128)),  # above the relief, too
                 ("blend red.jpg blue.jpg --weight=256", red), ("blend red.jpg blue.jpg --weight=64", (91, 89, 181)),
                 ("blend red.jpg blue.jpg --mode=lighten", (197, 99, 201)),
                 ("blend red.jpg blue.jpg --mode=darken", (56, 59, 121))):
@@ -112,7 +113,8 @@ class ToolTest(ToolCase):
         wide, tall, square = (f"{folder}/{name}.png" for name in ("sucai0_r", "sucai0", "sucai3"))
         for effect, *options in (("fill-light", "--radius=0.4"), ("miniature-rows", "--offset=30", "--ramp=200"),
                                  ("miniature-rows", "--offset=30"), ("new-sketch", "--paper", wide),
-                                 ("color-paint", "--picture", wide), ("PrettyJapan", "--overlay", wide), ("area", "--front", square, "--mask", tall)):
+                                 ("color-paint", "--picture", wide), ("PrettyJapan", "--overlay", wide),
+                                 ("area", "--front", square, "--mask", tall)):
             changed = self.made("apply", effect, "photo.jpg", *options)
             self.assertNotEqual(changed, self.made("apply", effect, "photo.jpg"), options)
         self.made("apply", "area", "photo.jpg", "--front", tall, "--mask", square, code=1, says="720x720.*720x960")
