@@ -133,6 +133,12 @@ unsigned int wordBytes(const Call& call) {
   return static_cast<unsigned int>(bytesOf(Pixels::kWords, pixelCount(call.width, call.height)));
 }
 
+/// The rows of a picture, as large as the whole image, that a call's rows belong to.
+const uint8_t* rowsOf(const Call& call, std::size_t picture) {
+  return call.pictures[picture].pixels +
+         bytesOf(Pixels::kWords, pixelCount(call.width, call.firstRow));
+}
+
 }  // namespace
 
 constexpr Parameter kMixParameters[] = {{.name = "weight",
@@ -246,8 +252,8 @@ constinit const Operation kBackground{
     .run =
         [](const Call& call) {
           const unsigned int bytes = wordBytes(call);
-          const Block result(CameraUtil::getBackground(
-              call.src, call.pictures[0].pixels, call.pictures[1].pixels, static_cast<int>(bytes)));
+          const Block result(CameraUtil::getBackground(call.src, rowsOf(call, 0), rowsOf(call, 1),
+                                                       static_cast<int>(bytes)));
           if (result != nullptr) {
             std::memcpy(call.dst, result.get(), bytes);
           }
@@ -269,7 +275,7 @@ constinit const Operation kFarthest{
     .pictures = kFarthestPictures,
     .run =
         [](const Call& call) {
-          CameraUtil::add3ImageByBackground(call.dst, call.src, call.pictures[0].pixels,
+          CameraUtil::add3ImageByBackground(call.dst, call.src, rowsOf(call, 0),
                                             static_cast<int>(wordBytes(call)));
         },
 };

@@ -41,8 +41,17 @@ constexpr std::size_t bytesOf(Pixels kind, std::size_t pixels) {
 enum class Reach : uint8_t {
   kPixel,       ///< the source's pixel at its place
   kPlace,       ///< that, and where in the image it lies
-  kNeighbours,  ///< the pixels within `radius` rows and columns, and the place
+  kNeighbours,  ///< the pixels within `radius` rows and columns, and the place; what is nearer to
+                ///< an edge than that may be filled from elsewhere
   kAnything,
+};
+
+/// The size of the result.
+enum class ResultSize : uint8_t {
+  kSame,       ///< the source's
+  kTurned,     ///< rows become columns
+  kByDegrees,  ///< that, unless the first parameter is 180
+  kChosen,     ///< the caller chooses
 };
 
 /// How source and destination may overlap.
@@ -53,7 +62,8 @@ enum class Overlap : uint8_t {
 };
 
 /// Whether any band of rows can be made alone, from the same rows of the source (and of what the
-/// destination holds) and their place in the image: Call::firstRow and imageHeight.
+/// destination holds), whole pictures, and their place in the image: Call::firstRow and
+/// imageHeight.
 enum class Bands : uint8_t { kAny, kWholeImage };
 
 /// A number that a caller may choose. Values are whole where least, most and preset are meant so.
@@ -103,7 +113,7 @@ struct Call {
   uint8_t* dst = nullptr;  ///< as many, or resultWidth x resultHeight
   int width = 0;           ///< pixels per row
   int height = 0;          ///< rows of this call
-  int resultWidth = 0;     ///< where the operation changes sizes; else not read
+  int resultWidth = 0;     ///< where the operation changes sizes (setResultSize); else not read
   int resultHeight = 0;
   int firstRow = 0;     ///< of this call in the image; 0 where bands can't be made alone
   int imageHeight = 0;  ///< rows of the whole image; 0: this call's height
@@ -151,6 +161,7 @@ struct Operation {
   Pixels pixels;
   Reach reach = Reach::kPixel;
   int radius = 0;  ///< of kNeighbours
+  ResultSize resultSize = ResultSize::kSame;
   Overlap overlap = Overlap::kAny;
   Bands bands = Bands::kAny;
   bool readsDestination = false;  ///< what dst held before the call shows in the result
@@ -176,6 +187,18 @@ constexpr Call presetCall(const Operation& operation) {
     call.values[i] = operation.parameters[i].preset;
   }
   return call;
+}
+
+/// Sets the size of the call's result as it follows from width, height and values; a chosen one
+/// stays.
+constexpr void setResultSize(const Operation& operation, Call& call) {
+  constexpr double kHalfTurn = 180;
+  const ResultSize size = operation.resultSize;
+  if (size == ResultSize::kChosen) return;
+  const bool turned = size == ResultSize::kTurned ||
+                      (size == ResultSize::kByDegrees && call.values[0] != kHalfTurn);
+  call.resultWidth = turned ? call.height : call.width;
+  call.resultHeight = turned ? call.width : call.height;
 }
 
 }  // namespace alg

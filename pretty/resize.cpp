@@ -184,6 +184,7 @@ constinit const Operation kResize{
     .formula = "Bilinear, 16 fractional bits, truncating.",
     .pixels = Pixels::kWords,
     .reach = Reach::kAnything,
+    .resultSize = ResultSize::kChosen,
     .overlap = Overlap::kApart,
     .bands = Bands::kWholeImage,
     .run =

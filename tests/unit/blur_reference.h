@@ -41,7 +41,7 @@ inline void blurSeparable(int channels, Ramp ramp, const uint8_t* src, uint8_t* 
     const int r = rampRadius(24, ramp.alongRows ? ramp.offset + y : x, n);
     int sum = 0;
     for (int yy = y - r; yy <= y + r; ++yy) {
-      sum += across[zu((std::clamp(yy, 0, height - 1) * width + x) * channels + k)];
+      sum += across[asSize((std::clamp(yy, 0, height - 1) * width + x) * channels + k)];
     }
     dst[channels == 3 ? i + 2 - 2 * k : i] = k == 3 ? uint8_t{0} : mean(sum, side(r));
   }

@@ -1,41 +1,28 @@
-// Blending of byte arrays, resize and the maximum functions.
+// Blends with weights, overlaps and rectangles that the catalogue does not allow, resize over long
+// distances, and the maximum functions.
 #include <array>
 
-#include "effect_check.h"
 #include "libalgorithm/camera_util.h"
 #include "libalgorithm/pretty_filters.h"
+#include "operation_check.h"
 #include "resize_reference.h"
 
 namespace {
 
-template <class Run, class Reference>
-void checkPairs(Run run, Reference reference) {
-  for (const int shift : {3000, 0, 1, -1, 7, 16, -17, 40}) {
-    for (int n = 0; n <= 1100; n += n < 70 ? 1 : 103) {
-      const Guarded got(noise(n + std::abs(shift), n));
-      Bytes expected = got.bytes();
-      const int src = std::max(-shift, 0), dst = std::max(shift, 0);
-      for (int i = 0; i < n; ++i) {
-        const uint32_t s = expected[zu(src + i)], d = expected[zu(dst + i)];
-        expected[zu(dst + i)] = uint8_t(reference(s, d));
+TEST(Composite, MixesWithAnyWeights) {
+  constexpr std::pair<int, unsigned> kWeights[] = {
+      {256, 256}, {-3, 259}, {0x12345678, 0xFFFEDCBA}};  // sums that wrap, weights beyond 16 bits
+  const Bytes pixels = noise(1103), before = noise(1103, 2);
+  onEachTarget([&] {
+    for (const auto& [w, v] : kWeights) {
+      const Guarded dst(before);
+      CameraUtil::add2Image(pixels.data(), w, dst.data(), v, 1103);
+      Bytes expected = before;
+      for (std::size_t i = 0; i < expected.size(); ++i) {
+        expected[i] = uint8_t((expected[i] * v + pixels[i] * uint32_t(w)) >> 8);
       }
-      run(got.data() + src, got.data() + dst, unsigned(n));
-      ASSERT_TRUE(same(got.bytes(), expected)) << shift << " " << n;
+      EXPECT_TRUE(same(dst.bytes(), expected)) << w << " " << v;
     }
-  }
-}
-
-TEST(Composite, TwoImagesByteByByte) {
-  onEachTarget([] {
-    using Weights = std::pair<int, unsigned>;
-    for (const auto& [w, v] :
-         {Weights{128, 128}, {256, 256}, {-3, 259}, {0x12345678, 0xFFFEDCBA}}) {
-      checkPairs([w = w, v = v](auto* src, auto* dst,
-                                unsigned n) { CameraUtil::add2Image(src, w, dst, v, n); },
-                 [w = w, v = v](uint32_t s, uint32_t d) { return (d * v + s * uint32_t(w)) >> 8; });
-    }
-    checkPairs(CameraUtil::add2ImageByBrightness, [](auto s, auto d) { return std::max(s, d); });
-    checkPairs(CameraUtil::add2ImageByDarkness, [](auto s, auto d) { return std::min(s, d); });
   });
 }
 
@@ -48,19 +35,24 @@ TEST(Composite, ThreeImagesAgainstTheirBackground) {
         Bytes expected = noise(12000, n), background;
         for (uint8_t& byte : expected) byte = uint8_t(n % 2 == 0 ? byte % 6 : byte);  // many ties
         const Guarded got(expected);
-        const auto distance = [&](int at, int from) { return std::abs(expected[zu(at)] - from); };
+        const auto distance = [&](int at, int from) {
+          return std::abs(expected[asSize(at)] - from);
+        };
         for (int i = 0; i < n; ++i) {
-          const int v = expected[zu(a + i)];
+          const int v = expected[asSize(a + i)];
           const int from = distance(b + i, v) < distance(c + i, v) ? b : c;
-          background.push_back(expected[zu(from + i)]);
+          background.push_back(expected[asSize(from + i)]);
         }
         uint8_t *at = got.data(), *bg = CameraUtil::getBackground(at + a, at + b, at + c, n);
         EXPECT_TRUE(same({bg, background.size()}, background)) << a << " " << b << " " << n;
         std::free(bg);
         for (int i = 0; i < n; ++i) {
-          const int v = background[zu(i)];
+          const int v = background[asSize(i)];
           const int da = distance(a + i, v), db = distance(b + i, v), dc = distance(c + i, v);
-          expected[zu(a + i)] = expected[zu((da < dc && db < dc ? c : da < db ? b : a) + i)];
+          expected[asSize(a + i)] = expected[asSize((da < dc && db < dc ? c
+                                                     : da < db          ? b
+                                                                        : a) +
+                                                    i)];
         }
         CameraUtil::add3ImageByBackground(at + a, at + b, at + c, n);
         ASSERT_TRUE(same(got.bytes(), expected)) << a << " " << b << " " << c << " " << n;
@@ -82,7 +74,7 @@ TEST(Composite, RectanglesAreCopiedColumnByColumn) {
       Bytes expected = got.bytes();
       for (int x = rect[0]; x < rect[2]; ++x) {
         for (int y = rect[1]; y < rect[3]; ++y) {
-          uint8_t pixel[4], *from = &expected[zu(2000 + 4 * (y * width + x))];
+          uint8_t pixel[4], *from = &expected[asSize(2000 + 4 * (y * width + x))];
           std::memcpy(pixel, from, 4), std::memcpy(from + shift, pixel, 4);
         }
       }
@@ -92,31 +84,20 @@ TEST(Composite, RectanglesAreCopiedColumnByColumn) {
   }
 }
 
-TEST(Resize, MixesFourNeighbours) {
-  std::vector<std::array<int, 4>> sizes = {
+TEST(Resize, MixesFourNeighboursFarApartAndFeedsBack) {
+  constexpr std::array<int, 4> kSizes[] = {
       // to, from: steps, positions and bounds leave 32 bits
       {2, 2, 70000, 1},     {3, 2, 70000, 1},     {2, 3, 1, 70000},
       {70000, 2, 40000, 1}, {2, 66000, 32767, 1}, {300, 7, 40000, 3},  // few columns far apart
       {50000, 2, 40000, 3}};
-  const Bytes random = noise(4 * 1500);
-  for (std::size_t i = 0; i < random.size(); i += 4) {
-    sizes.push_back({random[i] % 70 + 1, random[i + 1] % 70 + 1, random[i + 2] % 70 + 1,
-                     random[i + 3] % 70 + 1});
+  for (const auto& [dw, dh, sw, sh] : kSizes) {
+    Trial trial(operationNamed("resize"), sw, sh);
+    trial.call.resultWidth = dw, trial.call.resultHeight = dh;
+    trial.src = noise(sw * sh * 4, sw + dh), trial.dst = Bytes(trial.resultBytes(), 1);
+    check(trial);
   }
   const auto words = [](const Guarded& block) { return reinterpret_cast<uint32_t*>(block.data()); };
-  onEachTarget([&] {
-    for (const auto& [dw, dh, sw, sh] : sizes) {
-      for (const bool white : {false, true}) {
-        const Bytes pixels = white ? Bytes(zu(sw * sh * 4), 255) : noise(sw * sh * 4, sw + dh);
-        const Guarded src(pixels, white), dst(Bytes(zu(dw * dh * 4), 1), white);
-        const Guarded expected(dst.bytes());
-        ref::resize(words(expected), dw, dh, words(src), sw, sh);
-        Resize(words(dst), dw, dh, words(src), sw, sh);
-        ASSERT_TRUE(same(dst.bytes(), expected.bytes()))
-            << sw << "x" << sh << " " << dw << "x" << dh;
-        EXPECT_TRUE(!white || *words(dst) == 0xFDFDFD);
-      }
-    }
+  onEachVectorTarget([&] {
     for (const int shift : {0, -20, 20, -700}) {  // results become sources
       const Guarded got(noise(4 * 3000)), expected(got.bytes());
       uint32_t *at = words(got) + 1000, *to = words(expected) + 1000;
@@ -125,9 +106,7 @@ TEST(Resize, MixesFourNeighbours) {
       ASSERT_TRUE(same(got.bytes(), expected.bytes())) << shift;
     }
   });
-  for (const auto& [w, h] : kSizesBelowOne) {
-    Resize(nullptr, w, h, nullptr, 4, 4), Resize(nullptr, 4, 4, nullptr, w, h);
-  }
+  for (const auto& [w, h] : kSizesBelowOne) Resize(nullptr, w, h, nullptr, 4, 4);
 }
 
 TEST(Maximum, TakesTheSecondUnlessTheFirstIsGreater) {

@@ -1,5 +1,4 @@
 // Fisheye and FillLightFix as they are defined: one pixel and its mirror images at a time.
-// Benchmarks measure against it, too.
 #pragma once
 
 #include <algorithm>
@@ -13,7 +12,7 @@ inline int series(int t) {
 }
 
 /// Copies that would start outside are left out.
-inline void fisheye(uint8_t* src, uint8_t* dst, float, int w, int h) {
+inline void fisheye(uint8_t* src, uint8_t* dst, int w, int h) {
   const int S = w > h ? 4096 : int(4096.0 * float(double(w) / double(h)));
   const int M = w > h ? 11264 : 2 * S + 3072, a = (M * 2326) >> 14, a2 = (a * a) >> 10;
   const int P =

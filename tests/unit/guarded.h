@@ -10,7 +10,7 @@
 
 /// Repeatable bytes without a pattern, so that shifted or unwritten ones show.
 inline Bytes noise(int size, int seed = 1) {
-  Bytes bytes(zu(size));
+  Bytes bytes(asSize(size));
   uint32_t state = uint32_t(seed) * 2654435761u + 12345u;
   for (uint8_t& byte : bytes) byte = uint8_t((state = state * 1664525u + 1013904223u) >> 24);
   return bytes;

@@ -1,67 +1,42 @@
-// The eight Pretty filters against the reference.
-#include "effect_check.h"
+// The Pretty filters on all bytes.
+#include <array>
+
 #include "kernels/stretched_rows.h"
-#include "libalgorithm/pretty_filters.h"
+#include "operation_check.h"
 #include "pretty/soft_light.h"
 
 namespace {
 
-using ref::Picture;
-
-/// The filter with an identifier, between a guarded overlay's bytes.
-PackedEffect filter(int id, const Picture& overlay) {
-  static constexpr decltype(&PrettySweet) kSimple[] = {PrettySweet, PrettyNature, PrettyBlue,
-                                                       PrettyMoonlight, PrettyWhiteDew};
-  static constexpr decltype(&PrettyPink) kOverlaid[] = {PrettyBeautiful, PrettyPink, PrettyJapan};
-  const auto run = [=](auto* src, auto* dst, int width, int height) {
-    if (id < 25) return kSimple[id - 20](src, dst, width, height);
-    const Guarded pixels(overlay.rgba);
-    kOverlaid[id - 25](src, dst, width, height, pixels.data(), overlay.width, overlay.height);
-  };
-  const auto reference = [=](auto* src, auto* dst, int width, int height) {
-    ref::filter(id, src, dst, width, height, overlay.rgba.data(), overlay.width, overlay.height);
-  };
-  return {ref::kEffects[zu(id)].name.c_str(), run, reference, true};
-}
-
-PackedEffect filter(int id, int overlayWidth, int overlayHeight) {
-  return filter(id, {overlayWidth, overlayHeight, noise(overlayWidth * overlayHeight * 4)});
-}
-
 TEST(Pretty, EveryPairOfPixelAndOverlayByteGivesTheReferenceByte) {
-  Picture overlay{256, 256, {}};
-  Bytes pixels, values, others, blended;
+  Bytes pixels, overlay, values, others, blended;
   for (int pair = 0; pair < 65536; ++pair) {
     const auto c = uint8_t(pair), o = uint8_t(pair >> 8);
     pixels.insert(pixels.end(), 3, c);
-    overlay.rgba.insert(overlay.rgba.end(), 4, o);
+    overlay.insert(overlay.end(), 4, o);
     values.push_back(c), others.push_back(o), blended.push_back(uint8_t(ref::softLight(c, o)));
   }
   onEachTarget([&] {
     const Guarded c(values), o(others), light(Bytes(values.size()));
     alg::softLightBytes(c.data(), o.data(), light.data(), values.size());
     EXPECT_TRUE(same(light.bytes(), blended));
-    for (int id = 20; id <= 27; ++id) checkOn(filter(id, overlay), pixels, 256, 256);
   });
+  for (const char* name : {"PrettyPink", "PrettyJapan"}) {
+    Trial trial = trialOn(operationNamed(name), pixels, 256, 256);
+    trial.call.pictures[0] = {nullptr, 256, 256}, trial.pictures[0] = overlay;
+    check(trial);
+  }
 }
 
-TEST(Pretty, SizesOverlaysAndOverlapsGiveTheOnePixelAtATimeResult) {
-  onEachTarget([] {
-    for (int id = 20; id <= 27; ++id) {
-      for (const int shift : {0, 1, -1, 2, 3, -3, 5, 6, -8, 16, 47, 48, -49, 96, 300}) {
-        for (int width = 1; width <= 40; width += 3) {
-          checkOverlapping(filter(id, width % 8 + 1, 1), width, 2, shift);
-        }
-        checkOverlapping(filter(id, 200, 90), 67, 33, shift);
-        checkOverlapping(filter(id, 66, 7), 67, 33, shift);
-      }
-      checkOn(filter(id, 4001, 3), noise(3000 * 2 * 3), 3000, 2);
-      checkOn(filter(id, 30011, 5), noise(19 * 7 * 3), 19, 7);
-      for (const auto& [width, height] : kSizesBelowOne) {
-        filter(id, 1, 1).run(nullptr, nullptr, width, height);
-      }
+TEST(Pretty, OverlaysMayBeFarWiderThanTheImage) {
+  for (const char* name : {"PrettyPink", "PrettyJapan"}) {
+    for (const auto& [width, height, overlayWidth] :
+         {std::array{3000, 2, 4001}, {67, 33, 200}, {19, 7, 30011}}) {
+      Trial trial = trialOn(operationNamed(name), noise(width * height * 3), width, height);
+      trial.call.pictures[0] = {nullptr, overlayWidth, 5};
+      trial.pictures[0] = noise(overlayWidth * 5 * 4);
+      check(trial);
     }
-  });
+  }
 }
 
 TEST(Pretty, StretchedRowsHaveTheNearestPixelsOfPicturesOfAnyWidth) {
@@ -82,7 +57,7 @@ TEST(Pretty, StretchedRowsHaveTheNearestPixelsOfPicturesOfAnyWidth) {
       Bytes expected;
       for (int i = 0; i < width; ++i) {
         const int at = row * kPictureHeight / kHeight * pictureWidth + i * pictureWidth / width;
-        for (const int c : kind.channels) expected.push_back(picture[zu(4 * at + c)]);
+        for (const int c : kind.channels) expected.push_back(picture[asSize(4 * at + c)]);
       }
       const uint8_t* got = rows.row(pixels.data(), row);
       EXPECT_TRUE(same({got, got + expected.size()}, expected))

@@ -13,7 +13,8 @@
 using Bytes = std::vector<uint8_t>;
 
 /// An int as a size.
-constexpr std::size_t zu(int value) { return static_cast<std::size_t>(value); }
+constexpr std::size_t asSize(int value) { return static_cast<std::size_t>(value); }
+constexpr std::size_t zu(int value) { return asSize(value); }  // its former name
 
 namespace ref {
 
@@ -54,8 +55,8 @@ inline int vOf(int r, int g, int b) { return weigh(r, 28783, g, -24104, b, -4679
 inline Bytes decode(const uint8_t* luma, const uint8_t* chroma, const Frame& f, int u) {
   const std::vector<int> pairs = chromaPairs(f, false);
   const auto sample = [&](int block, int byte) {
-    while (block >= 0 && pairs[zu(block)] + byte >= chromaBytes(f)) block -= f.blocks();
-    return block < 0 ? 0 : chroma[pairs[zu(block)] + byte] - 128;
+    while (block >= 0 && pairs[asSize(block)] + byte >= chromaBytes(f)) block -= f.blocks();
+    return block < 0 ? 0 : chroma[pairs[asSize(block)] + byte] - 128;
   };
   Bytes bgr;
   for (int i = 0; i < f.width * f.height; ++i) {
@@ -76,7 +77,7 @@ inline void encode(const uint8_t* rgb, uint8_t* luma, uint8_t* chroma, const Fra
     const int y = i / f.width, x = i % f.width;
     luma[y * f.yStride + x] = uint8_t(lumaOf(rgb[0], rgb[1], rgb[2]));
     if (x % 2 == 0 && (y % 2 == 1 || y == f.height - 1)) {  // a block's bottom left
-      const int pair = pairs[zu(y / 2 * f.blocks() + x / 2)];
+      const int pair = pairs[asSize(y / 2 * f.blocks() + x / 2)];
       if (pair + u < chromaBytes(f)) chroma[pair + u] = uint8_t(uOf(rgb[0], rgb[1], rgb[2]));
       if (pair + 1 - u < chromaBytes(f))
         chroma[pair + 1 - u] = uint8_t(vOf(rgb[0], rgb[1], rgb[2]));
@@ -96,7 +97,8 @@ inline void rotate(const uint8_t* src, int srcPitch, uint8_t* dst, int dstPitch,
       int row = height - 1 - y, column = width - 1 - x;
       if (turn == Turn::kCounterClockwise) row = x, column = height - 1 - y;
       if (turn == Turn::kClockwise) row = width - 1 - x, column = y;
-      std::memcpy(dst + y * dstPitch + x * bytes, src + row * srcPitch + column * bytes, zu(bytes));
+      std::memcpy(dst + y * dstPitch + x * bytes, src + row * srcPitch + column * bytes,
+                  asSize(bytes));
     }
   }
 }
@@ -224,7 +226,7 @@ inline const std::vector<Effect> kEffects = [] {
   for (std::string name; std::getline(names, name, ',');) {
     effects.push_back({name, effects.size() < 28 ? int(effects.size()) : 1000, 4, "", ""});
   }
-  for (const int id : {2, 7, 15, 16, 18, 19}) effects[zu(id)].strips = 1;
+  for (const int id : {2, 7, 15, 16, 18, 19}) effects[asSize(id)].strips = 1;
   effects[0].picture = effects[0].landscapePicture = "effect_lomo.png";
   effects[14].picture = "red2green.png";
   effects[14].landscapePicture = "red2green_r.png";
@@ -252,7 +254,7 @@ inline void road(const Effect& effect, const Picture* picture, uint8_t* luma, ui
   const bool shows = picture != nullptr && picture->height >= effect.strips;
   const Picture none, &overlay = shows ? *picture : none;
   const int id = effect.picture.empty() || shows ? effect.id : 1000, pitch = f.width * 3;
-  Bytes in(zu(f.height * pitch)), out(in.size());
+  Bytes in(asSize(f.height * pitch)), out(in.size());
   for (const auto& [row, rows] : strips(f.height, 4)) {
     const Frame strip{f.width, rows, f.yStride, f.uvStride};
     const Bytes bgr = decode(luma + row * f.yStride, chroma + row / 2 * f.uvStride, strip, 0);
@@ -262,7 +264,7 @@ inline void road(const Effect& effect, const Picture* picture, uint8_t* luma, ui
   for (const auto& [row, rows] : strips(f.height, effect.strips)) {
     filter(id, in.data() + row * pitch, out.data() + row * pitch, f.width, rows, band,
            overlay.width, overlay.height / effect.strips);
-    band += overlay.rgba.size() / zu(effect.strips);
+    band += overlay.rgba.size() / asSize(effect.strips);
   }
   for (const auto& [row, rows] : strips(f.height, 4)) {
     const Frame strip{f.width, rows, f.yStride, f.uvStride};

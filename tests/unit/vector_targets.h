@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "hwy/highway.h"
+#include "each_target.h"
 #include "kernels/vector_frame.h"
 
 /// The targets that this machine has to run: the vectors of its kind, then the baseline.
@@ -26,11 +26,10 @@ template <class Body>
 void onEachTarget(Body body) {
   constexpr bool kDispatches = (HWY_TARGETS & (HWY_TARGETS - 1)) != 0;
   std::vector<std::string> ran;
-  hwy::SetSupportedTargetsForTest(0);
-  for (const int64_t target : hwy::SupportedAndGeneratedTargets()) {
+  onEachVectorTarget([&] {
+    const int64_t target = hwy::SupportedTargets();
     ran.emplace_back(hwy::TargetName(target));
     SCOPED_TRACE(ran.back());
-    hwy::SetSupportedTargetsForTest(target);
     body();
     hwy::ChosenTarget forced;
     forced.Update(target);
@@ -38,7 +37,6 @@ void onEachTarget(Body body) {
     if (kDispatches) {
       EXPECT_EQ(hwy::GetChosenTarget().GetIndex(), forced.GetIndex()) << "another target ran";
     }
-  }
+  });
   EXPECT_EQ(ran, expectedTargets());
-  hwy::SetSupportedTargetsForTest(0);
 }
