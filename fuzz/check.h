@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <span>
 
-#include "hwy/highway.h"
+#include "tests/unit/each_target.h"
 
 inline void expectThat(bool holds, const char* what) {
   if (holds) return;
@@ -22,15 +22,4 @@ inline void expectSame(std::span<const uint8_t> got, std::span<const uint8_t> ex
     std::fprintf(stderr, "byte %zu of %zu is %d, not %d\n", i, got.size(), got[i], expected[i]);
     expectThat(false, what);
   }
-}
-
-/// Runs `body` on each vector target of the machine, the plain code among them where it is one.
-template <class Body>
-void onEachVectorTarget(Body body) {
-  hwy::SetSupportedTargetsForTest(0);
-  for (const int64_t target : hwy::SupportedAndGeneratedTargets()) {
-    hwy::SetSupportedTargetsForTest(target);
-    body();
-  }
-  hwy::SetSupportedTargetsForTest(0);
 }

@@ -11,7 +11,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
   const bool inSteps = input.byte() % 2 != 0;
   const Bytes values = input.fill(3 * 256);
   const auto curve = [&](int k) {
-    const uint8_t* const v = &values[zu(256 * k)];
+    const uint8_t* const v = &values[asSize(256 * k)];
     const int flip = v[0] % 2 * 255, up = v[1], down = v[2];
     return [=](int p) {
       return inSteps ? uint8_t(std::max(std::min((p ^ flip) + up, 255) - down, 0)) : v[p];
@@ -19,14 +19,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
   };
   const alg::Curves curves = alg::makeCurves(curve(0), curve(1), curve(2));
 
-  const std::size_t from = zu(std::max(-shift, 0)), to = zu(std::max(shift, 0));
+  const std::size_t from = asSize(std::max(-shift, 0)), to = asSize(std::max(shift, 0));
   const Bytes block = input.fill(bytes + (oneBlock ? std::abs(shift) : 0));
   Bytes expected = block;
   const auto run = [&](auto map, Bytes& into) {
     if (oneBlock) {
-      map(into.data() + from, into.data() + to, zu(bytes / 3), curves);
+      map(into.data() + from, into.data() + to, asSize(bytes / 3), curves);
     } else {
-      map(block.data(), into.data(), zu(bytes / 3), curves);
+      map(block.data(), into.data(), asSize(bytes / 3), curves);
     }
   };
   run(alg::mapCurveRowPlain, expected);

@@ -48,7 +48,7 @@ class Input {
 
   /// Up to `limit` characters: a length, then they.
   std::string text(int limit) {
-    std::string characters(zu(upTo(limit)), ' ');
+    std::string characters(asSize(upTo(limit)), ' ');
     for (char& character : characters) character = char(byte());
     return characters;
   }
@@ -56,7 +56,7 @@ class Input {
   /// An image's bytes: noise, or what is left of the input over and over. They are a block of just
   /// that size, so that AddressSanitizer sees what is touched around it.
   Bytes fill(int size) {
-    Bytes bytes(zu(size));
+    Bytes bytes(asSize(size));
     uint32_t state = byte();
     const bool repeats = state % 2 != 0 && !rest_.empty();
     for (std::size_t i = 0; i < bytes.size(); ++i) {

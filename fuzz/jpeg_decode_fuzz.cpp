@@ -20,7 +20,7 @@ bool tooLarge(std::span<const uint8_t> file) {
 
 void checkImage(const alg::DecodedJpeg& image) {
   expectThat(image.width > 0 && image.height > 0, "a decoded image has pixels");
-  for (std::size_t i = 3; i < 4 * zu(image.width) * zu(image.height); i += 4) {
+  for (std::size_t i = 3; i < 4 * asSize(image.width) * asSize(image.height); i += 4) {
     expectThat(image.pixels[i] == 255, "decoded pixels are opaque");
   }
 }

@@ -27,7 +27,7 @@ bool repair(Bytes& png) {
     const std::size_t length = bigEndian(chunk);
     if (length > left - kAround) break;
     const auto sum = uint32_t(crc32(0, chunk + 4, uInt(length + 4)));
-    for (int i = 0; i < 4; ++i) chunk[length + 8 + zu(i)] = uint8_t(sum >> (24 - 8 * i));
+    for (int i = 0; i < 4; ++i) chunk[length + 8 + asSize(i)] = uint8_t(sum >> (24 - 8 * i));
     chunk += length + kAround;
     left -= length + kAround;
   }
@@ -70,8 +70,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
     expectThat(pixels[i] <= pixels[i | 3], "no colour is above its alpha");
   }
   if (kind < 2) {
-    overlay(ref::kEffects[zu(26 + kind)], bitmap, input.fill(width * height * 3 / 2), width,
-            height);
+    const std::string name = kind == 0 ? "PrettyPink" : "PrettyJapan";
+    overlay(*std::ranges::find(ref::kEffects, name, &ref::Effect::name), bitmap,
+            input.fill(width * height * 3 / 2), width, height);
     return 0;
   }
   Bytes src = input.fill(width * height * 3), dst = src;

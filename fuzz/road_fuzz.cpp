@@ -37,8 +37,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
   Input input(data, size);
   const int known = input.byte() % 40;
   const std::string typed = input.text(30);
-  const ref::Effect effect =
-      known < 28 ? ref::kEffects[zu(known)] : effectNamed(typed.c_str());  // up to its first zero
+  const ref::Effect effect = known < 28 ? ref::kEffects[asSize(known)]
+                                        : effectNamed(typed.c_str());  // up to its first zero
   const int most = input.byte() % 8 == 1 ? 120000 : 10000;  // large ones have several bands a strip
   const int width = input.side(5000), height = input.side(std::min(most / width, 1500));
   const int yPad = input.upTo(40), uvPad = input.byte() % 4 == 0 ? input.upTo(40) : 0;

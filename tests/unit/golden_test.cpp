@@ -5,12 +5,12 @@
 #include <iomanip>
 #include <map>
 
+#include "catalogue/operations.h"
 #include "codec/jpeg_bridge.h"
 #include "device_root.h"
 #include "libalgorithm/camera_util.h"
 #include "libalgorithm/classic_effects.h"
 #include "libalgorithm/effect_pipeline.h"
-#include "libalgorithm/pretty_filters.h"
 #include "libalgorithm/yuv_convert.h"
 #include "log_capture.h"
 #include "vector_targets.h"
@@ -41,11 +41,6 @@ void encoded(uint8_t* in, uint8_t* out, int w, int h) {
   kRoutine(Pixels{in}, out, out + w * h, w, h, w, w);
 }
 
-template <auto kRoutine>
-void turned(uint8_t* in, uint8_t* out, int w, int h) {
-  kRoutine(in, out, w, h, 270);
-}
-
 template <auto kRoutine>  // a strip callback
 void strip(uint8_t* in, uint8_t* out, int w, int h) {
   const YuvStripDesc yuvIn{in, in + w * h, w, h, w, w};
@@ -56,17 +51,6 @@ void strip(uint8_t* in, uint8_t* out, int w, int h) {
            kRoutine == &RGB2YUV ? static_cast<void*>(&yuvOut) : &rgbOut);
 }
 
-template <auto kRoutine>
-void overlaid(uint8_t* in, uint8_t* out, int w, int h) {
-  static Bytes overlay = noise(kOverlayWidth * kOverlayHeight * 4, 3);
-  kRoutine(in, out, w, h, overlay.data(), kOverlayWidth, kOverlayHeight);
-}
-
-template <auto kRoutine>
-void radial(uint8_t* in, uint8_t* out, int w, int h) {
-  kRoutine(in, out, 0.8f, w, h);
-}
-
 /// Runs a blend of n bytes on `out`, which holds the source's bytes backwards.
 template <class Blend>
 Run blended(Blend blend) {
@@ -74,12 +58,6 @@ Run blended(Blend blend) {
     std::reverse_copy(in, in + w * h * 4, out);
     blend(in, out, unsigned(w * h * 4));
   };
-}
-
-void lomoFun(uint8_t* in, uint8_t* out, int w, int h) {
-  std::vector<int> ints(in, in + w * h * 3);
-  LomoFun(ints.data(), ints.data(), w, h);
-  std::copy(ints.begin(), ints.end(), out);
 }
 
 void fetch(void* in, int index, int* red, int* green, int* blue) {
@@ -106,64 +84,74 @@ void road(const std::string& name, const uint8_t* in, uint8_t* out, int w, int h
   KAVRO_PrettyEffect_Function(name.c_str(), "", out, out + w * h, h, w, w, w);
 }
 
-/// Adds routines under their names as they are written, without a template around them.
-void add(std::map<std::string, Run>& rows, const std::string& names,
-         std::initializer_list<Run> runs) {
-  std::istringstream list(names);
-  for (const Run& run : runs) {
-    std::string name;
-    std::getline(list >> std::ws, name, ',');
-    const std::size_t from = name.find('<') + 1;
-    rows[name.substr(from, name.find('>') - from)] = run;
+/// Sets what is not as for the other rows.
+void adjust(const alg::Operation& row, alg::Call& call) {
+  const std::string_view name = row.name;
+  const int w = call.width, h = call.height;
+  const auto set = [&](const std::vector<double>& values) {
+    std::ranges::copy(values, call.values);
+  };
+  if (name == "fill-light") set({0.8});
+  if (name == "miniature-rows") set({5, double(h + 20)});
+  if (name == "paste") set({1, 2, double(w - 5), double(h - 3)});
+  if (name == "rotate-yuv" || name == "rotate-argb") set({270});
+  alg::setResultSize(row, call);
+  if (name == "resize") {
+    call.resultWidth = w, call.resultHeight = h, call.width = w / 2, call.height = h / 3 * 2;
+  } else if (row.pixels == alg::Pixels::kFrame) {  // sizes are the result's
+    std::swap(call.width, call.resultWidth), std::swap(call.height, call.resultHeight);
   }
 }
-#define ADD(rows, ...) add(rows, #__VA_ARGS__, {__VA_ARGS__})
+
+/// An operation at its presets under one overlay; blends find the source's bytes backwards.
+void operate(const alg::Operation& row, uint8_t* in, uint8_t* out, int w, int h) {
+  static const Bytes overlay = noise(kOverlayWidth * kOverlayHeight * 4, 3);
+  alg::Call call = alg::presetCall(row);
+  call.src = in, call.dst = out, call.width = w, call.height = h;
+  call.pictures[0] = {overlay.data(), kOverlayWidth, kOverlayHeight};
+  adjust(row, call);
+  if (row.family == alg::Family::kBlend) std::reverse_copy(in, in + w * h * 4, out);
+  if (row.pixels != alg::Pixels::kInts) return row.run(call);
+  std::vector<int> ints(in, in + w * h * 3);
+  call.src = call.dst = reinterpret_cast<uint8_t*>(ints.data());
+  row.run(call);
+  std::copy(ints.begin(), ints.end(), out);
+}
 
 std::map<std::string, Run> routines() {
-  std::map<std::string, Run> rows = {
-      {"decodeARGB2YUV420P", pulled},
-      {"LomoFun", lomoFun},
-      {"JPEG2ARGB", throughJpeg},
-      {"ARGB2JPEG", toJpeg},
-      {"Resize", [](auto* in, auto* out, int w,
-                    int h) { Resize(Pixels{out}, w, h, Pixels{in}, w / 2, h / 3 * 2); }},
-      {"ActiveBlur",
-       [](auto* in, auto* out, int w, int h) { ActiveBlur(Pixels{out}, Pixels{in}, 0, w, h); }},
-      {"blur", [](auto* in, auto* out, int w, int h) { blur(out, Pixels{in}, w, h); }},
-      {"miniature_r",
-       [](auto* in, auto* out, int w, int h) { miniature_r(in, out, w, h, 5, h + 20); }},
-      {"Prague", [](auto* in, auto* out, int w, int h) { Prague(in, out, w, h, 0); }},
-      {"PragueCarton", [](auto* in, auto* out, int w, int h) { PragueCarton(in, out, w, h, 0); }},
-      {"CameraUtil::add2Image", blended([](auto* in, auto* out, unsigned n) {
-         CameraUtil::add2Image(in, 90, out, 180, n);
-       })},
-      {"CameraUtil::add2ImageByBrightness", blended(CameraUtil::add2ImageByBrightness)},
-      {"CameraUtil::add2ImageByDarkness", blended(CameraUtil::add2ImageByDarkness)},
-      {"CameraUtil::getBackground", blended([](auto* in, auto* out, unsigned n) {
-         const alg::Block background(CameraUtil::getBackground(in, in + 1, out, int(n) - 1));
-         std::copy_n(background.get(), n - 1, out);
-       })},
-      {"CameraUtil::add3ImageByBackground", blended([](auto* in, auto* out, unsigned n) {
-         CameraUtil::add3ImageByBackground(out, in, in + 1, int(n) - 1);
-       })},
-      {"CameraUtil::replaceImageContent", [](auto* in, auto* out, int w, int h) {
-         std::reverse_copy(in, in + w * h * 4, out);
-         int rect[] = {1, 2, w - 5, h - 3};
-         CameraUtil::replaceImageContent(in, out, w, rect);
-       }}};
-  ADD(rows, CrossProcess, GrayScale, Sepia, Pink, Summer, Ocean, negative, nature, miniature,
-      Sketch, Mosaic, Emboss, Colorpaint, areaeffect, otherTest, Temperature, PrettySweet,
-      PrettyNature, PrettyBlue, PrettyMoonlight, PrettyWhiteDew, overlaid<PrettyBeautiful>,
-      overlaid<PrettyPink>, overlaid<PrettyJapan>, overlaid<Lomo>, overlaid<newsketch>,
-      radial<Fisheye>, radial<FillLightFix>, CameraUtil::rotateYUV90, CameraUtil::rotateYUV180,
-      CameraUtil::rotateYUV270, CameraUtil::rotateARGB90, CameraUtil::rotateARGB180,
-      CameraUtil::rotateARGB270, turned<CameraUtil::rotateYUV>, turned<CameraUtil::rotateARGB>,
-      decoded<decodeYUV2ARGB_LUT>, decoded<decodeYVU2ARGB_OpenGL>, decoded<decodeYUV2ARGB_jni>,
-      encoded<decodeARGB2YUV_OpenGL>, encoded<decodeARGB2YVU_OpenGL>, encoded<decodeARGB2YUV_jni>,
-      strip<YUV2RGB>, strip<RGB2YUV>, strip<EffectFunction>);
-  for (std::size_t id = 0; id < 28; ++id) {
-    rows["KAVRO_PrettyEffect_Function " + ref::kEffects[id].name] =
-        std::bind_front(road, ref::kEffects[id].name);
+  std::map<std::string, Run> rows;
+  for (const alg::Operation* row : alg::operations()) {
+    rows[row->routine] = std::bind_front(operate, std::cref(*row));
+  }
+  // What no call of a row can say: files, weights that add up to more, pictures one byte apart.
+  rows["Colorpaint"] = Colorpaint;
+  rows["areaeffect"] = areaeffect;
+  rows["CameraUtil::add2Image"] =
+      blended([](auto* in, auto* out, unsigned n) { CameraUtil::add2Image(in, 90, out, 180, n); });
+  rows["CameraUtil::getBackground"] = blended([](auto* in, auto* out, unsigned n) {
+    const alg::Block background(CameraUtil::getBackground(in, in + 1, out, int(n) - 1));
+    std::copy_n(background.get(), n - 1, out);
+  });
+  rows["CameraUtil::add3ImageByBackground"] = blended([](auto* in, auto* out, unsigned n) {
+    CameraUtil::add3ImageByBackground(out, in, in + 1, int(n) - 1);
+  });
+  // What is no operation.
+  rows.insert({{"decodeARGB2YUV420P", pulled},
+               {"JPEG2ARGB", throughJpeg},
+               {"ARGB2JPEG", toJpeg},
+               {"decodeYUV2ARGB_LUT", decoded<decodeYUV2ARGB_LUT>},
+               {"decodeYVU2ARGB_OpenGL", decoded<decodeYVU2ARGB_OpenGL>},
+               {"decodeYUV2ARGB_jni", decoded<decodeYUV2ARGB_jni>},
+               {"decodeARGB2YUV_OpenGL", encoded<decodeARGB2YUV_OpenGL>},
+               {"decodeARGB2YVU_OpenGL", encoded<decodeARGB2YVU_OpenGL>},
+               {"decodeARGB2YUV_jni", encoded<decodeARGB2YUV_jni>},
+               {"YUV2RGB", strip<YUV2RGB>},
+               {"RGB2YUV", strip<RGB2YUV>},
+               {"EffectFunction", strip<EffectFunction>}});
+  for (const alg::Operation* row : alg::operations()) {
+    if (row->pipeline.name == nullptr) continue;
+    const std::string name = row->pipeline.name;
+    rows["KAVRO_PrettyEffect_Function " + name] = std::bind_front(road, name);
   }
   return rows;
 }
@@ -187,7 +175,7 @@ std::string sums() {
     uint64_t hash = sum({});
     for (const auto& [width, height] : kSizes) {
       const int bytes = width * height * 4;
-      Bytes in = noise(bytes), out(zu(bytes));
+      Bytes in = noise(bytes), out(asSize(bytes));
       run(in.data(), out.data(), width, height);
       hash = sum(out, hash);
     }
