@@ -1,9 +1,12 @@
 #include "bench/routines.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <string_view>
 
 #include "base/image_size.h"
+#include "catalogue/operations.h"
 #include "effect/pipeline.h"
 #include "libalgorithm/camera_util.h"
 #include "libalgorithm/classic_effects.h"
@@ -15,13 +18,6 @@ namespace alg::bench {
 namespace {
 
 uint32_t* words(uint8_t* bytes) { return reinterpret_cast<uint32_t*>(bytes); }
-int* ints(uint8_t* bytes) { return reinterpret_cast<int*>(bytes); }
-
-template <auto kRoutine>
-void whole(uint8_t* in, uint8_t* out, int w, int h) {
-  kRoutine(in, out, w, h);
-}
-
 template <auto kRoutine, class Pixels = uint32_t>
 void decode(uint8_t* in, uint8_t* out, int w, int h) {
   kRoutine(reinterpret_cast<Pixels*>(out), in, in + w * h, w, h, w, w);
@@ -51,45 +47,6 @@ void strip(uint8_t* in, uint8_t* out, int w, int h) {
             kCallback == &RGB2YUV ? static_cast<void*>(&yuvOut) : &rgbOut);
 }
 
-/// By a quarter turn, which the frames' routines take with the sizes of the result.
-template <auto kRoutine>
-void turn(uint8_t* in, uint8_t* out, int w, int h) {
-  kRoutine(in, out, w, h, 270);
-}
-template <auto kRoutine>
-void turnFrame(uint8_t* in, uint8_t* out, int w, int h) {
-  kRoutine(in, out, h, w);
-}
-
-template <auto kBlend, auto... kWeight>
-void blend(uint8_t* in, uint8_t* out, int w, int h) {
-  kBlend(in, out, static_cast<unsigned>(w * h * kArgbBytes));
-}
-
-/// Three pictures of `n` bytes: `in`, the same a pixel on, and `out`.
-template <class Run>
-void onThree(uint8_t* in, uint8_t* out, int w, int h, Run run) {
-  run(in, in + kArgbBytes, out, (w * h - 1) * kArgbBytes);
-}
-
-constexpr int kOverlayWidth = 720, kOverlayHeight = 960;
-
-template <auto kRoutine>
-void overlay(uint8_t* in, uint8_t* out, int w, int h) {
-  static Bytes overlay = picture(kOverlayWidth, kOverlayHeight, 4);
-  kRoutine(in, out, w, h, overlay.data(), kOverlayWidth, kOverlayHeight);
-}
-
-template <auto kRoutine>
-void radial(uint8_t* in, uint8_t* out, int w, int h) {
-  kRoutine(in, out, 0.8f, w, h);
-}
-
-template <auto kRoutine>
-void drawing(uint8_t* in, uint8_t* out, int w, int h) {
-  kRoutine(in, out, w, h, 0);
-}
-
 /// A strip of a ramp so long that all its rows have the same radius.
 template <int kRadius>
 void evenBlur(uint8_t* in, uint8_t* out, int w, int h) {
@@ -111,10 +68,11 @@ constexpr char kSweet[] = "PrettySweet", kNature[] = "PrettyNature", kBlue[] = "
                kBeautiful[] = "PrettyBeautiful", kPink[] = "PrettyPink", kJapan[] = "PrettyJapan",
                kPasses[] = "sepia";
 
-// Bytes a pixel of frames, packed pixels, words and ints.
-constexpr double kF = 1.5, kP = 3, kW = 4, kI = 12;
+// Bytes a pixel of frames, packed pixels and words.
+constexpr double kF = 1.5, kP = 3, kW = 4;
 
-constexpr Routine kRoutines[] = {
+/// What is no operation, or is measured in another way than at its presets.
+const Routine kByHand[] = {
     {"memcpy", Input::kWords, 2 * kW,
      [](auto* in, auto* out, int w, int h) { std::memcpy(out, in, pixelCount(w, h) * 4); },
      Look::kAlone},
@@ -129,36 +87,14 @@ constexpr Routine kRoutines[] = {
     {"YUV2RGB", Input::kFrame, kF + kP, strip<&YUV2RGB>},
     {"RGB2YUV", Input::kPacked, kF + kP, strip<&RGB2YUV>},
     // CameraUtil.
-    {"rotateYUV90", Input::kFrame, 2 * kF, turnFrame<CameraUtil::rotateYUV90>},
-    {"rotateYUV180", Input::kFrame, 2 * kF, whole<CameraUtil::rotateYUV180>},
-    {"rotateYUV270", Input::kFrame, 2 * kF, turnFrame<CameraUtil::rotateYUV270>},
-    {"rotateYUV", Input::kFrame, 2 * kF, turn<CameraUtil::rotateYUV>},
-    {"rotateARGB90", Input::kWords, 2 * kW, whole<CameraUtil::rotateARGB90>},
-    {"rotateARGB180", Input::kWords, 2 * kW, whole<CameraUtil::rotateARGB180>},
-    {"rotateARGB270", Input::kWords, 2 * kW, whole<CameraUtil::rotateARGB270>},
-    {"rotateARGB", Input::kWords, 2 * kW, turn<CameraUtil::rotateARGB>},
-    {"add2Image", Input::kWords, 3 * kW,
-     [](auto* in, auto* out, int w, int h) {
-       CameraUtil::add2Image(in, 64, out, 192, static_cast<unsigned>(w * h * kArgbBytes));
-     }},
-    {"add2ImageByBrightness", Input::kWords, 3 * kW, blend<CameraUtil::add2ImageByBrightness>},
-    {"add2ImageByDarkness", Input::kWords, 3 * kW, blend<CameraUtil::add2ImageByDarkness>},
     {"replaceImageContent", Input::kWords, 2 * kW,
      [](auto* in, auto* out, int w, int h) {
        int all[] = {0, 0, w, h};
        CameraUtil::replaceImageContent(in, out, w, all);
      }},
     {"getBackground", Input::kWords, 4 * kW,
-     [](auto* in, auto* out, int w, int h) {
-       onThree(in, out, w, h, [](auto* a, auto* b, auto* c, int n) {
-         std::free(CameraUtil::getBackground(a, b, c, n));
-       });
-     }},
-    {"add3ImageByBackground", Input::kWords, 4 * kW,
-     [](auto* in, auto* out, int w, int h) {
-       onThree(in, out, w, h, [](auto* a, auto* b, auto* c, int n) {
-         CameraUtil::add3ImageByBackground(c, a, b, n);
-       });
+     [](auto* in, auto* out, int w, int h) {  // of a picture, the same a pixel on, and another
+       std::free(CameraUtil::getBackground(in, in + kArgbBytes, out, (w * h - 1) * kArgbBytes));
      }},
     // Effect road.
     {"EffectFunction, passing through", Input::kPacked, 2 * kP, strip<&EffectFunction>},
@@ -177,54 +113,87 @@ constexpr Routine kRoutines[] = {
     {"KAVRO_PrettyEffect_Function PrettyPink", Input::kFrame, 2 * kF, road<kPink>, Look::kPreview},
     {"KAVRO_PrettyEffect_Function PrettyJapan", Input::kFrame, 2 * kF, road<kJapan>, Look::kRoad},
     {"KAVRO_PrettyEffect_Function sepia", Input::kFrame, 2 * kF, road<kPasses>, Look::kRoad},
-    // Pretty filters, temperature, resize, blurs.
-    {"PrettySweet", Input::kPacked, 2 * kP, PrettySweet, Look::kGrowth},
-    {"PrettyNature", Input::kPacked, 2 * kP, PrettyNature},
-    {"PrettyBlue", Input::kPacked, 2 * kP, PrettyBlue},
-    {"PrettyMoonlight", Input::kPacked, 2 * kP, PrettyMoonlight},
-    {"PrettyWhiteDew", Input::kPacked, 2 * kP, PrettyWhiteDew},
-    {"PrettyBeautiful", Input::kPacked, 2 * kP, overlay<PrettyBeautiful>},
-    {"PrettyPink", Input::kPacked, 2 * kP, overlay<PrettyPink>},
-    {"PrettyJapan", Input::kPacked, 2 * kP, overlay<PrettyJapan>},
-    {"Temperature", Input::kPacked, 2 * kP, Temperature},
+    // Variants.
     {"Resize to half", Input::kWords, kW + kW / 4,
      [](auto* in, auto* out, int w, int h) { Resize(words(out), w / 2, h / 2, words(in), w, h); }},
     {"Resize to double", Input::kWords, kW / 4 + kW,
      [](auto* in, auto* out, int w, int h) { Resize(words(out), w, h, words(in), w / 2, h / 2); }},
-    {"ActiveBlur", Input::kWords, 2 * kW,
-     [](auto* in, auto* out, int w, int h) { ActiveBlur(words(out), words(in), 0, w, h); }},
-    {"blur", Input::kWords, 2 * kW,
-     [](auto* in, auto* out, int w, int h) { blur(out, words(in), w, h); }},
-    // Classic effects.
-    {"CrossProcess", Input::kPacked, 2 * kP, CrossProcess},
-    {"GrayScale", Input::kPacked, 2 * kP, GrayScale},
-    {"Sepia", Input::kPacked, 2 * kP, Sepia},
-    {"Pink", Input::kPacked, 2 * kP, Pink},
-    {"Summer", Input::kPacked, 2 * kP, Summer},
-    {"Ocean", Input::kPacked, 2 * kP, Ocean},
-    {"negative", Input::kPacked, 2 * kP, negative},
-    {"Mosaic", Input::kPacked, 2 * kP, Mosaic},
-    {"otherTest", Input::kPacked, 2 * kP, otherTest},
-    {"Lomo", Input::kPacked, 2 * kP, overlay<Lomo>},
-    {"LomoFun", Input::kInts, 2 * kI,
-     [](auto* in, auto* out, int w, int h) { LomoFun(ints(in), ints(out), w, h); }},
-    {"Fisheye", Input::kPacked, 2 * kP, radial<Fisheye>},
-    {"FillLightFix", Input::kPacked, 2 * kP, radial<FillLightFix>},
-    {"miniature", Input::kPacked, 2 * kP, miniature, Look::kGrowth},
     {"miniature_r, radius 3", Input::kPacked, 2 * kP, evenBlur<3>},
     {"miniature_r, radius 23", Input::kPacked, 2 * kP, evenBlur<23>},
-    {"Sketch", Input::kPacked, 2 * kP, Sketch},
-    {"newsketch", Input::kPacked, 2 * kP, overlay<newsketch>},
-    {"Prague", Input::kPacked, 2 * kP, drawing<Prague>},
-    {"PragueCarton", Input::kPacked, 2 * kP, drawing<PragueCarton>},
-    {"nature", Input::kPacked, 2 * kP, nature},
-    {"Emboss", Input::kPacked, 2 * kP, Emboss},
+    // With the decoding of their files.
     {"Colorpaint", Input::kPacked, 2 * kP, Colorpaint},
     {"areaeffect", Input::kPacked, 2 * kP, areaeffect},
 };
 
+/// Whether there are rows by hand for a routine, under its name or one that says more.
+bool isByHand(std::string_view routine) {
+  return std::ranges::any_of(kByHand, [&](const Routine& row) {
+    const std::string_view name = row.name;
+    return name.starts_with(routine) &&
+           (name.size() == routine.size() || name[routine.size()] == ' ' ||
+            name[routine.size()] == ',');
+  });
+}
+
+/// The operation at its presets, under a picture of a portrait's size.
+void operate(const Operation& operation, uint8_t* in, uint8_t* out, int w, int h) {
+  constexpr int kPictureWidth = 720, kPictureHeight = 960;
+  static const Bytes kPicture = picture(kPictureWidth, kPictureHeight, 4);
+  Call call = presetCall(operation);
+  call.src = in, call.dst = out, call.width = w, call.height = h;
+  setResultSize(operation, call);
+  for (std::size_t i = 0; i < picturesOf(operation).size(); ++i) {
+    call.pictures[i] = operation.pictures[i].size == PictureRole::Size::kSameAsImage
+                           ? PictureView{in, w, h}
+                           : PictureView{kPicture.data(), kPictureWidth, kPictureHeight};
+  }
+  operation.run(call);
+}
+
+Input inputOf(Pixels pixels) {
+  switch (pixels) {
+    case Pixels::kWords:
+      return Input::kWords;
+    case Pixels::kInts:
+      return Input::kInts;
+    case Pixels::kFrame:
+      return Input::kFrame;
+    default:
+      return Input::kPacked;
+  }
+}
+
+/// Each image is read or written once; blends read the destination and pictures as large, too.
+double bytesMovedBy(const Operation& operation) {
+  const auto isLarge = [](const PictureRole& role) {
+    return role.size == PictureRole::Size::kSameAsImage;
+  };
+  const auto images = 2 + std::ranges::count_if(picturesOf(operation), isLarge) +
+                      (operation.family == Family::kBlend && operation.readsDestination ? 1 : 0);
+  return static_cast<double>(images) * static_cast<double>(bytesOf(operation.pixels, 2)) / 2;
+}
+
+std::vector<Routine> allRoutines() {
+  std::vector<Routine> rows(std::begin(kByHand), std::end(kByHand));
+  for (const Operation* operation : operations()) {
+    const std::string_view routine = operation->routine;
+    const char* name = operation->routine;  // without the class
+    if (const auto colon = routine.rfind(':'); colon != std::string_view::npos) name += colon + 1;
+    if (isByHand(name)) continue;
+    const bool curvesOrBoxes =
+        operation == &operation::kPrettySweet || operation == &operation::kMiniature;
+    rows.push_back({name, inputOf(operation->pixels), bytesMovedBy(*operation),
+                    std::bind_front(operate, std::cref(*operation)),
+                    curvesOrBoxes ? Look::kGrowth : Look::kPlain});
+  }
+  return rows;
+}
+
 }  // namespace
 
-std::span<const Routine> routines() { return kRoutines; }
+std::span<const Routine> routines() {
+  static const std::vector<Routine> kAll = allRoutines();
+  return kAll;
+}
 
 }  // namespace alg::bench

@@ -1,6 +1,8 @@
-// Every exported image routine as a row of a table.
+// Every exported image routine as a row of a table: the operations of the catalogue as they
+// describe themselves, and what is no operation.
 #pragma once
 
+#include <functional>
 #include <span>
 
 #include "bench/picture.h"
@@ -28,7 +30,7 @@ struct Routine {
   double moved;  // bytes a pixel that must be read and written, each once
   /// in: width x height pixels. out: room for as many bytes; at first the same bytes, for routines
   /// that work in place.
-  void (*run)(uint8_t* in, uint8_t* out, int width, int height);
+  std::function<void(uint8_t* in, uint8_t* out, int width, int height)> run;
   Look look = Look::kPlain;
 };
 
