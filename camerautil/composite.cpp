@@ -221,6 +221,7 @@ constinit const Operation kPaste{
     .shows = "A rectangle of one image put into another.",
     .formula = "Pixels are copied as they are, as if column by column.",
     .pixels = Pixels::kWords,
+    .reach = Reach::kPlace,
     .overlap = Overlap::kAny,
     .bands = Bands::kWholeImage,
     .readsDestination = true,
