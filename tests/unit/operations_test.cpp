@@ -101,9 +101,10 @@ void checkReach(const Operation& operation) {
     const int x = i < 4 ? i % 2 * (kWidth - 1) : i * 37 % kWidth;
     const int y = i < 4 ? i / 2 * (kHeight - 1) : i * 29 % kHeight;
     Trial changed = trial;
-    for (std::size_t k = 0; k < pixelBytes; ++k) {
-      changed.src[asSize(y * kWidth + x) * pixelBytes + k] ^=
-          operation.pixels == Pixels::kInts && k % 4 != 0 ? 0 : 0xA5;
+    const bool ints = operation.pixels == Pixels::kInts;
+    for (std::size_t k = 0; k < pixelBytes; k += ints ? sizeof(int) : 1) {
+      uint8_t& byte = changed.src[asSize(y * kWidth + x) * pixelBytes + k];
+      byte = uint8_t(byte ^ 0xA5);
     }
     const Bytes after = resultOf<Bytes>(changed, operation.run);
     for (std::size_t at = changed.src.size(); at < changed.src.size() + changed.dst.size(); ++at) {
