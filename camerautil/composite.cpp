@@ -255,7 +255,7 @@ constinit const Operation kBackground{
           const unsigned int bytes = wordBytes(call);
           const Block result(CameraUtil::getBackground(call.src, rowsOf(call, 0), rowsOf(call, 1),
                                                        static_cast<int>(bytes)));
-          if (result != nullptr) {
+          if (result != nullptr && bytes > 0) {
             std::memcpy(call.dst, result.get(), bytes);
           }
         },
