@@ -142,7 +142,7 @@ void operate(const Operation& operation, uint8_t* in, uint8_t* out, int w, int h
   Call call = presetCall(operation);
   call.src = in, call.dst = out, call.width = w, call.height = h;
   setResultSize(operation, call);
-  for (std::size_t i = 0; i < picturesOf(operation).size(); ++i) {
+  for (std::size_t i = 0; i < operation.pictures.size(); ++i) {
     call.pictures[i] = operation.pictures[i].size == PictureRole::Size::kSameAsImage
                            ? PictureView{in, w, h}
                            : PictureView{kPicture.data(), kPictureWidth, kPictureHeight};
@@ -168,7 +168,7 @@ double bytesMovedBy(const Operation& operation) {
   const auto isLarge = [](const PictureRole& role) {
     return role.size == PictureRole::Size::kSameAsImage;
   };
-  const auto images = 2 + std::ranges::count_if(picturesOf(operation), isLarge) +
+  const auto images = 2 + std::ranges::count_if(operation.pictures, isLarge) +
                       (operation.family == Family::kBlend && operation.readsDestination ? 1 : 0);
   return static_cast<double>(images) * static_cast<double>(bytesOf(operation.pixels, 2)) / 2;
 }

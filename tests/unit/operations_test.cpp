@@ -134,8 +134,8 @@ void checkPlaces(const Operation& operation) {
       return all;
     };
     trial.shift.reset(), trial.src = flat(1), trial.dst = flat(2);
-    for (const alg::PictureRole& role : alg::picturesOf(operation)) {
-      if (role.read) trial.pictures[&role - operation.pictures] = flat(3);
+    for (const alg::PictureRole& role : operation.pictures) {
+      if (role.read) trial.pictures[&role - operation.pictures.data()] = flat(3);
     }
     const Bytes all = resultOf<Bytes>(trial, operation.run);
     const auto result = resultIn(trial, all);
@@ -187,7 +187,7 @@ TEST(Catalogue, IsConsistent) {
     EXPECT_TRUE(names.insert(operation->name).second);
     EXPECT_TRUE(routines.insert(operation->routine).second);
     EXPECT_EQ(alg::findOperation(operation->name), operation);
-    for (const alg::Parameter& p : alg::parametersOf(*operation)) {
+    for (const alg::Parameter& p : operation->parameters) {
       EXPECT_TRUE(p.least < p.most && p.least <= p.preset && p.preset <= p.most) << p.name;
       const double steps = p.step > 0 ? (p.preset - p.least) / p.step : 0;
       EXPECT_EQ(steps, std::floor(steps)) << p.name;

@@ -30,8 +30,8 @@ struct Trial {
       if (i / 4 % 7 < 4 && i % 4 != 0) src[i] = 0;
     }
     if (!shift) dst = input.fill(int(resultBytes()));
-    for (const alg::PictureRole& role : alg::picturesOf(*operation)) {
-      const auto i = asSize(int(&role - operation->pictures));
+    for (const alg::PictureRole& role : operation->pictures) {
+      const auto i = asSize(int(&role - operation->pictures.data()));
       // One that is not read may be missing.
       if (role.read) pictures[i] = input.fill(4 * call.pictures[i].width * call.pictures[i].height);
     }
@@ -106,7 +106,7 @@ inline Trial anyTrial(const alg::Operation& operation, int width, int height, in
                       Input& input) {
   Trial trial(operation, width, height);
   alg::Call& call = trial.call;
-  for (std::size_t i = 0; i < alg::parametersOf(operation).size(); ++i) {
+  for (std::size_t i = 0; i < operation.parameters.size(); ++i) {
     call.values[i] = anyValue(operation.parameters[i], input);
   }
   if (operation.name == std::string_view("paste")) {  // a rectangle that lies inside
@@ -120,7 +120,7 @@ inline Trial anyTrial(const alg::Operation& operation, int width, int height, in
     call.resultHeight = input.side(mostPixels / call.resultWidth);
     if (input.byte() % 2 != 0) std::swap(call.resultWidth, call.resultHeight);
   }
-  for (std::size_t i = 0; i < alg::picturesOf(operation).size(); ++i) {
+  for (std::size_t i = 0; i < operation.pictures.size(); ++i) {
     choosePictureSize(call, i, operation.pictures[i], input);
   }
   const int overlap = input.byte() % 4;
