@@ -49,9 +49,9 @@ void run(benchmark::State& state, const Routine& routine, const Setting& setting
 }
 
 void addAll(const Routine& routine) {
-  const bool road = routine.look == Look::kRoad;
+  const bool onPipeline = routine.look == Look::kPipeline;
   const bool preview = routine.look == Look::kPreview;
-  const bool grows = road || routine.look == Look::kGrowth;
+  const bool grows = onPipeline || routine.look == Look::kGrowth;
   std::vector<Setting> settings;
   if (grows || preview) settings.push_back({"/0.3MP", k0MP});
   if (!preview) settings.insert(settings.end(), {{"/2MP", k2MP}, {"/12MP", k12MP}});
@@ -61,7 +61,8 @@ void addAll(const Routine& routine) {
     settings.push_back({"/2MP/plain", k2MP, targets.back()});
   }
   for (const int threads : {1, 2, 4}) {
-    if (road) settings.push_back({"/12MP/threads:" + std::to_string(threads), k12MP, 0, threads});
+    if (onPipeline)
+      settings.push_back({"/12MP/threads:" + std::to_string(threads), k12MP, 0, threads});
   }
   for (const Setting& setting : settings) {
     auto* made = benchmark::RegisterBenchmark(

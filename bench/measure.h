@@ -31,7 +31,7 @@ class Images {
 /// The clock's time.
 double seconds(clockid_t clock);
 
-/// The road has threads of its own, so what counts is the time that passes; of all others, what
+/// The pipeline has threads of its own, so what counts is the time that passes; of all others, what
 /// the calling thread spends.
 inline clockid_t clockOf(const Routine& routine) {
   return onPool(routine.look) ? CLOCK_MONOTONIC : CLOCK_THREAD_CPUTIME_ID;

@@ -56,7 +56,7 @@ void evenBlur(uint8_t* in, uint8_t* out, int w, int h) {
 }
 
 template <char const* kName, Passes kPasses = Passes::kFewest>
-void road(uint8_t* /*in*/, uint8_t* out, int w, int h) {
+void pipeline(uint8_t* /*in*/, uint8_t* out, int w, int h) {
   if (kPasses == Passes::kFewest) {
     KAVRO_PrettyEffect_Function(kName, "", out, out + w * h, h, w, w, w);
   } else {
@@ -66,7 +66,7 @@ void road(uint8_t* /*in*/, uint8_t* out, int w, int h) {
 constexpr char kSweet[] = "PrettySweet", kNature[] = "PrettyNature", kBlue[] = "PrettyBlue",
                kMoonlight[] = "PrettyMoonlight", kWhiteDew[] = "PrettyWhiteDew",
                kBeautiful[] = "PrettyBeautiful", kPink[] = "PrettyPink", kJapan[] = "PrettyJapan",
-               kPasses[] = "sepia";
+               kSepia[] = "sepia";
 
 // Bytes a pixel of frames, packed pixels and words.
 constexpr double kF = 1.5, kP = 3, kW = 4;
@@ -96,23 +96,27 @@ const Routine kByHand[] = {
      [](auto* in, auto* out, int w, int h) {  // of a picture, the same a pixel on, and another
        std::free(CameraUtil::getBackground(in, in + kArgbBytes, out, (w * h - 1) * kArgbBytes));
      }},
-    // Effect road.
+    // Effect pipeline.
     {"EffectFunction, passing through", Input::kPacked, 2 * kP, strip<&EffectFunction>},
-    {"KAVRO_PrettyEffect_Function PrettySweet", Input::kFrame, 2 * kF, road<kSweet>, Look::kRoad},
+    {"KAVRO_PrettyEffect_Function PrettySweet", Input::kFrame, 2 * kF, pipeline<kSweet>,
+     Look::kPipeline},
     {"KAVRO_PrettyEffect_Function PrettySweet in phases", Input::kFrame, 2 * kF,
-     road<kSweet, Passes::kThree>, Look::kRoad},
-    {"KAVRO_PrettyEffect_Function PrettyNature", Input::kFrame, 2 * kF, road<kNature>,
+     pipeline<kSweet, Passes::kThree>, Look::kPipeline},
+    {"KAVRO_PrettyEffect_Function PrettyNature", Input::kFrame, 2 * kF, pipeline<kNature>,
      Look::kPreview},
-    {"KAVRO_PrettyEffect_Function PrettyBlue", Input::kFrame, 2 * kF, road<kBlue>, Look::kPreview},
-    {"KAVRO_PrettyEffect_Function PrettyMoonlight", Input::kFrame, 2 * kF, road<kMoonlight>,
+    {"KAVRO_PrettyEffect_Function PrettyBlue", Input::kFrame, 2 * kF, pipeline<kBlue>,
      Look::kPreview},
-    {"KAVRO_PrettyEffect_Function PrettyWhiteDew", Input::kFrame, 2 * kF, road<kWhiteDew>,
+    {"KAVRO_PrettyEffect_Function PrettyMoonlight", Input::kFrame, 2 * kF, pipeline<kMoonlight>,
      Look::kPreview},
-    {"KAVRO_PrettyEffect_Function PrettyBeautiful", Input::kFrame, 2 * kF, road<kBeautiful>,
+    {"KAVRO_PrettyEffect_Function PrettyWhiteDew", Input::kFrame, 2 * kF, pipeline<kWhiteDew>,
      Look::kPreview},
-    {"KAVRO_PrettyEffect_Function PrettyPink", Input::kFrame, 2 * kF, road<kPink>, Look::kPreview},
-    {"KAVRO_PrettyEffect_Function PrettyJapan", Input::kFrame, 2 * kF, road<kJapan>, Look::kRoad},
-    {"KAVRO_PrettyEffect_Function sepia", Input::kFrame, 2 * kF, road<kPasses>, Look::kRoad},
+    {"KAVRO_PrettyEffect_Function PrettyBeautiful", Input::kFrame, 2 * kF, pipeline<kBeautiful>,
+     Look::kPreview},
+    {"KAVRO_PrettyEffect_Function PrettyPink", Input::kFrame, 2 * kF, pipeline<kPink>,
+     Look::kPreview},
+    {"KAVRO_PrettyEffect_Function PrettyJapan", Input::kFrame, 2 * kF, pipeline<kJapan>,
+     Look::kPipeline},
+    {"KAVRO_PrettyEffect_Function sepia", Input::kFrame, 2 * kF, pipeline<kSepia>, Look::kPipeline},
     // Variants.
     {"Resize to half", Input::kWords, kW + kW / 4,
      [](auto* in, auto* out, int w, int h) { Resize(words(out), w / 2, h / 2, words(in), w, h); }},
@@ -120,6 +124,8 @@ const Routine kByHand[] = {
      [](auto* in, auto* out, int w, int h) { Resize(words(out), w, h, words(in), w / 2, h / 2); }},
     {"miniature_r, radius 3", Input::kPacked, 2 * kP, evenBlur<3>},
     {"miniature_r, radius 23", Input::kPacked, 2 * kP, evenBlur<23>},
+    {"FillLightFix", Input::kPacked, 2 * kP,  // at its preset the light is even
+     [](auto* in, auto* out, int w, int h) { FillLightFix(in, out, 0.8f, w, h); }},
     // With the decoding of their files.
     {"Colorpaint", Input::kPacked, 2 * kP, Colorpaint},
     {"areaeffect", Input::kPacked, 2 * kP, areaeffect},

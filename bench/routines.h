@@ -14,15 +14,15 @@ enum class Input { kFrame, kPacked, kWords, kInts };
 
 /// How its time is looked at beside 2 and 12 megapixels.
 enum class Look {
-  kPlain,    ///< its plain definition beside its vector twin, at 2 megapixels
-  kGrowth,   ///< that, and sizes from 0.3 to 50 megapixels
-  kRoad,     ///< sizes from 0.3 to 50 megapixels, in real time, and pools of 1, 2 and 4 threads
-  kPreview,  ///< of the road as well, but as a preview at 0.3 megapixels only
-  kAlone,    ///< neither: there is no vector twin
+  kPlain,     ///< its plain definition beside its vector twin, at 2 megapixels
+  kGrowth,    ///< that, and sizes from 0.3 to 50 megapixels
+  kPipeline,  ///< sizes from 0.3 to 50 megapixels, in real time, and pools of 1, 2 and 4 threads
+  kPreview,   ///< of the pipeline as well, but as a preview at 0.3 megapixels only
+  kAlone,     ///< neither: there is no vector twin
 };
 
 /// Whether the work is done by the pool's threads.
-constexpr bool onPool(Look look) { return look == Look::kRoad || look == Look::kPreview; }
+constexpr bool onPool(Look look) { return look == Look::kPipeline || look == Look::kPreview; }
 
 struct Routine {
   const char* name;

@@ -5,9 +5,11 @@
 namespace alg {
 namespace {
 
-#define ALG_POINTER(row) &operation::row,
-constinit const Operation* const kOperations[] = {ALG_OPERATIONS(ALG_POINTER)};
-#undef ALG_POINTER
+constinit const Operation* const kOperations[] = {
+#define ROW(row) &operation::row,
+#include "catalogue/operations.inc"
+#undef ROW
+};
 
 }  // namespace
 

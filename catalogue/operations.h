@@ -1,4 +1,4 @@
-// The list of all operations: the only one there is.
+// All operations: operations.inc has the only list of them.
 #pragma once
 
 #include <span>
@@ -6,28 +6,12 @@
 
 #include "catalogue/operation.h"
 
-// In the order in which people see them. Each row stands at the end of its routine's source.
-#define ALG_OPERATIONS(ROW)                                                                    \
-  ROW(kPrettySweet)                                                                            \
-  ROW(kPrettyNature)                                                                           \
-  ROW(kPrettyBlue)                                                                             \
-  ROW(kPrettyMoonlight) ROW(kPrettyWhiteDew) ROW(kPrettyBeautiful) ROW(kPrettyPink)            \
-      ROW(kPrettyJapan) ROW(kCrossProcess) ROW(kGrayScale) ROW(kSepia) ROW(kPink) ROW(kSummer) \
-          ROW(kOcean) ROW(kNegative) ROW(kMosaic) ROW(kOtherTest) ROW(kTemperature) ROW(kLomo) \
-              ROW(kLomoFun) ROW(kFishEye) ROW(kFillLight) ROW(kMiniature) ROW(kMiniatureRows)  \
-                  ROW(kBlur) ROW(kActiveBlur) ROW(kSketch) ROW(kNewSketch) ROW(kPrague)        \
-                      ROW(kPragueCarton) ROW(kNature) ROW(kEmboss) ROW(kColorPaint) ROW(kArea) \
-                          ROW(kResize) ROW(kRotateYuv90) ROW(kRotateYuv180) ROW(kRotateYuv270) \
-                              ROW(kRotateYuv) ROW(kRotateArgb90) ROW(kRotateArgb180)           \
-                                  ROW(kRotateArgb270) ROW(kRotateArgb) ROW(kMix) ROW(kLighten) \
-                                      ROW(kDarken) ROW(kPaste) ROW(kBackground) ROW(kFarthest)
-
 namespace alg {
 
 namespace operation {
-#define ALG_DECLARE(row) extern const Operation row;
-ALG_OPERATIONS(ALG_DECLARE)
-#undef ALG_DECLARE
+#define ROW(row) extern const Operation row;
+#include "catalogue/operations.inc"
+#undef ROW
 }  // namespace operation
 
 /// All operations.

@@ -34,15 +34,15 @@ bool repair(Bytes& png) {
   return width * height <= kMostPixels;
 }
 
-/// Runs the road both ways over a frame, with the picture that was decoded as the reference's.
+/// Runs the pipeline both ways over a frame, with the picture that was decoded as the reference's.
 void overlay(const ref::Effect& effect, const alg::Bitmap& bitmap, const Bytes& frame, int width,
              int height) {
   ref::Picture picture{bitmap.width, bitmap.height, {}};
   picture.rgba.assign(bitmap.pixels.get(), bitmap.pixels.get() + bitmap.bytes());
   Bytes expected = frame;
   const std::ptrdiff_t chroma = std::ptrdiff_t{width} * height;
-  ref::road(effect, bitmap.pixels ? &picture : nullptr, expected.data(), expected.data() + chroma,
-            {width, height, width, width});
+  ref::pipeline(effect, bitmap.pixels ? &picture : nullptr, expected.data(),
+                expected.data() + chroma, {width, height, width, width});
   for (const alg::Passes passes : {alg::Passes::kFewest, alg::Passes::kThree}) {
     Bytes got = frame;
     const alg::Frame where{got.data(), got.data() + chroma, width, height, width, width};

@@ -55,7 +55,7 @@ std::vector<Duel> frameDuels(Scene& scene);
 std::vector<Duel> wordDuels(Scene& scene);
 std::vector<Duel> effectDuels(Scene& scene);
 std::vector<Duel> drawingDuels(Scene& scene);
-std::vector<Duel> roadDuels(Scene& scene);
+std::vector<Duel> pipelineDuels(Scene& scene);
 
 /// The mean absolute difference of the first `bytes` bytes.
 double meanDifference(const Bytes& a, const Bytes& b, std::size_t bytes);

@@ -124,7 +124,7 @@ int run(const std::string& filter, int pairs) {
   int rows = 0, reached = 0;
   std::puts("| Work | Ours, ms | Peer | Peer, ms | Peer / ours | Required | Of memcpy |");
   std::puts("|---|---:|---|---:|---:|---:|---:|");
-  for (const auto duels : {frameDuels, wordDuels, effectDuels, drawingDuels, roadDuels}) {
+  for (const auto duels : {frameDuels, wordDuels, effectDuels, drawingDuels, pipelineDuels}) {
     for (const Duel& duel : duels(scene)) {
       if (std::regex_search(duel.work, wanted)) {
         ++rows;
@@ -134,7 +134,8 @@ int run(const std::string& filter, int pairs) {
   }
   std::printf(
       "\n%d of %d rows are as fast as required; the others are bold. %d x %d pixels, medians of %d "
-      "pairs in turn, of the process's CPU time on one thread (the road: of the time that passed; "
+      "pairs in turn, of the process's CPU time on one thread (the pipeline: of the time that "
+      "passed; "
       "preview frames, 640 x 480: of CPU time on all threads). "
       "Of memcpy: our rate as a fraction of memcpy's for as many bytes read and written. Peers: "
       "libyuv %d, OpenCV %s.\n",

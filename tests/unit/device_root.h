@@ -55,7 +55,7 @@ class DeviceRoot {
     return picture;
   }
 
-  /// Writes all pictures of the effect road, each under its name.
+  /// Writes all pictures of the effect pipeline, each under its name.
   std::map<std::string, ref::Picture> writePictures(int width, int height) const {
     std::map<std::string, ref::Picture> pictures;
     for (const ref::Effect& effect : ref::kEffects) {

@@ -79,7 +79,7 @@ void throughJpeg(uint8_t* in, uint8_t* out, int w, int h) {
   std::copy_n(alg::jpegToArgb(jpeg->bytes.get(), jpeg->size)->pixels.get(), w * h * 4, out);
 }
 
-void road(const std::string& name, const uint8_t* in, uint8_t* out, int w, int h) {
+void pipeline(const std::string& name, const uint8_t* in, uint8_t* out, int w, int h) {
   std::copy_n(in, w * h * 3 / 2, out);
   KAVRO_PrettyEffect_Function(name.c_str(), "", out, out + w * h, h, w, w, w);
 }
@@ -151,7 +151,7 @@ std::map<std::string, Run> routines() {
   for (const alg::Operation* row : alg::operations()) {
     if (row->pipeline.name == nullptr) continue;
     const std::string name = row->pipeline.name;
-    rows["KAVRO_PrettyEffect_Function " + name] = std::bind_front(road, name);
+    rows["KAVRO_PrettyEffect_Function " + name] = std::bind_front(pipeline, name);
   }
   return rows;
 }

@@ -195,14 +195,14 @@ TEST(Catalogue, IsConsistent) {
     if (pipeline.name == nullptr) continue;
     EXPECT_TRUE(pipelineNames.insert(pipeline.name).second);
     EXPECT_TRUE(identifiers.insert(pipeline.identifier).second);
-    ASSERT_TRUE(pipeline.identifier >= 0 && pipeline.identifier < 28);
+    ASSERT_TRUE(pipeline.identifier >= 0 && pipeline.identifier < ref::kKnownNames);
     const ref::Effect& contract = ref::kEffects[asSize(pipeline.identifier)];
     EXPECT_EQ(std::pair(pipeline.name + std::string(), pipeline.strips),
               std::pair(contract.name, contract.strips));
     // The pipeline works on bands of rows.
     EXPECT_TRUE(!pipeline.runs || operation->bands == Bands::kAny);
   }
-  EXPECT_EQ(identifiers.size(), 28u);
+  EXPECT_EQ(std::ssize(identifiers), ref::kKnownNames);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// The whole effect road against the reference.
+// The whole effect pipeline against the reference.
 #include <malloc.h>
 
 #include "device_root.h"
@@ -11,7 +11,7 @@ namespace {
 
 using Pictures = std::map<std::string, ref::Picture>;
 
-/// Runs the road on guarded frames of noise, as fast as it can and in phases, and compares all.
+/// Runs the pipeline on guarded frames of noise, as fast as it can and in phases, and compares all.
 void check(const ref::Effect& effect, const Pictures& pictures, int width, int height,
            int lumaPad = 0, int chromaPad = 0) {
   SCOPED_TRACE(testing::Message() << effect.name << " " << width << "x" << height << " " << lumaPad
@@ -22,8 +22,8 @@ void check(const ref::Effect& effect, const Pictures& pictures, int width, int h
   const Guarded frame(noise(bytes)), other(noise(bytes));
   Bytes expected = frame.bytes();
   const auto picture = pictures.find(width > height ? effect.landscapePicture : effect.picture);
-  ref::road(effect, picture == pictures.end() ? nullptr : &picture->second, expected.data(),
-            expected.data() + luma, f);
+  ref::pipeline(effect, picture == pictures.end() ? nullptr : &picture->second, expected.data(),
+                expected.data() + luma, f);
   if (lumaPad + chromaPad == 0) {
     FakeBuffer buffer{frame.data(), bytes};
     EFFECT(FakeJni().env(), nullptr, buffer, width, height, FakeJni::text(name));
@@ -42,7 +42,7 @@ void check(const ref::Effect& effect, const Pictures& pictures, int width, int h
   EXPECT_TRUE(same(other.bytes(), expected)) << "phases";
 }
 
-TEST(Road, EveryNameWithAndWithoutItsPicture) {
+TEST(Pipeline, EveryNameWithAndWithoutItsPicture) {
   const DeviceRoot root;
   for (const auto& [pictureWidth, pictureHeight] :  // none; too few rows for four strips; enough
        {std::pair{0, 0}, {1, 3}, {5, 4}, {33, 22}, {9, 80}}) {
@@ -57,7 +57,7 @@ TEST(Road, EveryNameWithAndWithoutItsPicture) {
   }
 }
 
-TEST(Road, SmallOddAndPaddedFramesAreClippedToTheFrame) {
+TEST(Pipeline, SmallOddAndPaddedFramesAreClippedToTheFrame) {
   const DeviceRoot root;
   const Pictures pictures = root.writePictures(6, 9);
   for (const std::size_t id : {7u, 22u, 26u, 27u}) {  // one strip; four; four with a picture
@@ -77,7 +77,7 @@ TEST(Road, SmallOddAndPaddedFramesAreClippedToTheFrame) {
   }
 }
 
-TEST(Road, WorkImagesLiveBetweenInitAndDestroy) {
+TEST(Pipeline, WorkImagesLiveBetweenInitAndDestroy) {
   HALThreadPoolDestroy();
   EXPECT_EQ(fastcvPollInit(30, 20), 0);
   EXPECT_EQ(g_hal_threadpool_init, 1);

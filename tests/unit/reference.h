@@ -206,7 +206,7 @@ inline void filter(int effectId, const uint8_t* src, uint8_t* dst, int width, in
   }
 }
 
-// The road ---------------------------------------------------------------------------------------
+// The pipeline -----------------------------------------------------------------------------------
 
 struct Effect {
   std::string name;
@@ -214,7 +214,7 @@ struct Effect {
   std::string picture, landscapePicture;  // file names, empty without one
 };
 
-/// The 28 names in order of their identifiers, then some unknown ones.
+/// The names in order of their identifiers, then some unknown ones, from the empty one on.
 inline const std::vector<Effect> kEffects = [] {
   std::istringstream names(
       "LOMO_effect,cross-process,fill-light,temperature,gray-scale,miniature,nature,fish-eye,sepia,"
@@ -223,8 +223,10 @@ inline const std::vector<Effect> kEffects = [] {
       "PrettyBlue,PrettyMoonlight,PrettyWhiteDew,PrettyBeautiful,PrettyPink,PrettyJapan,"
       ",lomo_effect,PRETTYBLUE,PrettyBlue , sepia,fish-eyes");
   std::vector<Effect> effects;
+  bool known = true;
   for (std::string name; std::getline(names, name, ',');) {
-    effects.push_back({name, effects.size() < 28 ? int(effects.size()) : 1000, 4, "", ""});
+    known = known && !name.empty();
+    effects.push_back({name, known ? int(effects.size()) : 1000, 4, "", ""});
   }
   for (const int id : {2, 7, 15, 16, 18, 19}) effects[asSize(id)].strips = 1;
   effects[0].picture = effects[0].landscapePicture = "effect_lomo.png";
@@ -235,6 +237,8 @@ inline const std::vector<Effect> kEffects = [] {
   effects[27].picture = effects[27].landscapePicture = "sucai3.png";
   return effects;
 }();
+inline const int kKnownNames =
+    int(std::ranges::find(kEffects, 1000, &Effect::id) - kEffects.begin());
 
 /// First row and number of rows of each strip, clipped to the frame.
 inline std::vector<std::pair<int, int>> strips(int height, int count) {
@@ -248,9 +252,9 @@ inline std::vector<std::pair<int, int>> strips(int height, int count) {
   return result;
 }
 
-/// The whole road on a frame, in place. `picture` is null without one.
-inline void road(const Effect& effect, const Picture* picture, uint8_t* luma, uint8_t* chroma,
-                 const Frame& f) {
+/// The whole pipeline on a frame, in place. `picture` is null without one.
+inline void pipeline(const Effect& effect, const Picture* picture, uint8_t* luma, uint8_t* chroma,
+                     const Frame& f) {
   const bool shows = picture != nullptr && picture->height >= effect.strips;
   const Picture none, &overlay = shows ? *picture : none;
   const int id = effect.picture.empty() || shows ? effect.id : 1000, pitch = f.width * 3;

@@ -1,4 +1,4 @@
-// The whole road of an effect: a frame in place on two cores, preview frames, and a JPEG file.
+// The whole pipeline of an effect: a frame in place on two cores, preview frames, and a JPEG file.
 #include <cstdio>  // which jpeglib.h takes as given
 
 #include <jpeglib.h>
@@ -55,18 +55,18 @@ void libyuvBands(uint8_t* frame, const Size& size, int first, int last, const ui
   }
 }
 
-void runRoad(const char* effect, uint8_t* frame, const Size& size) {
+void runPipeline(const char* effect, uint8_t* frame, const Size& size) {
   KAVRO_PrettyEffect_Function(effect, "", frame, frame + pixelsOf(size.width, size.height),
                               size.height, size.width, size.width, size.width);
 }
 
-Duel road(Scene& s) {
-  return {"road with PrettySweet, pool on 2 cores",
+Duel pipeline(Scene& s) {
+  return {"pipeline with PrettySweet, pool on 2 cores",
           2.0,
           2 * kFrame,
           kFrame,
           2.5,
-          [&s] { runRoad("PrettySweet", s.ours.data(), kPhoto); },
+          [&s] { runPipeline("PrettySweet", s.ours.data(), kPhoto); },
           {{"libyuv NV21ToARGB + RGBColorTable + ARGBToNV21, in bands, 2 threads",
             [&s, table = tableOf(PrettySweet)] {
               constexpr int kHalf = kHeight / 2;
@@ -103,7 +103,7 @@ Duel preview(Scene& s, const char* effect, double required, Peer peer) {
           .moved = 0,
           .result = frameBytes(kPreview),
           .tolerance = 2.5,
-          .ours = [&s, effect] { runRoad(effect, s.ours.data(), kPreview); },
+          .ours = [&s, effect] { runPipeline(effect, s.ours.data(), kPreview); },
           .peers = {std::move(peer)},
           .before = &previewFrame(),
           .runs = 20};
@@ -121,7 +121,7 @@ Duel sweetPreview(Scene& s) {
 /// not what a frame gets whose effect lacks its picture.
 Duel besideSweet(Scene& s, const char* effect, double required) {
   Duel duel = preview(s, effect, required, {"ours with PrettySweet", [&s] {
-                                              runRoad("PrettySweet", s.theirs.data(), kPreview);
+                                              runPipeline("PrettySweet", s.theirs.data(), kPreview);
                                             }});
   duel.tolerance = 0;
   duel.difference = [&s, effect] {
@@ -141,13 +141,13 @@ struct JpegFile {
 };
 
 /// The application's way: pixels, frame, effect, pixels.
-void throughRoad(const JpegFile& from, JpegFile& to) {
+void throughPipeline(const JpegFile& from, JpegFile& to) {
   auto photo = jpegToArgb(from.bytes.get(), from.size);
   static Bytes frame(kFrame);
   auto* words = reinterpret_cast<uint32_t*>(photo->pixels.get());
   uint8_t* chroma = frame.data() + kPixels;
   decodeARGB2YVU_OpenGL(words, frame.data(), chroma, kWidth, kHeight, kWidth, kWidth);
-  runRoad("PrettySweet", frame.data(), kPhoto);
+  runPipeline("PrettySweet", frame.data(), kPhoto);
   decodeYVU2ARGB_OpenGL(words, frame.data(), chroma, kWidth, kHeight, kWidth, kWidth);
   auto jpeg = argbToJpeg(photo->pixels.get(), kWidth, kHeight, kQuality);
   to = {std::move(jpeg->bytes), jpeg->size};
@@ -207,7 +207,7 @@ Duel jpegFile(Scene& s) {
       .moved = 0,
       .result = 0,
       .tolerance = 3.5,
-      .ours = [] { throughRoad(source, ours); },
+      .ours = [] { throughPipeline(source, ours); },
       .peers = {{"libjpeg alone, row by row, with tables",
                  [table = tableOf(PrettySweet)] { throughCodec(source, theirs, table.data()); }}},
       .difference = difference};
@@ -215,9 +215,9 @@ Duel jpegFile(Scene& s) {
 
 }  // namespace
 
-std::vector<Duel> roadDuels(Scene& s) {
+std::vector<Duel> pipelineDuels(Scene& s) {
   std::vector<Duel> duels;
-  duels.push_back(road(s));
+  duels.push_back(pipeline(s));
   duels.push_back(sweetPreview(s));
   for (const char* effect :
        {"PrettyNature", "PrettyBlue", "PrettyMoonlight", "PrettyWhiteDew", "PrettyBeautiful"}) {

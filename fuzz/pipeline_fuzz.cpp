@@ -1,4 +1,4 @@
-// The effect road against the reference: names, frame sizes, strides and picture sizes.
+// The effect pipeline against the reference: names, frame sizes, strides and picture sizes.
 #include <png.h>
 
 #include "effect/pipeline.h"
@@ -37,8 +37,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
   Input input(data, size);
   const int known = input.byte() % 40;
   const std::string typed = input.text(30);
-  const ref::Effect effect = known < 28 ? ref::kEffects[asSize(known)]
-                                        : effectNamed(typed.c_str());  // up to its first zero
+  const ref::Effect effect = known < ref::kKnownNames
+                                 ? ref::kEffects[asSize(known)]
+                                 : effectNamed(typed.c_str());  // up to its first zero
   const int most = input.byte() % 8 == 1 ? 120000 : 10000;  // large ones have several bands a strip
   const int width = input.side(5000), height = input.side(std::min(most / width, 1500));
   const int yPad = input.upTo(40), uvPad = input.byte() % 4 == 0 ? input.upTo(40) : 0;
@@ -51,8 +52,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
   const bool defined = (width % 2 == 0 && height % 2 == 0) || uvPad == 0;
   Bytes expectedLuma = luma, expectedChroma = chroma;
   if (defined) {
-    ref::road(effect, picture.width > 0 ? &picture : nullptr, expectedLuma.data(),
-              expectedChroma.data(), f);
+    ref::pipeline(effect, picture.width > 0 ? &picture : nullptr, expectedLuma.data(),
+                  expectedChroma.data(), f);
   }
   for (const alg::Passes passes : {alg::Passes::kFewest, alg::Passes::kThree}) {
     Bytes y = luma, uv = chroma;
