@@ -1,4 +1,4 @@
-// The list of all operations: the only one there is.
+// The only list of all operations.
 #pragma once
 
 #include <span>
@@ -6,7 +6,7 @@
 
 #include "catalogue/operation.h"
 
-// In the order in which people see them. Each row stands at the end of its routine's source.
+// In the order in which people see them. Each row is at the end of its routine's source file.
 #define ALG_OPERATIONS(ROW)                                                                        \
   ROW(kPrettySweet)                                                                                \
   ROW(kPrettyNature)                                                                               \

@@ -24,7 +24,7 @@ struct Weights {
   }
 };
 
-// Encoding. For bytes Y stays in 16..234 and U and V in 16..239: no clamping is needed.
+// Encoding. For byte input, Y stays in 16..234 and U and V in 16..239: no clamping is needed.
 inline constexpr Weights kY{16830, 33036, 6416, 16 << 16};
 inline constexpr Weights kU{-9712, -19071, 28783, 128 << 16};
 inline constexpr Weights kV{28783, -24104, -4679, 128 << 16};

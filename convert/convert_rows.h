@@ -1,4 +1,4 @@
-// Row kernels of the YUV conversions: a row of pixels or two at a time, no image logic.
+// Row kernels of the YUV conversions: one or two rows of pixels at a time, no image logic.
 #pragma once
 
 #include <cstddef>
@@ -27,7 +27,7 @@ void decodeRowPlain(RowFormat format, const uint8_t* luma, const uint8_t* chroma
                     std::size_t width);
 
 /// Decodes the two rows that share a row of chroma pairs, for little more than half the arithmetic
-/// of two single ones. The second row lies a stride (in bytes) behind the first.
+/// of two single ones. The second row starts one stride (in bytes) after the first.
 void decodeRowPair(RowFormat format, const uint8_t* luma, std::ptrdiff_t lumaStride,
                    const uint8_t* chroma, uint8_t* pixels, std::ptrdiff_t pixelStride,
                    std::size_t width);

@@ -1,4 +1,4 @@
-// What fuzz targets hold against the library: a failed check ends the process, as a sanitizer does.
+// The checks of the fuzz targets: a failed one ends the process, as a sanitizer does.
 #pragma once
 
 #include <cstdint>
@@ -24,7 +24,8 @@ inline void expectSame(std::span<const uint8_t> got, std::span<const uint8_t> ex
   }
 }
 
-/// Runs `body` on each vector target of the machine, the plain code among them where it is one.
+/// Runs `body` on each vector target of the machine, including the plain code where that is a
+/// target.
 template <class Body>
 void onEachVectorTarget(Body body) {
   hwy::SetSupportedTargetsForTest(0);
