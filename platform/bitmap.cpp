@@ -14,7 +14,7 @@ Bitmap bitmap_front;
 bool decodePngFile(const char* path, Bitmap& bitmap) try {
   PngFile file(devicePath(path).c_str());
   return file.readSize() && file.decode(bitmap);
-} catch (const std::bad_alloc&) {  // not even the path has room
+} catch (const std::bad_alloc&) {  // no memory even for the path
   return false;
 }
 

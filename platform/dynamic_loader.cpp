@@ -12,7 +12,7 @@ void* loadLibrary(std::string_view path) {
   try {
     return dlopen(devicePath(path).c_str(), RTLD_NOW | RTLD_LOCAL);
   } catch (const std::bad_alloc&) {
-    dlerror();  // an earlier text has nothing to do with it
+    dlerror();  // drops the text of an earlier, unrelated error
     return nullptr;
   }
 }
