@@ -192,8 +192,7 @@ constinit const Operation kLomo{
     .routine = "Lomo",
     .family = Family::kTone,
     .shows = "The tones of a cheap film camera.",
-    .formula =
-        "Contrast of gain 1.5 and screen on red, screen on green, blue mapped to 63 to 191.",
+    .formula = "Contrast of gain 1.5 and screen on red, screen on green, blue mapped to 63 to 191.",
     .pixels = Pixels::kPackedBgr,
     .overlap = Overlap::kApart,
     .pictures = kLomoPictures,

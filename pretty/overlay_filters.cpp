@@ -131,7 +131,8 @@ constinit const Operation kPrettyBeautiful{
     .family = Family::kPretty,
     .shows = "Skin tones lifted into light.",
     .formula =
-        "The darkest and the brightest third are flattened, blue is scaled to 80 % and lifted by 20, "
+        "The darkest and the brightest third are flattened, blue is scaled to 80 % and lifted by "
+        "20, "
         "then 1 - exp(-5 b^2) with b = v / 255.",
     .pixels = Pixels::kPackedRgb,
     .pictures = kPrettyBeautifulPictures,
@@ -150,7 +151,8 @@ constinit const Operation kPrettyPink{
     .family = Family::kPretty,
     .shows = "Pink light over everything.",
     .formula =
-        "Colours are twisted toward pink, blended with the overlay picture as soft light, then mixed "
+        "Colours are twisted toward pink, blended with the overlay picture as soft light, then "
+        "mixed "
         "half and half with a steep saturating curve of them, 1 - exp(-5 b^1.75) with b = v / 255.",
     .pixels = Pixels::kPackedRgb,
     .reach = Reach::kPlace,
