@@ -73,8 +73,7 @@ constinit const Operation kMiniatureRows{
     .shows = "A toy world: sharp across the middle, blurred above and below.",
     .formula =
         "The blur of miniature, from row to row instead of from column to column; the image may be "
-        "a "
-        "strip of a taller one, but boxes do not reach beyond the strip.",
+        "a strip of a taller one, but boxes do not reach beyond the strip.",
     .pixels = Pixels::kPackedBgr,
     .reach = Reach::kNeighbours,
     .radius = 24,

@@ -132,8 +132,7 @@ constinit const Operation kPrettyBeautiful{
     .shows = "Skin tones lifted into light.",
     .formula =
         "The darkest and the brightest third are flattened, blue is scaled to 80 % and lifted by "
-        "20, "
-        "then 1 - exp(-5 b^2) with b = v / 255.",
+        "20, then 1 - exp(-5 b^2) with b = v / 255.",
     .pixels = Pixels::kPackedRgb,
     .pictures = kPrettyBeautifulPictures,
     .pipeline = {.name = "PrettyBeautiful", .identifier = 25, .runs = true, .loadsPicture = true},
@@ -152,8 +151,8 @@ constinit const Operation kPrettyPink{
     .shows = "Pink light over everything.",
     .formula =
         "Colours are twisted toward pink, blended with the overlay picture as soft light, then "
-        "mixed "
-        "half and half with a steep saturating curve of them, 1 - exp(-5 b^1.75) with b = v / 255.",
+        "mixed half and half with a steep saturating curve of them, 1 - exp(-5 b^1.75) with "
+        "b = v / 255.",
     .pixels = Pixels::kPackedRgb,
     .reach = Reach::kPlace,
     .pictures = kPrettyPinkPictures,
