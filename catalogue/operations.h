@@ -7,7 +7,8 @@
 #include "catalogue/operation.h"
 
 // In the order in which people see them. Each row is at the end of its routine's source file.
-// clang-format off: it finds no stable layout for the rows.
+// One a line, because clang-format finds no stable layout for them.
+// clang-format off
 #define ALG_OPERATIONS(ROW) \
   ROW(kPrettySweet)         \
   ROW(kPrettyNature)        \
