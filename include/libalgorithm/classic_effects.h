@@ -115,7 +115,8 @@ ALGORITHM_API void miniature_r(unsigned char* src, unsigned char* dst, int width
 /// @}
 /// @name Drawings
 /// 3 x 3 neighbourhoods. Except in nature and Emboss, the outermost rows and columns are copies of
-/// their inner neighbours; an image of a single row or column stays as dst held it. In place: no.
+/// their inner neighbours; where there is only a single row or column, that copy is left out, and
+/// dst keeps what it held. In place: no.
 /// @{
 
 /// Dark edge lines on white: 255 minus the length of the luminance gradient (Prewitt, doubled).
