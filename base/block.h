@@ -1,4 +1,4 @@
-// A malloc'ed block with an owner: what is handed to Java must come from malloc.
+// An owned malloc'ed block: memory that is given to Java must come from malloc.
 #pragma once
 
 #include <cstddef>

@@ -9,8 +9,8 @@ namespace alg {
 inline constexpr int kPackedBytes = 3;  // bytes of a packed pixel
 inline constexpr int kArgbBytes = 4;    // bytes of an ARGB word
 
-/// Pixels of an image whose count is contract as a wrapping 32-bit product; 0 when it is below 1 or
-/// a side is.
+/// The pixel count of an image, by contract a wrapping 32-bit product; 0 when the product or a side
+/// is below 1.
 constexpr std::size_t pixelCount(int32_t width, int32_t height) {
   if (width < 1 || height < 1) {
     return 0;
@@ -25,10 +25,11 @@ constexpr int64_t yuvFrameBytes(int32_t width, int32_t height) {
   return int64_t{width} * height * 3 / 2;
 }
 
-/// Pictures from files are decoded up to these sizes; larger ones fail before memory is taken.
+/// Pictures from files are decoded up to these sizes; larger ones fail before memory is allocated.
 inline constexpr int64_t kMaxPictureSide = 65535;
 inline constexpr int64_t kMaxPicturePixels = 256'000'000;
-/// Of the pictures of effects: PNG files of a few kilobytes can hold hundreds of megabytes.
+/// The same for the effects' pictures: a PNG file of a few kilobytes can hold hundreds of
+/// megabytes.
 inline constexpr int64_t kMaxEffectPicturePixels = 64'000'000;
 
 constexpr bool isPictureSize(int64_t width, int64_t height,

@@ -126,7 +126,7 @@ void CameraUtil::add3ImageByBackground(uint8_t* a, const uint8_t* b, const uint8
 namespace alg::operation {
 namespace {
 
-/// The most that a rectangle's side can be asked for.
+/// The largest coordinate of a rectangle.
 constexpr int kLongestSide = 65535;
 
 unsigned int wordBytes(const Call& call) {
@@ -170,7 +170,7 @@ constinit const Operation kLighten{
     .routine = "CameraUtil::add2ImageByBrightness",
     .family = Family::kBlend,
     .shows = "The lighter values of two images.",
-    .formula = "The greater of both bytes.",
+    .formula = "The greater of the two bytes.",
     .pixels = Pixels::kWords,
     .readsDestination = true,
     .run =
@@ -184,7 +184,7 @@ constinit const Operation kDarken{
     .routine = "CameraUtil::add2ImageByDarkness",
     .family = Family::kBlend,
     .shows = "The darker values of two images.",
-    .formula = "The smaller of both bytes.",
+    .formula = "The smaller of the two bytes.",
     .pixels = Pixels::kWords,
     .readsDestination = true,
     .run =
@@ -207,18 +207,18 @@ constexpr Parameter kPasteParameters[] = {{.name = "left",
                                            .type = Parameter::Type::kInteger,
                                            .most = kLongestSide,
                                            .unit = "pixels",
-                                           .help = "column behind the last; 0: the image's width"},
+                                           .help = "column after the last; 0: the image's width"},
                                           {.name = "bottom",
                                            .type = Parameter::Type::kInteger,
                                            .most = kLongestSide,
                                            .unit = "pixels",
-                                           .help = "row behind the last; 0: the image's height"}};
+                                           .help = "row after the last; 0: the image's height"}};
 
 constinit const Operation kPaste{
     .name = "paste",
     .routine = "CameraUtil::replaceImageContent",
     .family = Family::kBlend,
-    .shows = "A rectangle of one image put into another.",
+    .shows = "A rectangle of one image pasted into another.",
     .formula = "Pixels are copied as they are, as if column by column.",
     .pixels = Pixels::kWords,
     .reach = Reach::kPlace,
@@ -245,8 +245,8 @@ constinit const Operation kBackground{
     .family = Family::kBlend,
     .shows = "What two of three images agree on.",
     .formula =
-        "Of the second and third byte the one nearer to the first; the third when both are equally "
-        "near.",
+        "The second or the third byte, whichever is nearer to the first; the third when both are "
+        "equally near.",
     .pixels = Pixels::kWords,
     .overlap = Overlap::kApart,
     .pictures = kBackgroundPictures,
@@ -270,7 +270,8 @@ constinit const Operation kFarthest{
     .family = Family::kBlend,
     .shows = "What stands out in one of three images.",
     .formula =
-        "Of the three bytes the one farthest from their background; the first of equally far ones.",
+        "Whichever of the three bytes is farthest from their background; the first of equally far "
+        "ones.",
     .pixels = Pixels::kWords,
     .readsDestination = true,
     .pictures = kFarthestPictures,

@@ -1,6 +1,6 @@
-// What an image operation is, as data. Each operation describes itself in one row beside its
-// routine; operations.h lists them all. Pipeline, tool, documents, benchmarks, tests and fuzzers
-// read the rows and have no list of their own.
+// Image operations as data. Each operation is described by one row next to its routine;
+// operations.h lists them all. Pipeline, tool, documents, benchmarks, tests and fuzzers read the
+// rows and have no list of their own.
 #pragma once
 
 #include <cstddef>
@@ -11,8 +11,8 @@ namespace alg {
 
 struct SoftLightEffect;
 
-/// How people find an operation. All but the last two are effects: they change what a photo looks
-/// like, and keep its size.
+/// The group in which people find an operation. All but the last two are effects: they change how a
+/// photo looks and keep its size.
 enum class Family : uint8_t { kPretty, kTone, kLight, kDrawing, kPicture, kGeometry, kBlend };
 
 enum class Pixels : uint8_t {
@@ -37,12 +37,12 @@ constexpr std::size_t bytesOf(Pixels kind, std::size_t pixels) {
   }
 }
 
-/// What an output pixel depends on, beside parameters.
+/// What an output pixel depends on, besides the parameters.
 enum class Reach : uint8_t {
-  kPixel,       ///< the source's pixel at its place
-  kPlace,       ///< that, and where in the image it lies
-  kNeighbours,  ///< the pixels within `radius` rows and columns, and the place; what is nearer to
-                ///< an edge than that may be filled from elsewhere
+  kPixel,       ///< the source pixel at the same position
+  kPlace,       ///< that pixel, and its position in the image
+  kNeighbours,  ///< the pixels within `radius` rows and columns, and the position; what is nearer
+                ///< to an edge than that may be filled from elsewhere
   kAnything,
 };
 
@@ -57,16 +57,16 @@ enum class ResultSize : uint8_t {
 /// How source and destination may overlap.
 enum class Overlap : uint8_t {
   kApart,    ///< not at all
-  kInPlace,  ///< not at all, or they are the same
-  kAny,      ///< in any way: the result is that of one pixel at a time, in memory order
+  kInPlace,  ///< not at all, or they are the same buffer
+  kAny,      ///< in any way: the result is as if pixels were taken one at a time in memory order
 };
 
-/// Whether any band of rows can be made alone, from the same rows of the source (and of what the
-/// destination holds), whole pictures, and their place in the image: Call::firstRow and
+/// Whether any band of rows can be computed on its own, from the same rows of the source (and of
+/// what the destination holds), whole pictures, and their position in the image: Call::firstRow and
 /// imageHeight.
 enum class Bands : uint8_t { kAny, kWholeImage };
 
-/// A number that a caller may choose. Values are whole where least, most and preset are meant so.
+/// A number that a caller may choose. For kInteger, least, most and preset are whole numbers.
 struct Parameter {
   enum class Type : uint8_t { kInteger, kNumber };
 
@@ -75,12 +75,12 @@ struct Parameter {
   double least = 0;
   double most = 0;
   double preset = 0;
-  double step = 0;             ///< only least, least + step ...; 0: anything between
+  double step = 0;             ///< values are least, least + step ...; 0: any value in the range
   const char* unit = nullptr;  ///< null: a bare number
   const char* help;
 };
 
-/// A picture that an operation takes beside its source.
+/// A picture that an operation takes in addition to its source.
 struct PictureRole {
   enum class Size : uint8_t {
     kAny,             ///< stretched over the image by nearest neighbour
@@ -89,10 +89,10 @@ struct PictureRole {
   };
 
   const char* name;
-  const char* file = nullptr;           ///< the device's, among those of the effects; or null
-  const char* landscapeFile = nullptr;  ///< for images wider than tall, where that is another one
+  const char* file = nullptr;           ///< the device's, in its folder of effect pictures; or null
+  const char* landscapeFile = nullptr;  ///< the one for images wider than tall
   Size size = Size::kAny;
-  bool read = true;  ///< false: the routine takes the picture, but never looks at it
+  bool read = true;  ///< false: the routine accepts the picture but never reads it
   const char* help;
 };
 
@@ -106,16 +106,16 @@ struct PictureView {
 inline constexpr std::size_t kMostParameters = 4;
 inline constexpr std::size_t kMostPictures = 2;
 
-/// One run of an operation. What the operation's row allows is up to the caller; nothing is
+/// One run of an operation. The caller keeps to what the operation's row allows; nothing is
 /// checked.
 struct Call {
   uint8_t* src = nullptr;  ///< width x height pixels of the operation's kind, rows packed
-  uint8_t* dst = nullptr;  ///< as many, or resultWidth x resultHeight
+  uint8_t* dst = nullptr;  ///< as many pixels, or resultWidth x resultHeight
   int width = 0;           ///< pixels per row
   int height = 0;          ///< rows of this call
-  int resultWidth = 0;     ///< where the operation changes sizes (setResultSize); else not read
+  int resultWidth = 0;     ///< read only if the operation changes the size (setResultSize)
   int resultHeight = 0;
-  int firstRow = 0;     ///< of this call in the image; 0 where bands can't be made alone
+  int firstRow = 0;     ///< of this call in the image; 0 where bands can't be computed on their own
   int imageHeight = 0;  ///< rows of the whole image; 0: this call's height
   double values[kMostParameters] = {};  ///< in the order of the parameters
   PictureView pictures[kMostPictures];  ///< in the order of the pictures
@@ -124,7 +124,7 @@ struct Call {
   int integer(std::size_t index) const { return static_cast<int>(values[index]); }
 };
 
-/// A routine that takes nothing but two images of one size.
+/// A routine whose only arguments are two images of the same size.
 using PlainRoutine = void(unsigned char* src, unsigned char* dst, int width, int height);
 
 template <PlainRoutine* kRoutine>
@@ -132,21 +132,21 @@ void runPlain(const Call& call) {
   kRoutine(call.src, call.dst, call.width, call.height);
 }
 
-/// An operation's name on the effect pipeline, which the application knows it by. Names,
-/// identifiers and strips are contract.
+/// An operation as the effect pipeline knows it, under the name that the application uses. Names,
+/// identifiers and strip counts are contract.
 struct PipelineName {
-  /// What a missing or undecodable picture does, beside turning the effect into one that passes the
-  /// frame through.
+  /// What else happens when the picture is missing or can't be decoded; the frame passes through in
+  /// any case.
   enum class OnMissing : uint8_t {
     kSilent,
-    kLog,             ///< says so in the log
+    kLog,             ///< logs a line
     kKeepLastPicture  ///< reports the picture that was decoded last, if there is one
   };
 
   const char* name = nullptr;  ///< null: the pipeline does not know the operation
   int identifier = -1;
   int strips = 4;
-  bool runs = false;          ///< else frames pass through under this name
+  bool runs = false;          ///< false: frames pass through under this name
   bool loadsPicture = false;  ///< the operation's first picture is looked up
   OnMissing onMissing = OnMissing::kSilent;
   bool flagsLandscape = false;  ///< effectFlag is -1 on a landscape frame
@@ -160,11 +160,11 @@ struct Operation {
   const char* formula;  ///< one or more sentences; v is a channel's value, 0 to 255
   Pixels pixels;
   Reach reach = Reach::kPixel;
-  int radius = 0;  ///< of kNeighbours
+  int radius = 0;  ///< for kNeighbours
   ResultSize resultSize = ResultSize::kSame;
   Overlap overlap = Overlap::kAny;
   Bands bands = Bands::kAny;
-  bool readsDestination = false;  ///< what dst held before the call shows in the result
+  bool readsDestination = false;  ///< the result depends on what dst held before the call
   std::span<const Parameter> parameters = {};  ///< kMostParameters at most
   std::span<const PictureRole> pictures = {};  ///< kMostPictures at most
   PipelineName pipeline = {};
@@ -174,13 +174,14 @@ struct Operation {
   /// Why values that are in their ranges don't go with the image; null where they do.
   const char* (*misfit)(const Call& call) = nullptr;
   void (*run)(const Call& call);
-  /// For soft light, whose work memory outlives the bands of an image: its curves; else null.
+  /// For soft-light effects, whose work memory outlives the bands of an image: their curves;
+  /// otherwise null.
   const SoftLightEffect& (*softLight)() = nullptr;
 };
 
 constexpr bool isEffect(const Operation& operation) { return operation.family < Family::kGeometry; }
 
-/// A call with every parameter at its preset, for the caller to fill in images and pictures.
+/// A call with every parameter at its preset; the caller fills in images and pictures.
 constexpr Call presetCall(const Operation& operation) {
   Call call;
   for (std::size_t i = 0; i < operation.parameters.size(); ++i) {

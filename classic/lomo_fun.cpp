@@ -94,8 +94,8 @@ constinit const Operation kLomoFun{
     .family = Family::kLight,
     .shows = "Lomo with dark corners.",
     .formula =
-        "Full brightness inside a fifth of the squared half diagonal, from there (t^2 + t^4) / 2 "
-        "down to black at its end.",
+        "Full brightness up to a fifth of the squared half diagonal, from there (t^2 + t^4) / 2 "
+        "down to black at the corners.",
     .pixels = Pixels::kInts,
     .reach = Reach::kPlace,
     .overlap = Overlap::kInPlace,

@@ -47,7 +47,7 @@ constinit const Operation kMiniature{
     .name = "miniature",
     .routine = "miniature",
     .family = Family::kLight,
-    .shows = "Sharp in the middle column, blurred to both sides.",
+    .shows = "Sharp in the middle column, increasingly blurred towards both sides.",
     .formula = "A box blur whose radius grows from 0 to 24.",
     .pixels = Pixels::kPackedBgr,
     .reach = Reach::kNeighbours,
@@ -63,12 +63,12 @@ constexpr Parameter kMiniatureRowsParameters[] = {
      .type = Parameter::Type::kInteger,
      .most = kLongestRamp,
      .unit = "rows",
-     .help = "first row, in a taller picture"},
+     .help = "first row, within a taller picture"},
     {.name = "ramp",
      .type = Parameter::Type::kInteger,
      .most = kLongestRamp,
      .unit = "rows",
-     .help = "rows of that taller picture; 0: up to the last one here"}};
+     .help = "rows of that taller picture; 0: it ends with the last row here"}};
 
 constinit const Operation kMiniatureRows{
     .name = "miniature-rows",
@@ -76,8 +76,8 @@ constinit const Operation kMiniatureRows{
     .family = Family::kLight,
     .shows = "A toy world: sharp across the middle, blurred above and below.",
     .formula =
-        "The blur of miniature down the rows; the image may be a strip of a taller one, but boxes "
-        "end at the strip.",
+        "The blur of miniature, from row to row instead of from column to column; the image may be "
+        "a strip of a taller one, but boxes do not reach beyond the strip.",
     .pixels = Pixels::kPackedBgr,
     .reach = Reach::kNeighbours,
     .radius = 24,

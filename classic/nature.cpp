@@ -111,7 +111,7 @@ constinit const Operation kNature{
     .routine = "nature",
     .family = Family::kDrawing,
     .shows = "Deep colours, hard contrast.",
-    .formula = "Saturation raised against the upper left neighbour, then contrast of gain 1.5.",
+    .formula = "Saturation raised relative to the upper left neighbour, then contrast of gain 1.5.",
     .pixels = Pixels::kPackedBgr,
     .reach = Reach::kNeighbours,
     .radius = 1,

@@ -77,7 +77,7 @@ constinit const Operation kColorPaint{
 };
 
 constexpr PictureRole kAreaPictures[] = {
-    {.name = "front", .file = "front.png", .help = "the picture around, with transparency"},
+    {.name = "front", .file = "front.png", .help = "the surrounding picture, with transparency"},
     {.name = "mask",
      .file = "effect.png",
      .size = PictureRole::Size::kCoversTheFirst,
@@ -87,9 +87,9 @@ constinit const Operation kArea{
     .name = "area",
     .routine = "areaeffect",
     .family = Family::kPicture,
-    .shows = "In the frame of a picture, inverted where a mask says so.",
+    .shows = "Framed by a picture, and inverted where a mask is not transparent.",
     .formula =
-        "The front picture's colours are premultiplied and laid over by its alpha once more.",
+        "The front picture, its colours already premultiplied, is composited with its alpha again.",
     .pixels = Pixels::kPackedBgr,
     .reach = Reach::kPlace,
     .pictures = kAreaPictures,

@@ -107,8 +107,8 @@ constinit const Operation kCrossProcess{
     .family = Family::kTone,
     .shows = "Film in the wrong bath: strong contrast, flat blue.",
     .formula =
-        "Green is an S of two parabolas, red one of two cubics behind a contrast of gain 1.5, blue "
-        "v / 2 + 64.",
+        "Green follows an S-curve of two parabolas, red one of two cubics after a contrast of gain "
+        "1.5; blue is v / 2 + 64.",
     .pixels = Pixels::kPackedBgr,
     .pipeline = {.name = "cross-process", .identifier = 1},
     .run = runPlain<CrossProcess>,
@@ -120,8 +120,8 @@ constinit const Operation kPink{
     .family = Family::kTone,
     .shows = "Bright, warm and rosy.",
     .formula =
-        "Red screened; green with contrast of gain 1.5, blue of gain 1.2, both screened, blue "
-        "brought into 63 to 191.",
+        "Red screened; green with contrast of gain 1.5, blue of gain 1.2, both screened; blue "
+        "then mapped to 63 to 191.",
     .pixels = Pixels::kPackedBgr,
     .pipeline = {.name = "pink", .identifier = 9},
     .run = runPlain<Pink>,
@@ -132,7 +132,7 @@ constinit const Operation kSummer{
     .routine = "Summer",
     .family = Family::kTone,
     .shows = "Washed in yellow and green light.",
-    .formula = "Red stays, green v / 2 + 127, blue is 100 everywhere.",
+    .formula = "Red stays, green is v / 2 + 127, blue is 100 everywhere.",
     .pixels = Pixels::kPackedBgr,
     .pipeline = {.name = "summer_effect", .identifier = 10},
     .run = runPlain<Summer>,
@@ -142,8 +142,8 @@ constinit const Operation kOcean{
     .name = "ocean",
     .routine = "Ocean",
     .family = Family::kTone,
-    .shows = "Below the surface: blue keeps, red goes.",
-    .formula = "Green starts at 85, red at 170, both end at 255.",
+    .shows = "Below the surface: blue stays, red fades.",
+    .formula = "Green starts at 85, red at 170; both end at 255.",
     .pixels = Pixels::kPackedBgr,
     .pipeline = {.name = "Ocean_effect", .identifier = 11},
     .run = runPlain<Ocean>,
@@ -164,7 +164,7 @@ constinit const Operation kMosaic{
     .name = "mosaic",
     .routine = "Mosaic",
     .family = Family::kTone,
-    .shows = "Warm and bright. It forms no blocks.",
+    .shows = "Warm and bright; despite its name, without blocks.",
     .formula = "Red + 100, green + 50, blue + 12.",
     .pixels = Pixels::kPackedBgr,
     .pipeline = {.name = "mosaic_effect", .identifier = 17},
@@ -185,15 +185,14 @@ constexpr PictureRole kLomoPictures[] = {{.name = "vignette",
                                           .file = "effect_lomo.png",
                                           .landscapeFile = "effect_lomo.png",
                                           .read = false,
-                                          .help = "taken, but not looked at"}};
+                                          .help = "accepted, but never read"}};
 
 constinit const Operation kLomo{
     .name = "lomo",
     .routine = "Lomo",
     .family = Family::kTone,
     .shows = "The tones of a cheap film camera.",
-    .formula =
-        "Contrast of gain 1.5 and screen on red, screen on green, blue brought into 63 to 191.",
+    .formula = "Contrast of gain 1.5 and screen on red, screen on green, blue mapped to 63 to 191.",
     .pixels = Pixels::kPackedBgr,
     .overlap = Overlap::kApart,
     .pictures = kLomoPictures,

@@ -1,5 +1,5 @@
 # Build for Android devices with the NDK in ANDROID_NDK_ROOT or ANDROID_NDK_HOME. With VCPKG_ROOT set,
-# the libraries of vcpkg.json are built along; else they come from CMAKE_PREFIX_PATH.
+# the libraries of vcpkg.json are built as well; otherwise they come from CMAKE_PREFIX_PATH.
 if(DEFINED ENV{ANDROID_NDK_ROOT})
   set(algorithm_ndk $ENV{ANDROID_NDK_ROOT})
 elseif(DEFINED ENV{ANDROID_NDK_HOME})

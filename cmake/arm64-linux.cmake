@@ -1,5 +1,5 @@
-# Cross build for 64-bit Arm Linux with Debian's compiler and multi-arch packages; what is built runs
-# in user-mode emulation.
+# Cross build for 64-bit Arm Linux with Debian's compiler and multi-arch packages; the result runs in
+# user-mode emulation.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR aarch64)
 set(CMAKE_LIBRARY_ARCHITECTURE aarch64-linux-gnu)

@@ -1,11 +1,11 @@
-# What the library stands on, as two interface targets: algorithm_dependencies (codecs, SIMD,
-# threads) and algorithm_log (the platform's log; tests put their own capture in its place).
+# The library's dependencies, as two interface targets: algorithm_dependencies (codecs, SIMD,
+# threads) and algorithm_log (the platform's log; tests replace it with a capture of their own).
 
 include(CheckCXXSymbolExists)
 
 find_package(JPEG REQUIRED)
 find_package(PNG REQUIRED)
-find_package(hwy 1.0.3...<1.4 REQUIRED CONFIG)  # those that kernels have been tried with
+find_package(hwy 1.0.3...<1.4 REQUIRED CONFIG)  # the versions that the kernels have been tried with
 find_package(Threads REQUIRED)
 
 # The platform's log; Debian keeps its library and headers in folders of their own.
@@ -13,7 +13,7 @@ find_path(ALGORITHM_LOG_INCLUDE_DIR android/log.h PATH_SUFFIXES android REQUIRED
 find_library(ALGORITHM_LOG_LIBRARY log
   PATH_SUFFIXES android ${CMAKE_LIBRARY_ARCHITECTURE}/android REQUIRED)
 if(ANDROID)
-  set(CMAKE_SKIP_RPATH ON)  # devices have it where they look
+  set(CMAKE_SKIP_RPATH ON)  # devices find it in their default folders
   # For the packaging script.
   set(ALGORITHM_ANDROID_API ${ANDROID_PLATFORM_LEVEL} CACHE INTERNAL "API level built for")
   set(ALGORITHM_ANDROID_NDK ${ANDROID_NDK_MAJOR} CACHE INTERNAL "major version of the NDK")
@@ -28,9 +28,9 @@ add_library(algorithm_dependencies INTERFACE)
 target_include_directories(algorithm_dependencies SYSTEM INTERFACE ${ALGORITHM_LOG_INCLUDE_DIR})
 target_link_libraries(algorithm_dependencies INTERFACE
   JPEG::JPEG PNG::PNG hwy::hwy Threads::Threads ${CMAKE_DL_LIBS})
-# One vector target beside the plain code: AVX2 on x86-64, NEON alone on arm64. All others are
-# disabled, whichever a version of Highway knows. Later ones split NEON by the processor's extensions;
-# kernels need the part that all processors have.
+# One vector target besides the plain code: AVX2 on x86-64, NEON alone on arm64. All others that a
+# version of Highway knows are disabled. Later versions split NEON by the processor's extensions; the
+# kernels need only the part that all processors have.
 set(CMAKE_REQUIRED_LIBRARIES hwy::hwy)
 check_cxx_symbol_exists(HWY_NEON_WITHOUT_AES hwy/detect_targets.h ALGORITHM_HIGHWAY_SPLITS_NEON)
 unset(CMAKE_REQUIRED_LIBRARIES)

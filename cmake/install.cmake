@@ -1,5 +1,5 @@
-# What an installation has: the library and its headers, for find_package and for pkg-config, and what
-# java and tools add. It can be moved as a whole.
+# What is installed: the library and its headers, for find_package and for pkg-config, and what java and
+# tools add. An installation is relocatable.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS Algorithm EXPORT AlgorithmTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})

@@ -17,7 +17,7 @@ set(CPACK_DEBIAN_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_SUGGESTS "g++, pkg-config, bash-completion, default-jre-headless")
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
-# What it depends on comes from what its binaries need, among that the log in Debian's folder of its own.
+# Its dependencies are those of its binaries, including the log library in Debian's separate folder.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${ALGORITHM_LOG_RUNPATH}")
 include(CPack)

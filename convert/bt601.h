@@ -24,7 +24,7 @@ struct Weights {
   }
 };
 
-// Encoding. For bytes Y stays in 16..234 and U and V in 16..239: no clamping is needed.
+// Encoding. For byte input, Y stays in 16..234 and U and V in 16..239: no clamping is needed.
 inline constexpr Weights kY{.red = 16830, .green = 33036, .blue = 6416, .offset = 16 << 16};
 inline constexpr Weights kU{.red = -9712, .green = -19071, .blue = 28783, .offset = 128 << 16};
 inline constexpr Weights kV{.red = 28783, .green = -24104, .blue = -4679, .offset = 128 << 16};

@@ -8,7 +8,7 @@ ChromaCursor::ChromaCursor(int width, int height, int uvStride, Direction direct
                      ? 0
                      : static_cast<std::size_t>(height) * static_cast<std::size_t>(uvStride) / 2),
       stride(uvStride < 1 ? 1 : static_cast<std::size_t>(uvStride)),
-      // Decoders skip from the width on, encoders only beyond it: callers depend on either.
+      // Decoders skip from the width on, encoders only beyond it: callers depend on both.
       skipFrom(static_cast<std::size_t>(width) + (direction == Direction::kEncode ? 1 : 0)),
       skipBytes(uvStride > width ? static_cast<std::size_t>(uvStride - width) : 0),
       skips(uvStride > width),

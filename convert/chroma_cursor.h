@@ -1,4 +1,4 @@
-// The walk of the conversions through a semi-planar chroma plane.
+// How the conversions step through a semi-planar chroma plane.
 #pragma once
 
 #include <cstddef>
@@ -20,18 +20,18 @@ class ChromaCursor {
   /// Offset of the current pair from the plane's start; moves on to the next.
   std::size_t next();
 
-  /// Whether the sample at an offset belongs to the plane.
+  /// Whether the sample at an offset is inside the plane.
   bool inside(std::size_t offset) const { return !bounded || offset < planeBytes; }
 
-  /// The nearest sample inside at or above an offset, a block row at a time; none in an empty
-  /// plane.
+  /// The offset itself when it is inside the plane, else the nearest one inside that lies a whole
+  /// number of block rows above; none when there is no such row.
   std::optional<std::size_t> nearestInside(std::size_t offset) const;
 
  private:
   std::size_t rowBytes;    // bytes of pairs that a block row takes
-  std::size_t planeBytes;  // where the plane ends; heeded for odd sizes only
+  std::size_t planeBytes;  // where the plane ends; checked for odd sizes only
   std::size_t stride;
-  std::size_t skipFrom;  // remainder from which on the cursor skips
+  std::size_t skipFrom;  // remainder from which the cursor skips
   std::size_t skipBytes;
   std::size_t position = 0;
   bool skips;

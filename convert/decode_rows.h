@@ -15,7 +15,7 @@ void decodeRowPlain(RowFormat format, const uint8_t* luma, const uint8_t* chroma
                     std::size_t width);
 
 /// Decodes the two rows that share a row of chroma pairs, for little more than half the arithmetic
-/// of two single ones. The second row lies a stride (in bytes) behind the first.
+/// of two single ones. The second row starts one stride (in bytes) after the first.
 void decodeRowPair(RowFormat format, const uint8_t* luma, std::ptrdiff_t lumaStride,
                    const uint8_t* chroma, uint8_t* pixels, std::ptrdiff_t pixelStride,
                    std::size_t width);

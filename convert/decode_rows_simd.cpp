@@ -1,7 +1,7 @@
 // Vector twins of the decoding row kernels, compiled once per vector target.
 //
-// Even and odd pixels are kept apart, so that the chroma pairs fit them lane by lane without being
-// doubled; the arithmetic of a pair serves the two pixels of two rows. A channel is the integer
+// Even and odd pixels are kept apart, so that chroma pairs match them lane by lane without being
+// duplicated; a pair's arithmetic serves two pixels in each of two rows. A channel is the integer
 // part of level + chroma, where level = 76310 (Y - 16). As 76310 is even, the last fraction bit
 // never carries, and 15 bits of fraction are enough.
 #include <cstdint>
@@ -37,7 +37,7 @@ using ByteVector = hn::Vec<Bytes>;
 constexpr std::size_t kBlock = 16;  // pixels a step
 
 // The chroma part of a channel for the eight pairs of a block, 16 fraction bits, offsets included.
-// It may be negative: sums with a level wrap to the right one.
+// It may be negative: the sum with a level wraps to the correct value.
 struct ChromaTerm {
   uint32x4_t low, high;
 };
@@ -46,13 +46,13 @@ struct ChromaTerms {
   ChromaTerm b, g, r;
 };
 
-// What the offsets of the samples come to in a channel.
+// What the offsets of luma and chroma contribute to a channel.
 constexpr uint32_t offsetOf(int32_t factors) {
   return static_cast<uint32_t>(-bt601::kLumaGain * bt601::kLumaOffset -
                                factors * bt601::kChromaOffset);
 }
 
-// factor * sample + offset; a factor above 16 bits multiplies in two parts.
+// factor * sample + offset; a factor of more than 16 bits is multiplied in two parts.
 template <int32_t kFactor>
 HWY_INLINE ChromaTerm gain(uint8x8_t sample) {
   constexpr auto kHalf = static_cast<uint16_t>(kFactor / 2 < 0xFFFF ? kFactor / 2 : 0xFFFF);
@@ -82,7 +82,7 @@ struct Level {
   uint32x4_t low, high;
 };
 
-// 76310 Y as 2 Y times half of it, which fits 16 bits.
+// 76310 Y as 2 Y times half the factor, which fits 16 bits.
 HWY_INLINE Level levelOf(uint8x8_t luma) {
   static_assert(bt601::kLumaGain % 2 == 0 && bt601::kLumaGain / 2 <= 0xFFFF);
   const uint16x8_t twice = vshll_n_u8(luma, 1);
@@ -138,10 +138,10 @@ struct ChromaTerms {
 
 HWY_INLINE ShortVector set(int value) { return hn::Set(Shorts(), static_cast<int16_t>(value)); }
 
-// Samples leave their bytes times five: factors divided by that fit 16 signed bits, so that the
-// upper half of one product is the integer part and the lower half of another the fraction.
-// Cutting off the quotient changes no integer part; for the fraction, 5 has an inverse modulo
-// 65536.
+// Samples are multiplied by five as they are widened: factors divided by five fit 16 signed bits,
+// so that the upper half of one product is the integer part and the lower half of another the
+// fraction. Truncating the quotient changes no integer part; for the fraction, 5 has an inverse
+// modulo 65536.
 constexpr int kTimes = 5;
 constexpr int64_t kInverse = 52429;
 static_assert(kTimes * kInverse % 65536 == 1);
@@ -167,16 +167,16 @@ HWY_INLINE ShortVector fractionOf(ShortVector five) {
   return hn::Mul(five, set(static_cast<int16_t>(kFactor * kInverse)));
 }
 
-// The same with its top bit flipped: an odd factor leaves a flipped bit where it is.
+// The same with its top bit flipped: multiplying by an odd factor keeps that bit flipped.
 template <int32_t kFactor>
 HWY_INLINE ShortVector flippedFractionOf(ShortVector five) {
   static_assert(kFactor % 2 != 0);
   return fractionOf<kFactor>(hn::Xor(five, set(kTopBit)));
 }
 
-// Samples of a block as even (lower) and odd (upper) bytes of 16-bit lanes. Pixel words leave the
-// unpacking in fours, by turns from the lower and the upper half of the vector: here they are put
-// where they will leave in order.
+// Samples of a block as even (lower) and odd (upper) bytes of 16-bit lanes. Unpacking yields pixel
+// words in groups of four, alternately from the lower and the upper half of the vector: samples are
+// placed here so that the words come out in order.
 template <RowFormat kFormat>
 HWY_INLINE ShortVector loadSamples(const uint8_t* samples) {
   const ByteVector bytes = hn::LoadU(Bytes(), samples);
@@ -190,7 +190,7 @@ HWY_INLINE ShortVector loadSamples(const uint8_t* samples) {
   }
 }
 
-// Five times what the even or the odd bytes are above an offset.
+// Five times the difference between the even or the odd bytes and an offset.
 template <int kOffset, bool kOdd>
 HWY_INLINE ShortVector fiveTimes(ShortVector samples) {
   const ShortVector factors = set(kOdd ? kTimes << 8 : kTimes);
@@ -222,18 +222,18 @@ HWY_INLINE ChromaTerms chromaTerms(const uint8_t* chroma) {
   return {gain<bt601::kBlueFromU>(u), greenTerm(u, v), gain<bt601::kRedFromV>(v)};
 }
 
-// 76310 (Y - 16): integer part, and what its fraction lacks to the largest, top bit flipped.
+// 76310 (Y - 16): integer part, and how far its fraction is below the largest, top bit flipped.
 struct Level {
   ShortVector whole, missing;
 };
 
 HWY_INLINE Level levelOf(ShortVector five) {
-  static_assert(bt601::kLumaGain % kTimes == 0);  // right for any luma
+  static_assert(bt601::kLumaGain % kTimes == 0);  // exact for any luma
   return {wholeOf<bt601::kLumaGain>(five),
           hn::Xor(fractionOf<bt601::kLumaGain>(five), set(kTopBit - 1))};
 }
 
-// Integer part of the sum: a fraction beyond what is missing carries (the mask is -1).
+// Integer part of the sum: a fraction greater than that distance carries (the mask is -1).
 HWY_INLINE ShortVector channel(const Level& level, const ChromaTerm& term) {
   const auto carries = hn::Gt(term.fraction, level.missing);
   return hn::Sub(hn::Add(level.whole, term.whole), hn::VecFromMask(Shorts(), carries));
@@ -244,8 +244,9 @@ HWY_INLINE ShortVector channel(const Level& level, const ChromaTerm& term) {
 //   byte n of a half's 48     0  1  2  3  4  5  6  7  8 ...   channel n mod 3
 //   its byte in the channel   0  0  0  8  8  8  1  1  1 ...   pixel n / 3
 //
-// The 48 bytes are three parts of 16. Byte i of the parts takes each channel once, so that a single
-// shuffle puts all bytes of a channel into their columns, and each part picks among the channels.
+// The 48 bytes are three parts of 16. At byte i the three parts take each channel once, so that a
+// single shuffle puts all bytes of a channel into their columns, and each part selects among the
+// channels.
 HWY_INLINE void storePacked(ByteVector b, ByteVector g, ByteVector r, uint8_t* pixels) {
   const Bytes d;
   static constexpr uint8_t kColumns[] = {5,  10, 0, 13, 3,  8, 6,  11, 1,
@@ -292,7 +293,7 @@ HWY_INLINE void storeWords(ByteVector b, ByteVector g, ByteVector r, uint8_t* pi
 
 template <RowFormat kFormat>
 HWY_INLINE void decodeBlock(const uint8_t* luma, const ChromaTerms& terms, uint8_t* pixels) {
-  // Stores wait for their lines, which processors do not fetch early enough by themselves.
+  // Stores wait for their cache lines, which the hardware prefetcher does not fetch early enough.
   constexpr int kAhead = 384;  // bytes; prefetching beyond the row's end is harmless
   __builtin_prefetch(pixels + kAhead, 1);
   __builtin_prefetch(pixels + kAhead + 64, 1);
@@ -314,13 +315,13 @@ HWY_INLINE void decodeBlock(const uint8_t* luma, const ChromaTerms& terms, uint8
 template <RowFormat kFormat, bool kTwo>
 void decodeFormat(const uint8_t* const (&luma)[2], const uint8_t* chroma,
                   uint8_t* const (&pixels)[2], std::size_t width) {
-  // The last pixels of an even row make a block again.
+  // The last pixels of an even row form a block that overlaps the one before.
   const bool again = width >= kBlock && width % 2 == 0;
   const std::size_t end = again ? width : width - width % kBlock;
   constexpr std::size_t kBytes = pixelBytes(kFormat);
   const uint8_t *const first = luma[0], *const second = luma[1];
   uint8_t *const firstPixels = pixels[0], *const secondPixels = pixels[1];
-  // From the second block on, words are stored to whole cache lines if that parts no pair.
+  // From the second block on, words are stored to whole cache lines if that splits no pair.
   const std::size_t before = (0 - reinterpret_cast<std::uintptr_t>(firstPixels)) % 64;
   const bool aligns = ALG_IS_AVX2() && kBytes == 4 && again && before % 8 == 0;
   const std::size_t lead = aligns && before != 0 ? before / 4 : kBlock;
@@ -335,7 +336,7 @@ void decodeFormat(const uint8_t* const (&luma)[2], const uint8_t* chroma,
   if (end == width) {
     return;
   }
-  // Less than a block goes through copies, so that nothing beyond the row is read or written.
+  // Fewer pixels than a block go through copies, so that nothing beyond the row is read or written.
   const std::size_t rest = width - end;
   uint8_t lumaTail[2][kBlock] = {}, chromaTail[kBlock] = {}, pixelTail[2][kBytes * kBlock];
   std::memcpy(chromaTail, chroma + end, rest + rest % 2);

@@ -67,7 +67,7 @@ HWY_INLINE Pixels loadPixels(const uint8_t* pixels) {
 //   sum of lower products                llll llll llll llll
 //   luma                       yyyy yyyy
 //
-// Both sums stay below 65536, and the lower one's last byte never reaches the luma.
+// Both sums stay below 65536, and the lower one's low byte never affects the luma.
 template <RowFormat kFormat>
 HWY_INLINE uint8x16_t lumaOf(const Pixels& p) {
   constexpr ByteWeights kWeights = byteWeights(kFormat, bt601::kY);
@@ -143,13 +143,13 @@ constexpr std::size_t kBlock = hn::MaxLanes(Bytes());  // pixels a step
 constexpr std::size_t kPart = kBlock / 4;              // pixels of a vector of 32-bit lanes
 
 // Eight pixels, each in a 32-bit lane of two shorts: its first and last byte; its middle byte and
-// one that does not count.
+// one that is ignored.
 struct Pixels {
   ShortVector outer, middle;
 };
 
-// Lanes of four pixels' 12 bytes each. Those of the last part lie at the end of what is read, so
-// that nothing beyond the block is.
+// Lanes with the 12 bytes of four pixels each. The last part's are at the end of the load, so that
+// nothing beyond the block is read.
 template <RowFormat kFormat>
 HWY_INLINE Pixels loadPixels(const uint8_t* pixels, std::size_t part) {
   const Bytes d;
@@ -188,7 +188,8 @@ HWY_INLINE IntVector weigh(const Pixels& p, const ByteWeights& w) {
                                     _mm256_madd_epi16(p.middle.raw, middle.raw))};
 }
 
-// Packing has left fours of bytes by turns from the lower and the upper half: back into order.
+// Packing leaves groups of four bytes alternately from the lower and the upper half: this restores
+// their order.
 HWY_INLINE void storeInOrder(__m256i fours, uint8_t* to) {
   alignas(32) static constexpr int32_t kOrder[8] = {0, 4, 1, 5, 2, 6, 3, 7};
   const Words words;
@@ -212,7 +213,7 @@ HWY_INLINE void storeLuma(const Pixels (&p)[4], uint8_t* luma) {
   storeInOrder(_mm256_add_epi8(sums, _mm256_set1_epi8(bt601::kY.offset >> 16)), luma);
 }
 
-// Chroma pairs of the even ones of sixteen pixels, as signed shorts without their offset.
+// Chroma pairs of the even pixels among sixteen, as signed shorts without their offset.
 template <RowFormat kFormat>
 HWY_INLINE __m256i pairsOf(const Pixels& p, const Pixels& q) {
   const auto even = [](ShortVector a, ShortVector b) HWY_ATTR {
@@ -248,7 +249,7 @@ HWY_INLINE void encodeBlock(const uint8_t* pixels, uint8_t* luma, uint8_t* chrom
 template <RowFormat kFormat, bool kChroma>
 void encodeFormat(const uint8_t* pixels, uint8_t* luma, uint8_t* chroma, std::size_t width) {
   constexpr std::size_t kBytes = pixelBytes(kFormat);
-  // The last pixels of an even row make a block again.
+  // The last pixels of an even row form a block that overlaps the one before.
   const bool again = width >= kBlock && width % 2 == 0;
   const std::size_t end = again ? width : width - width % kBlock;
   for (std::size_t at = 0; at < end; at += kBlock) {
@@ -258,7 +259,7 @@ void encodeFormat(const uint8_t* pixels, uint8_t* luma, uint8_t* chroma, std::si
   if (end == width) {
     return;
   }
-  // Less than a block goes through copies, so that nothing beyond the row is read or written.
+  // Fewer pixels than a block go through copies, so that nothing beyond the row is read or written.
   const std::size_t rest = width - end;
   uint8_t pixelTail[kBytes * kBlock] = {}, lumaTail[kBlock], chromaTail[kBlock];
   std::memcpy(pixelTail, pixels + kBytes * end, kBytes * rest);

@@ -35,9 +35,9 @@ void scatterPairs(ChromaCursor& cursor, const uint8_t* pairs, uint8_t* chroma, i
   }
 }
 
-// Decoding two rows at a time saves arithmetic. Where memory is the limit, as on desk machines,
-// that does not pay: two streams of stores are slower than one. It does for what stays in the
-// cache.
+// Decoding two rows at a time saves arithmetic. Where memory bandwidth is the limit, as on desktop
+// machines, that does not pay: two streams of stores are slower than one. It does pay for what
+// stays in the cache.
 constexpr std::size_t kCachedBytes = std::size_t{64} * 1024;
 #if defined(__aarch64__)
 constexpr bool kDecodesPairs = true;

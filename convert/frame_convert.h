@@ -1,4 +1,4 @@
-// Whole images and strips through the row kernels: the block walk of all semi-planar conversions.
+// Whole images and strips through the row kernels, block by block, for all semi-planar conversions.
 #pragma once
 
 #include <cstdint>

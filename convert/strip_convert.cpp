@@ -1,4 +1,4 @@
-// The strip converters of the effect road and their callbacks.
+// The strip converters of the effect pipeline and their callbacks.
 #include "convert/frame_convert.h"
 #include "libalgorithm/effect_pipeline.h"
 #include "libalgorithm/yuv_convert.h"

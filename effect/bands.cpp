@@ -13,10 +13,10 @@
 namespace alg {
 namespace {
 
-// A band should stay in the first-level cache beside its rows of the frame.
+// A band should fit in the first-level cache together with its rows of the frame.
 constexpr std::ptrdiff_t kBandBytes = std::ptrdiff_t{24} * 1024;
 
-/// One strip with what its task needs.
+/// One strip and what its task needs.
 class BandedStrip {
  public:
   BandedStrip(const Frame& rows, const Operation* operation, const PictureView& picture)
@@ -57,7 +57,7 @@ bool bandsFit(const Frame& frame) {
 bool runBands(const ChosenEffect& effect, const Frame& frame) {
   std::optional<BandedStrip> strips[kStrips];
   for (int i = 0; i < kStrips; ++i) {
-    // Effects of one strip are among those that pass frames through.
+    // Only effects that pass frames through have a single strip.
     strips[i].emplace(rowsOf(frame, stripOf(frame.height, kStrips, i)), effect.operation(),
                       bandOf(effect.picture(), effect.strips(), i % effect.strips()));
     if (!strips[i]->ready()) {

@@ -1,4 +1,4 @@
-// The effect pipeline in one pass: within each strip a few rows at a time go through conversion,
+// The effect pipeline in one pass: within each strip, a few rows at a time go through conversion,
 // effect and conversion back while they are in the cache.
 //
 //   strip of the frame   rows 0, 1 --decode--> band --effect--> band --encode--> rows 0, 1
@@ -12,13 +12,13 @@
 
 namespace alg {
 
-/// Whether the frame can go in one pass: a band must read no sample that another one writes. That
-/// takes even sizes, and chroma rows without gaps: the conversions walk padded ones in a way of
-/// their own.
+/// Whether the frame can be processed in one pass: no band may read a sample that another band
+/// writes. That requires even sizes and unpadded chroma rows: with padding, the conversions' chroma
+/// cursor does not land on the start of the next row.
 bool bandsFit(const Frame& frame);
 
-/// Runs the effect on such a frame. It must have independent rows (Bands::kAny). Returns false,
-/// with the frame untouched, when memory is short; std::bad_alloc may say so, too.
+/// Runs the effect on such a frame. The effect must have independent rows (Bands::kAny). When
+/// memory is short, returns false or throws std::bad_alloc, with the frame untouched.
 bool runBands(const ChosenEffect& effect, const Frame& frame);
 
 }  // namespace alg

@@ -62,7 +62,7 @@ void ChosenEffect::loadPicture(bool landscape, Purpose purpose) {
   const bool decoded =
       pictures.load(landscape ? role.landscapeFile : role.file, use, bitmap_effect);
   ownsLargePicture_ = decoded && purpose == Purpose::kRun && PictureCache::isLarge(bitmap_effect);
-  // Each strip gets a band of whole picture rows: a picture with fewer rows than that is of no use.
+  // Each strip gets a band of whole picture rows: a picture with fewer rows than strips is useless.
   if (!decoded || bitmap_effect.height < operation_->pipeline.strips) {
     missPicture();
   } else if (bitmap_effect.pixels) {
@@ -84,7 +84,7 @@ void ChosenEffect::missPicture() {
 
 EffectTypeInfo ChosenEffect::record() const {
   const bool known = operation_ != nullptr && !lacksPicture_;
-  return {const_cast<uint8_t*>(picture_.pixels),  // which the record's type does not say
+  return {const_cast<uint8_t*>(picture_.pixels),  // the record's type lacks the const
           picture_.width,
           picture_.height,
           known ? operation_->pipeline.identifier : kNoEffect,

@@ -9,21 +9,21 @@
 
 namespace alg {
 
-/// What a caller wants a frame to go through: a name, or an operation that is known already.
+/// The effect that a caller wants on a frame: by name, or as an operation.
 struct EffectRequest {
-  const char* name = nullptr;            ///< looked up, with the line of the log that says so
-  const Operation* operation = nullptr;  ///< when there is no name
-  const PictureView* picture = nullptr;  ///< in place of the device's; must outlive the run
+  const char* name = nullptr;            ///< looked up, which logs a line
+  const Operation* operation = nullptr;  ///< used when there is no name
+  const PictureView* picture = nullptr;  ///< used instead of the device's; must outlive the run
 };
 
-/// A request that has been looked up for frames of one size; the operation's picture is there. Not
-/// for two threads at a time: pictures of the device are process-wide.
+/// A request resolved for frames of one size, with the operation's picture loaded. One thread at a
+/// time: the device's pictures are process-wide.
 class ChosenEffect {
  public:
   enum class Purpose : uint8_t {
-    kRun,    ///< pixels that the effect does not look at may be null, and a picture that is too
-             ///< large to be kept is freed, with bitmap_effect, when this goes
-    kReport  ///< for an outside caller, who may look at the picture
+    kRun,    ///< pixels that the effect never reads may be null, and a picture too large to be
+             ///< kept is freed, together with bitmap_effect, by the destructor
+    kReport  ///< for an outside caller, who may read the picture
   };
 
   ChosenEffect(const EffectRequest& request, int width, int height,
@@ -39,7 +39,7 @@ class ChosenEffect {
   bool lacksPicture() const { return lacksPicture_; }
   int strips() const { return operation_ != nullptr ? operation_->pipeline.strips : 4; }
 
-  /// The same as the record that outside callers know.
+  /// The same, as the record that outside callers get.
   EffectTypeInfo record() const;
 
  private:

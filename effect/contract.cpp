@@ -1,4 +1,4 @@
-// What outside callers know the pipeline by, as thin layers over it.
+// The pipeline's exported entry points, thin layers over it.
 #include <cstddef>
 
 #include "effect/chosen_effect.h"
@@ -6,7 +6,7 @@
 #include "effect/strip_effect.h"
 #include "libalgorithm/effect_pipeline.h"
 
-// Records cross the library's border, to and from callers that were built apart from it.
+// Records cross the library's boundary, to and from callers that were built separately.
 static_assert(offsetof(EffectTypeInfo, overlay) == 0 &&
               offsetof(EffectTypeInfo, overlayWidth) == 8 &&
               offsetof(EffectTypeInfo, overlayHeight) == 12 &&

@@ -19,7 +19,7 @@ struct Frame {
   int uvStride;
 };
 
-/// The pipeline works in that many strips; effects have them or one.
+/// The strips that the pipeline cuts a frame into; an effect has this many, or one.
 inline constexpr int kStrips = 4;
 
 /// Rows of a frame.
@@ -32,9 +32,9 @@ inline Frame rowsOf(const Frame& frame, const Strip& strip) {
           frame.uvStride};
 }
 
-/// Band `index` of a picture that is cut into `count` bands of whole rows, whatever the frame's
-/// strips. A band begins at index x (bytes / count), which is inside a row where the rows don't
-/// divide evenly.
+/// Band `index` of a picture that is cut into `count` bands of whole rows, independently of the
+/// frame's strips. A band begins at index x (bytes / count), which is inside a row where the rows
+/// don't divide evenly.
 inline PictureView bandOf(const PictureView& picture, int count, int index) {
   if (picture.pixels == nullptr) {
     return {};

@@ -18,7 +18,7 @@ std::size_t workOffset(const Frame& frame, int row) {
          static_cast<std::size_t>(row);
 }
 
-/// A strip of the effect phase: all strips get the effect, or none.
+/// A strip of the effect phase: all strips have the effect, or none has.
 struct EffectStrip {
   std::optional<StripEffect> effect;
   Strip rows;
@@ -56,7 +56,7 @@ bool runPhases(const EffectRequest& request, const Frame& frame, bool& lacksPict
                           strip.rows.rows);
   });
 
-  runOnPool(strips, [&](const Strip& strip) {  // nothing before this has written to the frame
+  runOnPool(strips, [&](const Strip& strip) {  // the first to write to the frame
     const Frame rows = rowsOf(frame, strip);
     encodeFrame(RowFormat::kPackedUV, gCLAHE_Rgb_Buffer_out + workOffset(frame, strip.firstRow),
                 {rows.y, rows.uv, rows.yStride, rows.uvStride}, rows.width, rows.height);

@@ -6,9 +6,9 @@
 
 namespace alg {
 
-/// Runs the effect on any frame with sizes of at least 1; the work images are there. It is looked
-/// up when the frame has been decoded. Returns false, with the frame untouched, when memory is
-/// short; std::bad_alloc may say so, too.
+/// Runs the effect on any frame with sizes of at least 1; the work images must be allocated. The
+/// effect is looked up after the frame has been decoded. When memory is short, returns false or
+/// throws std::bad_alloc, with the frame untouched.
 /// @param lacksPicture  set when the frame passes through because a picture is missing
 bool runPhases(const EffectRequest& request, const Frame& frame, bool& lacksPicture);
 

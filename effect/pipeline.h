@@ -1,4 +1,4 @@
-// The effect pipeline, with an answer for callers inside the library.
+// The effect pipeline for callers inside the library, who get a result.
 #pragma once
 
 #include <cstdint>
@@ -13,7 +13,7 @@ enum class Passes : uint8_t {
   kThree    ///< the definition: three phases over the whole frame
 };
 
-/// What has become of a frame.
+/// What happened to a frame.
 enum class Outcome : uint8_t {
   kDone,       ///< the effect is on it, or it passed through under a name without one
   kNoPicture,  ///< it passed through: the effect's picture is missing
@@ -22,7 +22,7 @@ enum class Outcome : uint8_t {
 
 /// Runs an effect on the frame, in place. Runs queue up behind one process-wide lock; when the pool
 /// can't start, the run does its strips on the calling thread. A frame that goes through the work
-/// images has no memory for larger ones than 2^31 - 1 bytes. A size below 1 does nothing.
+/// images gets kNoMemory when one of them would exceed 2^31 - 1 bytes. A size below 1 does nothing.
 Outcome runEffect(const EffectRequest& request, const Frame& frame,
                   Passes passes = Passes::kFewest);
 

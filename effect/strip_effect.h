@@ -9,21 +9,20 @@
 
 namespace alg {
 
-/// The effect of one strip, which may be done in parts. One thread at a time.
+/// The effect on one strip, which may be processed in parts. One thread at a time.
 class StripEffect {
  public:
-  /// @param operation  null: pixels stay as they are, but crossed, so that the conversion back
-  ///                   undoes it
+  /// @param operation  null: pixels are only crossed, which the conversion back undoes
   /// @param picture    the strip's share of the effect's picture; its pixels must outlive this
   /// @param width      pixels per row
   /// @param rows       of the strip
   StripEffect(const Operation* operation, const PictureView& picture, int width, int rows);
 
-  /// Whether the work memory for the picture could be had.
+  /// Whether the work memory for the picture was allocated.
   bool ready() const { return !image_ || image_->ready(); }
 
-  /// Does rows firstRow..firstRow + rows - 1 of the strip, src and dst pointing at the first of
-  /// them. They may be the same. When not ready it passes them through.
+  /// Processes rows firstRow..firstRow + rows - 1 of the strip; src and dst point at the first of
+  /// them and may be the same. When not ready, it passes them through.
   void mapRows(uint8_t* src, uint8_t* dst, int firstRow, int rows);
 
  private:

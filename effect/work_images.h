@@ -3,17 +3,18 @@
 
 namespace alg {
 
-/// The work images and the pool, for one run. Whatever the globals held before is overwritten; they
-/// are null afterwards.
+/// The work images and the pool, for one run. What the globals held before is overwritten; they are
+/// null afterwards.
 class WorkImages {
  public:
-  /// A frame's sizes, at least 1. The images stay untouched here: they cost address space, no time.
+  /// Takes the frame's sizes, at least 1. The images are only allocated: they cost address space,
+  /// not time.
   WorkImages(int width, int height);
   ~WorkImages();
   WorkImages(const WorkImages&) = delete;
   WorkImages& operator=(const WorkImages&) = delete;
 
-  /// Whether both could be had, with 2^31 - 1 bytes at most.
+  /// Whether both were allocated, with 2^31 - 1 bytes each at most.
   bool ready() const;
 
  private:

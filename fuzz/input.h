@@ -1,4 +1,4 @@
-// What a target makes of the fuzzer's bytes: numbers, sizes, text and image contents.
+// Turns the fuzzer's bytes into numbers, sizes, text and image contents.
 #pragma once
 
 #include <algorithm>
@@ -8,7 +8,7 @@
 
 #include "tests/unit/reference.h"
 
-/// Takes bytes from the front; behind the end there are zeros.
+/// Takes bytes from the front; after the end it yields zeros.
 class Input {
  public:
   Input(const uint8_t* data, std::size_t size) : rest_(data, size) {}
@@ -33,28 +33,28 @@ class Input {
     return (low | byte() << 8) % (limit + 1);
   }
 
-  /// One of a list of at most 256.
+  /// An element of a list of at most 256.
   template <class List>
   auto& pick(List& list) {
     return list[byte() % std::size(list)];
   }
 
-  /// 1..limit, or 1. The first byte chooses the scale: small sizes have more corners in them.
+  /// 1..limit, or 1. The first byte chooses the scale: small sizes reach more edge cases.
   int side(int limit) {
     constexpr int kScales[] = {8, 40, 300, 1 << 30};
     const int most = std::clamp(limit, 1, pick(kScales));
     return most <= 65536 ? 1 + upTo(most - 1) : 1 + int(word() % uint32_t(most));
   }
 
-  /// Up to `limit` characters: a length, then they.
+  /// Up to `limit` characters: a length, then the characters.
   std::string text(int limit) {
     std::string characters(asSize(upTo(limit)), ' ');
     for (char& character : characters) character = char(byte());
     return characters;
   }
 
-  /// An image's bytes: noise, or what is left of the input over and over. They are a block of just
-  /// that size, so that AddressSanitizer sees what is touched around it.
+  /// An image's bytes: noise, or the rest of the input repeated. The block has exactly that size,
+  /// so that AddressSanitizer sees any access around it.
   Bytes fill(int size) {
     Bytes bytes(asSize(size));
     uint32_t state = byte();

@@ -10,7 +10,7 @@
 namespace {
 constexpr char kTag[] = "CodecDataAlgorithm";
 
-/// Whether the array has room for a width and a height, as far as the environment can tell.
+/// Whether the array has room for a width and a height, as far as the JNI environment can tell.
 bool holdsSize(JNIEnv* env, jintArray size) {
   return size != nullptr &&
          (env->functions->GetArrayLength == nullptr || env->GetArrayLength(size) >= 2);

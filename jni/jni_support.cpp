@@ -16,9 +16,8 @@ namespace {
 
 constexpr int64_t kJavaLimit = std::numeric_limits<jint>::max();
 
-/// For a call of Java's that has returned null: drops what would be thrown when the native method
-/// returns, because failures are logged, never thrown. An environment without these entries throws
-/// nothing.
+/// For use after a JNI call has returned null: clears the pending exception, because failures are
+/// logged, never thrown. An environment without these entries throws nothing.
 void dropException(JNIEnv* env) {
   const auto& entries = *env->functions;
   if (entries.ExceptionCheck != nullptr && entries.ExceptionClear != nullptr &&

@@ -1,9 +1,10 @@
 // What every native method needs at the Java border: its log lines, checked sizes and buffers, and
-// results for Java. All checks of what Java hands over are here, each with one error line.
+// results for Java. All input from Java is checked here; each failed check logs one error line.
 //
-// Of Java's environment natives call only what they can't do without: buffers' addresses and
-// capacities, new direct buffers, characters of strings, new byte arrays and their elements, and
-// SetIntArrayRegion. Only after one of these has returned null do they look for an exception.
+// Natives call only those functions of the JNI environment that they can't do without: buffers'
+// addresses and capacities, new direct buffers, characters of strings, new byte arrays and their
+// elements, and SetIntArrayRegion. They check for an exception only after one of these has returned
+// null.
 #pragma once
 
 #include <jni.h>
@@ -24,7 +25,7 @@ class CallScope {
   CallScope(const CallScope&) = delete;
   CallScope& operator=(const CallScope&) = delete;
 
-  /// Logs "<signature> <reason>", the reason formatted as by printf. Takes no memory.
+  /// Logs "<signature> <reason>", the reason formatted as by printf. Allocates nothing.
   [[gnu::format(printf, 2, 3)]] void fail(const char* format, ...) const;
 
  private:
@@ -32,7 +33,7 @@ class CallScope {
   const char* signature;
 };
 
-/// Sizes that Java gave, found good.
+/// Sizes from Java that have passed the checks.
 struct ImageSize {
   int width;
   int height;
@@ -61,20 +62,21 @@ std::optional<BufferMemory> checkBuffer(const CallScope& call, JNIEnv* env, jobj
                                         const char* role, int64_t needed);
 
 /// A block for a result of `bytes` bytes, in large pages where they pay; null, with an error line,
-/// when it can't be had or is too large for a Java buffer.
+/// when memory is short or the result is too large for a Java buffer.
 Block allocateResult(const CallScope& call, int64_t bytes);
 
-/// Hands a block to Java as a direct buffer; Java keeps its memory for the life of the process.
-/// Null, with an error line, when Java can't take it (the block is freed then).
+/// Passes a block to Java as a direct buffer; its memory then stays allocated for the life of the
+/// process. Null, with an error line, when Java can't take it (the block is then freed).
 jobject toDirectBuffer(const CallScope& call, JNIEnv* env, Block block, int64_t bytes);
 
 /// Copies bytes into a new Java array; null, with an error line, when Java has no room.
 jbyteArray toByteArray(const CallScope& call, JNIEnv* env, const uint8_t* bytes, int64_t size);
 
-/// The characters of a Java string while it lives.
+/// The characters of a Java string, for the lifetime of this object.
 class StringChars {
  public:
-  /// Logs an error line when the string is null or its characters can't be had; get() is null then.
+  /// Logs an error line when the string is null or its characters can't be read; get() is then
+  /// null.
   StringChars(const CallScope& call, JNIEnv* env, jstring string, const char* role);
   ~StringChars();
   StringChars(const StringChars&) = delete;

@@ -1,10 +1,11 @@
-// What the virtual machine calls before it unloads the library, when it has collected the class
-// loader of the natives.
+// Called by the virtual machine before it unloads the library, after it has collected the natives'
+// class loader.
 #include <jni.h>
 
 #include "libalgorithm/export.h"
 #include "libalgorithm/thread_pool.h"
 
-/// The pool's threads would run code that is gone. Waits for an effect run under way, which only a
-/// native caller can have started: a class whose native runs is not collected.
+/// Ends the pool, whose threads would otherwise run unmapped code. Waits for an effect run under
+/// way, which only a native caller can have started: a class whose native is running is not
+/// collected.
 extern "C" ALGORITHM_API void JNI_OnUnload(JavaVM*, void*) { HALThreadPoolDestroy(); }

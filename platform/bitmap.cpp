@@ -20,7 +20,7 @@ bool decodePngOfHost(const char* path, Bitmap& bitmap) try {
 
 bool decodePngFile(const char* path, Bitmap& bitmap) try {
   return decodePngOfHost(devicePath(path).c_str(), bitmap);
-} catch (const std::bad_alloc&) {  // not even the path has room
+} catch (const std::bad_alloc&) {  // no memory even for the path
   return false;
 }
 

@@ -1,4 +1,4 @@
-// Pictures of the device: decoded PNG files, and the two process-wide ones of the effects.
+// Pictures of the device: decoded PNG files, and the effects' two process-wide pictures.
 #pragma once
 
 #include <cstddef>
@@ -23,21 +23,21 @@ struct Bitmap {
 };
 
 /// Decodes the PNG file at the device path `path` into `bitmap`. Grey, palette and 16-bit files are
-/// brought to 8-bit RGBA, without any gamma or colour correction; alpha is 255 where the file has
-/// none. Returns false, and leaves the previous picture, when the file can't be read or decoded, is
-/// no regular file, or has more than 65,535 pixels a side or 64 million in all.
+/// converted to 8-bit RGBA, without any gamma or colour correction; alpha is 255 where the file has
+/// none. Returns false, and keeps the previous picture, when the file can't be read or decoded, is
+/// not a regular file, or has more than 65,535 pixels a side or 64 million in all.
 bool decodePngFile(const char* path, Bitmap& bitmap);
 
-/// The same for the file of that name among the pictures of the effects, in kPictureFolder.
+/// The same for the effects' picture of that name, in kPictureFolder.
 bool decodeEffectPicture(std::string_view name, Bitmap& bitmap);
 
 /// decodePngFile() for a path of the machine that the library runs on, which is taken as it is.
 bool decodePngOfHost(const char* path, Bitmap& bitmap);
 
-/// The picture that every overlay of the effect table, and of the classic effects, is decoded into.
-/// Not locked: one effect run at a time.
+/// The bitmap that every overlay of the pipeline and of the classic effects is decoded into. Not
+/// locked: one effect run at a time.
 extern Bitmap bitmap_effect;
-/// The picture that lies over the image in the area effect. Not locked, either.
+/// The area effect's front picture. Not locked, either.
 extern Bitmap bitmap_front;
 
 }  // namespace alg

@@ -6,12 +6,12 @@
 
 namespace alg {
 
-/// Where the application installs the pictures of its effects, on the device.
+/// The device folder in which the application installs the pictures of its effects.
 inline constexpr char kPictureFolder[] = "/data/data/com.android.camera/effect/";
 
 /// The place of a device path such as "/data/..." or "/system/...". On Linux the folder named by
-/// the environment variable ALGORITHM_DEVICE_ROOT is put before it when it is set; on the device
-/// the path is used as it is.
+/// the environment variable ALGORITHM_DEVICE_ROOT, if set, is prepended; on the device the path is
+/// used unchanged.
 std::string devicePath(std::string_view path);
 
 }  // namespace alg

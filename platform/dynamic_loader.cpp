@@ -12,7 +12,7 @@ void* loadLibrary(std::string_view path) {
   try {
     return loadLibraryOfHost(devicePath(path).c_str());
   } catch (const std::bad_alloc&) {
-    dlerror();  // an earlier text has nothing to do with it
+    dlerror();  // drops the text of an earlier, unrelated error
     return nullptr;
   }
 }

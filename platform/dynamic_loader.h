@@ -5,12 +5,12 @@
 
 namespace alg {
 
-/// Loads the library at a device path, every symbol bound at once, so that a library that does not
-/// fit fails here and not in the middle of a frame. Null when it can't be loaded; loaderError()
+/// Loads the library at a device path and binds every symbol at once, so that an incompatible
+/// library fails here and not in the middle of a frame. Null when it can't be loaded; loaderError()
 /// tells why, and a later call tries again.
 ///
 /// A loaded library stays for the life of the process: it may have started threads or registered
-/// functions for the end of a thread or of the process, and all of those would run unmapped code
+/// functions that run when a thread or the process ends, and all of those would run unmapped code
 /// after a dlclose().
 void* loadLibrary(std::string_view path);
 
@@ -23,7 +23,7 @@ void* findSymbol(void* library, const char* name);
 /// Keeps this library itself loaded for the life of the process, whoever unloads it.
 void keepLibraryLoaded();
 
-/// What went wrong in this thread's last call here. Valid until its next one.
+/// What went wrong in this thread's last call of these functions. Valid until its next one.
 const char* loaderError();
 
 }  // namespace alg

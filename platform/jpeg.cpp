@@ -2,7 +2,7 @@
 // frames between setjmp and the codec; results travel in plain structs.
 #include "platform/jpeg.h"
 
-#include <cstdio>  // which jpeglib.h takes as given
+#include <cstdio>  // jpeglib.h needs it
 
 #include <jpeglib.h>
 
@@ -29,15 +29,15 @@ struct ErrorManager {
 
 void stayQuiet(j_common_ptr) {}
 
-/// Scans that a file of so many pixels may have: a few kilobytes can ask for thousands of passes
-/// over the whole image. Ordinary progressive files have about ten.
+/// The most scans that a file of so many pixels may have: a few kilobytes can ask for thousands of
+/// passes over the whole image. Ordinary progressive files have about ten.
 int mostScans(int64_t pixels) {
   constexpr int64_t kPixelScans = int64_t{1} << 29;
   return static_cast<int>(
       std::clamp<int64_t>(kPixelScans / pixels, kMostJpegScansLarge, kMostJpegScansSmall));
 }
 
-/// Called by the codec from time to time; ends the decoding of a file with too many scans.
+/// Called by the codec now and then; stops decoding a file with too many scans.
 void limitScans(j_common_ptr codec) {
   const auto& jpeg = *reinterpret_cast<j_decompress_ptr>(codec);
   if (jpeg.input_scan_number > mostScans(int64_t{jpeg.image_width} * jpeg.image_height)) {
@@ -65,7 +65,7 @@ void cmykToBgra(uint8_t* row, std::size_t pixels, bool inverted) {
   }
 }
 
-/// The smallest reduction of the codec that keeps the longer side.
+/// The codec's strongest reduction that keeps at least `keepSide` pixels of the longer side.
 unsigned reduction(const jpeg_decompress_struct& jpeg, int keepSide) {
   const JDIMENSION side = std::max(jpeg.image_width, jpeg.image_height);
   unsigned denominator = 1;
@@ -76,7 +76,8 @@ unsigned reduction(const jpeg_decompress_struct& jpeg, int keepSide) {
   return denominator;
 }
 
-/// Whether the codec has read beyond the file: it then goes on with an end marker of its own.
+/// Whether the codec has run past the end of the file: it then continues with an end marker of its
+/// own.
 bool ranOut(const jpeg_source_mgr& source, std::span<const uint8_t> file) {
   const std::less<> before;
   return before(source.next_input_byte, file.data()) ||
@@ -101,14 +102,14 @@ std::span<const uint8_t> withoutLastSegment(std::span<const uint8_t> file) {
   return {};
 }
 
-/// Decodes into *pixels, a block from malloc that the caller frees, also when this fails.
+/// Decodes into *pixels, a block from malloc that the caller frees, even when this fails.
 bool decodeInto(jpeg_decompress_struct& jpeg, ErrorManager& errors, std::span<const uint8_t> file,
                 const JpegDecodeOptions& options, uint8_t** pixels) {
   if (setjmp(errors.failed) != 0) {
     return false;
   }
   jpeg_create_decompress(&jpeg);
-  // What doesn't fit would go to a temporary file, which this codec hasn't: an error.
+  // Anything beyond this would go to a temporary file, which this codec lacks: an error.
   jpeg.mem->max_memory_to_use = kMostJpegWorkBytes;
   jpeg_mem_src(&jpeg, file.data(), static_cast<unsigned long>(file.size()));
   jpeg_read_header(&jpeg, TRUE);
@@ -141,8 +142,8 @@ bool decodeInto(jpeg_decompress_struct& jpeg, ErrorManager& errors, std::span<co
   return true;
 }
 
-/// Encodes into *bytes, which the caller frees, also when this fails. It starts as a block of *size
-/// bytes; the codec moves on to larger ones of its own, but leaves that one to the caller.
+/// Encodes into *bytes, which the caller frees, even when this fails. It starts as a block of *size
+/// bytes; the codec may move on to larger ones of its own, but leaves the first to the caller.
 bool encodeInto(jpeg_compress_struct& jpeg, ErrorManager& errors, const uint8_t* pixels, int width,
                 int height, int quality, unsigned char** bytes, unsigned long* size) {
   if (setjmp(errors.failed) != 0) {
@@ -170,7 +171,7 @@ bool encodeInto(jpeg_compress_struct& jpeg, ErrorManager& errors, const uint8_t*
   return true;
 }
 
-/// Decodes a file; `cutShort` tells whether a failure comes from its early end.
+/// Decodes a file; `cutShort` tells whether a failure is due to its early end.
 std::optional<DecodedJpeg> decodeOnce(std::span<const uint8_t> file,
                                       const JpegDecodeOptions& options, bool& cutShort) {
   jpeg_decompress_struct jpeg{};
@@ -210,8 +211,8 @@ std::optional<EncodedJpeg> encodeJpeg(const uint8_t* pixels, int width, int heig
   jpeg_compress_struct jpeg{};
   ErrorManager errors;
   jpeg.err = prepare(errors);
-  // A photo takes less at quality 95. Memory that is never written costs nothing, but growing from
-  // the codec's first 4 KB on would copy all bytes once, through fresh memory each time.
+  // A photo takes less than this at quality 95. Memory that is never written costs nothing, but
+  // growing from the codec's initial 4 KB would copy all bytes once, into fresh memory each time.
   constexpr std::size_t kHeaders = 4096;  // bytes
   const std::size_t guess = kHeaders + pixelCount(width, height);
   Block first = allocateLargeBlock(guess);

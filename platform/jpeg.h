@@ -22,16 +22,18 @@ struct EncodedJpeg {
   std::size_t size = 0;
 };
 
-/// What a decoder takes beside the result, in bytes. Files in several scans keep the coefficients
-/// of the whole image, two bytes a sample: 6 bytes a pixel at full chroma resolution, 3 at half of
-/// it both ways, 8 with four colours (sides rounded up to whole blocks; the result has 4). Room for
-/// 116 million pixels of the first kind and 233 of the second. Files in one scan take a few rows.
+/// The most memory that a decoder may take in addition to the result, in bytes. Files in several
+/// scans keep the coefficients of the whole image, two bytes a sample: 6 bytes a pixel at full
+/// chroma resolution, 3 at half of it in both directions, 8 with four colours (sides rounded up to
+/// whole blocks; the result has 4). That is enough for 116 million pixels of the first kind and 233
+/// million of the second. Files in one scan take a few rows.
 inline constexpr long kMostJpegWorkBytes = 700'000'000;
 
-/// Scans that a file may have from 17 million pixels on, and up to 5 million; in between there are
-/// 2^29 pixels in all of them. A file of a few kilobytes can ask for that many passes over all
-/// coefficients. On a desk each costs up to 0.15 ms of CPU for a megabyte of the result, with
-/// arithmetic coding 0.6 ms; beside that a file in several scans costs 3 ms a megabyte.
+/// The most scans that a file may have: from 17 million pixels on, and up to 5 million; in between,
+/// scans times pixels may reach 2^29. A file of a few kilobytes can demand that many passes over
+/// all coefficients. On a desktop machine each pass costs up to 0.15 ms of CPU per megabyte of the
+/// result, with arithmetic coding 0.6 ms; on top of that, a file in several scans costs 3 ms per
+/// megabyte.
 inline constexpr int kMostJpegScansLarge = 32;
 inline constexpr int kMostJpegScansSmall = 100;
 
@@ -39,15 +41,15 @@ struct JpegDecodeOptions {
   /// The codec may deliver an image reduced to 1/2, 1/4 or 1/8, as long as its longer side keeps at
   /// least this many pixels; 0 decodes at full size.
   int keepSide = 0;
-  /// Larger images are refused before memory is taken for them.
+  /// Larger images are refused before memory is allocated for them.
   std::size_t maxPixelBytes = std::numeric_limits<int32_t>::max();
 };
 
 /// Decodes a whole JPEG file: baseline or progressive; grey, YCbCr, RGB, CMYK or YCCK (Adobe's
-/// inverted ones too). A truncated file decodes with the missing part grey, unless nothing of the
-/// image is there. Empty when the bytes are no JPEG or memory is short, and for images beyond
-/// 65,535 pixels a side or 256 million in all, or with more scans or coefficients (see above) than
-/// any but a hostile file has.
+/// inverted ones too). A truncated file decodes with the missing part grey, unless no part of the
+/// image is there. Empty when the bytes are not a JPEG file or memory is short, and for images
+/// beyond 65,535 pixels a side or 256 million in all, or with more scans or coefficients (see
+/// above) than any but a hostile file has.
 std::optional<DecodedJpeg> decodeJpeg(std::span<const uint8_t> file,
                                       const JpegDecodeOptions& options = {});
 

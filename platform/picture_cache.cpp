@@ -11,12 +11,12 @@
 namespace alg {
 namespace {
 
-/// Coarse file systems count in steps of two seconds.
+/// The coarsest file systems count time in steps of two seconds.
 constexpr int64_t kSettlingSeconds = 2;
 /// Later than any use.
 constexpr uint64_t kNever = std::numeric_limits<uint64_t>::max();
 
-/// Whether a change from now on must show in the file's times.
+/// Whether any change from now on is bound to show in the file's times.
 bool isSettled(const FileState& file) {
   timespec now{};
   if (clock_gettime(CLOCK_REALTIME, &now) != 0) {

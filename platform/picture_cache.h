@@ -1,15 +1,14 @@
 // Decoded pictures of the effects, kept from one effect run to the next.
 //
-//   Kept          up to 8 pictures with up to 32 MB of pixels in all, those that were used last; of
-//   a
-//                 larger picture only that it decodes, and its size
+//   Kept          up to 8 pictures with up to 32 MB of pixels in all, the most recently used; of a
+//                 larger picture only the fact that it decodes, and its size
 //   Used again    when the same path still opens the same regular file (device, inode) and its size
 //                 and its times of modification and change are the same, to the nanosecond
 //   Not trusted   a file that was modified or changed less than two seconds ago by the system's
 //                 clock, or in the future: a further change might get the same times. It is decoded
-//                 each time, and what was kept of it goes
+//                 each time, and anything kept of it is dropped
 //   Not kept      failures: the next call tries again
-//   Costs         opening the file and asking for its state: microseconds
+//   Costs         opening the file and querying its state: microseconds
 //   Memory short  never an error beyond that of decoding: keeping takes no memory of its own
 //   Threads       one at a time
 #pragma once
@@ -28,24 +27,26 @@ namespace alg {
 /// What a picture is loaded for.
 enum class PictureUse : uint8_t {
   kKeep,    ///< its pixels, for as long as the caller likes
-  kRun,     ///< its pixels, for an effect run: it has one large picture at most at a time
+  kRun,     ///< its pixels, for an effect run, which holds at most one large picture at a time
   kVerdict  ///< the same, when it is enough to know that there is a picture, and its size
 };
 
 class PictureCache {
  public:
-  /// Pixels of all pictures together. One that has more is large.
+  /// The most bytes of pixels that are kept, of all pictures together. A picture with more is
+  /// large.
   static constexpr std::size_t kMostBytes = std::size_t{32} << 20;
   static bool isLarge(const Bitmap& bitmap) { return bitmap.bytes() > kMostBytes; }
 
   /// Sets `bitmap` to the picture of that file name, as decodeEffectPicture() does, sharing its
-  /// pixels. kVerdict may leave those of a large picture null. For a run a large picture in
-  /// `bitmap` goes before the pixels of another are decoded; otherwise it stays when that fails.
+  /// pixels. kVerdict may leave those of a large picture null. For a run, a large picture in
+  /// `bitmap` is freed before another large one is decoded; otherwise `bitmap` keeps its picture
+  /// when decoding fails.
   bool load(std::string_view name, PictureUse use, Bitmap& bitmap);
 
  private:
   struct Kept {
-    std::string path;  // empty: nothing
+    std::string path;  // empty: a free slot
     FileState file;
     Bitmap picture;  // a large one without its pixels
     uint64_t lastUse = 0;

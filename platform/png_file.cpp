@@ -15,7 +15,7 @@
 namespace alg {
 namespace {
 
-/// The most that the reader may take for one chunk. Those that count need 768 bytes.
+/// The most memory that libpng may take for one chunk. The chunks that matter need 768 bytes.
 constexpr png_alloc_size_t kMaxChunkBytes = 65536;
 
 [[noreturn]] void leave(png_structp png, png_const_charp /*message*/) { png_longjmp(png, 1); }
@@ -23,7 +23,7 @@ void stayQuiet(png_structp /*png*/, png_const_charp /*message*/) {}
 
 FileTime timeOf(const timespec& time) { return {time.tv_sec, time.tv_nsec}; }
 
-/// Limits what a file may claim; of the chunks that may be missing only transparency counts.
+/// Limits what a file may claim; of the optional chunks only transparency is read.
 void setLimits(png_structp png) {
   constexpr int kAllOthers = -1;
   png_set_keep_unknown_chunks(png, PNG_HANDLE_CHUNK_NEVER, nullptr, kAllOthers);
@@ -31,7 +31,7 @@ void setLimits(png_structp png) {
   png_set_user_limits(png, kMaxPictureSide, kMaxPictureSide);
 }
 
-/// Asks for 8-bit R, G, B, A whatever the file holds. Sample values stay as they are: gamma and
+/// Asks for 8-bit R, G, B, A from every kind of file. Sample values stay as they are: gamma and
 /// colour profiles are not applied.
 void requestRgba(png_structp png) {
   png_set_expand(png);
@@ -43,7 +43,8 @@ void requestRgba(png_structp png) {
 }  // namespace
 
 PngFile::PngFile(const char* path)
-    // Without O_NONBLOCK a fifo would be waited for, and a terminal without O_NOCTTY taken over.
+    // Without O_NONBLOCK, opening a fifo would block; without O_NOCTTY, a terminal would become the
+    // process's own.
     : descriptor_(open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY)) {
   struct stat status {};
   if (!isOpen()) {
@@ -76,8 +77,8 @@ bool PngFile::start() {
   return stream_ != nullptr && info_ != nullptr;
 }
 
-// libpng's errors leave by longjmp, so that the steps below keep their results in members, and no
-// object with a destructor of their own.
+// libpng reports errors by longjmp, so the steps below keep their results in members and have no
+// local objects with a destructor.
 
 bool PngFile::readSize() {
   if (!start()) {

@@ -12,7 +12,7 @@
 
 namespace alg {
 
-/// A point in the system's time, which others may set.
+/// A point in the system's time, which other programs may set.
 struct FileTime {
   int64_t seconds = 0;
   int64_t nanoseconds = 0;
@@ -22,24 +22,23 @@ struct FileTime {
   }
 };
 
-/// What a file is known by, and what changes with its content.
+/// What identifies a file, and what changes with its content.
 struct FileState {
   dev_t device = 0;
   ino_t inode = 0;
   off_t size = 0;
   FileTime modified;
-  FileTime changed;  ///< content or anything else about it; programs can't choose this time
+  FileTime changed;  ///< of its content or metadata; programs can't choose this time
   bool operator==(const FileState&) const = default;
 };
 
-/// An open PNG file. Each step takes those before it.
+/// An open PNG file. Each step requires those before it.
 ///
-/// Whatever a file claims, reading it takes some 100 KB beside its pixels: of all chunks only those
-/// that pixels depend on are looked into, the others are skipped.
+/// Whatever a file claims, reading it takes some 100 KB in addition to its pixels: only the chunks
+/// that pixels depend on are parsed, the others are skipped.
 class PngFile {
  public:
-  /// Opens a regular file. Anything else (a folder, a fifo, a device) is refused, and not waited
-  /// for.
+  /// Opens a regular file. Anything else (a folder, a fifo, a device) is refused without waiting.
   explicit PngFile(const char* path);
   ~PngFile();
   PngFile(const PngFile&) = delete;
@@ -49,14 +48,14 @@ class PngFile {
   /// The file as it was when it was opened.
   const FileState& state() const { return state_; }
 
-  /// Reads up to the pixels. False for a file that isn't open or no PNG, a size that is refused, or
-  /// when memory is short.
+  /// Reads everything before the pixels. False for a file that isn't open or isn't a PNG file, for
+  /// a size that is refused, and when memory is short.
   bool readSize();
   int width() const { return width_; }
   int height() const { return height_; }
 
-  /// Decodes the pixels into `bitmap`, and reads the file to its end. Returns false, and leaves the
-  /// bitmap, when that can't be done. May throw std::bad_alloc, likewise.
+  /// Decodes the pixels into `bitmap`, and reads the file to its end. When that can't be done,
+  /// returns false or throws std::bad_alloc, and leaves the bitmap as it was.
   bool decode(Bitmap& bitmap);
 
  private:

@@ -6,7 +6,8 @@
 
 namespace alg {
 
-/// Makes each colour c of R, G, B, A pixels (a x c + 127) / 255, in place: a x c / 255, rounded.
+/// Replaces each colour c of R, G, B, A pixels with (a x c + 127) / 255, in place: a x c / 255,
+/// rounded.
 void premultiplyRow(uint8_t* rgba, std::size_t pixels);
 
 /// The definition.

@@ -27,7 +27,7 @@ using HalfVector = hn::Vec<Halves>;
 constexpr std::size_t kStep = hn::MaxLanes(Words());  // pixels
 
 /// The quotient by 255 in the upper byte: with v = a x c + 127 it is (v + v / 256 + 1) / 256, for
-/// all 65,536 pairs (tried), and no sum goes beyond 65,407.
+/// all 65,536 pairs (tried), and no sum exceeds 65,407.
 HWY_INLINE HalfVector quotient(HalfVector alpha, HalfVector channel) {
   const Halves d;
   const HalfVector v = hn::Add(hn::Mul(alpha, channel), hn::Set(d, 127));

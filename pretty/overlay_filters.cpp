@@ -123,16 +123,16 @@ constexpr PictureRole kPrettyBeautifulPictures[] = {{.name = "overlay",
                                                      .file = "sucai0.png",
                                                      .landscapeFile = "sucai0_r.png",
                                                      .read = false,
-                                                     .help = "taken, but not looked at"}};
+                                                     .help = "accepted, but never read"}};
 
 constinit const Operation kPrettyBeautiful{
     .name = "PrettyBeautiful",
     .routine = "PrettyBeautiful",
     .family = Family::kPretty,
-    .shows = "Skin tones into light.",
+    .shows = "Skin tones lifted into light.",
     .formula =
-        "The darker and the brightest third are flattened, then 1 - exp(-5 b^2) with b = v / 255; "
-        "blue to 80 % and lifted by 20 before it.",
+        "The darkest and the brightest third are flattened, blue is scaled to 80 % and lifted by "
+        "20, then 1 - exp(-5 b^2) with b = v / 255.",
     .pixels = Pixels::kPackedRgb,
     .pictures = kPrettyBeautifulPictures,
     .pipeline = {.name = "PrettyBeautiful", .identifier = 25, .runs = true, .loadsPicture = true},
@@ -150,8 +150,9 @@ constinit const Operation kPrettyPink{
     .family = Family::kPretty,
     .shows = "Pink light over everything.",
     .formula =
-        "Colours are twisted toward pink, blended with the overlay picture as soft light, then go "
-        "through half a steep saturating curve, 1 - exp(-5 b^1.75) with b = v / 255.",
+        "Colours are twisted toward pink, blended with the overlay picture as soft light, then "
+        "mixed half and half with a steep saturating curve of them, 1 - exp(-5 b^1.75) with "
+        "b = v / 255.",
     .pixels = Pixels::kPackedRgb,
     .reach = Reach::kPlace,
     .pictures = kPrettyPinkPictures,
@@ -171,9 +172,9 @@ constinit const Operation kPrettyJapan{
     .family = Family::kPretty,
     .shows = "The soft, bright look of a magazine.",
     .formula =
-        "The outer thirds flattened as in PrettyBeautiful, then three quarters of PrettyPink's "
-        "saturating curve, red pulled down by 20 and stretched, and soft light with the overlay "
-        "picture.",
+        "The outer thirds flattened as in PrettyBeautiful, then mixed with three quarters of "
+        "PrettyPink's saturating curve, red lowered by 20 and stretched, and soft light with the "
+        "overlay picture.",
     .pixels = Pixels::kPackedRgb,
     .reach = Reach::kPlace,
     .pictures = kPrettyJapanPictures,

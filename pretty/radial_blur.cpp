@@ -32,7 +32,7 @@ constinit const Operation kBlur{
     .name = "blur",
     .routine = "blur",
     .family = Family::kLight,
-    .shows = "The same as miniature, by a routine for 32-bit pixels.",
+    .shows = "The same as miniature, for 32-bit pixels.",
     .formula = "A box blur whose radius grows from 0 in the middle column to 24.",
     .pixels = Pixels::kWords,
     .reach = Reach::kNeighbours,
@@ -49,7 +49,7 @@ constinit const Operation kActiveBlur{
     .name = "active-blur",
     .routine = "ActiveBlur",
     .family = Family::kLight,
-    .shows = "Blurred to both sides, half as far.",
+    .shows = "Blurred towards both sides, half as much as blur.",
     .formula =
         "A box blur whose radius grows from 0 in the middle column to 12, the centre pixel "
         "counting five times.",

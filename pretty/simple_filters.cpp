@@ -103,8 +103,8 @@ constinit const Operation kPrettySweet{
     .family = Family::kPretty,
     .shows = "Lifted shadows, milky middle tones.",
     .formula =
-        "Each channel is lifted (red by 30, blue by 50), brightened along u x 1.05 (255 - u) / 256 "
-        "+ u, and mixed three to one with the source.",
+        "Each channel is lifted (red by 30, blue by 50), brightened to u + 1.05 u (255 - u) / 256, "
+        "and mixed three to one with the source.",
     .pixels = Pixels::kPackedRgb,
     .pipeline = {.name = "PrettySweet", .identifier = 20, .runs = true},
     .run = runPlain<PrettySweet>,

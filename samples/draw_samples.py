@@ -39,7 +39,7 @@ def on_canvas(points: Points) -> list[tuple[float, float]]:
     return list(map(tuple, np.asarray(points) * SCALE))
 
 def silhouette(*outlines: Points) -> Image.Image:
-    """A mask that keeps shading inside shapes that were painted before."""
+    """A mask that keeps shading inside shapes that have been painted already."""
     mask = Image.new("L", SIZE)
     for outline in outlines:
         ImageDraw.Draw(mask).polygon(on_canvas(outline), fill=255)
@@ -90,7 +90,7 @@ def sky() -> Image.Image:
     air = blend((62, 126, 204), (204, 222, 228), Y / 440)
     air = blend(air, (255, 228, 184), 0.8 * np.exp(-np.hypot((X - 60) / 620, (Y - 340) / 300) ** 2))
     shape = noise(SIZE, 5, 9, 6)
-    relief = shape - np.pad(shape, ((28, 0), (20, 0)), "edge")[:-28, :-20]  # bright on the side of the sun
+    relief = shape - np.pad(shape, ((28, 0), (20, 0)), "edge")[:-28, :-20]  # bright on the sunny side
     cloud = blend((196, 202, 216), (255, 252, 246), 0.4 + 3 * relief)
     return to_image(blend(air, cloud, np.interp(shape, (0.42, 0.74), (0, 0.9))))
 
@@ -226,14 +226,14 @@ def photo() -> Image.Image:
     scene = sky()
     for element in (hills, meadow, house, tree, colour_chart, balloon, people):
         element(scene)
-    # From here on it is the camera's work: warm sun, vignette and a little grain.
+    # From here on it is the camera's doing: warm sun, vignette and a little grain.
     pixels = np.asarray(scene.resize((WIDTH, HEIGHT), Image.LANCZOS), np.float32)
     x, y = X[::SCALE, ::SCALE], Y[::SCALE, ::SCALE]
     pixels = blend(pixels, (255, 240, 200), 0.2 * np.exp(-np.hypot((x - 60) / 700, (y - 200) / 520) ** 2))
     light = 1.05 - 0.5 * (x / WIDTH - 0.5) ** 2 - 0.5 * (y / HEIGHT - 0.5) ** 2
     return to_image(pixels * light[..., None] + RNG.normal(0, 2, (HEIGHT, WIDTH, 1)))
 
-# --- Overlays. They are mixed in as soft light, for which 128 changes nothing. ---
+# --- Overlays. They are blended as soft light, for which 128 is neutral. ---
 def overlays() -> Iterator[tuple[str, np.ndarray]]:
     y, x = np.mgrid[0:720, 0:720].astype(np.float32) / 720
     yield "effect_lomo", blend((160, 156, 146), (34, 40, 52), 2 * (x - 0.5) ** 2 + 2 * (y - 0.5) ** 2)
@@ -252,7 +252,7 @@ def overlays() -> Iterator[tuple[str, np.ndarray]]:
 
 # --- Pictures of the classic effects ---
 def wash() -> Image.Image:
-    """Is added to a photo: dark, so that the photo keeps its lights. Violet, rose and amber over teal."""
+    """Added to a photo: dark, so that the photo keeps its highlights. Violet, rose and amber over teal."""
     y, x = np.mgrid[0:360, 0:480].astype(np.float32) / 480
     glow = sum(np.exp(-np.hypot(x - u, y - v)[..., None] ** 2 / r) * np.array(colour, np.float32)
                for u, v, r, colour in ((0.05, 0.05, 0.16, (64, 8, 92)), (0.6, 0.0, 0.12, (96, 16, 44)),

@@ -22,7 +22,7 @@ NEEDED = {
 }
 RUN_PATH = {"linux": r"/usr/lib/[a-z0-9_-]+/android:?", "android": ""}
 ARM64_PAGE = 16 * 1024
-LARGEST = 400 * 1024  # of our own code: in a Linux build the codecs are libraries of their own
+LARGEST = 400 * 1024  # our own code only: in a Linux build the codecs are separate libraries
 
 
 def run(*command: str) -> str:
@@ -96,7 +96,7 @@ def check_size(library: str, platform: str, strip: str):
 
 
 def check(library: str, platform: str, strip: str) -> list[str]:
-    """What is wrong with the library, one line each."""
+    """The library's faults, one line each."""
     headers = run("readelf", "-hldW", library)
     return [*check_exports(library), *check_segments(headers), *check_dynamic(headers, platform),
             *check_size(library, platform, strip)]

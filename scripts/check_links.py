@@ -9,13 +9,13 @@ LINK = re.compile(r"\[[^]]*\]\(([^)\s]+)\)")
 
 
 def prose(path: pathlib.Path) -> str:
-    """The text without what is shown as code."""
+    """The text without code blocks and code spans."""
     text = path.read_text(encoding="utf-8")
     return re.sub(r"`[^`\n]+`", "", re.sub(r"^```.*?^```$", "", text, flags=re.MULTILINE | re.DOTALL))
 
 
 def anchors(path: pathlib.Path) -> set[str]:
-    """The names that headings get: lower case, words joined by hyphens, without other signs."""
+    """The names that headings get: lower case, words joined by hyphens, without other punctuation."""
     text = re.sub(r"^```.*?^```$", "", path.read_text(encoding="utf-8"), flags=re.MULTILINE | re.DOTALL)
     return {re.sub(r"[^\w -]", "", heading.lower()).strip().replace(" ", "-")
             for heading in re.findall(r"^#+ (.*)$", text, re.MULTILINE)}

@@ -3,8 +3,8 @@
 
 usage: exports.py BUILD_FOLDER [--check]
 
-Reads the marks from the objects of a build, so that declarations stand once, in the headers. With
---check it writes nothing, and fails when the list is not what it would write. The list is part of the
+Reads the marks from the objects of a build, so that declarations are made once, in the headers. With
+--check it writes nothing, and fails when the list differs from what it would write. The list is part of the
 repository: a line in its diff is a name that callers gain or lose.
 """
 
@@ -32,7 +32,7 @@ def run(*command: str, text: str | None = None) -> str:
 
 
 def marked(folder: pathlib.Path) -> set[str]:
-    """Names defined in a folder's objects for everybody to see; inline ones are nobody's."""
+    """Names that a folder's objects define with default visibility; inline ones belong to no folder."""
     objects = sorted(map(str, folder.glob("*.o")))
     rows = re.findall(r"^ *\d+: \w+ +\w+ +\w+ +GLOBAL +DEFAULT +\d+ (\S+)$",
                       run("readelf", "-sW", *objects) if objects else "", re.MULTILINE)

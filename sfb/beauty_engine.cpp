@@ -22,11 +22,11 @@ constexpr uint8_t kStrongest = 100;
 constexpr int kCreateArgument = 8;
 constexpr int kProcessArgument = -1;
 
-/// The engine library is called by one thread at a time.
+/// Held while the engine library is called: one thread at a time.
 std::mutex engineMutex;
 VfbEngineCreate* pSfbEngineCreate = nullptr;  // null until the library is loaded
 
-/// Whether the factory is there; loads the library on the first call, and after each failure.
+/// Whether the factory is available; loads the library on the first call, and after each failure.
 bool loadFactory() {
   if (pSfbEngineCreate != nullptr) {
     return true;

@@ -1,5 +1,5 @@
-// The adapter to the face-beauty engine: levels to a mode and a configuration, a frame to an image
-// record, and one engine for each frame.
+// The adapter to the face-beauty engine: it turns levels into a mode and a configuration and a
+// frame into an image record, and makes one engine for each frame.
 #pragma once
 
 #include <cstdint>
@@ -8,7 +8,7 @@
 
 namespace alg {
 
-/// Where the device has the engine.
+/// The engine's path on the device.
 inline constexpr char kSfbLibrary[] = "/system/lib64/libSFB.so";
 
 /// Result when there is no engine to call.
@@ -18,13 +18,13 @@ inline constexpr int kSfbNotLoaded = -100;
 inline constexpr int kSfbThrew = -101;
 
 struct SfbLevels {
-  int32_t mode;  ///< 0: do nothing, 1: the engine's default levels, 2: those that follow
+  int32_t mode;  ///< 0: do nothing, 1: the engine's default levels, 2: the levels that follow
   int32_t smooth;
   int32_t toning;
   int32_t slimming;
 };
 
-/// The levels of a caller with their mode: 0 for none at all, 1 for just the defaults, else 2.
+/// A caller's levels and their mode: 0 when all are 0, 1 for exactly the defaults, otherwise 2.
 SfbLevels sfbLevels(int smooth, int toning, int slimming);
 
 /// Describes a frame at `data` whose planes follow each other.
@@ -34,25 +34,25 @@ SfbLevels sfbLevels(int smooth, int toning, int slimming);
 void vfb_init_gtimage(GtImage* image, uint32_t format, int width, int height, int pitch,
                       int planeRows, uint8_t* data);
 
-/// Beautifies the frame in place. Returns 0, the engine's error code, or kSfbNotLoaded when the
-/// library, its factory or an engine can't be had (the next call then tries again), or kSfbThrew.
-/// Thread-safe: the engine library gets one call at a time, further callers wait. Null levels do
-/// nothing.
+/// Beautifies the frame in place. Returns 0, the engine's error code, kSfbNotLoaded when the
+/// library can't be loaded, has no factory or makes no engine (the next call then tries again), or
+/// kSfbThrew. Thread-safe: the engine library gets one call at a time, and further callers wait.
+/// Null levels do nothing.
 int SFBProcess(GtImage* image, const SfbLevels* levels);
 
 /// What a run with an engine of the caller's choice came to.
 struct SfbRun {
   int result = 0;  ///< as of SFBProcess()
-  const char* whyNotLoaded =
-      nullptr;  ///< set when there is no engine; until this thread's next run
+  /// Set when there is no engine; valid until this thread's next run.
+  const char* whyNotLoaded = nullptr;
 };
 
 /// SFBProcess() with the engine library at `path` of this machine in place of the device's, which
 /// it loads in each call.
 SfbRun processWithEngineOfHost(const char* path, GtImage* image, const SfbLevels& levels);
 
-/// A tenth of the levels that mode 2 was last called with, towards zero. For SFBProcess() alone to
-/// write, and only while it has the engine to itself.
+/// A tenth of the levels that mode 2 was last called with, rounded towards zero. Written by
+/// SFBProcess() only, while it holds the engine's lock.
 struct SfbTenths {
   int32_t smooth, toning, slimming;
 };

@@ -1,5 +1,5 @@
-// What the closed face-beauty engine is handed and how it is called. The layouts are the engine's:
-// little-endian, 64-bit pointers.
+// The records that the closed face-beauty engine takes, and how it is called. The layouts are the
+// engine's: little-endian, 64-bit pointers.
 #pragma once
 
 #include <cstddef>
@@ -71,7 +71,7 @@ struct SfbEngine {
 };
 
 struct SfbOperations {
-  void (*release)(SfbEngine*);  ///< ends the engine's life
+  void (*release)(SfbEngine*);  ///< destroys the engine
   int (*setConfiguration)(SfbEngine*, const SfbConfiguration*);
   void (*unused)();
   int (*process)(SfbEngine*, int mode, GtImage*, int64_t, int64_t);  ///< 0 or an error code

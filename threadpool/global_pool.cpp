@@ -10,7 +10,7 @@ namespace {
 
 constexpr char kTag[] = "Defog";
 
-/// At the end of the process it waits for whoever has it: a run still reads its picture.
+/// At the end of the process it waits for whoever holds it: a run may still be reading its picture.
 struct PoolMutex {
   std::recursive_mutex mutex;
   PoolMutex() = default;
@@ -43,7 +43,7 @@ ThreadPool* g_threadpool = nullptr;
 int32_t g_hal_threadpool_init = 0;
 
 int HALThreadPoolInit() {
-  // At once: tasks on the pool may ask, while a run that waits for them has the lock.
+  // Without the lock: tasks on the pool may call this while the run that waits for them holds it.
   if (__atomic_load_n(&g_hal_threadpool_init, __ATOMIC_ACQUIRE) != 0) {
     return 0;
   }

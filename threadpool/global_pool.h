@@ -1,4 +1,4 @@
-// The life of the process-wide pool, for code that runs on it.
+// The process-wide pool, for code that runs on it.
 #pragma once
 
 #include <cstddef>
@@ -11,8 +11,8 @@
 
 namespace alg {
 
-/// Held while the pool starts, stops or is at work for an effect run. Recursive: a run starts the
-/// pool, and a piece of work may end the process, which waits here for the run under way.
+/// Held while the pool starts, stops or works for an effect run. Recursive: a run starts the pool,
+/// and a piece of work may end the process, which waits here for the run under way.
 std::recursive_mutex& poolMutex();
 
 /// Calls callback(input, param, output) for each record, on the process-wide pool if there is one,

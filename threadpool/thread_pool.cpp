@@ -49,7 +49,7 @@ TaskLock::~TaskLock() {
   while (held != 0) {
   }
   held = 0;
-  // The mutex is free here; callers rely on this order of calls all the same.
+  // The mutex is free here; callers rely on this order of calls nevertheless.
   pthread_mutex_unlock(&mutex);
   pthread_mutex_destroy(&mutex);
 }
@@ -66,7 +66,7 @@ void TaskLock::unlock() {
 
 ThreadPool::ThreadPool() : ThreadPool(kDefaultPoolSize) {}
 
-// Stopped at first: a pool that was never started has no thread to stop.
+// Initially stopped: a pool that was never started has no thread to stop.
 ThreadPool::ThreadPool(int size) : pool_size(size), pool_state(kStopped) {
   pthread_cond_init(&task_cond, nullptr);
   __android_log_print(ANDROID_LOG_VERBOSE, kTag, "Constructed ThreadPool of size %d.", pool_size);
@@ -153,7 +153,7 @@ bool ThreadPool::queue(Task* task) noexcept {
 
 int ThreadPool::add_task(Task* task) {
   if (!queue(task)) {
-    // No lock is held here: the end of the process waits for an effect run, which needs it.
+    // No lock is held here: exit() waits for an effect run, which needs it.
     std::puts("out of memory");
     std::exit(1);
   }

@@ -7,7 +7,7 @@
 
 #include "libalgorithm/thread_pool.h"
 
-// Filled in by callers that were built apart from the library.
+// Filled in by callers that were built separately from the library.
 static_assert(offsetof(tagT_ThreadPoolTaskInput, input) == 0 &&
               offsetof(tagT_ThreadPoolTaskInput, output) == 8 &&
               offsetof(tagT_ThreadPoolTaskInput, param) == 16 &&
@@ -33,13 +33,13 @@ void logUnlessZero(int result, const char* message) {
   }
 }
 
-/// A queued piece: what the pool runs and what that needs to know.
+/// A queued piece: what the pool runs, and the data for it.
 struct Piece {
   ThreadPoolTaskInfo info;
   Task task;
 };
 
-/// Room for as many pieces, or for none when memory is short.
+/// Room for `count` pieces, or for none when memory is short.
 std::vector<Piece> roomFor(int count) {
   std::vector<Piece> pieces;
   try {
@@ -71,7 +71,7 @@ ThreadPoolWorker::~ThreadPoolWorker() {
 }
 
 void ThreadPoolWorker::Work() {
-  // Queued pieces are pointed at by the pool: the array must never move.
+  // The pool holds pointers to queued pieces: the array must never move.
   std::vector<Piece> pieces = roomFor(count);
   for (int i = 0; i < count; ++i) {
     ThreadPoolTaskInfo info(this, callback, &inputs[i]);

@@ -12,16 +12,16 @@
 ///                                          1 5                      8 4
 ///
 /// YUV frames: luma plane of width x height bytes, rows packed, directly followed by the
-/// interleaved chroma plane (height / 2 rows of width bytes). Pairs move whole, so NV12 and NV21
-/// rotate alike. ARGB images: 4 bytes a pixel, rows packed, moved unchanged; no alignment is
-/// needed.
+/// interleaved chroma plane (height / 2 rows of width bytes). Pairs are moved as a unit, so NV12
+/// and NV21 rotate alike. ARGB images: 4 bytes a pixel, rows packed, moved unchanged; no alignment
+/// is needed.
 ///
 /// Rotations: src and dst are distinct, non-overlapping buffers of the full image; a size below 1
 /// does nothing. YUV sizes must be even; with an odd size the chroma of the last row or column is
 /// left out.
 ///
-/// Blends take images as n bytes each, whatever they mean (alpha is blended, too), in memory order:
-/// buffers may overlap. A size below 1 does nothing.
+/// Blends treat an image as n bytes, regardless of their meaning (alpha is blended, too), and take
+/// them in memory order: buffers may overlap. A size below 1 does nothing.
 ///
 /// All are thread-safe and reentrant; only getBackground and add3ImageByBackground allocate.
 #pragma once
@@ -30,7 +30,7 @@
 
 #include "libalgorithm/export.h"
 
-/// Rotations and blends: a class of static functions, never made.
+/// Rotations and blends: a class of static functions, never instantiated.
 class ALGORITHM_API CameraUtil {
  public:
   CameraUtil() = delete;
@@ -41,7 +41,7 @@ class ALGORITHM_API CameraUtil {
   /// 90 degrees counter-clockwise: dst (y, x) = src (x, height - 1 - y); the source is height
   /// pixels wide and width rows tall.
   /// @param src     frame of width x height x 3 / 2 bytes; only read
-  /// @param dst     frame of as many bytes, apart from src
+  /// @param dst     frame of as many bytes, not overlapping src
   /// @param width   pixels per row of dst, even
   /// @param height  rows of dst, even
   static void rotateYUV90(const uint8_t* src, uint8_t* dst, int width, int height);
@@ -64,7 +64,7 @@ class ALGORITHM_API CameraUtil {
   /// 90 degrees clockwise: dst (y, x) = src (height - 1 - x, y); the destination is height pixels
   /// wide and width rows tall.
   /// @param src     image of width x height x 4 bytes; only read
-  /// @param dst     image of as many bytes, apart from src
+  /// @param dst     image of as many bytes, not overlapping src
   /// @param width   pixels per row of src
   /// @param height  rows of src
   static void rotateARGB90(const uint8_t* src, uint8_t* dst, int width, int height);
@@ -86,7 +86,7 @@ class ALGORITHM_API CameraUtil {
 
   /// dst = (dst x dstWeight + src x srcWeight) / 256, the low 8 bits: weights that add up to more
   /// than 256 may wrap.
-  /// @param src        n bytes; only read, but for what it shares with dst
+  /// @param src        n bytes; read only, except where it overlaps dst
   /// @param srcWeight  share of src in 1/256; only its low 16 bits count
   /// @param dst        n bytes, changed in place
   /// @param dstWeight  share of dst in 1/256; only its low 16 bits count
@@ -94,7 +94,7 @@ class ALGORITHM_API CameraUtil {
   static void add2Image(const uint8_t* src, int srcWeight, uint8_t* dst, unsigned int dstWeight,
                         unsigned int n);
   /// dst = the greater byte of src and dst.
-  /// @param src  n bytes; only read, but for what it shares with dst
+  /// @param src  n bytes; read only, except where it overlaps dst
   /// @param dst  n bytes, changed in place
   /// @param n    bytes, 4 x width x height for ARGB images
   static void add2ImageByBrightness(const uint8_t* src, uint8_t* dst, unsigned int n);
@@ -108,17 +108,17 @@ class ALGORITHM_API CameraUtil {
   /// @param rect   left, top, right, bottom in pixels, the last two exclusive; NOT clipped to the
   ///               image; only read. An empty one copies nothing
   static void replaceImageContent(const uint8_t* src, uint8_t* dst, int width, int* rect);
-  /// At each byte b or c, whichever is nearer to a; c when they are equally near.
+  /// For each byte, b or c, whichever is nearer to a; c when they are equally near.
   /// @param a  n bytes of the first image; only read
   /// @param b  n bytes of the second
   /// @param c  n bytes of the third
   /// @param n  bytes
-  /// @return n bytes (a block of none for n < 1) from malloc, which the caller frees with free();
+  /// @return n bytes (an empty block for n < 1) from malloc, which the caller frees with free();
   ///         null when memory is short
   static uint8_t* getBackground(const uint8_t* a, const uint8_t* b, const uint8_t* c, int n);
-  /// Keeps in a, at each byte, what is farthest from the background of the three; of equally far
-  /// ones the first of a, b, c. When memory is short, a stays as it is; memory is only needed when
-  /// b or c begins before a and reaches into it.
+  /// Sets each byte of a to whichever of the three bytes is farthest from their background; of
+  /// equally far ones to the first of a, b, c. When memory is short, a stays as it is; memory is
+  /// needed only when b or c begins before a and reaches into it.
   /// @param a  n bytes, changed in place
   /// @param b  n bytes
   /// @param c  n bytes

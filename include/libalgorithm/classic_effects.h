@@ -9,15 +9,15 @@
 ///     dst  R G B        red   byte 2 -> byte 0
 ///
 /// Sizes are in pixels; a width or height below 1 does nothing. Nothing outside the images is read
-/// or written; where a routine looks at neighbours, its small sizes (1 or 2 rows or columns) take
-/// the steps that stay inside. When work memory is short, dst stays as it is. Nothing is logged.
+/// or written; where a routine reads neighbours, images of 1 or 2 rows or columns get only the
+/// steps that stay inside. When work memory is short, dst stays as it is. Nothing is logged.
 ///
-/// "In place" says how src and dst may lie:
+/// "In place" says how src and dst may overlap:
 ///
 ///     yes  the same buffer or any overlap: pixels are taken one at a time in memory order
 ///     no   distinct buffers without overlap
 ///
-/// Thread-safe and reentrant but for Colorpaint and areaeffect. Tables are built once per process.
+/// Thread-safe and reentrant, except Colorpaint and areaeffect. Tables are built once per process.
 #pragma once
 
 #include "libalgorithm/export.h"
@@ -27,7 +27,7 @@
 /// @{
 
 /// S-curves on red and green, blue halved and lifted to 64..191.
-/// @param src     width x height pixels B, G, R; only read, but for what it shares with dst
+/// @param src     width x height pixels B, G, R; read only, except where it overlaps dst
 /// @param dst     as many pixels R, G, B
 /// @param width   pixels per row
 /// @param height  rows
@@ -50,7 +50,7 @@ ALGORITHM_API void Ocean(unsigned char* src, unsigned char* dst, int width, int 
 /// 255 minus each channel.
 /// @copydetails CrossProcess
 ALGORITHM_API void negative(unsigned char* src, unsigned char* dst, int width, int height);
-/// Red + 100, green + 50, blue + 12, limited to 255. (It forms no blocks, whatever its name says.)
+/// Red + 100, green + 50, blue + 12, limited to 255. (Despite its name, it forms no blocks.)
 /// @copydetails CrossProcess
 ALGORITHM_API void Mosaic(unsigned char* src, unsigned char* dst, int width, int height);
 /// Experimental: contrast of gain 1.5, red pulled down before it; screened, blue to 80 percent.
@@ -89,9 +89,9 @@ ALGORITHM_API void Fisheye(unsigned char* src, unsigned char* dst, float strengt
                            int height);
 /// Light that falls off from the centre. Dark blue may wrap below 0: that is its look.
 /// @copydetails CrossProcess
-/// @param radius  how far the full light reaches, 1.0 = the corners. Sensible from about 0.3, below
-///                which products wrap near the corners, to 1.0, from which on the light is even. No
-///                value does harm
+/// @param radius  how far the full light reaches, 1.0 = the corners. Useful from about 0.3, below
+///                which products wrap near the corners, to 1.0, from which the light is even. Any
+///                value is safe
 ALGORITHM_API void FillLightFix(unsigned char* src, unsigned char* dst, float radius, int width,
                                 int height);
 
@@ -104,8 +104,8 @@ ALGORITHM_API void FillLightFix(unsigned char* src, unsigned char* dst, float ra
 /// @copydetails CrossProcess
 ALGORITHM_API void miniature(unsigned char* src, unsigned char* dst, int width, int height);
 /// Tilt-shift down the rows, also for one strip of a taller image: row y has the radius of entry
-/// rowOffset + y in a ramp of rampLength rows (24 at its ends, 0 in its middle). Boxes end at the
-/// strip.
+/// rowOffset + y in a ramp of rampLength rows (24 at its ends, 0 in its middle). Boxes do not reach
+/// beyond the strip.
 /// @copydetails CrossProcess
 /// @param rowOffset   the strip's first row in the ramp, at least 0
 /// @param rampLength  rows of the ramp, at least rowOffset + height
@@ -114,8 +114,9 @@ ALGORITHM_API void miniature_r(unsigned char* src, unsigned char* dst, int width
 
 /// @}
 /// @name Drawings
-/// 3 x 3 neighbourhoods. But for nature and Emboss, the outermost rows and columns are copies of
-/// their inner neighbours; single rows and columns stay as dst held them. In place: no.
+/// 3 x 3 neighbourhoods. Except in nature and Emboss, the outermost rows and columns are copies of
+/// their inner neighbours; where there is only a single row or column, that copy is left out, and
+/// dst keeps what it held. In place: no.
 /// @{
 
 /// Dark edge lines on white: 255 minus the length of the luminance gradient (Prewitt, doubled).
@@ -137,13 +138,14 @@ ALGORITHM_API void Prague(unsigned char* src, unsigned char* dst, int width, int
 /// @copydetails CrossProcess
 ALGORITHM_API void PragueCarton(unsigned char* src, unsigned char* dst, int width, int height,
                                 float);
-/// Saturation raised against the upper left neighbour, then contrast of gain 1.5. Edges are copies
-/// but for the left column, which takes bytes of dst from offset y x width + 1 on; the top left
-/// pixel keeps two bytes that dst held before.
+/// Saturation raised relative to the upper left neighbour, then contrast of gain 1.5. Edges are
+/// copies except for the left column, which takes bytes of dst from offset y x width + 1 on; the
+/// top left pixel keeps two bytes that dst held before.
 /// @copydetails CrossProcess
 ALGORITHM_API void nature(unsigned char* src, unsigned char* dst, int width, int height);
 /// Grey relief of the luminance step from two rows up and two columns left. Rows 0 and 1 and
-/// columns 0 and 1 are made of what dst held before; the last row but one repeats the row above it.
+/// columns 0 and 1 are computed from what dst held before; the last row but one repeats the row
+/// above it.
 /// @copydetails CrossProcess
 ALGORITHM_API void Emboss(unsigned char* src, unsigned char* dst, int width, int height);
 
@@ -151,17 +153,18 @@ ALGORITHM_API void Emboss(unsigned char* src, unsigned char* dst, int width, int
 /// @name Pictures
 /// Pictures of the device, from "/data/data/com.android.camera/effect/", stretched over the image
 /// by nearest neighbour and decoded anew in each call. A picture that can't be read leaves dst as
-/// it is. On Linux the folder named by the environment variable ALGORITHM_DEVICE_ROOT, if set,
-/// comes before that path. In place: yes. The pictures are process-wide: not at the same time as
-/// each other, as the effect road or as effectTypeInit.
+/// it is. On Linux the folder named by the environment variable ALGORITHM_DEVICE_ROOT, if set, is
+/// prepended to that path. In place: yes. The pictures are process-wide: do not call these at the
+/// same time as each other, the effect pipeline or effectTypeInit.
 /// @{
 
 /// Adds "colorpaint.png", limited to 255; its alpha is ignored.
 /// @copydetails CrossProcess
 ALGORITHM_API void Colorpaint(unsigned char* src, unsigned char* dst, int width, int height);
-/// Lays "front.png", whose colours are premultiplied, over the image by its alpha once more, and
-/// inverts the image where "effect.png" has any. "effect.png" must be at least as wide and as tall
-/// as "front.png", or nothing is done; a wider one is read at the byte offsets of "front.png".
+/// Composites "front.png", whose colours are already premultiplied, over the image with its alpha a
+/// second time, and inverts the image where "effect.png" has any alpha. "effect.png" must be at
+/// least as wide and as tall as "front.png", otherwise nothing is done; a wider one is read at the
+/// byte offsets of "front.png".
 /// @copydetails CrossProcess
 ALGORITHM_API void areaeffect(unsigned char* src, unsigned char* dst, int width, int height);
 

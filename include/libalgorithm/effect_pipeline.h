@@ -1,5 +1,5 @@
 /// @file
-/// The effect road: one NV21 frame through conversion, a named effect and conversion back, in
+/// The effect pipeline: one NV21 frame through conversion, a named effect and conversion back, in
 /// place, in strips on the process-wide pool.
 ///
 ///     frame (NV21) --YUV2RGB--> gCLAHE_Rgb_Buffer_in --EffectFunction--> gCLAHE_Rgb_Buffer_out
@@ -9,8 +9,8 @@
 /// Frames with even sizes and chroma rows without gaps take the three steps a few rows at a time
 /// within each of four strips, with the same result, and leave the work images untouched.
 ///
-/// KAVRO_PrettyEffect_Function() is the whole of it and the one to call; the other names are its
-/// parts.
+/// KAVRO_PrettyEffect_Function() runs the whole pipeline and is the one to call; the other names
+/// are its parts.
 #pragma once
 
 #include <cstdint>
@@ -21,9 +21,9 @@
 struct EffectTypeInfo {
   uint8_t* overlay;       ///< overlay picture: R, G, B, A bytes, rows packed; null for a name
                           ///< without one. Valid until the next call that decodes a picture, and
-                          ///< not to be written to: it may be shown again. When
+                          ///< not to be written to: it may be used again. When
                           ///< "newsketch_effect" lacks its own, the picture decoded last, if any
-                          ///< (but for one of over 32 MB, which a run has freed).
+                          ///< (except one of over 32 MB, which a run has freed).
   int32_t overlayWidth;   ///< pixels
   int32_t overlayHeight;  ///< rows
   int32_t effectId;       ///< 0..27; 1000 for an unknown name or a missing picture
@@ -32,10 +32,10 @@ struct EffectTypeInfo {
 };
 
 /// Looks an effect name up (exact, case-sensitive) and decodes its overlay picture, if it has one,
-/// from "/data/data/com.android.camera/effect/" (a file that is the same as in an earlier call is
-/// not decoded again). Landscape frames (width > height) may get a
-/// picture of their own. A picture of fewer rows than the effect has strips counts as missing. Not
-/// reentrant: all pictures share one process-wide bitmap.
+/// from "/data/data/com.android.camera/effect/" (a file that has not changed since an earlier call
+/// is not decoded again). Landscape frames (width > height) may have a picture of their own. A
+/// picture of fewer rows than the effect has strips counts as missing. Not reentrant: all pictures
+/// share one process-wide bitmap.
 /// @param name    not null
 /// @param width   pixels of the frame
 /// @param height  rows of the frame
@@ -58,8 +58,8 @@ struct RgbStripDesc {
   uint8_t* pixels;       ///< first byte of the strip; row pitch is 3 x width
   int32_t width;         ///< pixels per row
   int32_t rows;          ///< rows in the strip
-  int32_t yStride;       ///< of the frame: what RGB2YUV writes with
-  int32_t uvStride;      ///< of the frame: what RGB2YUV writes with
+  int32_t yStride;       ///< of the frame that RGB2YUV writes
+  int32_t uvStride;      ///< of the frame that RGB2YUV writes
   int32_t channels;      ///< 3
   int32_t effectId;      ///< as in EffectTypeInfo
   int32_t effectFlag;    ///< as in EffectTypeInfo
@@ -76,14 +76,14 @@ struct StripRange {
 };
 
 /// The work image that a run's frame is decoded into: width x height x 3 bytes from the start to
-/// the end of each run, untouched where the run has no use for it; null between runs.
+/// the end of each run, untouched if the run does not need it; null between runs.
 ALGORITHM_API extern uint8_t* gCLAHE_Rgb_Buffer_in;
 /// The work image that a run's effect writes: as gCLAHE_Rgb_Buffer_in.
 ALGORITHM_API extern uint8_t* gCLAHE_Rgb_Buffer_out;
 
 /// Allocates both work images (a global is null when memory is short) and starts the process-wide
-/// pool if it can. Not locked. Runs do this themselves, at their start. What the globals held
-/// before is overwritten, not freed, by this as by each run: call fastcvPollDestory() first.
+/// pool if it can. Not locked. Runs do this themselves, at their start. Like each run, this
+/// overwrites the globals without freeing what they held: call fastcvPollDestory() first.
 /// @param width   pixels, at least 1
 /// @param height  rows, at least 1
 /// @return 0
@@ -93,25 +93,25 @@ ALGORITHM_API void fastcvPollDestory();
 
 /// Strip callback (ThreadPoolTaskFunc) of the effect phase: runs the Pretty filter of the input's
 /// effectId (20..27); every other identifier copies with bytes 0 and 2 exchanged.
-/// @param input   an RgbStripDesc, whose sizes, effect and overlay count
+/// @param input   an RgbStripDesc, whose sizes, effect and overlay are used
 /// @param param   ignored
-/// @param output  an RgbStripDesc, of which only the pixels count; they may be the input's
+/// @param output  an RgbStripDesc, of which only the pixels are used; they may be the input's
 ALGORITHM_API void EffectFunction(const void* input, const void* param, void* output);
 
 /// Runs the named effect on a frame, in place. An unknown name or a missing picture leaves the
-/// frame as it is, up to what the two conversions round and clip. When a quarter of the height is
-/// even, the last height mod 4 rows keep their values. A size below 1 does nothing, nor does a run
-/// that memory is short for. When the pool can't start, the run does its work on the calling
+/// frame as it is, apart from what the two conversions round and clip. When a quarter of the height
+/// is even, the last height mod 4 rows keep their values. A size below 1 does nothing, nor does a
+/// run when memory is short. When the pool can't start, the run does its work on the calling
 /// thread.
 ///
-/// Runs queue up behind one process-wide lock, so any thread may call but those of the process-wide
-/// pool.
+/// Runs queue up behind one process-wide lock, so any thread may call this, except those of the
+/// process-wide pool.
 /// @param effectName  see effectTypeInit(); not null
 /// @param format      ignored, may be null
 /// @param y           luma plane, height rows of yStride bytes
 /// @param uv          chroma plane, V,U pairs, floor(height x uvStride / 2) bytes
-/// @param height      rows, best even; NOTE the order: before the width
-/// @param width       pixels per row, best even
+/// @param height      rows, preferably even; NOTE the order: before the width
+/// @param width       pixels per row, preferably even
 /// @param yStride     bytes from one luma row to the next, at least the width
 /// @param uvStride    bytes of a chroma row, the width; for others see yuv_convert.h
 extern "C" ALGORITHM_API void KAVRO_PrettyEffect_Function(const char* effectName,

@@ -8,12 +8,12 @@
 ///           \ | /          green p1 -> q1
 ///     dst  q0 q1 q2        blue  p2 -> q0
 ///
-/// A pixel is read whole before it is written, and pixels are processed in memory order: src and
+/// A whole pixel is read before it is written, and pixels are processed in memory order: src and
 /// dst may be the same buffer or overlap. A width or height below 1 does nothing. Thread-safe and
 /// reentrant; curve tables are built once per process.
 ///
-/// Beside them stand a colour temperature of the same kind, and a resize and two blurs of 32-bit
-/// words (0xAARRGGBB, rows packed) that ignore alpha and write 0 there.
+/// There are also a colour temperature of the same kind, and a resize and two blurs of 32-bit words
+/// (0xAARRGGBB, rows packed) that ignore alpha and write 0 there.
 #pragma once
 
 #include <cstdint>
@@ -24,7 +24,7 @@
 /// @{
 
 /// Lifted shadows, a soft brightening curve, mixed 75/25 with the source.
-/// @param src     width x height pixels R, G, B; only read, but for what it shares with dst
+/// @param src     width x height pixels R, G, B; read only, except where it overlaps dst
 /// @param dst     as many pixels B, G, R: the same buffer or any overlap
 /// @param width   pixels per row
 /// @param height  rows
@@ -51,7 +51,7 @@ ALGORITHM_API void PrettyWhiteDew(unsigned char* src, unsigned char* dst, int wi
 /// Three tone curves; takes an overlay like its siblings but never reads it.
 /// @copydetails PrettySweet
 /// @param overlay        overlayWidth x overlayHeight pixels of 4 bytes, rows packed (R, G, B, A;
-///                       alpha is ignored); only read, apart from dst
+///                       alpha is ignored); only read, not overlapping dst
 /// @param overlayWidth   pixels per row of the overlay
 /// @param overlayHeight  rows of the overlay
 ALGORITHM_API void PrettyBeautiful(unsigned char* src, unsigned char* dst, int width, int height,
@@ -69,9 +69,9 @@ ALGORITHM_API void PrettyJapan(unsigned char* src, unsigned char* dst, int width
 /// @name Temperature
 /// @{
 
-/// Warmer: red up and blue down by up to 57 levels, green up by up to 14. It takes its pixels the
-/// other way round than the filters: byte 0 is blue, byte 2 red.
-/// @param src     width x height pixels B, G, R; only read, but for what it shares with dst
+/// Warmer: red up and blue down by up to 57 levels, green up by up to 14. Its pixel order is the
+/// reverse of the filters': byte 0 is blue, byte 2 red.
+/// @param src     width x height pixels B, G, R; read only, except where it overlaps dst
 /// @param dst     as many pixels R, G, B: the same buffer or any overlap
 /// @param width   pixels per row
 /// @param height  rows
@@ -83,10 +83,10 @@ ALGORITHM_API void Temperature(unsigned char* src, unsigned char* dst, int width
 
 /// Bilinear resize of 32-bit words, 16 fractional bits, truncating: 255 comes out as 253. The
 /// right-hand neighbour is bounded by the destination's row number, so strong vertical reduction
-/// often takes the pixel itself. Positions are 32-bit: sources of 32768 or more columns or rows
-/// wrap around. A size below 1 does nothing. Thread-safe and reentrant; without work memory it only
-/// takes longer.
-/// @param dst        dstWidth x dstHeight words, apart from src
+/// often takes the pixel itself instead. Positions are 32-bit: sources of 32768 or more columns or
+/// rows wrap around. A size below 1 does nothing. Thread-safe and reentrant; when work memory is
+/// short, it only takes longer.
+/// @param dst        dstWidth x dstHeight words, not overlapping src
 /// @param dstWidth   pixels per row of dst
 /// @param dstHeight  rows of dst
 /// @param src        srcWidth x srcHeight words; only read
@@ -97,7 +97,7 @@ extern "C" ALGORITHM_API void Resize(uint32_t* dst, int dstWidth, int dstHeight,
 
 /// Box blur whose radius is 0 in the middle column and grows to 12 at both sides; the centre pixel
 /// counts 5 times. When work memory is short, dst stays as it is. Thread-safe and reentrant.
-/// @param dst     width x height words, apart from src
+/// @param dst     width x height words, not overlapping src
 /// @param src     width x height words; only read
 /// @param unused  ignored
 /// @param width   pixels per row; below 1 does nothing
@@ -108,7 +108,7 @@ extern "C" ALGORITHM_API void ActiveBlur(uint32_t* dst, const uint32_t* src, uin
 /// Box blur whose radius is 0 in the middle column and grows to 24 at both sides, rounded down
 /// after each of its two passes. When work memory is short, dst stays as it is. Thread-safe and
 /// reentrant.
-/// @param dst     width x height 32-bit words: src itself, or apart from it
+/// @param dst     width x height 32-bit words: src itself, or not overlapping it
 /// @param src     width x height words
 /// @param width   pixels per row; below 1 does nothing
 /// @param height  rows; below 1 does nothing
@@ -121,7 +121,7 @@ extern "C" ALGORITHM_API void blur(unsigned char* dst, const uint32_t* src, int 
 /// The greater of two floats.
 /// @param a  any float
 /// @param b  any float
-/// @return a if it is greater than b, else b: b when either is no number
+/// @return a if it is greater than b, else b: b when either is NaN
 extern "C" ALGORITHM_API float maxf(float a, float b);
 /// The greater of two ints.
 /// @param a  any int

@@ -1,9 +1,9 @@
 /// @file
-/// A fixed pool of POSIX threads with a first-in, first-out queue, a worker that fans one job out
-/// as pieces and waits for all of them, and the process-wide pool of the effect road.
+/// A fixed pool of POSIX threads with a first-in, first-out queue, a worker that splits one job
+/// into pieces and waits for all of them, and the process-wide pool of the effect pipeline.
 ///
-/// Tasks and callbacks must not throw: on a pool's thread that ends the process. They must not wait
-/// for other tasks of their own pool either, nor stop it: all its threads may be waiting then.
+/// Tasks and callbacks must not throw: on a pool's thread that ends the process. Nor may they wait
+/// for other tasks of their own pool, or stop it: all its threads might then be waiting.
 ///
 /// Log lines go to the tag "Defog" at priority 2 (VERBOSE).
 #pragma once
@@ -17,11 +17,11 @@
 #include "libalgorithm/export.h"
 
 /// One unit of work: a function and its argument. Owned by whoever made it, never by the pool; it
-/// has to live until it has run.
+/// must stay alive until it has run.
 class ALGORITHM_API Task {
  public:
   /// @param taskFunction  what the task does; not null
-  /// @param taskArgument  handed to the function as it is
+  /// @param taskArgument  passed to the function unchanged
   Task(void (*taskFunction)(void*), void* taskArgument);
   /// Calls the function, on this thread.
   void operator()();
@@ -33,8 +33,8 @@ class ALGORITHM_API Task {
   void* argument;
 };
 
-/// A mutex that knows whether it is held. Destruction waits (busy) until it is not, then unlocks
-/// once more and destroys the mutex; callers rely on that order. A part of ThreadPool: the library
+/// A mutex that knows whether it is held. Destruction busy-waits until it is free, then unlocks
+/// once more and destroys the mutex; callers rely on that order. Part of ThreadPool: the library
 /// exports none of its functions.
 class TaskLock {
  public:
@@ -46,9 +46,9 @@ class TaskLock {
   TaskLock& operator=(const TaskLock&) = delete;
   /// Waits for the mutex and takes it.
   void lock();
-  /// Gives it back; for the thread that took it.
+  /// Releases it; only for the thread that took it.
   void unlock();
-  /// To wait on a condition with.
+  /// For waiting on a condition.
   /// @return the mutex itself
   pthread_mutex_t* native() { return &mutex; }
 
@@ -62,10 +62,10 @@ class TaskLock {
 /// initialize_threadpool() may throw std::bad_alloc.
 class ALGORITHM_API ThreadPool {
  public:
-  /// A pool of four threads. Starts none yet.
+  /// A pool of four threads, none of which is started yet.
   ThreadPool();
   /// Starts no thread yet.
-  /// @param size  threads of the pool; 0 is allowed: tasks then only queue up
+  /// @param size  threads of the pool; 0 is allowed: tasks then just queue up
   explicit ThreadPool(int size);
   /// Stops the pool if it runs. Tasks still queued are neither run nor deleted.
   ~ThreadPool();
@@ -75,8 +75,8 @@ class ALGORITHM_API ThreadPool {
   /// Starts the threads.
   /// @return 0, or -1 as soon as one can't be made (those already started keep running)
   int initialize_threadpool();
-  /// Stops and joins the threads; tasks that run are finished, tasks still queued are never run.
-  /// Not for the pool's own threads.
+  /// Stops and joins the threads; running tasks are finished, tasks still queued are never run. Not
+  /// for the pool's own threads.
   /// @return 0
   int destroy_threadpool();
   /// The body of a pool thread: runs tasks until the pool stops, then ends the thread.
@@ -84,7 +84,7 @@ class ALGORITHM_API ThreadPool {
   void* execute_thread();
   /// Queues a task; any thread may. When the queue can't grow, it writes "out of memory" to
   /// standard output and ends the process with exit status 1.
-  /// @param task  stays the caller's, who keeps it alive until it has run
+  /// @param task  remains the caller's, who keeps it alive until it has run
   /// @return 0
   int add_task(Task* task);
 
@@ -95,7 +95,7 @@ class ALGORITHM_API ThreadPool {
   /// add_task(), but returns false when the queue can't grow.
   bool queue(Task* task) noexcept;
 
-  // Callers were built apart from the library: what there is and in which order never changes.
+  // Callers are built separately from the library: the members and their order never change.
   int32_t pool_size;
   TaskLock task_lock;        // guards tasks and pool_state
   pthread_cond_t task_cond;  // signalled per queued task, broadcast on stop
@@ -104,7 +104,7 @@ class ALGORITHM_API ThreadPool {
   volatile int32_t pool_state;  // 0 = started, 1 = stopped
 };
 
-/// Thread entry handed to pthread_create.
+/// Thread entry point for pthread_create.
 /// @param pool  a ThreadPool*
 /// @return never
 extern "C" ALGORITHM_API void* start_thread(void* pool);
@@ -113,7 +113,7 @@ extern "C" ALGORITHM_API void* start_thread(void* pool);
 using ThreadPoolTaskFunc = void (*)(const void* input, const void* param, void* output);
 
 /// One piece of a job; owned by the caller and kept alive until Work() returns. The worker never
-/// looks behind the pointers.
+/// dereferences the pointers.
 struct tagT_ThreadPoolTaskInput {
   const void* input;  ///< the callback's first argument
   void* output;       ///< its third
@@ -141,9 +141,9 @@ class ALGORITHM_API ThreadPoolWorker {
  public:
   /// Queues nothing yet.
   /// @param workPool  runs the pieces: started, and not stopped before Work() returns
-  /// @param pieces    how many; none below 1
+  /// @param pieces    number of pieces; none below 1
   /// @param function  called once for each piece
-  /// @param records   as many records, the caller's, alive until Work() returns
+  /// @param records   one record per piece; the caller's, alive until Work() returns
   ThreadPoolWorker(ThreadPool* workPool, int pieces, ThreadPoolTaskFunc function,
                    tagT_ThreadPoolTaskInput* records);
   /// Not before Work() has returned.
@@ -152,8 +152,8 @@ class ALGORITHM_API ThreadPoolWorker {
   ThreadPoolWorker& operator=(const ThreadPoolWorker&) = delete;
 
   /// Queues the pieces in index order and returns when all have finished. Pieces run in parallel
-  /// and must not write to the same memory. With no piece it returns at once. Pieces that there is
-  /// no memory to queue run on the calling thread. Not for the pool's own threads.
+  /// and must not write to the same memory. Without pieces it returns at once. Pieces that can't be
+  /// queued for lack of memory run on the calling thread. Not for the pool's own threads.
   void Work();
   /// Counts one piece as finished (called on the pool's threads).
   void OneTaskFinish();
@@ -180,14 +180,14 @@ ALGORITHM_API extern ThreadPool* g_threadpool;
 /// 1 while g_threadpool is running, else 0.
 ALGORITHM_API extern int32_t g_hal_threadpool_init;
 
-/// Makes and starts the process-wide pool if there is none. When it can't start, a half-started
-/// pool is left behind, which nothing uses and whose threads stay parked; the library stays loaded
-/// for good then, and the next call makes a new pool. Thread-safe. With a pool it returns at once,
-/// on the pool's own threads, too; without one it waits for an effect run under way.
+/// Makes and starts the process-wide pool if there is none. When it can't start, the half-started
+/// pool is abandoned, its threads stay parked, and the library stays loaded for the life of the
+/// process; the next call makes a new pool. Thread-safe. With a pool it returns at once, even on
+/// the pool's own threads; without one it waits for an effect run under way.
 /// @return 0, or -1 when it can't start
 ALGORITHM_API int HALThreadPoolInit();
 /// Stops and deletes the process-wide pool if there is one, after an effect run under way has
-/// ended; the next run starts another. Callers that put tasks of their own on g_threadpool end them
-/// first. Thread-safe, but not for the pool's own threads.
+/// ended; the next run starts another. Callers that put tasks of their own on g_threadpool must
+/// finish them first. Thread-safe, but not for the pool's own threads.
 /// @return 0
 ALGORITHM_API int HALThreadPoolDestroy();

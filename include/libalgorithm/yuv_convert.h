@@ -2,7 +2,7 @@
 /// Conversion between semi-planar YUV 4:2:0 frames and ARGB images or packed 3-byte pixels.
 ///
 /// Arithmetic: BT.601 video range (luma 16..235, chroma 16..240) in 16.16 fixed point, truncated,
-/// never rounded. The factors are exact contract: 76310 = 1.164, 104595 = 1.596, 53281 = 0.813,
+/// never rounded. The exact factors are contract: 76310 = 1.164, 104595 = 1.596, 53281 = 0.813,
 /// 25677 = 0.392, 132199 = 2.017 (decoding); 16830/33036/6416 and 28783/24104/19071/9712/4679
 /// (encoding), all times 65536.
 ///
@@ -59,7 +59,7 @@ ALGORITHM_API void decodeYVU2ARGB_OpenGL(uint32_t* argb, const uint8_t* luma, co
 /// Encodes an ARGB image into luma and U,V ordered (NV12) chroma.
 /// Black gives Y 16, white Y 234 (truncation), both U = V = 128.
 /// @param argb      source, width x height words
-/// @param luma      destination luma plane; bytes between rows are left alone
+/// @param luma      destination luma plane; bytes between rows are not written
 /// @param chroma    destination chroma plane, floor(height x uvStride / 2) bytes
 /// @param width     pixels, even
 /// @param height    rows, even
@@ -82,9 +82,9 @@ ALGORITHM_API void decodeARGB2YVU_OpenGL(const uint32_t* argb, uint8_t* luma, ui
 using PixelFetchFunc = void (*)(void* context, int index, int* red, int* green, int* blue);
 
 /// Encodes pixels pulled through a callback into three planes. Values are computed in wrapping
-/// 32-bit ints, then clamped to 0..255. Sizes must be even; with an odd one the callback is asked
+/// 32-bit ints, then clamped to 0..255. Sizes must be even; with an odd one the callback is called
 /// for the nearest pixel inside and each chroma plane ends after (width x height) / 4 samples.
-/// @param context  handed to the callback as it is
+/// @param context  passed to the callback unchanged
 /// @param fetch    called once per pixel, per 2 x 2 block in the order top-left, top-right,
 ///                 bottom-right, bottom-left, on the calling thread
 /// @param y        luma plane, height rows of yStride bytes
@@ -101,8 +101,8 @@ ALGORITHM_API void decodeARGB2YUV420P(void* context, PixelFetchFunc fetch, uint8
 }  // extern "C"
 
 /// @name Strip converters
-/// The two ends of the effect road. They differ on purpose in the byte order of the packed 3-byte
-/// pixels (row pitch 3 x width):
+/// The two ends of the effect pipeline. They differ on purpose in the byte order of the packed
+/// 3-byte pixels (row pitch 3 x width):
 ///
 ///     decodeYUV2ARGB_jni writes  B G R     every effect in between writes its pixels crossed
 ///     decodeARGB2YUV_jni reads   R G B     (bytes 0 and 2 exchanged), which cancels that out
@@ -134,15 +134,15 @@ ALGORITHM_API void decodeARGB2YUV_jni(uint8_t* rgbIn, uint8_t* y, uint8_t* uv, i
                                       int height, int yStride, int uvStride);
 
 /// Strip callback (ThreadPoolTaskFunc): decodes as decodeYUV2ARGB_jni() does.
-/// @param input   a YuvStripDesc, whose sizes and strides count
+/// @param input   a YuvStripDesc, whose sizes and strides are used
 /// @param param   ignored
-/// @param output  an RgbStripDesc, of which only the pixels count
+/// @param output  an RgbStripDesc, of which only the pixels are used
 ALGORITHM_API void YUV2RGB(const void* input, const void* param, void* output);
 
 /// Strip callback (ThreadPoolTaskFunc): encodes as decodeARGB2YUV_jni() does.
-/// @param input   an RgbStripDesc, whose pixels, sizes and strides count
+/// @param input   an RgbStripDesc, whose pixels, sizes and strides are used
 /// @param param   ignored
-/// @param output  a YuvStripDesc, of which only the planes count
+/// @param output  a YuvStripDesc, of which only the planes are used
 ALGORITHM_API void RGB2YUV(const void* input, const void* param, void* output);
 
 /// @}

@@ -1,6 +1,6 @@
 // Stands in for the face-beauty engine. It logs what it is given, bytes in hex, with the tag
 // "engine", adds the smoothing level to luma and the slimming level to chroma, and fails where a
-// test wants it to. It takes bytes by their offsets, on its own account.
+// test wants it to. It reads records by byte offsets, independently of the library's declarations.
 #include <android/log.h>
 
 #include <cstdint>
@@ -23,14 +23,14 @@ struct Engine {
   uint8_t smooth, toning, slimming;
 };
 
-int engines = 0;  // more than one end the process; plain, so that calls at once are a race, too
+int engines = 0;  // more than one ends the process; not atomic, so that concurrent calls also race
 
 template <class... Values>
 void log(const char* format, Values... values) {
   __android_log_print(ANDROID_LOG_INFO, "engine", format, values...);
 }
 
-/// Bytes in hex, taking no memory.
+/// Bytes in hex, without allocating.
 struct Hex {
   Hex(const uint8_t* bytes, int count) {
     for (int i = 0; i < count; ++i) std::snprintf(text + 2 * i, 3, "%02x", bytes[i]);
@@ -55,7 +55,7 @@ int setConfiguration(Engine* engine, const uint8_t* configuration) {
   const auto* levels = at<const uint8_t*>(configuration, 8);
   log("configuration %s %s", Hex(configuration, 8).text, Hex(levels, 9).text);
   engine->smooth = levels[4], engine->toning = levels[5], engine->slimming = levels[6];
-  return 5;  // which nobody looks at
+  return 5;  // which nobody reads
 }
 
 int process(Engine* engine, int mode, const uint8_t* image, int64_t a, int64_t b) {

@@ -9,13 +9,13 @@
 
 namespace {
 
-/// What comes of a native: as a rule, and without the picture that it shows.
+/// A native's results: the usual one, and the one without the picture that it shows.
 struct Expected {
   Bytes input, good, passed;
 };
 
-/// Runs a native with one of its allocations failing; what comes out is whole or nothing. Returns
-/// whether it made as many.
+/// Runs a native with one of its allocations failing; its result is whole or nothing. Returns
+/// whether it made that many allocations.
 bool checkWithFailure(const Call& call, FakeJni& jni, const Expected& expected, int number,
                       bool allLater) {
   Bytes work = expected.input, other = noise(kFrame, 2);
@@ -25,7 +25,7 @@ bool checkWithFailure(const Call& call, FakeJni& jni, const Expected& expected, 
   const bool failed = stopFailing();
   const Bytes got = call.inPlace ? work : jni.take(result);
   const int errors = takeErrorLines();
-  const bool engine = call.name[0] == 'S';  // which has lines of its own
+  const bool engine = call.name[0] == 'S';  // it has lines of its own
   if (got == expected.good) {
     EXPECT_TRUE(engine || errors == 2) << number;
   } else if (got != expected.passed) {

@@ -58,7 +58,7 @@ void watchBytes() { bytes = 0, most = 0; }
 long mostBytes() { return most; }
 int takeErrorLines() { return errorLines.exchange(0); }
 
-// These take the C library's place for everything in the process.
+// These replace the C library's functions for everything in the process.
 extern "C" {
 
 void* malloc(std::size_t size) { return fails() ? nullptr : counted(__libc_malloc(size)); }

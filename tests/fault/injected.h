@@ -3,16 +3,16 @@
 
 #include <cstddef>
 
-/// From now on allocation number `count` (from 0, on any thread) fails; with `andAllLater` those
-/// after it, too.
+/// From now on, allocation number `count` (from 0, on any thread) fails; with `andAllLater` so do
+/// all later ones.
 void failAllocation(int count, bool andAllLater);
 /// Ends that. Returns whether one has failed.
 bool stopFailing();
-/// Blocks that are allocated now.
+/// Blocks that are currently allocated.
 long liveBlocks();
 /// Counts bytes from here on.
 void watchBytes();
-/// How many more than then have been allocated at one time since.
+/// The most bytes allocated at one time since then, above what was allocated then.
 long mostBytes();
 
 /// Log lines of priority 6 since the last call.

@@ -1,4 +1,4 @@
-// Pictures of effects that are hostile, that change under a run, or that have no room.
+// Pictures of effects that are hostile, that change during a run, or for which there is no memory.
 #include <fcntl.h>
 #include <sys/stat.h>
 
@@ -17,7 +17,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr int kLater = 10;  // seconds: what was written just now is trusted
+constexpr int kLater = 10;  // seconds: a file written just now is then trusted
 
 void write(const std::string& path, const Bytes& content) {
   std::ofstream(path, std::ios::binary)
@@ -61,7 +61,7 @@ TEST(PictureFaults, ARunHasOneLargePictureAtATime) {
   EXPECT_GT(mostBytes(), kOne);
   EXPECT_LT(mostBytes(), kOne + kBeside);
   watchBytes();
-  after("PrettyBeautiful");  // which is known to have one
+  after("PrettyBeautiful");  // known to have a picture
   EXPECT_LT(mostBytes(), kBeside);
 }
 
@@ -104,7 +104,7 @@ void makeTrouble(const DeviceRoot& root, const std::array<Bytes, 2>& files, int 
   switch (step % 8) {
     case 0:
       write(path, file);
-      return;  // shorter for a while
+      return;  // a shorter file for a while
     case 1:
       write(fresh, file);
       break;

@@ -1,5 +1,5 @@
-"""install_test.py CMAKE BUILD_FOLDER WORK_FOLDER: makes the Debian package of the build, unpacks it anywhere,
-uses the tool there and makes the example against it, with CMake and with pkg-config."""
+"""install_test.py CMAKE BUILD_FOLDER WORK_FOLDER: makes the Debian package of the build, unpacks it in a folder,
+uses the tool there and builds the example against it, with CMake and with pkg-config."""
 
 import os
 import pathlib
@@ -11,7 +11,7 @@ import sys
 SOURCE = pathlib.Path(__file__).resolve().parents[2]
 EXAMPLE = SOURCE / "examples/sepia"
 COMPLETION = "share/bash-completion/completions/camera-effects"
-# Arguments: a folder to be in, the script, and a command line whose last word is to be completed.
+# Arguments: the working folder, the script, and a command line whose last word is to be completed.
 COMPLETE = """cd "$1"; . "$2"; shift 2; COMP_WORDS=("$@") COMP_CWORD=$(($# - 1)); _camera_effects
               printf "%s\\n" "${COMPREPLY[@]}" """
 cmake, build, work = sys.argv[1], pathlib.Path(sys.argv[2]), pathlib.Path(sys.argv[3])
@@ -86,7 +86,7 @@ run("sh", "-c", f'c++ "{EXAMPLE}/main.cpp" -o "{work}/sepia" {flags.strip()}')
 (work / "white.ppm").write_bytes(b"P6\n5 3\n255\n" + bytes([255]) * 45)
 for program in (work / "example/sepia", work / "sepia"):
     run(program, work / "white.ppm", work / "toned.ppm", LD_LIBRARY_PATH=str(installed / libraries))
-    # Resizing makes 253 of 255, which the sepia matrix makes 255, 255 (both limited) and 237.
+    # Resizing turns 255 into 253, which the sepia matrix turns into 255, 255 (both limited) and 237.
     check(program, (work / "toned.ppm").read_bytes(), b"P6\n3 2\n255\n" + bytes([255, 255, 237]) * 6)
     refused = subprocess.run([program, EXAMPLE / "main.cpp", work / "none.ppm"], stderr=subprocess.PIPE,
                              env=os.environ | {"LD_LIBRARY_PATH": str(installed / libraries)})

@@ -8,12 +8,12 @@ import java.nio.file.Path;
 
 /** Planes to frames and back, and the checks before a native is called. */
 final class CameraFramesTest extends Harness {
-  /** Positions and limits do not count. */
+  /** Positions and limits are ignored. */
   private static ByteBuffer moved(ByteBuffer buffer) {
     return buffer.limit(1).position(1);
   }
 
-  /** Packs and unpacks planes of one memory, each cut off behind its last sample. */
+  /** Packs and unpacks planes that share memory, each cut off after its last sample. */
   private static void packs(int w, int h, int pad, int lumaStep, int step, boolean vFirst, boolean heap) {
     int lumaRow = w * lumaStep + pad;
     int row = w / 2 * step + pad;
@@ -25,7 +25,7 @@ final class CameraFramesTest extends Harness {
     Plane y = new Plane(moved(all.slice(0, lumaRow * (h - 1) + (w - 1) * lumaStep + 1)), lumaRow, lumaStep);
     Plane u = new Plane(moved(all.slice(vFirst ? second : first, size)), row, step);
     Plane v = new Plane(moved(all.slice(vFirst ? first : second, size)), row, step);
-    byte[] packed = random(w * h * 3 / 2 + 5); // 5 bytes stay
+    byte[] packed = random(w * h * 3 / 2 + 5); // the last 5 bytes stay
     byte[] other = random(w * h * 3 / 2);
     ByteBuffer to = moved(direct(packed));
     ByteBuffer from = moved(direct(other));
@@ -66,7 +66,7 @@ final class CameraFramesTest extends Harness {
     Plane readOnly = new Plane(c.buffer().asReadOnlyBuffer(), 3, 1);
     refuses("buffer is null", () -> new Plane(null, 1, 1));
     refuses("rowStride is 0, but must be at least 1", () -> new Plane(frame, 0, 1));
-    CameraFrames.pack(y, readOnly, c, 4, 4, frame); // may be read
+    CameraFrames.pack(y, readOnly, c, 4, 4, frame); // being read is allowed
     byte[] content = random(24);
     ByteBuffer good = direct(content);
     refuses("v plane is null", () -> CameraFrames.pack(y, c, null, 4, 4, good));

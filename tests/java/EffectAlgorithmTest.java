@@ -2,7 +2,7 @@ import com.orvik.camera.common.Native.EffectAlgorithm;
 import java.nio.ByteBuffer;
 import java.util.Arrays;
 
-/** The effect road through the virtual machine. */
+/** The effect pipeline through the virtual machine. */
 final class EffectAlgorithmTest extends Harness {
   private static final Native EFFECT =
       new Native("void", "EffectAlgorithm", "Effect", "jobject, jint, jint, jstring");

@@ -12,7 +12,7 @@ import java.util.stream.Collectors;
 /** Base of the test programs: checks, guarded buffers, logged calls, colour arithmetic. */
 abstract class Harness {
   private static final String ANY_ERROR = "an error line of any text";
-  private static final String ENGINE = "(DOC_SFB|engine)\\|.*"; // lines below the natives
+  private static final String ENGINE = "(DOC_SFB|engine)\\|.*"; // lines from below the natives
   private static final int MAX = Integer.MAX_VALUE;
   private static final int[][] BAD_SIZES = {
     {0, 8}, {8, 0}, {-8, 8}, {8, -8}, {-8, -8}, {8, 10}, {65536, 65536}, {65536, 32768},
@@ -61,7 +61,7 @@ abstract class Harness {
     return bytes;
   }
 
-  /** A path on the device: its folder is there, the file isn't. */
+  /** A path on the device: its folder exists, the file doesn't. */
   static Path freshPath(String path) throws IOException {
     Path file = Path.of(System.getenv("ALGORITHM_DEVICE_ROOT")).resolve(path);
     Files.createDirectories(file.getParent());
@@ -69,7 +69,7 @@ abstract class Harness {
     return file;
   }
 
-  /** A direct buffer between bytes that nobody may change, or alone where its allocator watches. */
+  /** A direct buffer between guard bytes that must not change, or alone where the allocator checks. */
   static ByteBuffer direct(byte[] content) {
     if (Boolean.getBoolean("exactBuffers")) {
       return ByteBuffer.allocateDirect(content.length).put(content).rewind();
@@ -89,7 +89,7 @@ abstract class Harness {
     Object run(ByteBuffer buffer, int width, int height);
   }
 
-  /** A native method as its log lines name it; the tag is its class's name as a rule. */
+  /** A native method as its log lines name it; the tag is usually its class's name. */
   record Native(String tag, String name) {
     Native(String returns, String owner, String method, String arguments) {
       this(owner, returns + " Java_com_orvik_camera_common_Native_" + owner + "_" + method
@@ -100,14 +100,14 @@ abstract class Harness {
       return tag + "|6|" + name + " " + end;
     }
 
-    /** Calls the method, which must not throw and log its two lines with `between` between. */
+    /** Calls the method, which must not throw and must log its two lines with `between` in between. */
     <T> T call(String what, Supplier<T> body, String... between) {
       takeLog();
       T result = body.get();
       List<String> log = takeLog().lines().filter(line -> !line.matches(ENGINE))
           .collect(Collectors.toList());
       List<String> expected = new ArrayList<>(List.of(between));
-      int error = expected.indexOf(ANY_ERROR) + 1; // in the log, which starts with another line
+      int error = expected.indexOf(ANY_ERROR) + 1; // in the log, whose first line is another one
       if (error > 0 && error < log.size() && log.get(error).startsWith(tag + "|6|")) {
         log.set(error, ANY_ERROR);
       }

@@ -35,7 +35,7 @@ final class SFBEngineAlgorithmTest extends Harness {
     SFB.refusesBadImages(96, (buffer, w, h) -> process(buffer, w, h, 60, 60, 30));
     expect(true, 40, 7, -20, 300);
     expect(true, 38, 60, 60, 30);
-    expect(false, 40, 1, 99, 1); // which the engine refuses
+    expect(false, 40, 1, 99, 1); // the engine refuses this
     expect(false, 40, 0, 0, 0, none);
     for (int[] odd : new int[][] {{7, 8}, {8, 7}, {1, 1}}) {
       SFB.refuses("odd", () -> process(direct(random(96)), odd[0], odd[1], 60, 60, 30));

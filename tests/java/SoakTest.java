@@ -17,7 +17,7 @@ import java.util.function.UnaryOperator;
 final class SoakTest extends Harness {
   private static final int W = 64;
   private static final int H = 48;
-  private static final int KEPT_RESULTS = 4000; // their memory stays with the process
+  private static final int KEPT_RESULTS = 4000; // their memory is never freed
 
   private static UnaryOperator<ByteBuffer> inPlace(Consumer<ByteBuffer> call) {
     return frame -> {

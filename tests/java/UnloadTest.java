@@ -12,7 +12,7 @@ final class UnloadTest extends Harness {
   private static final int W = 64;
   private static final int H = 48;
   private static final int ROUNDS = 50;
-  private static final int FIRST_ROUNDS = 3; // in which the machine starts threads of its own
+  private static final int FIRST_ROUNDS = 3; // during which the machine starts threads of its own
 
   private static long threads() throws IOException {
     try (Stream<Path> tasks = Files.list(Path.of("/proc/self/task"))) {
@@ -24,7 +24,7 @@ final class UnloadTest extends Harness {
     return Files.readString(Path.of("/proc/self/maps")).contains("/libAlgorithm.so");
   }
 
-  /** What an effect makes of a frame, by a class loader that nothing refers to afterwards. */
+  /** What an effect makes of a frame, run through a class loader that nothing refers to afterwards. */
   private static byte[] effect(URL jar, byte[] frame) throws Exception {
     try (var loader =
         new URLClassLoader(new URL[] {jar}, ClassLoader.getPlatformClassLoader())) {

@@ -3,7 +3,7 @@ import java.nio.ByteBuffer;
 
 /** Conversions and rotation through the virtual machine: buffers of any size, and one example. */
 final class YuvAlgorithmTest extends Harness {
-  private static final int[][] SIZES = { // even ones first, the only ones that rotate
+  private static final int[][] SIZES = { // even ones first, which alone can be rotated
     {2, 2}, {2, 4}, {64, 48}, {642, 36}, {3, 3}, {5, 4}, {1, 1}, {7, 2}, {2, 3}, {33, 17}
   };
 
@@ -19,7 +19,7 @@ final class YuvAlgorithmTest extends Harness {
     return bytes;
   }
 
-  /** `example` is of 2 x 2 pixels. */
+  /** `example` has 2 x 2 pixels. */
   private static void conversion(String name, ImageCall body, byte[] example, byte[] expected) {
     Native method = method("_jobject*", name, "jobject, jint, jint");
     boolean decodes = example.length == 6;

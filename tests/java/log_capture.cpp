@@ -1,5 +1,5 @@
-// Test-only JNI library: takes the place of the log's writer and hands the lines to Java, one
-// string with a line "tag|priority|text" for each message.
+// Test-only JNI library: replaces the log's writer and passes the lines to Java, one string with a
+// line "tag|priority|text" for each message.
 #include <android/log.h>
 #include <jni.h>
 

@@ -1,4 +1,4 @@
-// Exports what nobody asked for, has an address to be relocated in its code, and is too large.
+// Exports an unlisted name, has an address in its code that needs relocation, and is too large.
 __attribute__((visibility("default"))) void notInTheList() {}
 
 __attribute__((visibility("default"))) extern const char large[];

@@ -1,4 +1,4 @@
-// The built library through the dynamic loader, as an application has it.
+// The built library through the dynamic loader, as an application uses it.
 #include <dlfcn.h>
 #include <malloc.h>
 
@@ -54,7 +54,7 @@ TEST(Load, ManyLoadsAndUnloadsLeaveNothingBehind) {
       EXPECT_EQ(settledThreads(threads), threads);
     }
     EXPECT_EQ(dlopen(LIBRARY_PATH, RTLD_NOW | RTLD_NOLOAD), nullptr) << "still loaded";
-    // The loader's own tables have grown for the last time by now: it does that once, by a
+    // By now the loader's own tables have grown for the last time: that happens once, by a
     // kilobyte, before the fortieth load.
     if (round == 59) heap = mallinfo2().uordblks;
   }

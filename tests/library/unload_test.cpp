@@ -1,4 +1,4 @@
-// The library is unloaded although threads of it are left.
+// The library is unloaded while threads of it remain.
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
@@ -9,7 +9,7 @@
 
 static int threadsUntilFailure = -1;
 
-/// Takes the C library's place for the whole process.
+/// Replaces the C library's function for the whole process.
 extern "C" [[gnu::visibility("default")]] int pthread_create(pthread_t* id,
                                                              const pthread_attr_t* attributes,
                                                              void* (*entry)(void*),
@@ -22,7 +22,7 @@ extern "C" [[gnu::visibility("default")]] int pthread_create(pthread_t* id,
 
 namespace {
 
-/// Starts the pool of a library that is loaded for that and unloaded at once.
+/// Loads the library, starts its pool and unloads it at once.
 int startPool() {
   void* const library = dlopen(LIBRARY_PATH, RTLD_NOW | RTLD_LOCAL);
   const auto start =

@@ -1,4 +1,4 @@
-// Many calls: from several threads at once, and in a long row.
+// Many calls: from several threads at once, and many in a row.
 #include <malloc.h>
 
 #include <atomic>
@@ -8,7 +8,7 @@
 #include "native_calls.h"
 #include "process.h"
 
-/// The log of thousands of calls is of no interest.
+/// Discards the log of thousands of calls.
 extern "C" [[gnu::visibility("default")]] int __android_log_print(int, const char*, const char*,
                                                                   ...) {
   return 1;
@@ -56,7 +56,7 @@ TEST(Soak, CallsFromManyThreadsAreExact) {
   EXPECT_GT(calls, 100);
 }
 
-/// In use on the heap. Resident memory would tell of the emulator, too, where there is one.
+/// Bytes in use on the heap. Resident memory would include that of an emulator, where there is one.
 [[maybe_unused]] std::size_t heapBytes() {
   const auto heap = mallinfo2();
   return heap.uordblks + heap.hblkhd;
@@ -77,9 +77,9 @@ TEST(Soak, TwentyThousandCallsLeaveNothingBehind) {
   [[maybe_unused]] const std::size_t bytes = heapBytes();
   const int threads = settledThreads(), files = entries("fd");
   run(20000);
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)  // which keep freed blocks
-  // Freed blocks that a thread keeps for itself count as used, so that this varies a little. The
-  // smallest block, left behind by each call of one kind, makes 64,000 bytes.
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)  // they keep freed blocks
+  // Freed blocks that a thread caches count as used, so this varies a little. The smallest block,
+  // leaked by each call of one kind, makes 64,000 bytes.
   EXPECT_LT(heapBytes(), bytes + 32000);
 #endif
   EXPECT_EQ(settledThreads(threads), threads);

@@ -5,11 +5,12 @@ import java.nio.ByteBuffer;
 import java.util.Objects;
 
 /**
- * Makes the frames that the natives take from a camera's planes, and checks buffers before a native
+ * Packs a camera's planes into the frames that the natives take, and checks buffers before a native
  * gets them.
  *
- * <p>A camera hands out three planes, whose rows may be padded and whose chroma samples may lie
- * apart. Two forms are common. The chroma of 4 &times; 4 pixels, 2 &times; 2 samples a plane:
+ * <p>A camera delivers three planes, whose rows may be padded and whose chroma samples may not be
+ * adjacent. Two forms are common, shown here for the chroma of 4 &times; 4 pixels, 2 &times; 2
+ * samples per plane:
  *
  * <pre>
  *   pixel stride 1, row stride 4      pixel stride 2, row stride 6
@@ -18,7 +19,7 @@ import java.util.Objects;
  *     | U0 | U1 | padding |             | V0 | U0 | V1 | U1 | padding |
  *     | U2 | U3 +----+----+             | V2 | U2 | V3 | U3 +----+----+
  *     +----+----+                       +----+----+----+----+
- *     v alike, in memory of its own     v starts at V0 and u at U0, in the same memory
+ *     v likewise, in its own memory     v starts at V0 and u at U0, in the same memory
  * </pre>
  *
  * <p>A plane may end with its last sample, without the padding of the last row. {@link #pack} makes
@@ -45,18 +46,18 @@ import java.util.Objects;
  * <h2>Buffers and bad input</h2>
  *
  * <p>As everywhere in this package, images and planes start at index 0 of their buffers, sizes are
- * checked against the capacity, and position and limit are ignored; here they are not changed
- * either. Planes may be direct or heap buffers, frames must be direct.
+ * checked against the capacity, and position and limit are neither used nor changed. Planes may be
+ * direct or heap buffers, frames must be direct.
  *
- * <p>Unlike the natives these methods <b>throw</b>: {@link NullPointerException} for null, {@link
+ * <p>Unlike the natives, these methods <b>throw</b>: {@link NullPointerException} for null, {@link
  * IllegalArgumentException} for anything else, with a message that names the argument, what it has
- * and what is needed. Nothing is written then.
+ * and what is needed. In that case nothing is written.
  *
  * <p>This class is plain Java and does not load the native library. Calls share nothing and may
  * overlap, as long as no call writes a buffer that another one uses.
  */
 public final class CameraFrames {
-  private static final int FRAME_HALF_BYTES = 3; // a pixel's share of the memory, in half bytes
+  private static final int FRAME_HALF_BYTES = 3; // memory of a pixel, in half bytes
   private static final int ARGB_HALF_BYTES = 8;
 
   private CameraFrames() {}
@@ -128,15 +129,15 @@ public final class CameraFrames {
   }
 
   /**
-   * Packs planes into an NV21 frame that is there already.
+   * Packs planes into an existing NV21 frame.
    *
    * @param y the luma plane, width &times; height samples; only read
    * @param u a chroma plane, width / 2 &times; height / 2 samples; only read
    * @param v the other chroma plane, of the same size; only read
    * @param width pixels per row, even
    * @param height rows, even
-   * @param frame receives the frame; direct, not read-only, and no memory of the planes; bytes
-   *     behind the frame are left alone
+   * @param frame receives the frame; direct, not read-only, and not sharing memory with the planes;
+   *     bytes after the frame are not written
    * @throws NullPointerException when a plane or the frame is null
    * @throws IllegalArgumentException when a size is below 1, odd or too large, a plane's buffer or
    *     row stride is too small, or the frame is too small, not direct or read-only
@@ -165,10 +166,10 @@ public final class CameraFrames {
    * @param frame the frame, direct; only read
    * @param width pixels per row, even
    * @param height rows, even
-   * @param y receives width &times; height luma samples; as the other planes not read-only, and no
-   *     memory of the frame
+   * @param y receives width &times; height luma samples; like the other planes, not read-only and
+   *     not sharing memory with the frame
    * @param u receives width / 2 &times; height / 2 chroma samples
-   * @param v receives as many
+   * @param v receives the same number
    * @throws NullPointerException when a plane or the frame is null
    * @throws IllegalArgumentException when a size is below 1, odd or too large, a plane's buffer or
    *     row stride is too small, a plane is read-only, or the frame is too small or not direct
@@ -211,7 +212,7 @@ public final class CameraFrames {
 
   /**
    * Checks a frame for {@link YUVAlgorithm#rotateYUV} and {@link SFBEngineAlgorithm#SFBProcess},
-   * which take no odd sizes.
+   * which do not accept odd sizes.
    *
    * @param frame the frame
    * @param width pixels per row, even
@@ -290,7 +291,7 @@ public final class CameraFrames {
         view.put(from, first, count);
         return;
       }
-      view.get(span); // what lies between the samples may be another plane's
+      view.get(span); // the bytes between the samples may belong to another plane
       for (int i = 0; i < count; i++) {
         span[i * plane.pixelStride] = from[first + i * step];
       }
@@ -300,8 +301,8 @@ public final class CameraFrames {
   }
 
   /**
-   * All of a buffer, with a position of its own. Positions are set through Buffer: older devices
-   * lack the methods of the same names that return a ByteBuffer.
+   * A view of the whole buffer, with a position of its own. Positions are set through Buffer: older
+   * devices lack the methods of the same names that return a ByteBuffer.
    */
   private static ByteBuffer whole(ByteBuffer buffer) {
     ByteBuffer view = buffer.duplicate();

@@ -30,15 +30,15 @@ public final class CodecDataAlgorithm {
    * Decodes a JPEG file: baseline or progressive, colour, grey or CMYK. Orientation tags are not
    * applied.
    *
-   * <p>A file that breaks off decodes as far as it goes, and the missing part is grey. Bytes that
-   * are no JPEG (other picture formats too), buffers without memory to read (null, heap, empty),
-   * images above {@link Integer#MAX_VALUE} bytes, and files that ask for far more work or memory
-   * than photos of their size do, log a line that ends in "decode fail".
+   * <p>A truncated file decodes as far as it goes, and the missing part is grey. Bytes that are not
+   * a JPEG file (other picture formats included), buffers without memory to read (null, heap,
+   * empty), images above {@link Integer#MAX_VALUE} bytes, and files that demand far more work
+   * or memory than photos of their size log a line that ends in "decode fail".
    *
    * @param jpeg the file, from index 0 to the buffer's <b>capacity</b>: pass a slice when the
    *     buffer is larger than the file; only read
    * @param size at least two elements; element 0 receives the width and element 1 the height, the
-   *     others and, when nothing can be decoded, all of them are left alone
+   *     others, and on failure all of them, are left unchanged
    * @return a new direct buffer with the pixels (bytes B, G, R, 255), never freed; null on failure
    */
   public static native ByteBuffer JPEG2ARGB(ByteBuffer jpeg, int[] size);
@@ -53,8 +53,8 @@ public final class CodecDataAlgorithm {
    *     ignored); only read
    * @param width pixels per row
    * @param height rows
-   * @param quality 0 (smallest file) to 100 (best); values outside are taken as the nearest end
-   * @return the bytes of the file, an ordinary array of the caller's; null on failure
+   * @param quality 0 (smallest file) to 100 (best); values outside are clamped
+   * @return the bytes of the file, in an ordinary array; null on failure
    */
   public static native byte[] ARGB2JPEG(ByteBuffer pixels, int width, int height, int quality);
 }

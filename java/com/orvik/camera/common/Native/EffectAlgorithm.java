@@ -10,8 +10,8 @@ import java.nio.ByteBuffer;
  * tag {@code EffectAlgorithm} and an untouched frame, never an exception.
  *
  * <p>Calls may come from any thread. Calls that overlap queue up and run one after the other; each
- * spreads its work over four threads that the first call starts and that stay until the
- * library is unloaded.
+ * spreads its work over four threads, which the first call starts and which stay until the library
+ * is unloaded.
  */
 public final class EffectAlgorithm {
   static {
@@ -53,18 +53,18 @@ public final class EffectAlgorithm {
    *
    * <p>Pictures are read from {@code /data/data/com.android.camera/effect/} on every call. With any
    * other name, or when the picture can't be read, the frame passes through the same conversions
-   * without an effect: it stays the same to the eye, but for pure colours, which are clipped, and
-   * not to the bit. That is no error. When height / 4 is even, the last height mod 4 rows keep their
-   * values whatever the effect.
+   * without an effect: it looks the same, except for pure colours, which are clipped, but is not
+   * identical to the bit. That is not an error. When height / 4 is even, the last height mod 4 rows
+   * keep their values with every effect.
    *
-   * <p>Odd sizes are taken, but the work is cut into strips and the colours of an odd frame are not
-   * exact where strips end. A frame of more than {@link Integer#MAX_VALUE} / 3 pixels, or one that
-   * there is no memory for, is refused like bad input.
+   * <p>Odd sizes are accepted, but the work is cut into strips, and the colours of an odd frame are
+   * not exact where strips end. A frame of more than {@link Integer#MAX_VALUE} / 3 pixels, or one
+   * for which memory is short, is refused like bad input.
    *
    * @param frame the frame, at least 3 &times; width &times; height / 2 bytes (rounded down);
    *     changed in place
-   * @param width pixels per row, best even
-   * @param height rows, best even
+   * @param width pixels per row, preferably even
+   * @param height rows, preferably even
    * @param effectName the name of the effect, not null
    */
   public static native void Effect(ByteBuffer frame, int width, int height, String effectName);

@@ -10,9 +10,9 @@ import java.nio.ByteBuffer;
  * tag {@code CodecDataAlgorithm} and an untouched frame, never an exception.
  *
  * <p>The engine is a library of the device, {@code /system/lib64/libSFB.so}. It is loaded by the
- * first call that needs it and stays loaded; while that fails, each call tries again. Each call makes
- * an engine of its own and releases it. Calls may overlap: the engine works on one frame at a time,
- * and further calls wait.
+ * first call that needs it and stays loaded; if loading fails, the next call tries again. Each call
+ * makes an engine of its own and releases it. Calls may overlap: the engine works on one frame at a
+ * time, and further calls wait.
  */
 public final class SFBEngineAlgorithm {
   static {
@@ -36,14 +36,14 @@ public final class SFBEngineAlgorithm {
    * 8 bits.
    *
    * <table>
-   *   <caption>Levels with a meaning of their own</caption>
+   *   <caption>Levels with a special meaning</caption>
    *   <tr><th>smooth, toning, slimming</th><th>meaning</th></tr>
    *   <tr><td>0, 0, 0</td><td>nothing is done, and the engine is not even loaded</td></tr>
    *   <tr><td>60, 60, 30</td><td>the engine's default levels</td></tr>
    * </table>
    *
-   * <p>Without an engine on the device the log says so and the frame is left as it is. Nothing tells
-   * of an error code of the engine but the log.
+   * <p>If the device has no engine, that is logged and the frame is left as it is. An error code of
+   * the engine appears only in the log.
    *
    * @param frame the frame, 3 &times; width &times; height / 2 bytes; changed in place
    * @param width pixels per row, even

@@ -27,10 +27,10 @@ import java.nio.ByteBuffer;
  *
  * <p>Odd sizes are allowed: a missing row or column repeats the last one, and each block row has
  * (width + 1) / 2 pairs that follow each other without a gap. Such a frame needs more chroma bytes
- * than it has room for, since it ends after 3n / 2 bytes all the same (3 &times; 3 pixels: 13
- * bytes, 9 luma and 4 chroma). Encoding drops what doesn't fit; decoding takes a chroma byte beyond
- * the frame's end from the block row above, or as 128 when there is none, and never looks at what a
- * larger buffer holds there.
+ * than it has room for, since it ends after 3n / 2 bytes even so (3 &times; 3 pixels: 13 bytes, 9
+ * luma and 4 chroma). Encoding drops what doesn't fit; decoding takes a chroma byte beyond the
+ * frame's end from the block row above, or as 128 when there is none, and never reads what a larger
+ * buffer holds there.
  *
  * <h2>Threads</h2>
  *
@@ -44,7 +44,7 @@ public final class YUVAlgorithm {
   private YUVAlgorithm() {}
 
   /**
-   * Reserved; does nothing. No argument is looked at.
+   * Reserved; does nothing. All arguments are ignored.
    *
    * @param buffer ignored
    * @param width ignored
@@ -55,7 +55,7 @@ public final class YUVAlgorithm {
   public static native ByteBuffer minify(ByteBuffer buffer, int width, int height, int factor);
 
   /**
-   * Reserved; does nothing. No argument is looked at.
+   * Reserved; does nothing. All arguments are ignored.
    *
    * @param buffer ignored
    * @param width ignored
@@ -110,7 +110,7 @@ public final class YUVAlgorithm {
 
   /**
    * Rotates a frame of either chroma order into another buffer; 90 turns <b>counter-clockwise</b>.
-   * Pairs of chroma bytes move whole, nothing is resampled.
+   * Chroma pairs are moved as a unit; nothing is resampled.
    *
    * <p>The sizes are those of the <b>destination</b>. For 90 and 270 the source is {@code height}
    * pixels wide and {@code width} rows tall:
@@ -129,7 +129,7 @@ public final class YUVAlgorithm {
    * input.
    *
    * @param source the frame to rotate; only read
-   * @param destination receives the rotated frame; bytes behind the image are left alone
+   * @param destination receives the rotated frame; bytes after the image are not written
    * @param width pixels per row of the destination, even
    * @param height rows of the destination, even
    * @param degrees 90, 180 or 270; any other value leaves the destination as it is, without an

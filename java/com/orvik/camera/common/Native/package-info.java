@@ -1,19 +1,19 @@
 /**
- * Image routines of the camera application, written in native code and working on raw memory.
+ * Image routines of the camera application, written in native code that works on raw memory.
  *
  * <p>Four classes hold native methods; loading one of them loads {@code libAlgorithm.so} from the
  * library path. What follows holds for every native method. {@link
  * com.orvik.camera.common.Native.CameraFrames}, plain Java, packs a camera's planes into the frames
- * they take, and checks buffers ahead of a call with exceptions.
+ * they take, and checks buffers before a call, throwing exceptions.
  *
  * <h2>Buffers</h2>
  *
- * <p>Every {@link java.nio.ByteBuffer} must be <b>direct</b>
- * ({@link java.nio.ByteBuffer#allocateDirect}). An image starts at index 0 of its buffer and rows
- * follow each other without gaps; position, limit and byte order of the buffer are ignored, its
- * capacity is what sizes are checked against and may be larger than needed. To start elsewhere pass
- * a {@link java.nio.ByteBuffer#slice()}. A method that changes a buffer also changes the memory
- * behind a read-only view.
+ * <p>Every {@link java.nio.ByteBuffer} must be <b>direct</b> ({@link
+ * java.nio.ByteBuffer#allocateDirect}). An image starts at index 0 of its buffer and rows follow
+ * each other without gaps; position, limit and byte order of the buffer are ignored. Sizes are
+ * checked against its capacity, which may be larger than needed. To start elsewhere, pass a {@link
+ * java.nio.ByteBuffer#slice()}. A method that changes a buffer also changes the memory behind a
+ * read-only view.
  *
  * <p>A method with a result returns a new direct buffer or array. <b>The memory of a returned
  * buffer is never freed</b>: it stays valid for the life of the process, even when nothing refers
@@ -32,12 +32,12 @@
  *               pixel 0           pixel 1
  * </pre>
  *
- * <p>Producers set A to 255, consumers ignore it. New Java buffers are big-endian: call
- * {@code order(ByteOrder.LITTLE_ENDIAN)} before {@code asIntBuffer()} to read such words.
+ * <p>Producers set A to 255; consumers ignore it. New Java buffers are big-endian: call {@code
+ * order(ByteOrder.LITTLE_ENDIAN)} before {@code asIntBuffer()} to read such words.
  *
  * <p><b>YUV frame</b>, 3 &times; width &times; height / 2 bytes: one luma byte for each pixel, then
- * one pair of chroma bytes for each block of 2 &times; 2 pixels. The order inside a pair has two
- * forms. A frame of 4 &times; 2 pixels, 12 bytes:
+ * one pair of chroma bytes for each block of 2 &times; 2 pixels. There are two orders within a
+ * pair. A frame of 4 &times; 2 pixels, 12 bytes:
  *
  * <pre>
  *   index    0    1    2    3         index    8    9   10   11
