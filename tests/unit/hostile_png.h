@@ -3,6 +3,8 @@
 
 #include <zlib.h>
 
+#include <algorithm>
+#include <iterator>
 #include <string>
 
 #include "guarded.h"
@@ -13,7 +15,9 @@ inline Bytes bigEndian(std::size_t value) {
   return {uint8_t(value >> 24), uint8_t(value >> 16), uint8_t(value >> 8), uint8_t(value)};
 }
 
-inline void append(Bytes& to, const Bytes& more) { to.insert(to.end(), more.begin(), more.end()); }
+inline void append(Bytes& to, const Bytes& more) {
+  std::ranges::copy(more, std::back_inserter(to));
+}
 
 inline Bytes chunk(const std::string& kind, const Bytes& content) {
   Bytes checked(kind.begin(), kind.end());
