@@ -5,7 +5,7 @@ include(CheckCXXSymbolExists)
 
 find_package(JPEG REQUIRED)
 find_package(PNG REQUIRED)
-find_package(hwy 1.0.3...<1.4 REQUIRED CONFIG)  # the versions that the kernels have been tried with
+include(cmake/highway.cmake)
 find_package(Threads REQUIRED)
 
 # The platform's log; Debian keeps its library and headers in folders of their own.
@@ -15,8 +15,11 @@ find_library(ALGORITHM_LOG_LIBRARY log
 if(ANDROID)
   set(CMAKE_SKIP_RPATH ON)  # devices find it in their default folders
   # For the packaging script.
+  set(ALGORITHM_ANDROID_ABI ${ANDROID_ABI} CACHE INTERNAL "ABI built for")
   set(ALGORITHM_ANDROID_API ${ANDROID_PLATFORM_LEVEL} CACHE INTERNAL "API level built for")
   set(ALGORITHM_ANDROID_NDK ${ANDROID_NDK_MAJOR} CACHE INTERNAL "major version of the NDK")
+  set(ALGORITHM_ANDROID_STRIP ${CMAKE_STRIP} CACHE INTERNAL "the NDK's strip")
+  include(cmake/notices.cmake)
 else()
   get_filename_component(ALGORITHM_LOG_RUNPATH ${ALGORITHM_LOG_LIBRARY} DIRECTORY)
 endif()

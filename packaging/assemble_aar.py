@@ -1,146 +1,189 @@
 #!/usr/bin/python3
-"""Assembles an AAR with prefab metadata from a build folder, and verifies it.
+"""Assembles an AAR of the builds for Android, with all that belongs to it, and verifies it.
 
-usage: assemble_aar.py BUILD_FOLDER [--output FILE] [--desk]
+usage: assemble_aar.py BUILD_FOLDER... [--output FOLDER]
 
-BUILD_FOLDER is that of the preset android-arm64; it holds libAlgorithm.so and libAlgorithm.jar. The
-archive, algorithm-VERSION.aar in the build folder, is the same for the same contents.
+The build folders are those of the presets android-arm64 and android-x86_64, one or both, each with
+libAlgorithm.so and libAlgorithm.jar. What is written is a Maven repository, build/maven unless told
+otherwise, that Gradle takes an archive from: the AAR, its POM and Gradle metadata, sources, API pages and
+native symbols. They are the same for the same contents.
 """
 
 import argparse
-import io
+import dataclasses
+import functools
 import json
 import pathlib
 import re
 import subprocess
 import sys
 import tempfile
-import xml.etree.ElementTree as xml
 import zipfile
 
-ROOT = pathlib.Path(__file__).resolve().parent.parent
-sys.path.insert(0, str(ROOT / "scripts"))
-import check_library  # noqa: E402  (it lives beside the other scripts)
-
-ABI = "arm64-v8a"
-PACKAGE = "com.orvik.camera.common.Native"
-LIBRARY = check_library.NAME
-LIBRARY_PLACES = (f"jni/{ABI}/{LIBRARY}", f"prefab/modules/Algorithm/libs/android.{ABI}/{LIBRARY}")
-HEADERS = "prefab/modules/Algorithm/include/"
+import maven
+import verify_aar
+from maven import zipped
+from verify_aar import HEADERS, JNI, LIBRARY, METADATA, NOTICE, PACKAGE, PREFAB, ROOT
 
 MANIFEST = """<?xml version="1.0" encoding="utf-8"?>
 <manifest xmlns:android="http://schemas.android.com/apk/res/android" package="{package}">
     <uses-sdk android:minSdkVersion="{api}"/>
 </manifest>
 """
-# Natives are found by class and method name: neither may be renamed or dropped.
-PROGUARD = f"-keep class {PACKAGE}.** {{ *; }}\n"
+# What shrinkers may not rename: natives are found by the names of their class and their own. What an
+# application does not use may go.
+CONSUMER_RULES = f"-keepclasseswithmembernames class {PACKAGE}.** {{\n    native <methods>;\n}}\n"
+# Nothing is asked of the application's tools: no resources, no Java library that older devices lack.
+AAR_METADATA = """aarFormatVersion=1.0
+aarMetadataVersion=1.0
+minCompileSdk=1
+minCompileSdkExtension=0
+minAndroidGradlePluginVersion=1.0.0
+coreLibraryDesugaringEnabled=false
+"""
+NOTICE_HEAD = """Linked into libAlgorithm.so, each with its own licence, which follows:
+{names}
+"""
 
 
-def read_cache(build: pathlib.Path) -> dict[str, str]:
-    text = (build / "CMakeCache.txt").read_text(encoding="utf-8")
-    return dict(re.findall(r"^([\w-]+):\w+=(.*)$", text, re.MULTILINE))
+class Unfit(Exception):
+    """A build that no archive can be made of."""
 
 
-def contents(build: pathlib.Path, cache: dict[str, str]) -> dict[str, bytes]:
+@dataclasses.dataclass(frozen=True)
+class Build:
+    """A build for one ABI."""
+    folder: pathlib.Path
+
+    @functools.cached_property
+    def cache(self) -> dict[str, str]:
+        for name in ("CMakeCache.txt", LIBRARY, "libAlgorithm.jar"):
+            if not (self.folder / name).exists():
+                raise Unfit(f"{self.folder} has no {name}")
+        text = (self.folder / "CMakeCache.txt").read_text(encoding="utf-8")
+        cache = dict(re.findall(r"^([\w-]+):\w+=(.*)$", text, re.MULTILINE))
+        if "ALGORITHM_ANDROID_API" not in cache:
+            raise Unfit(f"{self.folder} is no build of the presets android-arm64 and android-x86_64")
+        return cache
+
+    @property
+    def abi(self) -> str:
+        return self.cache["ALGORITHM_ANDROID_ABI"]
+
+    @property
+    def common(self) -> dict[str, str]:
+        """What all ABIs of an archive must have in common."""
+        return {what: self.cache[name] for what, name in (
+            ("version", "CMAKE_PROJECT_VERSION"), ("API level", "ALGORITHM_ANDROID_API"),
+            ("NDK", "ALGORITHM_ANDROID_NDK"))}
+
+    def stripped(self, option: str) -> bytes:
+        """What strip makes of the library."""
+        with tempfile.TemporaryDirectory() as folder:
+            output = pathlib.Path(folder, LIBRARY)
+            subprocess.run([self.cache["ALGORITHM_ANDROID_STRIP"], option, "-o", output, self.folder / LIBRARY],
+                           check=True)
+            return output.read_bytes()
+
+    def classes(self) -> dict[str, bytes]:
+        with zipfile.ZipFile(self.folder / "libAlgorithm.jar") as jar:
+            return {name: jar.read(name) for name in jar.namelist() if name.endswith(".class")}
+
+    def notice(self) -> bytes:
+        texts = dict(notice.split("=", 1) for notice in self.cache["ALGORITHM_NOTICES"].split(";"))
+        for name, place in texts.items():
+            if place.endswith("-NOTFOUND"):
+                option = re.sub(r"\W", "_", name).upper()
+                raise Unfit(f"{self.folder} has no licence text of {name}: configure it with "
+                            f"-DALGORITHM_LICENCE_{option}=FILE")
+        parts = [NOTICE_HEAD.format(names="\n".join(f"- {name}" for name in texts)).encode()]
+        for name, place in texts.items():
+            parts.append(f"\n{'=' * 78}\n{name}\n{'=' * 78}\n\n".encode() + pathlib.Path(place).read_bytes())
+        return b"".join(parts)
+
+
+def check_alike(builds: list[Build]) -> None:
+    first = builds[0]
+    for build in builds[1:]:
+        if build.abi in {other.abi for other in builds if other is not build}:
+            raise Unfit(f"two builds are for {build.abi}")
+        for what, value in build.common.items():
+            if value != first.common[what]:
+                raise Unfit(f"{build.folder} has {what} {value}, {first.folder} has {first.common[what]}")
+        if build.classes() != first.classes():
+            raise Unfit(f"{build.folder} and {first.folder} have different classes")
+
+
+def aar(builds: list[Build]) -> dict[str, bytes]:
     """Every file of the archive."""
-    with tempfile.TemporaryDirectory() as folder:
-        stripped = pathlib.Path(folder, LIBRARY)
-        subprocess.run([cache["CMAKE_STRIP"], "--strip-unneeded", "-o", stripped, build / LIBRARY], check=True)
-        library = stripped.read_bytes()
-    api, ndk = int(cache["ALGORITHM_ANDROID_API"]), int(cache["ALGORITHM_ANDROID_NDK"])
+    version, api, ndk = builds[0].common.values()
     texts = {
         "AndroidManifest.xml": MANIFEST.format(package=PACKAGE, api=api),
         "R.txt": "",
-        "proguard.txt": PROGUARD,
-        "prefab/prefab.json": json.dumps({"schema_version": 2, "name": "algorithm",
-                                          "version": cache["CMAKE_PROJECT_VERSION"], "dependencies": []}),
-        "prefab/modules/Algorithm/module.json": json.dumps({"export_libraries": []}),
-        f"prefab/modules/Algorithm/libs/android.{ABI}/abi.json": json.dumps(
-            {"abi": ABI, "api": api, "ndk": ndk, "stl": "c++_static", "static": False}),
+        METADATA: AAR_METADATA,
+        "proguard.txt": CONSUMER_RULES,
+        f"{PREFAB}prefab.json": json.dumps({"schema_version": 2, "name": maven.ARTIFACT, "version": version,
+                                            "dependencies": []}),
+        f"{PREFAB}modules/Algorithm/module.json": json.dumps({"export_libraries": []}),
     }
-    files = {name: text.encode() for name, text in texts.items()}
-    files |= {place: library for place in LIBRARY_PLACES}
-    files["classes.jar"] = (build / "libAlgorithm.jar").read_bytes()
+    files = {}
+    for build in builds:
+        place = f"{PREFAB}modules/Algorithm/libs/android.{build.abi}/"
+        files[f"{JNI}{build.abi}/{LIBRARY}"] = library = build.stripped("--strip-unneeded")
+        files[place + LIBRARY] = library
+        # The C++ runtime is linked in and hidden, so that callers may use whichever they like. Prefab
+        # lets them only when it is told that there is none.
+        texts[place + "abi.json"] = json.dumps(
+            {"abi": build.abi, "api": int(api), "ndk": int(ndk), "stl": "none", "static": False})
+    files |= {name: text.encode() for name, text in texts.items()}
+    files["classes.jar"] = zipped(builds[0].classes())
+    files[NOTICE] = builds[0].notice()
     for header in sorted((ROOT / "include").rglob("*.h")):
         files[HEADERS + header.relative_to(ROOT / "include").as_posix()] = header.read_bytes()
     return files
 
 
-def write(archive: pathlib.Path, files: dict[str, bytes]) -> None:
-    with zipfile.ZipFile(archive, "w", zipfile.ZIP_DEFLATED) as target:
-        for name in sorted(files):
-            target.writestr(zipfile.ZipInfo(name), files[name], zipfile.ZIP_DEFLATED)
-
-
-def verify(archive: pathlib.Path, cache: dict[str, str], platform: str):
-    """What is wrong with an archive, read as its users' tools do."""
-    with zipfile.ZipFile(archive) as source:
-        files = {name: source.read(name) for name in source.namelist()}
-    required = {"AndroidManifest.xml", "R.txt", "classes.jar", "prefab/prefab.json", *LIBRARY_PLACES}
-    if missing := required - files.keys():
-        yield f"lacks {sorted(missing)}"
-        return
-    android = "{http://schemas.android.com/apk/res/android}"
-    api = int(xml.fromstring(files["AndroidManifest.xml"]).find("uses-sdk").get(android + "minSdkVersion"))
-    if json.loads(files["prefab/prefab.json"])["version"] != cache["CMAKE_PROJECT_VERSION"]:
-        yield "prefab.json has another version"
-    for module in {name.split("/")[2] for name in files if name.startswith("prefab/modules/")}:
-        folder = f"prefab/modules/{module}"
-        abi = json.loads(files[f"{folder}/libs/android.{ABI}/abi.json"])
-        if (abi["abi"], abi["api"]) != (ABI, api) or abi["ndk"] < 26:
-            yield f"abi.json of {module} does not fit the manifest"
-        # The library is the module's name between "lib" and ".so" unless module.json says otherwise.
-        if f"{folder}/libs/android.{ABI}/lib{module}.so" not in files:
-            yield f"{module} has no library"
-    if len({files[place] for place in LIBRARY_PLACES}) != 1:
-        yield "the two libraries differ"
-    for header, text in files.items():
-        if header.startswith(HEADERS):
-            for included in re.findall(rb'#include "(.*)"', text):
-                if HEADERS + included.decode() not in files:
-                    yield f"{header} includes {included.decode()}, which is not there"
-    with zipfile.ZipFile(io.BytesIO(files["classes.jar"])) as jar:
-        classes = {name.removesuffix(".class").rpartition("/")[2] for name in jar.namelist()
-                   if name.startswith(PACKAGE.replace(".", "/"))}
-    prefix = "Java_" + PACKAGE.replace(".", "_") + "_"
-    for name in check_library.listed_exports():
-        if name.startswith(prefix) and name.removeprefix(prefix).split("_")[0] not in classes:
-            yield f"classes.jar lacks the class of {name}"
+def javadoc(program: str) -> dict[str, bytes]:
     with tempfile.TemporaryDirectory() as folder:
-        library = pathlib.Path(folder, LIBRARY)
-        library.write_bytes(files[LIBRARY_PLACES[0]])
-        if ".debug_info" in check_library.run("readelf", "-SW", str(library)):
-            yield "the library is not stripped"
-        yield from check_library.check(str(library), platform, cache["CMAKE_STRIP"])
+        subprocess.run([program, "-quiet", "-notimestamp", "-encoding", "UTF-8", "-d", folder,
+                        "-sourcepath", ROOT / "java", PACKAGE], check=True)
+        return maven.tree(pathlib.Path(folder))
+
+
+def assemble(builds: list[Build], repository: pathlib.Path) -> None:
+    symbols = {f"{build.abi}/{LIBRARY}.dbg": build.stripped("--only-keep-debug")
+               for build in builds}
+    maven.publish(repository, builds[0].cache["CMAKE_PROJECT_VERSION"], {
+        ".aar": zipped(aar(builds)),
+        "-sources.jar": zipped(maven.tree(ROOT / "java", "*.java")),
+        "-javadoc.jar": zipped(javadoc(builds[0].cache["Java_JAVADOC_EXECUTABLE"])),
+        "-native-debug-symbols.zip": zipped(symbols),
+    })
 
 
 def main() -> int:
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
-    parser.add_argument("build", type=pathlib.Path, help="build folder of the preset android-arm64")
-    parser.add_argument("--output", type=pathlib.Path, help="archive to write")
-    parser.add_argument("--desk", action="store_true",
-                        help="take a build for arm64 Linux (preset arm64): tries the layout, runs on no device")
+    parser.add_argument("builds", type=pathlib.Path, nargs="+", metavar="BUILD_FOLDER",
+                        help="build folder of the preset android-arm64 or android-x86_64")
+    parser.add_argument("--output", type=pathlib.Path, default=ROOT / "build/maven",
+                        help="repository to write, build/maven by default")
     options = parser.parse_args()
-    for name in ("CMakeCache.txt", LIBRARY, "libAlgorithm.jar"):
-        if not (options.build / name).exists():
-            print(f"{options.build} has no {name}", file=sys.stderr)
-            return 1
-    cache = read_cache(options.build)
-    if options.desk:
-        cache = {"ALGORITHM_ANDROID_API": "26", "ALGORITHM_ANDROID_NDK": "26"} | cache
-    elif "ALGORITHM_ANDROID_API" not in cache:
-        print(f"{options.build} is no build of the preset android-arm64", file=sys.stderr)
+    builds = [Build(folder) for folder in options.builds]
+    try:
+        check_alike(builds)
+        assemble(builds, options.output)
+    except Unfit as fault:
+        print(fault, file=sys.stderr)
         return 1
-    archive = options.output or options.build / f"algorithm-{cache['CMAKE_PROJECT_VERSION']}.aar"
-    write(archive, contents(options.build, cache))
-    faults = list(verify(archive, cache, "linux" if options.desk else "android"))
+    version = builds[0].cache["CMAKE_PROJECT_VERSION"]
+    link_maps = {build.abi: build.folder / "libAlgorithm.link-map" for build in builds}
+    faults = list(verify_aar.verify(options.output, version, link_maps))
     for fault in faults:
-        print(f"{archive}: {fault}", file=sys.stderr)
+        print(f"{options.output}: {fault}", file=sys.stderr)
     if faults:
-        archive.unlink()
+        maven.withdraw(options.output, version)
         return 1
-    print(f"{archive}: {archive.stat().st_size} bytes, verified")
+    print(f"{maven.folder(options.output, version)}: {', '.join(link_maps)}, verified")
     return 0
 
 

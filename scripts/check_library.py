@@ -1,7 +1,10 @@
 #!/usr/bin/python3
 """Checks a built libAlgorithm.so: what it exports, what it needs, how devices may map it.
 
-usage: check_library.py LIBRARY {linux,android} [--strip COMMAND]
+usage: check_library.py LIBRARY {linux,android} [--strip COMMAND] [--map FILE]
+
+LIBRARY may come from GNU's linker or from LLVM's. With the link map that the latter has written, the mark
+of branch protection is checked, too.
 """
 
 import argparse
@@ -21,12 +24,14 @@ NEEDED = {
     "android": {"libc.so", "libdl.so", "liblog.so", "libm.so"},
 }
 RUN_PATH = {"linux": r"/usr/lib/[a-z0-9_-]+/android:?", "android": ""}
-ARM64_PAGE = 16 * 1024
+PAGE = 16 * 1024  # the largest of devices and of the emulator
+DESK_PAGE = 4096
+PROTECTED = re.compile(r"AArch64 feature: .*BTI, PAC")
 LARGEST = 400 * 1024  # our own code only: in a Linux build the codecs are separate libraries
 
 
-def run(*command: str) -> str:
-    return subprocess.run(command, capture_output=True, text=True, check=True,
+def run(*command: str, folder: pathlib.Path | None = None, strict: bool = True) -> str:
+    return subprocess.run(command, capture_output=True, text=True, check=strict, cwd=folder,
                           env=os.environ | {"LC_ALL": "C"}).stdout
 
 
@@ -47,25 +52,53 @@ def check_exports(library: str):
         yield f"exports {name}, which is not in the list"
 
 
-def check_segments(headers: str):
-    arm64 = "AArch64" in headers
-    segments = re.findall(r"^  ([A-Z_]+) +0x\w+ 0x(\w+) 0x\w+ 0x\w+ 0x(\w+) ([R W E]{3}) 0x(\w+)$",
+def check_segments(headers: str, platform: str):
+    # Linkers differ in what they say of the segments without contents, such as the stack's alignment.
+    segments = re.findall(r"^  ([A-Z_]+) +0x\w+ (0x\w+) 0x\w+ 0x\w+ (0x\w+) ([R W E]{3}) (0x\w+|0)$",
                           headers, re.MULTILINE)
     kinds = [kind for kind, *_ in segments]
-    page = ARM64_PAGE if arm64 else 4096
+    if len(segments) != int(re.search(r"Number of program headers: +(\d+)", headers)[1]):
+        yield f"has segments beside {kinds}, which this check can't read"
+    page = PAGE if platform == "android" or "AArch64" in headers else DESK_PAGE
     if "LOAD" not in kinds:
         yield "has no LOAD segment"
     for kind, address, size, flags, alignment in segments:
-        if kind == "LOAD" and int(alignment, 16) % page != 0:
-            yield f"LOAD segment at 0x{address} is aligned to 0x{alignment}, not to {page} bytes"
+        if kind == "LOAD" and (int(alignment, 0) < page or int(alignment, 0) % page):
+            yield f"LOAD segment at {address} is aligned to {alignment}, not to {page} bytes"
         if "W" in flags and "E" in flags:
-            yield f"{kind} segment at 0x{address} is writable and executable"
-        if kind == "GNU_RELRO" and (int(address, 16) + int(size, 16)) % page != 0:
-            yield "the relocated read-only data does not end on a page"
+            yield f"{kind} segment at {address} is writable and executable"
+        if kind == "GNU_RELRO" and (int(address, 0) + int(size, 0)) % page != 0:
+            yield f"the relocated read-only data ends at {int(address, 0) + int(size, 0):#x}, not on a page"
     if "GNU_STACK" not in kinds:
         yield "does not say that its stack is not executable"
     if "GNU_RELRO" not in kinds:
         yield "has no read-only relocations"
+
+
+def linked_objects(link_map: pathlib.Path) -> dict[str, bool]:
+    """What a library is made of, as a link map of LLD names it, and whether it has branch protection."""
+    text = link_map.read_text(encoding="utf-8")
+    linked = set(re.findall(r"^ *\w+ +\w+ +\w+ +\d+ +(/?[\w.][^\n:]*\.o\)?):\(", text, re.MULTILINE))
+    files = sorted({re.sub(r"\([^)]*\)$", "", name) for name in linked})
+    # With several files readelf names each object and each member of an archive.
+    listing = run("readelf", "-nW", "/dev/null", *files, folder=link_map.parent, strict=False)
+    notes = dict(re.findall(r"^File: (.*)\n((?:(?!File: ).*\n?)*)", listing, re.MULTILINE))
+    return {name: bool(PROTECTED.search(notes.get(name, ""))) for name in linked}
+
+
+def check_protection(library: str, link_map: pathlib.Path):
+    """The linker keeps the mark of branch protection if all objects have it; our own must."""
+    linked = linked_objects(link_map)
+    lacking = sorted(name for name, protected in linked.items() if not protected)
+    own = "CMakeFiles/"
+    if not any(name.startswith(own) for name in linked):
+        yield f"is made of objects that {link_map} does not name"
+    yield from (f"is made of {name}, which has no branch protection" for name in lacking if name.startswith(own))
+    if lacking:
+        print(f"{library}: no branch protection (BTI, PAC), since {len(lacking)} objects lack it: "
+              f"{', '.join(lacking[:5])}")
+    elif not PROTECTED.search(run("readelf", "-nW", library)):
+        yield "has no mark of branch protection, though all its objects have it"
 
 
 def check_dynamic(headers: str, platform: str):
@@ -85,21 +118,22 @@ def check_dynamic(headers: str, platform: str):
             yield f"has the run path {values[tag]}"
 
 
-def check_size(library: str, platform: str, strip: str):
+def check_size(library: str, strip: str):
     with tempfile.TemporaryDirectory() as folder:
         stripped = pathlib.Path(folder, NAME)
         run(strip, "-o", str(stripped), library)
         size = stripped.stat().st_size
     print(f"{library}: {size} bytes stripped")
-    if platform == "linux" and size > LARGEST:
+    if size > LARGEST:
         yield f"is larger than {LARGEST} bytes when stripped"
 
 
-def check(library: str, platform: str, strip: str) -> list[str]:
+def check(library: str, platform: str, strip: str = "strip", link_map: pathlib.Path | None = None) -> list[str]:
     """The library's faults, one line each."""
     headers = run("readelf", "-hldW", library)
-    return [*check_exports(library), *check_segments(headers), *check_dynamic(headers, platform),
-            *check_size(library, platform, strip)]
+    protection = check_protection(library, link_map) if link_map and "AArch64" in headers else []
+    return [*check_exports(library), *check_segments(headers, platform), *check_dynamic(headers, platform),
+            *(check_size(library, strip) if platform == "linux" else []), *protection]
 
 
 def main() -> int:
@@ -107,8 +141,9 @@ def main() -> int:
     parser.add_argument("library")
     parser.add_argument("platform", choices=NEEDED)
     parser.add_argument("--strip", default="strip", help="the strip command of the library's machine")
+    parser.add_argument("--map", type=pathlib.Path, help="the link map, in the folder that was linked in")
     options = parser.parse_args()
-    wrong = check(options.library, options.platform, options.strip)
+    wrong = check(options.library, options.platform, options.strip, options.map)
     for line in wrong:
         print(f"{options.library}: {line}", file=sys.stderr)
     return 1 if wrong else 0

@@ -1,5 +1,5 @@
-"""android_build_test.py CMAKE FOLDER: configures and compiles the preset android-arm64 in FOLDER, with
-stand-ins for the NDK and for vcpkg, and looks at what the objects would need on a device."""
+"""android_build_test.py CMAKE FOLDER: builds the library for devices and for the emulator in FOLDER, as with
+an NDK, and looks at what the objects would need there."""
 
 import os
 import pathlib
@@ -8,30 +8,31 @@ import shutil
 import subprocess
 import sys
 
-ROOT = pathlib.Path(__file__).resolve().parents[2]
-HERE = ROOT / "tests/android"
+from stand_ins import HERE, MACHINES, StandIns, home
+
+ROOT = HERE.parents[1]
 cmake, folder = sys.argv[1], pathlib.Path(sys.argv[2])
-
-# What bionic has since API level 26 or before, as the C headers of this machine name it
-# (__errno_location is bionic's __errno), the log, and the C++ runtime, which is linked in (this
-# machine's asks __libc_single_threaded for shared pointers, the NDK's does not).
-DEVICE_HAS = r"""
-    calloc|clock_gettime|close|exit|fclose|fdopen|fopen|free|fstat|longjmp|malloc|memcmp|memcpy|memmove|memset|
-    open|puts|_setjmp|strcmp|strerror|strlen|
-    snprintf|vsnprintf|exp|fma|fmaf|pow|__cxa_atexit|__dso_handle|__errno_location|__stack_chk_fail|
-    pthread_(cond|mutex)_(init|destroy|lock|unlock|wait|signal|broadcast)|pthread_(create|join|exit)|
-    __android_log_print|dladdr|dlopen|dlsym|dlerror|madvise|sysconf|
-    _Unwind_Resume|__gxx_personality_v0|__cxa_.*|_Zn[wa]\w+|_Zd[la]\w+|_ZNK?St\w+|_ZSt\w+|_ZT[IVS]St\w+|
-    _ZTVN10__cxxabiv1\w+|__libc_single_threaded|__aarch64_\w+|
-    jpeg_\w+|png_\w+|hwy_\w+"""
+PRESETS = {"arm64-v8a": "android-arm64", "x86_64": "android-x86_64"}
+# What is refused: options, environment, what the message says.
+REFUSED = [
+    (["-DANDROID_ABI=armeabi-v7a"], {}, "ANDROID_ABI is 'armeabi-v7a'"),
+    (["-DANDROID_PLATFORM=android-24"], {}, "ANDROID_PLATFORM is 'android-24', but must be android-26"),
+    (["-DANDROID_STL=c++_shared"], {}, "ANDROID_STL is 'c++_shared', but must be"),
+    ([], {"STAND_IN_NDK_MAJOR": "26"}, "is r26, which is too old"),
+    ([f"-DCMAKE_PREFIX_PATH={folder}/newer-highway;{folder}/prefix-arm64-v8a"], {}, "is 1.4.0, but 1.0.3 or newer"),
+]
 
 
-def configure(variant: str, **environment: str) -> pathlib.Path:
-    build = folder / variant
+def configure(abi: str, build: pathlib.Path, *options: str, **environment: str) -> subprocess.CompletedProcess:
     shutil.rmtree(build, ignore_errors=True)
-    subprocess.run([cmake, "--preset", "android-arm64", "-B", build, "-DALGORITHM_WERROR=ON"], cwd=ROOT,
-                   check=True, env=os.environ | {"ANDROID_NDK_ROOT": str(HERE / "ndk")} | environment)
-    return build
+    return subprocess.run([cmake, "--preset", PRESETS[abi], "-B", build, "-DALGORITHM_WERROR=ON", *options],
+                          cwd=ROOT, text=True, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+                          env=os.environ | {"ANDROID_NDK_ROOT": str(HERE / "ndk"), "STAND_INS": str(folder)}
+                          | environment)
+
+
+def make(build: pathlib.Path, *targets: str) -> None:
+    subprocess.run([cmake, "--build", build, "--target", *targets], check=True)
 
 
 def symbols(objects: list[pathlib.Path], which: str) -> set[str]:
@@ -39,16 +40,38 @@ def symbols(objects: list[pathlib.Path], which: str) -> set[str]:
     return {line.split()[-1] for line in lines.splitlines() if re.search(r" [A-Z] ", line)}
 
 
-configure("vcpkg", VCPKG_ROOT=str(HERE / "vcpkg"))
-build = configure("prefix")
-subprocess.run([cmake, "--build", build, "--target", "algorithm_core", "algorithm_jni", "algorithm_jar"],
-               check=True)
-objects = sorted(build.rglob("*.o"))
-needed = symbols(objects, "--undefined-only") - symbols(objects, "--defined-only")
-known = re.compile(re.sub(r"\s", "", DEVICE_HAS))
-faults = [f"{name} is not known to be on devices" for name in sorted(needed) if not known.fullmatch(name)]
-faults += [f"{path.name} looks at ALGORITHM_DEVICE_ROOT" for path in objects
-           if b"ALGORITHM_DEVICE_ROOT" in path.read_bytes()]
-if len(needed) < 30 or not (build / "libAlgorithm.jar").exists():
-    faults.append("the build is not complete")
+def build_library(abi: str):
+    """Builds the library and says what it would miss on a device. The codecs for devices come from vcpkg,
+    the emulator's from a prefix."""
+    stand_ins, build = StandIns(folder, abi), folder / PRESETS[abi]
+    vcpkg = {"VCPKG_ROOT": str(HERE / "vcpkg")} if abi == "arm64-v8a" else {}
+    result = configure(abi, build, *([] if vcpkg else [f"-DCMAKE_PREFIX_PATH={stand_ins.prefix}"]), **vcpkg)
+    if result.returncode:
+        sys.exit(result.stdout)
+    make(build, "algorithm_core", "algorithm_jni", "algorithm_jar")
+    objects = sorted(build.rglob("*.o"))
+    needed = sorted(symbols(objects, "--undefined-only") - symbols(objects, "--defined-only"))
+    unknown = [name for name in needed if not home(name)]
+    yield from (f"{name}, for {abi}, is not known to be on devices" for name in unknown)
+    yield from (f"{path.name} looks at ALGORITHM_DEVICE_ROOT" for path in objects
+                if b"ALGORITHM_DEVICE_ROOT" in path.read_bytes())
+    if len(needed) < 30:
+        yield f"the build for {abi} is not complete"
+    if not unknown:
+        stand_ins.archive(needed)
+        make(build, "Algorithm")
+
+
+def refusals():
+    newer = folder / "newer-highway/include/hwy"
+    newer.mkdir(parents=True, exist_ok=True)
+    (newer / "highway.h").write_text('#include "hwy/base.h"\n')
+    (newer / "base.h").write_text("#define HWY_MAJOR 1\n#define HWY_MINOR 4\n#define HWY_PATCH 0\n")
+    for options, environment, message in REFUSED:
+        result = configure("arm64-v8a", folder / "refused", *options, **environment)
+        if result.returncode == 0 or message not in re.sub(r"\s+", " ", result.stdout):
+            yield f"{options} {environment} did not end with '{message}' but with\n{result.stdout}"
+
+
+faults = [fault for abi in MACHINES for fault in build_library(abi)] + list(refusals())
 sys.exit("\n".join(faults) or None)

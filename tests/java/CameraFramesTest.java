@@ -5,6 +5,9 @@ import java.io.IOException;
 import java.nio.ByteBuffer;
 import java.nio.file.Files;
 import java.nio.file.Path;
+import java.util.Collections;
+import java.util.zip.ZipEntry;
+import java.util.zip.ZipFile;
 
 /** Planes to frames and back, and the checks before a native is called. */
 final class CameraFramesTest extends Harness {
@@ -98,7 +101,24 @@ final class CameraFramesTest extends Harness {
     check(CameraFrames.bytes(5, 286331153) == Integer.MAX_VALUE, "the largest frame");
   }
 
+  /** Applications are compiled for Java 8 or 11 and build tools of their time: no class may be newer. */
+  private static void classVersions() throws IOException {
+    String jar = CameraFrames.class.getProtectionDomain().getCodeSource().getLocation().getPath();
+    int classes = 0;
+    try (ZipFile files = new ZipFile(jar)) {
+      for (ZipEntry file : Collections.list(files.entries())) {
+        if (file.getName().endsWith(".class")) {
+          int version = ByteBuffer.wrap(files.getInputStream(file).readNBytes(8)).getShort(6);
+          check(version <= 55, file.getName() + " is of version " + version + ", newer than Java 11");
+          classes++;
+        }
+      }
+    }
+    check(classes >= 7, "the jar has " + classes + " classes");
+  }
+
   public static void main(String[] args) throws IOException {
+    classVersions();
     int[][] sizes = {{2, 2}, {2, 6}, {8, 2}, {6, 4}, {66, 10}};
     for (int i = 0; i < 360; i++) {
       int pad = new int[] {0, 1, 13}[i / 5 % 3];

@@ -1,21 +1,45 @@
-# Stands in for an NDK's toolchain where there is none: clang for the Android target, with this
-# machine's C headers for arm64 in the place of bionic's. It compiles; it can't link.
-if(NOT "${ANDROID_ABI}" STREQUAL "arm64-v8a" OR NOT "${ANDROID_STL}" STREQUAL "c++_static")
-  message(FATAL_ERROR "ANDROID_ABI is '${ANDROID_ABI}', ANDROID_STL is '${ANDROID_STL}'")
+# Stands in for an NDK's toolchain where there is none: clang and LLD for the Android target, with this
+# machine's C headers in the place of bionic's, and what stand_ins.py has made in STAND_INS to link with.
+# Flags and searches are the NDK's.
+foreach(name ABI PLATFORM STL)
+  if(NOT ANDROID_${name})
+    message(FATAL_ERROR "ANDROID_${name} is not set")
+  endif()
+endforeach()
+string(REPLACE "android-" "" ANDROID_PLATFORM_LEVEL "${ANDROID_PLATFORM}")
+set(ANDROID_NDK_MAJOR 27)
+if(DEFINED ENV{STAND_IN_NDK_MAJOR})
+  set(ANDROID_NDK_MAJOR $ENV{STAND_IN_NDK_MAJOR})
 endif()
-string(REPLACE "android-" "" level "${ANDROID_PLATFORM}")
-set(ANDROID_PLATFORM_LEVEL ${level})
-set(ANDROID_NDK_MAJOR 26)
+set(ANDROID_NDK $ENV{STAND_INS})
 
+if(ANDROID_ABI STREQUAL "arm64-v8a")
+  set(CMAKE_SYSTEM_PROCESSOR aarch64)
+else()
+  set(CMAKE_SYSTEM_PROCESSOR x86_64)
+endif()
+set(sysroot $ENV{STAND_INS}/sysroot-${ANDROID_ABI})
 set(CMAKE_SYSTEM_NAME Android)
 set(CMAKE_SYSTEM_VERSION 1)  # as the NDK's own: CMake then looks for no NDK itself
-set(CMAKE_SYSTEM_PROCESSOR aarch64)
 set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)
-set(CMAKE_LIBRARY_ARCHITECTURE aarch64-linux-gnu)
-foreach(language C CXX)
-  set(CMAKE_${language}_COMPILER_TARGET aarch64-linux-android${level})
-  set(CMAKE_${language}_FLAGS_INIT "-isystem /usr/include/aarch64-linux-gnu")
+list(APPEND CMAKE_FIND_ROOT_PATH ${sysroot})
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+foreach(what LIBRARY INCLUDE PACKAGE)
+  set(CMAKE_FIND_ROOT_PATH_MODE_${what} ONLY)
+endforeach()
+
+foreach(tool AR RANLIB STRIP)
+  string(TOLOWER ${tool} name)
+  set(CMAKE_${tool} ${CMAKE_SYSTEM_PROCESSOR}-linux-gnu-${name})
 endforeach()
 set(CMAKE_C_COMPILER clang-16)
 set(CMAKE_CXX_COMPILER clang++-16)
+foreach(language C CXX)
+  set(CMAKE_${language}_COMPILER_TARGET ${CMAKE_SYSTEM_PROCESSOR}-linux-android${ANDROID_PLATFORM_LEVEL})
+  set(CMAKE_${language}_FLAGS_INIT "-g -DANDROID -fdata-sections -ffunction-sections -funwind-tables \
+-fstack-protector-strong -isystem /usr/include/${CMAKE_SYSTEM_PROCESSOR}-linux-gnu")
+endforeach()
 string(APPEND CMAKE_CXX_FLAGS_INIT " -stdlib=libc++")
+set(CMAKE_SHARED_LINKER_FLAGS_INIT "-fuse-ld=lld -nostdlib -L${sysroot}/usr/lib -Wl,--build-id=sha1 \
+-Wl,--no-rosegment -Wl,--no-undefined-version -Wl,--fatal-warnings -Wl,--no-undefined")
+set(CMAKE_CXX_STANDARD_LIBRARIES_INIT "-lc++_static -lc++abi -lm -lc")

@@ -1,5 +1,9 @@
-# Stands in for vcpkg's toolchain, which leads on to the NDK's.
-if(NOT EXISTS ${VCPKG_OVERLAY_TRIPLETS}/${VCPKG_TARGET_TRIPLET}.cmake)
-  message(FATAL_ERROR "no triplet ${VCPKG_TARGET_TRIPLET}")
+# Stands in for vcpkg's toolchain, which leads on to the NDK's. What it would build is there already.
+include(${VCPKG_OVERLAY_TRIPLETS}/${VCPKG_TARGET_TRIPLET}.cmake)
+if(NOT VCPKG_CMAKE_CONFIGURE_OPTIONS STREQUAL "-DANDROID_ABI=${ANDROID_ABI}"
+   OR NOT VCPKG_LIBRARY_LINKAGE STREQUAL "static" OR NOT VCPKG_CXX_FLAGS STREQUAL "${VCPKG_C_FLAGS}")
+  message(FATAL_ERROR "the triplet ${VCPKG_TARGET_TRIPLET} is not for ${ANDROID_ABI}")
 endif()
 include(${VCPKG_CHAINLOAD_TOOLCHAIN_FILE})
+list(APPEND CMAKE_PREFIX_PATH $ENV{STAND_INS}/prefix-${ANDROID_ABI})
+list(APPEND CMAKE_FIND_ROOT_PATH $ENV{STAND_INS}/prefix-${ANDROID_ABI})

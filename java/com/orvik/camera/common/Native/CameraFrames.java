@@ -62,25 +62,50 @@ public final class CameraFrames {
 
   private CameraFrames() {}
 
-  /**
-   * A plane of samples, one byte each.
-   *
-   * @param buffer the samples, the first at index 0; not copied
-   * @param rowStride bytes from a row's first sample to the next row's
-   * @param pixelStride bytes from a sample to the next one in its row
-   */
-  public record Plane(ByteBuffer buffer, int rowStride, int pixelStride) {
+  /** A plane of samples, one byte each. */
+  public static final class Plane {
+    private final ByteBuffer buffer;
+    private final int rowStride;
+    private final int pixelStride;
+
     /**
      * Makes a plane; how many rows and samples it must hold is checked when it is used.
      *
-     * @param buffer the samples, not null
-     * @param rowStride at least 1
-     * @param pixelStride at least 1
+     * @param buffer the samples, the first at index 0; not null, not copied
+     * @param rowStride bytes from a row's first sample to the next row's, at least 1
+     * @param pixelStride bytes from a sample to the next one in its row, at least 1
      */
-    public Plane {
-      Objects.requireNonNull(buffer, "buffer is null");
-      requirePositive(rowStride, "rowStride");
-      requirePositive(pixelStride, "pixelStride");
+    public Plane(ByteBuffer buffer, int rowStride, int pixelStride) {
+      this.buffer = Objects.requireNonNull(buffer, "buffer is null");
+      this.rowStride = requirePositive(rowStride, "rowStride");
+      this.pixelStride = requirePositive(pixelStride, "pixelStride");
+    }
+
+    /**
+     * The samples.
+     *
+     * @return the buffer that the plane was made of
+     */
+    public ByteBuffer buffer() {
+      return buffer;
+    }
+
+    /**
+     * Bytes from a row's first sample to the next row's.
+     *
+     * @return the stride, at least 1
+     */
+    public int rowStride() {
+      return rowStride;
+    }
+
+    /**
+     * Bytes from a sample to the next one in its row.
+     *
+     * @return the stride, at least 1
+     */
+    public int pixelStride() {
+      return pixelStride;
     }
   }
 
@@ -334,8 +359,9 @@ public final class CameraFrames {
     return buffer;
   }
 
-  private static void requirePositive(int value, String name) {
+  private static int requirePositive(int value, String name) {
     require(value >= 1, name + " is " + value + ", but must be at least 1");
+    return value;
   }
 
   private static void require(boolean ok, String message) {
