@@ -26,9 +26,10 @@ struct EffectTypeInfo {
                           ///< (except one of over 32 MB, which a run has freed).
   int32_t overlayWidth;   ///< pixels
   int32_t overlayHeight;  ///< rows
-  int32_t effectId;       ///< 0..27; 1000 for an unknown name or a missing picture
-  int32_t stripCount;     ///< 1 or 4
-  int32_t effectFlag;     ///< -1 for "miniature" on a landscape frame, else 0
+  int32_t effectId;    ///< the name's identifier, from 0 on; 1000 for an unknown name or a missing
+                       ///< picture
+  int32_t stripCount;  ///< 1 or 4
+  int32_t effectFlag;  ///< -1 for "miniature" on a landscape frame, else 0
 };
 
 /// Looks an effect name up (exact, case-sensitive) and decodes its overlay picture, if it has one,
@@ -91,8 +92,9 @@ ALGORITHM_API int fastcvPollInit(int width, int height);
 /// Frees the work images and sets the globals to null. Not locked.
 ALGORITHM_API void fastcvPollDestory();
 
-/// Strip callback (ThreadPoolTaskFunc) of the effect phase: runs the Pretty filter of the input's
-/// effectId (20..27); every other identifier copies with bytes 0 and 2 exchanged.
+/// Strip callback (ThreadPoolTaskFunc) of the effect phase: runs the Pretty filter whose
+/// identifier, as effectTypeInit() reports it, is the input's effectId; every other one copies with
+/// bytes 0 and 2 exchanged.
 /// @param input   an RgbStripDesc, whose sizes, effect and overlay are used
 /// @param param   ignored
 /// @param output  an RgbStripDesc, of which only the pixels are used; they may be the input's
