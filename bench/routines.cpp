@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <string>
 #include <string_view>
 
 #include "base/image_size.h"
@@ -55,18 +56,16 @@ void evenBlur(uint8_t* in, uint8_t* out, int w, int h) {
   miniature_r(in, out, w, h, half / kPeak * (kPeak - kRadius), 2 * half);
 }
 
-template <char const* kName, Passes kPasses = Passes::kFewest>
-void pipeline(uint8_t* /*in*/, uint8_t* out, int w, int h) {
-  if (kPasses == Passes::kFewest) {
-    KAVRO_PrettyEffect_Function(kName, "", out, out + w * h, h, w, w, w);
-  } else {
-    runEffect({.name = kName}, {out, out + w * h, w, h, w, w}, kPasses);
-  }
+auto pipeline(const char* effect, Passes passes = Passes::kFewest) {
+  return [=](uint8_t* /*in*/, uint8_t* out, int w, int h) {
+    if (passes == Passes::kFewest) {
+      KAVRO_PrettyEffect_Function(effect, "", out, out + w * h, h, w, w, w);
+    } else {
+      runEffect({.name = effect}, {out, out + w * h, w, h, w, w}, passes);
+    }
+  };
 }
-constexpr char kSweet[] = "PrettySweet", kNature[] = "PrettyNature", kBlue[] = "PrettyBlue",
-               kMoonlight[] = "PrettyMoonlight", kWhiteDew[] = "PrettyWhiteDew",
-               kBeautiful[] = "PrettyBeautiful", kPink[] = "PrettyPink", kJapan[] = "PrettyJapan",
-               kSepia[] = "sepia";
+const std::string kPipelineRun = "KAVRO_PrettyEffect_Function ";
 
 // Bytes a pixel of frames, packed pixels and words.
 constexpr double kF = 1.5, kP = 3, kW = 4;
@@ -98,25 +97,11 @@ const Routine kByHand[] = {
      }},
     // Effect pipeline.
     {"EffectFunction, passing through", Input::kPacked, 2 * kP, strip<&EffectFunction>},
-    {"KAVRO_PrettyEffect_Function PrettySweet", Input::kFrame, 2 * kF, pipeline<kSweet>,
-     Look::kPipeline},
-    {"KAVRO_PrettyEffect_Function PrettySweet in phases", Input::kFrame, 2 * kF,
-     pipeline<kSweet, Passes::kThree>, Look::kPipeline},
-    {"KAVRO_PrettyEffect_Function PrettyNature", Input::kFrame, 2 * kF, pipeline<kNature>,
-     Look::kPreview},
-    {"KAVRO_PrettyEffect_Function PrettyBlue", Input::kFrame, 2 * kF, pipeline<kBlue>,
-     Look::kPreview},
-    {"KAVRO_PrettyEffect_Function PrettyMoonlight", Input::kFrame, 2 * kF, pipeline<kMoonlight>,
-     Look::kPreview},
-    {"KAVRO_PrettyEffect_Function PrettyWhiteDew", Input::kFrame, 2 * kF, pipeline<kWhiteDew>,
-     Look::kPreview},
-    {"KAVRO_PrettyEffect_Function PrettyBeautiful", Input::kFrame, 2 * kF, pipeline<kBeautiful>,
-     Look::kPreview},
-    {"KAVRO_PrettyEffect_Function PrettyPink", Input::kFrame, 2 * kF, pipeline<kPink>,
-     Look::kPreview},
-    {"KAVRO_PrettyEffect_Function PrettyJapan", Input::kFrame, 2 * kF, pipeline<kJapan>,
-     Look::kPipeline},
-    {"KAVRO_PrettyEffect_Function sepia", Input::kFrame, 2 * kF, pipeline<kSepia>, Look::kPipeline},
+    {kPipelineRun + "PrettySweet", Input::kFrame, 2 * kF, pipeline("PrettySweet"), Look::kPipeline},
+    {kPipelineRun + "PrettySweet in phases", Input::kFrame, 2 * kF,
+     pipeline("PrettySweet", Passes::kThree), Look::kPipeline},
+    {kPipelineRun + "PrettyJapan", Input::kFrame, 2 * kF, pipeline("PrettyJapan"), Look::kPipeline},
+    {kPipelineRun + "sepia", Input::kFrame, 2 * kF, pipeline("sepia"), Look::kPipeline},
     // Variants.
     {"Resize to half", Input::kWords, kW + kW / 4,
      [](auto* in, auto* out, int w, int h) { Resize(words(out), w / 2, h / 2, words(in), w, h); }},
@@ -191,6 +176,12 @@ std::vector<Routine> allRoutines() {
     rows.push_back({name, inputOf(operation->pixels), bytesMovedBy(*operation),
                     std::bind_front(operate, std::cref(*operation)),
                     curvesOrBoxes ? Look::kGrowth : Look::kPlain});
+  }
+  for (const Operation* operation : operations()) {
+    const PipelineName& effect = operation->pipeline;
+    if (!effect.runs || isByHand(kPipelineRun + effect.name)) continue;
+    rows.push_back(
+        {kPipelineRun + effect.name, Input::kFrame, 2 * kF, pipeline(effect.name), Look::kPreview});
   }
   return rows;
 }

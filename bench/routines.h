@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <span>
+#include <string>
 
 #include "bench/picture.h"
 
@@ -25,7 +26,7 @@ enum class Look {
 constexpr bool onPool(Look look) { return look == Look::kPipeline || look == Look::kPreview; }
 
 struct Routine {
-  const char* name;
+  std::string name;
   Input input;
   double moved;  // bytes a pixel that must be read and written, each once
   /// in: width x height pixels. out: room for as many bytes; at first the same bytes, for routines

@@ -9,6 +9,7 @@
 
 #include "bench/measure.h"
 #include "bench/peers/duel.h"
+#include "catalogue/operations.h"
 #include "codec/jpeg_bridge.h"
 #include "effect/pipeline.h"
 #include "libalgorithm/effect_pipeline.h"
@@ -219,12 +220,11 @@ std::vector<Duel> pipelineDuels(Scene& s) {
   std::vector<Duel> duels;
   duels.push_back(pipeline(s));
   duels.push_back(sweetPreview(s));
-  for (const char* effect :
-       {"PrettyNature", "PrettyBlue", "PrettyMoonlight", "PrettyWhiteDew", "PrettyBeautiful"}) {
-    duels.push_back(besideSweet(s, effect, 0.8));  // at most 1.25 times as long
-  }
-  for (const char* effect : {"PrettyPink", "PrettyJapan"}) {
-    duels.push_back(besideSweet(s, effect, 0.4));  // 2.5 times
+  for (const Operation* operation : operations()) {
+    if (!operation->pipeline.runs || operation == &operation::kPrettySweet) continue;
+    // At most 1.25 times as long, under an overlay 2.5 times.
+    const double required = operation->softLight == nullptr ? 0.8 : 0.4;
+    duels.push_back(besideSweet(s, operation->pipeline.name, required));
   }
   duels.push_back(jpegFile(s));
   return duels;
