@@ -92,8 +92,8 @@ class ALGORITHM_API ThreadPool {
   friend class ThreadPoolWorker;
   struct Layout;
 
-  /// add_task(), but returns false when the queue can't grow.
-  bool queue(Task* task) noexcept;
+  /// add_task(), but returns false when the queue can't grow. Not exported.
+  __attribute__((visibility("hidden"))) bool queue(Task* task) noexcept;
 
   // Callers are built separately from the library: the members and their order never change.
   int32_t pool_size;
