@@ -80,7 +80,7 @@ TEST(Faults, BrokenPicturesAreRefused) {
   }
   for (const int side : {65535, 65536}) {
     for (const auto& [width, height] : {std::pair{side, 1}, {1, side}}) {
-      root.writePng("picture.png", width, height, PNG_COLOR_TYPE_GRAY, 8, Bytes(zu(side)));
+      root.writePng("picture.png", width, height, PNG_COLOR_TYPE_GRAY, 8, Bytes(asSize(side)));
       alg::Bitmap bitmap;
       EXPECT_EQ(alg::decodePngFile(kPath, bitmap), side == 65535);
     }

@@ -99,7 +99,7 @@ TEST(PictureFaults, APictureIsShownOrMissingWhateverHasNoRoom) {
 /// What a picture's file becomes, over and over.
 void makeTrouble(const DeviceRoot& root, const std::array<Bytes, 2>& files, int step) {
   const std::string path = root.path("sucai3.png"), fresh = root.path("fresh");
-  const Bytes& file = files[zu(step / 8 % 2)];
+  const Bytes& file = files[asSize(step / 8 % 2)];
   std::error_code gone;
   switch (step % 8) {
     case 0:

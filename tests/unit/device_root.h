@@ -41,7 +41,8 @@ class DeviceRoot {
     if (colourType == PNG_COLOR_TYPE_PALETTE) png_set_PLTE(png, info, palette, 2);
     if (colourType == PNG_COLOR_TYPE_PALETTE) png_set_tRNS(png, info, alpha, 2, nullptr);
     png_write_info(png, info);
-    for (int y = 0; y < height; ++y) png_write_row(png, &rows[zu(y) * rows.size() / zu(height)]);
+    for (int y = 0; y < height; ++y)
+      png_write_row(png, &rows[asSize(y) * rows.size() / asSize(height)]);
     png_write_end(png, info);
     png_destroy_write_struct(&png, &info);
     std::fclose(file);

@@ -46,14 +46,14 @@ inline Bytes deflated(const Bytes& content) {
 /// Compressed text: `bytes` of it in a thousandth of that.
 inline Bytes text(int bytes) {
   Bytes content{'k', 0, 0};
-  append(content, deflated(Bytes(zu(bytes))));
+  append(content, deflated(Bytes(asSize(bytes))));
   return chunk("zTXt", content);
 }
 
 /// Signature and header.
 inline Bytes start(int width, int height, int bitDepth, int colourType) {
-  Bytes file{0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'}, header = bigEndian(zu(width));
-  append(header, bigEndian(zu(height)));
+  Bytes file{0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'}, header = bigEndian(asSize(width));
+  append(header, bigEndian(asSize(height)));
   append(header, {uint8_t(bitDepth), uint8_t(colourType), 0, 0, 0});
   append(file, chunk("IHDR", header));
   return file;
@@ -63,7 +63,7 @@ inline Bytes end() { return chunk("IEND", {}); }
 
 /// The pixels of a black grey picture of one bit a pixel.
 inline Bytes blackRows(int width, int height) {
-  return chunk("IDAT", deflated(Bytes(zu(height) * zu(1 + (width + 7) / 8))));
+  return chunk("IDAT", deflated(Bytes(asSize(height) * asSize(1 + (width + 7) / 8))));
 }
 
 /// A black picture, with the chunks in `between` before its pixels.

@@ -98,7 +98,7 @@ TEST(Jpeg, EveryKindDecodesToBlueGreenRedAlphaAtFullOrReducedSize) {
         const int c = fixture.input == JCS_GRAYSCALE ? 0 : 2 - i % 4;
         const int ink = fixture.input == JCS_CMYK ? sample(x, y, 3) : 255;
         const int expected = i % 4 == 3 ? 255 : sample(x, y, c) * ink / 255;
-        ASSERT_NEAR(image->pixels[zu(i)], expected, i % 4 == 3 ? 0 : 10 + 4 * factor) << i;
+        ASSERT_NEAR(image->pixels[asSize(i)], expected, i % 4 == 3 ? 0 : 10 + 4 * factor) << i;
       }
     }
   }
@@ -176,8 +176,8 @@ TEST(Jpeg, TruncatedFilesDecodeAsFarAsTheyGo) {
   ASSERT_TRUE(image);
   for (int i = 0; i < kWidth * 4; ++i) {  // the first row is there, the last one grey
     const bool alpha = i % 4 == 3;
-    EXPECT_NEAR(image->pixels[zu(i)], alpha ? 255 : sample(i / 4, 0, 2 - i % 4), 12) << i;
-    EXPECT_NEAR(image->pixels[zu(i + kWidth * (kHeight - 1) * 4)], alpha ? 255 : 128, 2) << i;
+    EXPECT_NEAR(image->pixels[asSize(i)], alpha ? 255 : sample(i / 4, 0, 2 - i % 4), 12) << i;
+    EXPECT_NEAR(image->pixels[asSize(i + kWidth * (kHeight - 1) * 4)], alpha ? 255 : 128, 2) << i;
   }
 }
 

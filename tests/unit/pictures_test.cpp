@@ -150,7 +150,7 @@ const Change kChanges[] = {
 };
 
 std::span<const uint8_t> pixelsOf(const EffectTypeInfo& info) {
-  return {info.overlay, zu(info.overlayWidth) * zu(info.overlayHeight) * 4};
+  return {info.overlay, asSize(info.overlayWidth) * asSize(info.overlayHeight) * 4};
 }
 
 TEST(PictureCache, IsUsedWhileNobodyCanTell) {
@@ -223,8 +223,8 @@ TEST(PictureCache, KeepsTheLastEightOf32MegabytesInAll) {
     }
     PictureCache cache;
     for (const int i : c.loads) {
-      EXPECT_TRUE(cache.load(std::to_string(i), PictureUse::kRun, pictures[zu(i)]));
-      EXPECT_EQ(pictures[zu(i)].width, c.sides[zu(i)]);
+      EXPECT_TRUE(cache.load(std::to_string(i), PictureUse::kRun, pictures[asSize(i)]));
+      EXPECT_EQ(pictures[asSize(i)].width, c.sides[asSize(i)]);
     }
     std::vector<int> kept;
     for (std::size_t i = 0; i < pictures.size(); ++i) {

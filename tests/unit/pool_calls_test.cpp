@@ -107,7 +107,7 @@ TEST(Calls, WakingUpForNothingIsNoNews) {
 Bytes frameOf(int width, int height) { return noise(width * height * 3 / 2); }
 
 bool runBlue(Bytes& frame, int width, int height) {
-  return alg::runEffect({.name = "PrettyBlue"}, {&frame[0], &frame[zu(width * height)], width,
+  return alg::runEffect({.name = "PrettyBlue"}, {&frame[0], &frame[asSize(width * height)], width,
                                                  height, width, width + width % 2}) ==
          alg::Outcome::kDone;
 }
@@ -128,7 +128,7 @@ TEST(Calls, RunsWorkOnThePoolWithTheirImagesThere) {
           out(gCLAHE_Rgb_Buffer_out, std::free);  // not the run's to free
       for (const bool roomForImages : {true, false}) {
         const bool runs = roomForImages || width % 2 == 0;
-        refusedBlock = roomForImages ? 0 : zu(width * height * 3);
+        refusedBlock = roomForImages ? 0 : asSize(width * height * 3);
         takeStripThreads();
         imagesAtLookup = {};
         Bytes frame = frameOf(width, height + 1);

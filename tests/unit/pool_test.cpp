@@ -143,7 +143,7 @@ void runWithThreeOthers(const void* input, const void* param, void* output) {
 
 /// Runs a job and counts its pieces that were not run just once, on another thread, as described.
 int wrongPieces(int count, ThreadPoolTaskFunc callback) {
-  std::vector<Piece> pieces(zu(count));
+  std::vector<Piece> pieces(asSize(count));
   std::vector<tagT_ThreadPoolTaskInput> inputs;
   for (Piece& piece : pieces) inputs.push_back({&piece, &piece.calls, &piece.thread});
   ThreadPoolWorker(g_threadpool, count, callback, inputs.data()).Work();

@@ -14,7 +14,6 @@ using Bytes = std::vector<uint8_t>;
 
 /// An int as a size.
 constexpr std::size_t asSize(int value) { return static_cast<std::size_t>(value); }
-constexpr std::size_t zu(int value) { return asSize(value); }  // its former name
 
 namespace ref {
 
