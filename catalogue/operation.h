@@ -58,7 +58,8 @@ enum class ResultSize : uint8_t {
 enum class Overlap : uint8_t {
   kApart,    ///< not at all
   kInPlace,  ///< not at all, or they are the same buffer
-  kAny,      ///< in any way: the result is as if pixels were taken one at a time in memory order
+  kAny,      ///< in any way: the result is as if pixels were taken one at a time, in memory order
+             ///< unless the formula names another
 };
 
 /// Whether any band of rows can be computed on its own, from the same rows of the source (and of
@@ -90,10 +91,15 @@ struct PictureRole {
 
   const char* name;
   const char* file = nullptr;           ///< the device's, in its folder of effect pictures; or null
-  const char* landscapeFile = nullptr;  ///< the one for images wider than tall
+  const char* landscapeFile = nullptr;  ///< another for images wider than tall; or null
   Size size = Size::kAny;
   bool read = true;  ///< false: the routine accepts the picture but never reads it
   const char* help;
+
+  /// The device's file for an image of that shape, or null.
+  constexpr const char* fileFor(bool landscape) const {
+    return landscape && landscapeFile != nullptr ? landscapeFile : file;
+  }
 };
 
 /// The pixels of a picture: 4 bytes each, rows packed.

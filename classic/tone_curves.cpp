@@ -183,7 +183,6 @@ constinit const Operation kOtherTest{
 
 constexpr PictureRole kLomoPictures[] = {{.name = "vignette",
                                           .file = "effect_lomo.png",
-                                          .landscapeFile = "effect_lomo.png",
                                           .read = false,
                                           .help = "accepted, but never read"}};
 

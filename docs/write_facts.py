@@ -91,7 +91,7 @@ def java_table(operations: list[dict], _: str) -> str:
         files = [(role["file"], role["landscapeFile"]) for role in row["pictures"]]
         portrait, landscape = files[0] if files else (None, None)
         shown = f"{{@code {portrait}}}" if portrait else "none"
-        if landscape != portrait:
+        if landscape:
             shown += f", or {{@code {landscape}}} when the frame is wider than tall"
         by_picture.setdefault(shown, []).append(f"{{@code {row['name']}}}")
     return "".join(f"   *   <tr><td>{', '.join(names[:1])}" + "".join(f",\n   *     {name}" for name in names[1:])

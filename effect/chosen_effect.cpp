@@ -59,8 +59,7 @@ void ChosenEffect::loadPicture(bool landscape, Purpose purpose) {
   const auto use = purpose == Purpose::kReport ? PictureUse::kKeep
                    : looksAtIt                 ? PictureUse::kRun
                                                : PictureUse::kVerdict;
-  const bool decoded =
-      pictures.load(landscape ? role.landscapeFile : role.file, use, bitmap_effect);
+  const bool decoded = pictures.load(role.fileFor(landscape), use, bitmap_effect);
   ownsLargePicture_ = decoded && purpose == Purpose::kRun && PictureCache::isLarge(bitmap_effect);
   // Each strip gets a band of whole picture rows: a picture with fewer rows than strips is useless.
   if (!decoded || bitmap_effect.height < operation_->pipeline.strips) {

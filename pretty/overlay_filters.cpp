@@ -161,10 +161,8 @@ constinit const Operation kPrettyPink{
     .softLight = pinkEffect,
 };
 
-constexpr PictureRole kPrettyJapanPictures[] = {{.name = "overlay",
-                                                 .file = "sucai3.png",
-                                                 .landscapeFile = "sucai3.png",
-                                                 .help = "the soft light"}};
+constexpr PictureRole kPrettyJapanPictures[] = {
+    {.name = "overlay", .file = "sucai3.png", .help = "the soft light"}};
 
 constinit const Operation kPrettyJapan{
     .name = "PrettyJapan",

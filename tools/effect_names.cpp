@@ -64,9 +64,8 @@ std::string filesOf(const Operation& operation) {
     return "-";
   }
   const PictureRole& role = operation.pictures[0];
-  const std::string_view portrait = role.file;
-  const std::string_view landscape = role.landscapeFile != nullptr ? role.landscapeFile : role.file;
-  return landscape == portrait ? role.file : fmt::format("{} / {}", portrait, landscape);
+  return role.landscapeFile == nullptr ? role.file
+                                       : fmt::format("{} / {}", role.file, role.landscapeFile);
 }
 
 [[noreturn]] void failUnknown(std::string_view name) {

@@ -5,6 +5,8 @@
 #include "platform/device_path.h"
 #include "tools/files.h"
 
+namespace fs = std::filesystem;
+
 namespace alg::tool {
 namespace {
 
@@ -49,16 +51,17 @@ EffectPictures::Views EffectPictures::of(const Operation& operation, int width, 
 PictureView EffectPictures::find(const Operation& operation, const PictureRole& role,
                                  bool landscape) {
   const auto users = users_.find(role.name);
-  const bool useLandscape = landscape && role.landscapeFile != nullptr;
   const std::string path = users != users_.end()
                                ? users->second.string()
-                               : devicePath(std::string(kPictureFolder) +
-                                            (useLandscape ? role.landscapeFile : role.file));
+                               : devicePath(std::string(kPictureFolder) + role.fileFor(landscape));
   const Bitmap& picture = decoded(path);
   if (picture.pixels) {
     return {picture.pixels.get(), picture.width, picture.height};
   }
   if (users != users_.end()) {
+    if (std::error_code error; fs::is_fifo(path, error) || fs::is_character_file(path, error)) {
+      throw UserError(fmt::format("{}: not a regular file", path));  // reading it might wait
+    }
     readFile(path);  // throws with the reason when it can't be read
     throw UserError(fmt::format("{}: not a PNG, or damaged beyond decoding", path));
   }

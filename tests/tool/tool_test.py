@@ -295,6 +295,7 @@ class ToolTest(ToolCase):
                 ("apply sepia photo.jpg o.jpg --radius=1", 2, "--radius is an option of fill-light, not of sepia"),
                 ("apply PrettyBlue photo.jpg o.jpg --paper=raw", 2, "--paper is an option of new-sketch"),
                 ("apply new-sketch photo.jpg o.jpg --paper=raw", 1, "raw: not a PNG"),
+                ("apply new-sketch photo.jpg o.jpg --paper=/dev/zero", 1, "/dev/zero: not a regular file"),
                 ("apply area photo.jpg o.jpg --front=raw", 2, "--mask"),
                 ("apply miniature-rows photo.jpg o.jpg --ramp=40", 1, "--ramp 40.*48 rows"),
                 ("resize photo.jpg o.jpg --size=0x9", 2, "WIDTHx"), ("resize raw o.jpg --size=9x9", 1, "not a JPEG"),
