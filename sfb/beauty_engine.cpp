@@ -60,12 +60,18 @@ void configure(SfbEngine* engine, const SfbLevels& levels) {
 }
 
 int runEngine(SfbEngine* engine, GtImage* image, const SfbLevels& levels) {
+  configure(engine, levels);
+  const int result = engine->operations->process(engine, kProcessArgument, image, 0, 0);
+  __android_log_print(ANDROID_LOG_ERROR, kTag, "Process %d", result);
+  return result;
+}
+
+/// What a call of the engine library returns; kSfbThrew when it throws: it may run out of memory.
+template <class Call>
+int resultOf(Call call) {
   try {
-    configure(engine, levels);
-    const int result = engine->operations->process(engine, kProcessArgument, image, 0, 0);
-    __android_log_print(ANDROID_LOG_ERROR, kTag, "Process %d", result);
-    return result;
-  } catch (...) {  // it may run out of memory
+    return call();
+  } catch (...) {
     __android_log_print(ANDROID_LOG_ERROR, kTag, "The engine threw an exception");
     return kSfbThrew;
   }
@@ -74,16 +80,19 @@ int runEngine(SfbEngine* engine, GtImage* image, const SfbLevels& levels) {
 /// Has an engine of the factory's process the image.
 SfbRun process(VfbEngineCreate* create, GtImage* image, const SfbLevels& levels) {
   SfbEngine* engine = nullptr;
-  if (const int error = create(static_cast<int>(image->width), static_cast<int>(image->height),
-                               image->format, kCreateArgument, &engine);
-      error != 0) {
+  const int error = resultOf([&] {
+    return create(static_cast<int>(image->width), static_cast<int>(image->height), image->format,
+                  kCreateArgument, &engine);
+  });
+  if (error != 0) {
     return {error};
   }
   if (engine == nullptr) {
     __android_log_print(ANDROID_LOG_ERROR, kTag, "%s", kNoEngine);
     return {kSfbNotLoaded, kNoEngine};
   }
-  const int result = runEngine(engine, image, levels.mode == 1 ? kDefaultLevels : levels);
+  const int result = resultOf(
+      [&] { return runEngine(engine, image, levels.mode == 1 ? kDefaultLevels : levels); });
   engine->operations->release(engine);
   return {result};
 }

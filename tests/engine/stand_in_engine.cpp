@@ -74,13 +74,14 @@ constexpr Operations kOperations{release, setConfiguration, std::abort, process}
 
 }  // namespace
 
-/// A width of 6 fails, one of 8 gives no engine.
+/// A width of 6 fails, one of 8 gives no engine, one of 12 throws.
 extern "C" [[gnu::visibility("default")]] int VfbEngineCreate(int width, int height,
                                                               uint32_t format, int argument,
                                                               Engine** out) {
   log("create %d %d %x %d", width, height, format, argument);
   if (width == 6) return 66;
   if (width == 8) return 0;
+  if (width == 12) throw std::bad_alloc();
   *out = new (std::nothrow) Engine{&kOperations, 0, 0, 0};
   if (*out == nullptr) return 67;
   if (++engines > 1) std::abort();

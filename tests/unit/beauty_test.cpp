@@ -32,7 +32,7 @@ Call beautify(int w, int h, int smooth, int toning, int slimming) {
 Bytes beautified(int w, int h, int smooth, int slimming) {
   Bytes frame = noise(w * h * 3 / 2);
   for (int i = 0; i < int(frame.size()); ++i) {
-    frame[zu(i)] = uint8_t(frame[zu(i)] + (i < w * h ? smooth : slimming));
+    frame[asSize(i)] = uint8_t(frame[asSize(i)] + (i < w * h ? smooth : slimming));
   }
   return frame;
 }
@@ -149,6 +149,7 @@ TEST_F(LoadedBeauty, FailuresOfTheEngineAreReturned) {
     bool releases;
   } rows[] = {{6, 1, 66, "4 engine: create 6 4 30100002 8\n", false},
               {8, 1, -100, "6 DOC_SFB: VfbEngineCreate gave no engine\n", false},
+              {12, 1, -101, "6 DOC_SFB: The engine threw an exception\n", false},
               {10, 98, -101, "6 DOC_SFB: The engine threw an exception\n4 engine: release\n", true},
               {10, 99, -7, "6 DOC_SFB: Process -7\n4 engine: release\n", true}};
   for (const auto& row : rows) {
