@@ -58,8 +58,8 @@ public final class EffectAlgorithm {
    * keep their values with every effect.
    *
    * <p>Odd sizes are accepted, but the work is cut into strips, and the colours of an odd frame are
-   * not exact where strips end. A frame of more than {@link Integer#MAX_VALUE} / 3 pixels, or one
-   * for which memory is short, is refused like bad input.
+   * not exact where strips end. An odd frame of more than {@link Integer#MAX_VALUE} / 3 pixels, or
+   * a frame for which memory is short, is refused like bad input.
    *
    * @param frame the frame, at least 3 &times; width &times; height / 2 bytes (rounded down);
    *     changed in place
