@@ -86,7 +86,7 @@ void check(const Converter& c, const Frame& f, const Bytes& pixels, Bytes luma, 
     ref::encode(rgb.data(), luma.data(), chroma.data(), f, c.u);
   } else {
     const Bytes bgr = ref::decode(luma.data(), chroma.data(), f, c.u);
-    for (std::size_t i = 0; i < bgr.size() / 3 * zu(c.pixelBytes); ++i) {
+    for (std::size_t i = 0; i < bgr.size() / 3 * asSize(c.pixelBytes); ++i) {
       expected[i] = !words ? bgr[i] : i % 4 == 3 ? 255 : bgr[i / 4 * 3 + i % 4];
     }
   }
@@ -129,16 +129,16 @@ TEST(Convert, EveryPairOfSamplesAndEveryColour) {
   // The first sample of pairs, or red.
   for (int first = 0; first < 256 && !HasFailure(); first += kStep) {
     for (int i = 0; i < 512 * 512; ++i) {  // four luma values down, V across
-      luma[zu(i)] = uint8_t(i / 1024 * 4 + i / 512 % 2 * 2 + i % 2);
-      chroma[zu(i / 2)] = uint8_t(i / 2 % 2 == 0 ? first : i / 2 % 512 / 2);
+      luma[asSize(i)] = uint8_t(i / 1024 * 4 + i / 512 % 2 * 2 + i % 2);
+      chroma[asSize(i / 2)] = uint8_t(i / 2 % 2 == 0 ? first : i / 2 % 512 / 2);
     }
     onEachTarget([&] {
       for (const bool encodes : {false, true}) {  // formats take turns: they share the arithmetic
         const Converter& c = kConverters[first / kStep % 3 + (encodes ? 3 : 0)];
         const int rows = c.encodes ? 512 : 128;
-        Bytes pixels(zu(512 * rows * c.pixelBytes));
+        Bytes pixels(asSize(512 * rows * c.pixelBytes));
         for (int i = 0; i < 512 * rows; ++i) {  // a block per colour, told by its bottom left
-          uint8_t* pixel = &pixels[zu(i * c.pixelBytes)];
+          uint8_t* pixel = &pixels[asSize(i * c.pixelBytes)];
           pixel[0] = uint8_t(i % 512 / 2), pixel[1] = uint8_t(i / 1024);
           pixel[2] = uint8_t(first + i % 2 + (i / 512 % 2 == 0));
         }
@@ -173,7 +173,7 @@ TEST(Convert, PullsPixelsInBlockOrderAndClampsWildOnes) {
         const int right = std::min(x + 1, width - 1), bottom = std::min(y + 1, height - 1);
         for (const auto& [r, c] : {std::pair{y, x}, {y, right}, {bottom, right}, {bottom, x}}) {
           order.push_back(r * width + c);
-          expected[zu(r * stride + c)] = clamped(ref::lumaOf, r * width + c);
+          expected[asSize(r * stride + c)] = clamped(ref::lumaOf, r * width + c);
         }
         u.push_back(clamped(ref::uOf, order.back()));
         v.push_back(clamped(ref::vOf, order.back()));
