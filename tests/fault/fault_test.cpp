@@ -1,10 +1,6 @@
-// Every native with each of its allocations failing, and broken pictures.
-#include <fstream>
-
-#include "base/image_size.h"
+// Every native with each of its allocations failing.
 #include "injected.h"
 #include "native_calls.h"
-#include "platform/bitmap.h"
 #include "shifted_clock.h"
 
 namespace {
@@ -58,31 +54,6 @@ TEST(Faults, EachAllocationOfEachNativeMayFail) {
       }
       EXPECT_GT(number, call.inPlace && call.name[0] != 'E' ? 0 : 1) << "nothing was allocated";
       EXPECT_TRUE(same(resultOf(call, jni, expected.input), expected.good));
-    }
-  }
-}
-
-TEST(Faults, BrokenPicturesAreRefused) {
-  const DeviceRoot root;
-  constexpr char kPath[] = "/data/data/com.android.camera/effect/picture.png";
-  const std::string path = root.path("picture.png");
-  root.writePicture("picture.png", 6, 5);
-  std::ifstream file(path, std::ios::binary);
-  const std::string bytes((std::istreambuf_iterator<char>(file)), {});
-  const auto decodes = [&](const std::string& content) {
-    std::ofstream(path, std::ios::binary) << content;
-    alg::Bitmap bitmap;
-    return alg::decodePngFile(kPath, bitmap);
-  };
-  EXPECT_TRUE(decodes(bytes));
-  for (std::size_t size = 0; size < bytes.size() - 12; ++size) {  // up to the end marker
-    EXPECT_FALSE(decodes(bytes.substr(0, size))) << size;
-  }
-  for (const int side : {65535, 65536}) {
-    for (const auto& [width, height] : {std::pair{side, 1}, {1, side}}) {
-      root.writePng("picture.png", width, height, PNG_COLOR_TYPE_GRAY, 8, Bytes(asSize(side)));
-      alg::Bitmap bitmap;
-      EXPECT_EQ(alg::decodePngFile(kPath, bitmap), side == 65535);
     }
   }
 }

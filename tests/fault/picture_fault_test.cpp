@@ -1,13 +1,12 @@
 // Pictures of effects that are hostile, that change during a run, or for which there is no memory.
-#include <fcntl.h>
 #include <sys/stat.h>
 
 #include <array>
 #include <atomic>
-#include <fstream>
+#include <chrono>
+#include <functional>
 #include <thread>
 
-#include "hostile_png.h"
 #include "injected.h"
 #include "libalgorithm/effect_pipeline.h"
 #include "native_calls.h"
@@ -16,13 +15,6 @@
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr int kLater = 10;  // seconds: a file written just now is then trusted
-
-void write(const std::string& path, const Bytes& content) {
-  std::ofstream(path, std::ios::binary)
-      .write(reinterpret_cast<const char*>(content.data()), std::streamsize(content.size()));
-}
 
 void run(const char* effect, Bytes& frame) {
   KAVRO_PrettyEffect_Function(effect, "", frame.data(), &frame[kWidth * kHeight], kHeight, kWidth,
@@ -40,7 +32,7 @@ TEST(PictureFaults, NoFileTakesMoreMemoryThanItsPixels) {
   const DeviceRoot root;
   after("PrettyJapan");
   for (const png_file::Hostile& hostile : png_file::hostileFiles()) {
-    write(root.path("sucai3.png"), hostile.content);
+    writeFile(root.path("sucai3.png"), hostile.content);
     watchBytes();
     EXPECT_EQ(same(after("PrettyJapan"), after("nothing")), !hostile.decodes) << hostile.name;
     EXPECT_LT(mostBytes(), 1 << 20) << hostile.name;
@@ -52,8 +44,8 @@ TEST(PictureFaults, ARunHasOneLargePictureAtATime) {
   constexpr long kOne = 4L * kSide * kSide, kBeside = 2 << 20;
   const DeviceRoot root;
   const ShiftedClock clock(kLater);
-  write(root.path("sucai0_r.png"), png_file::black(kSide, kSide));
-  write(root.path("sucai3.png"), png_file::black(kSide, kSide));
+  writeFile(root.path("sucai0_r.png"), png_file::black(kSide, kSide));
+  writeFile(root.path("sucai3.png"), png_file::black(kSide, kSide));
   after("nothing");
   watchBytes();
   effectTypeInit("PrettyJapan", 8, 8);
@@ -66,7 +58,9 @@ TEST(PictureFaults, ARunHasOneLargePictureAtATime) {
 }
 
 TEST(PictureFaults, APictureIsShownOrMissingWhateverHasNoRoom) {
+  using namespace std::chrono_literals;
   const DeviceRoot root;
+  const std::string path = root.path("sucai3.png");
   const ShiftedClock clock(kLater);
   const Bytes missing = after("PrettyJapan");
   root.writePicture("sucai3.png", 9, 8);
@@ -79,10 +73,7 @@ TEST(PictureFaults, APictureIsShownOrMissingWhateverHasNoRoom) {
     for (const bool allLater : {false, true}) {
       bool failed = true;
       for (int number = 0; failed; ++number) {
-        if (!isKept) {
-          const timespec times[2] = {{number, 0}, {number, 0}};
-          EXPECT_EQ(utimensat(AT_FDCWD, root.path("sucai3.png").c_str(), times, 0), 0);
-        }
+        if (!isKept) fs::last_write_time(path, fs::last_write_time(path) - 1s);  // a change
         frame = untouched;
         failAllocation(number, allLater);
         run("PrettyJapan", frame);
@@ -101,36 +92,23 @@ void makeTrouble(const DeviceRoot& root, const std::array<Bytes, 2>& files, int 
   const std::string path = root.path("sucai3.png"), fresh = root.path("fresh");
   const Bytes& file = files[asSize(step / 8 % 2)];
   std::error_code gone;
-  switch (step % 8) {
-    case 0:
-      write(path, file);
-      return;  // a shorter file for a while
-    case 1:
-      write(fresh, file);
-      break;
-    case 2:
-      fs::resize_file(path, 700, gone);
-      return;
-    case 3:
-      mkfifo(fresh.c_str(), 0600);
-      break;
-    case 4:
-      fs::create_symlink("/dev/zero", fresh);
-      break;
-    case 5:
-      write(fresh, file);
-      break;
-    case 6:
-      fs::permissions(path, fs::perms(0), gone);
-      return;
-    default:
-      fs::remove(path);
-      fs::create_directory(path);
-      std::this_thread::yield();
-      fs::remove(path);
-      write(fresh, file);
-  }
-  fs::rename(fresh, path);
+  const std::function<void()> troubles[] = {
+      [&] { writeFile(path, file); },  // a shorter file for a while
+      [&] { writeFile(fresh, file); },
+      [&] { fs::resize_file(path, 700, gone); },
+      [&] { mkfifo(fresh.c_str(), 0600); },
+      [&] { fs::create_symlink("/dev/zero", fresh); },
+      [&] { writeFile(fresh, file); },
+      [&] { fs::permissions(path, fs::perms(0), gone); },
+      [&] {
+        fs::remove(path);
+        fs::create_directory(path);
+        std::this_thread::yield();
+        fs::remove(path);
+        writeFile(fresh, file);
+      }};
+  troubles[step % 8]();
+  fs::rename(fresh, path, gone);
 }
 
 TEST(PictureFaults, PicturesThatChangeUnderARunAreShownWholeOrMissing) {
@@ -138,10 +116,8 @@ TEST(PictureFaults, PicturesThatChangeUnderARunAreShownWholeOrMissing) {
   std::array<Bytes, 2> files, shown;
   const Bytes missing = after("PrettyJapan");
   for (std::size_t i = 0; i < 2; ++i) {
-    Bytes pixels = noise(300 * 200 * 4, int(i));
-    root.writePng("sucai3.png", 300, 200, PNG_COLOR_TYPE_RGBA, 8, pixels);
-    std::ifstream file(root.path("sucai3.png"), std::ios::binary);
-    files[i] = {std::istreambuf_iterator<char>(file), {}};
+    root.writePng("sucai3.png", 300, 200, PNG_COLOR_TYPE_RGBA, 8, noise(300 * 200 * 4, int(i)));
+    files[i] = readFile(root.path("sucai3.png"));
     shown[i] = after("PrettyJapan");
     EXPECT_FALSE(same(shown[i], missing));
   }
@@ -161,7 +137,7 @@ TEST(PictureFaults, PicturesThatChangeUnderARunAreShownWholeOrMissing) {
   enough = true;
   other.join();
   fs::remove_all(root.path("sucai3.png"));
-  write(root.path("sucai3.png"), files[1]);
+  writeFile(root.path("sucai3.png"), files[1]);
   EXPECT_TRUE(same(after("PrettyJapan"), shown[1]));
 }
 

@@ -30,7 +30,6 @@ final class SFBEngineAlgorithmTest extends Harness {
     String none = "CodecDataAlgorithm|6|SFBProcess X all is 0. so make mode to 0";
     expect(false, 40, 0, 0, 0, none);
     expect(false, 40, 7, -20, 300); // there is no engine
-    SFB.refusesBadImages(96, (buffer, w, h) -> process(buffer, w, h, 60, 60, 30));
     Files.copy(Path.of(System.getProperty("engine")), library);
     SFB.refusesBadImages(96, (buffer, w, h) -> process(buffer, w, h, 60, 60, 30));
     expect(true, 40, 7, -20, 300);

@@ -275,6 +275,7 @@ class ToolTest(ToolCase):
     def test_wrong_use_is_one_line_and_leaves_nothing(self):
         os.mkdir("mine")
         Path("mine", "notes.txt").touch()
+        os.mkfifo("pipe")
         self.flat("flat.jpg", 0, 0, 0)
         before = sorted(Path(".").rglob("*"))
         convert = "convert --from=nv12 --to=argb raw out --size="
@@ -283,7 +284,7 @@ class ToolTest(ToolCase):
                 ("apply PretySweet photo.jpg o.jpg", 2, 'did you mean "PrettySweet"'),
                 ("apply PrettyBlue raw o.jpg", 1, "not a JPEG"), ("apply PrettyBlue no.jpg o.jpg", 1, "No such file"),
                 ("apply PrettyBlue photo.jpg no/o.jpg", 1, "No such file"),
-                ("apply PrettyBlue photo.jpg /dev/null", 1, "not a regular file"),
+                ("apply PrettyBlue photo.jpg pipe", 1, "not a regular file"),
                 ("apply PrettyBlue raw raw o", 2, "two inputs"), ("apply PrettyBlue raw no.jpg o --jobs=1", 1, "raw.*\n.*no.jpg"),
                 ("apply PrettyBlue photo.jpg o.jpg --quality=101", 2, "quality"),
                 ("apply PrettyBlue photo.jpg o.jpg --jobs=0", 2, "jobs"), ("apply PrettyBlue photo.jpg raw .", 2, "replaced"),

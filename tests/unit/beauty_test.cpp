@@ -45,12 +45,11 @@ std::string hex(uint64_t value, int bytes) {
   return text;
 }
 
-/// The bytes of an image record: pitch and address of each plane follow the head.
-std::string record(uint32_t format, int w, int h, std::vector<std::pair<int, uint8_t*>> planes) {
-  std::string text = hex(format, 4) + hex(uint64_t(w), 4) + hex(uint64_t(h), 4) + hex(0, 4);
-  planes.resize(4);
-  for (const auto& [pitch, address] : planes) {
-    text += hex(uint64_t(pitch), 8) + hex(reinterpret_cast<uint64_t>(address), 8);
+/// The bytes of an image record.
+std::string record(const alg::GtImage& image) {
+  std::string text;
+  for (std::size_t i = 0; i < sizeof image; ++i) {
+    text += hex(reinterpret_cast<const uint8_t*>(&image)[i], 1);
   }
   return text;
 }
@@ -89,35 +88,35 @@ class LoadedBeauty : public testing::Test {
 
 TEST_F(LoadedBeauty, TheEngineGetsExactBytes) {
   const struct {
-    int smooth, toning, slimming, mode, s, t, l;
+    int smooth, toning, slimming, mode;
     alg::SfbTenths tenths;
-  } rows[] = {
-      {300, 0, 0, 2, 44, 0, 0, {30, 0, 0}},   {50, 60, 30, 2, 50, 60, 30, {5, 6, 3}},
-      {60, 60, 30, 1, 60, 60, 30, {5, 6, 3}},  // the tenths are the call's before
-      {60, 61, 30, 2, 60, 61, 30, {6, 6, 3}}, {60, 60, 0, 2, 60, 60, 0, {6, 6, 0}},
-      {0, 0, 1, 2, 0, 0, 1, {0, 0, 0}},       {-1, -256, -19, 2, 255, 0, 237, {0, -25, -1}}};
+  } rows[] = {{300, 0, 0, 2, {30, 0, 0}}, {50, 60, 30, 2, {5, 6, 3}},
+              {60, 60, 30, 1, {5, 6, 3}},  // the tenths are the call's before
+              {60, 61, 30, 2, {6, 6, 3}}, {60, 60, 0, 2, {6, 6, 0}},
+              {0, 0, 1, 2, {0, 0, 0}},    {-1, -256, -19, 2, {0, -25, -1}}};
   for (const auto& row : rows) {
+    const int s = row.smooth & 255, t = row.toning & 255, l = row.slimming & 255;
     const Call call = beautify(20, 10, row.smooth, row.toning, row.slimming);
     const auto text = [](const char* format, auto... values) {
       char line[400];
       std::snprintf(line, sizeof line, format, values...);
       return std::string(line) + "\n";
     };
-    const std::string levels = hex(uint64_t(row.s), 1) + hex(uint64_t(row.t), 1);
+    const std::string levels = hex(uint64_t(s), 1) + hex(uint64_t(t), 1);
     const std::string image =
-        record(0x30100002, 20, 10, {{20, call.address}, {20, call.address + 200}});
+        record({0x30100002, 20, 10, 0, {{20, 0, call.address}, {20, 0, call.address + 200}}});
     EXPECT_EQ(call.log,
               text("6 DOC_SFB: mode:%d, slimming:%d, smooth:%d, toning:%d", row.mode, row.slimming,
                    row.smooth, row.toning) +
                   "4 engine: create 20 10 30100002 8\n" +
                   text("6 DOC_SFB: SetConfiguration s %d, t %d, l %d, sl 100, sc 100, ee 0, ec 0",
-                       row.s, row.t, row.l) +
+                       s, t, l) +
                   "4 engine: configuration " + levels + "646401000000 00000000" + levels +
-                  hex(uint64_t(row.l), 1) + "0000\n" + "6 DOC_SFB: SetConfiguration finished\n" +
+                  hex(uint64_t(l), 1) + "0000\n" + "6 DOC_SFB: SetConfiguration finished\n" +
                   "4 engine: process -1 " + image + " 0 0\n" + "6 DOC_SFB: Process 0\n" +
                   "4 engine: release\n");
     EXPECT_EQ(call.result, 0);
-    EXPECT_TRUE(same(call.frame, beautified(20, 10, row.s, row.l)));
+    EXPECT_TRUE(same(call.frame, beautified(20, 10, s, l)));
     EXPECT_EQ(std::memcmp(&alg::sfbTenths, &row.tenths, sizeof row.tenths), 0);
   }
   EXPECT_TRUE(same(beautify(20, 10, {1, 5, 6, 7}).frame, beautified(20, 10, 60, 30)));
@@ -128,17 +127,13 @@ TEST_F(LoadedBeauty, TheEngineGetsExactBytes) {
 TEST_F(LoadedBeauty, OtherFormatsAreDescribedToo) {
   uint8_t data[90];
   alg::GtImage image;
-  const auto bytes = [&] {
-    std::string text;
-    for (std::size_t i = 0; i < 80; ++i) text += hex(reinterpret_cast<uint8_t*>(&image)[i], 1);
-    return text;
-  };
   takeLog();
   alg::vfb_init_gtimage(&image, 0x30200001, 6, 10, 8, 9, data);
-  EXPECT_EQ(bytes(), record(0x30200001, 6, 10, {{8, data}, {3, data + 60}, {3, data + 75}}));
+  EXPECT_EQ(record(image),
+            record({0x30200001, 6, 10, 0, {{8, 0, data}, {3, 0, data + 60}, {3, 0, data + 75}}}));
   EXPECT_EQ(takeLog(), "");
   alg::vfb_init_gtimage(&image, 7, 6, 10, 8, 9, data);
-  EXPECT_EQ(bytes(), record(7, 6, 10, {{8, data}}));
+  EXPECT_EQ(record(image), record({7, 6, 10, 0, {{8, 0, data}}}));
   EXPECT_EQ(takeLog(), "6 DOC_SFB: GT_FMT_UNKNOWN in init\n");
 }
 

@@ -1,13 +1,24 @@
-// A device folder of its own for a test, with PNG pictures written by libpng.
+// A device folder of its own for a test, with PNG pictures.
 #pragma once
 
 #include <png.h>
 
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <map>
 
-#include "guarded.h"
+#include "made_png.h"
+
+inline void writeFile(const std::string& path, const Bytes& content) {
+  std::ofstream(path, std::ios::binary)
+      .write(reinterpret_cast<const char*>(content.data()), std::streamsize(content.size()));
+}
+
+inline Bytes readFile(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
 
 /// While it lives, device paths lie in a new, empty folder.
 class DeviceRoot {
@@ -29,23 +40,13 @@ class DeviceRoot {
   /// Writes a PNG file of any kind; `rows` holds its samples as the file does (big-endian). Palette
   /// files get the two colours below.
   void writePng(const std::string& name, int width, int height, int colourType, int bitDepth,
-                Bytes rows) const {
-    std::FILE* file = std::fopen(path(name).c_str(), "wb");
-    png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
-    png_infop info = png_create_info_struct(png);
-    png_init_io(png, file);
-    png_set_IHDR(png, info, png_uint_32(width), png_uint_32(height), bitDepth, colourType, 0, 0, 0);
-    png_set_gAMA(png, info, 1.0);  // which nobody may apply
-    const png_color palette[] = {{200, 100, 50}, {10, 20, 30}};
-    const uint8_t alpha[] = {100, 255};
-    if (colourType == PNG_COLOR_TYPE_PALETTE) png_set_PLTE(png, info, palette, 2);
-    if (colourType == PNG_COLOR_TYPE_PALETTE) png_set_tRNS(png, info, alpha, 2, nullptr);
-    png_write_info(png, info);
-    for (int y = 0; y < height; ++y)
-      png_write_row(png, &rows[asSize(y) * rows.size() / asSize(height)]);
-    png_write_end(png, info);
-    png_destroy_write_struct(&png, &info);
-    std::fclose(file);
+                const Bytes& rows) const {
+    Bytes between = png_file::chunk("gAMA", png_file::bigEndian(100000));  // nobody may apply it
+    if (colourType == PNG_COLOR_TYPE_PALETTE) {
+      png_file::append(between, png_file::chunk("PLTE", {200, 100, 50, 10, 20, 30}));
+      png_file::append(between, png_file::chunk("tRNS", {100, 255}));
+    }
+    writeFile(path(name), png_file::file(width, height, bitDepth, colourType, rows, between));
   }
 
   /// Writes an opaque picture of noise.

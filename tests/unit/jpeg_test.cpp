@@ -78,12 +78,6 @@ std::optional<alg::DecodedJpeg> decode(const Bytes& file, int keepSide = 0) {
   return alg::decodeJpeg({guarded.data(), file.size()}, {.keepSide = keepSide});
 }
 
-Bytes encode(const Bytes& pixels, int width, int height, int quality) {
-  const Guarded guarded(pixels);
-  const auto file = alg::encodeJpeg(guarded.data(), width, height, quality);
-  return file ? Bytes(file->bytes.get(), file->bytes.get() + file->size) : Bytes();
-}
-
 TEST(Jpeg, EveryKindDecodesToBlueGreenRedAlphaAtFullOrReducedSize) {
   for (const Fixture& fixture : kFixtures) {
     for (const int keepSide : {0, 1, 13, 48, 49, 97}) {
@@ -196,23 +190,6 @@ TEST(Jpeg, HostileBytesNeitherDecodeNorCrash) {
       damaged[wild[i] * damaged.size() / 256] = wild[i + 1];
       decode(damaged, 64);
     }
-  }
-}
-
-TEST(Jpeg, EncodesTheColoursAndIgnoresAlpha) {
-  constexpr int kOddWidth = kWidth - 1, kOddHeight = kHeight - 3;
-  Bytes pixels, opaque;
-  for (int i = 0; i < kOddWidth * kOddHeight * 4; ++i) {
-    const int value = i % 4 == 3 ? i : sample(i / 4 % kOddWidth, i / 4 / kOddWidth, 2 - i % 4);
-    pixels.push_back(uint8_t(value));
-    opaque.push_back(uint8_t(i % 4 == 3 ? 255 : value));
-  }
-  const Bytes file = encode(pixels, kOddWidth, kOddHeight, 95);
-  EXPECT_TRUE(same(encode(opaque, kOddWidth, kOddHeight, 95), file));
-  const auto image = decode(file);
-  ASSERT_TRUE(image && image->width == kOddWidth && image->height == kOddHeight);
-  for (std::size_t i = 0; i < opaque.size(); ++i) {
-    ASSERT_NEAR(image->pixels[i], opaque[i], i % 4 == 3 ? 0 : 12) << i;
   }
 }
 

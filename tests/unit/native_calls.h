@@ -15,18 +15,19 @@ struct Call {
   jobject (*run)(JNIEnv* env, jobject input, jobject output);
 };
 
-/// Calls a native with its input and some numbers.
-template <auto kNative, auto... kNumbers>
-jobject plain(JNIEnv* env, jobject in, jobject /*out*/) {
-  return kNative(env, nullptr, in, kNumbers...);
-}
-
 inline constexpr char kCurves[] = "PrettyBlue", kPicture[] = "PrettyJapan";
 
-template <int kWide, int kHigh, const char* kName>
-jobject effect(JNIEnv* env, jobject frame, jobject /*out*/) {
-  EFFECT(env, nullptr, frame, kWide, kHigh, FakeJni::text(kName));
-  return nullptr;
+inline jint toJava(int number) { return number; }
+inline jstring toJava(const char* chars) { return FakeJni::text(chars); }
+
+/// Calls a native with its input and some numbers, or a name.
+template <auto kNative, auto... kOthers>
+jobject plain(JNIEnv* env, jobject in, jobject /*out*/) {
+  if constexpr (std::is_void_v<decltype(kNative(env, nullptr, in, toJava(kOthers)...))>) {
+    return kNative(env, nullptr, in, toJava(kOthers)...), nullptr;
+  } else {
+    return kNative(env, nullptr, in, toJava(kOthers)...);
+  }
 }
 
 inline jobject rotate(JNIEnv* env, jobject in, jobject out) {
@@ -39,11 +40,6 @@ inline jobject decode(JNIEnv* env, jobject in, jobject /*out*/) {
   return JPEG2ARGB(env, nullptr, in, reinterpret_cast<jintArray>(size));
 }
 
-inline jobject beautify(JNIEnv* env, jobject in, jobject /*out*/) {
-  SFB(env, nullptr, in, kWidth, kHeight, 1, 2, 3);
-  return nullptr;
-}
-
 constexpr int kFrame = kWidth * kHeight * 3 / 2, kArgb = kWidth * kHeight * 4;
 inline const Call kCalls[] = {
     {"YUV2ARGB", kFrame, false, plain<YUV2ARGB, kWidth, kHeight>},
@@ -51,11 +47,11 @@ inline const Call kCalls[] = {
     {"rotateYUV", kFrame, true, rotate},
     {"ARGB2JPEG", kArgb, false, plain<ARGB2JPEG, kWidth, kHeight, 90>},
     {"JPEG2ARGB", 0, false, decode},
-    {"Effect in one pass", kFrame, true, effect<kWidth, kHeight, kCurves>},
-    {"Effect in phases", kFrame, true, effect<kWidth - 1, kHeight - 1, kCurves>},
-    {"Effect with a picture", kFrame, true, effect<kWidth, kHeight, kPicture>},
-    {"Effect with a picture in phases", kFrame, true, effect<kWidth - 1, kHeight, kPicture>},
-    {"SFBProcess", kFrame, true, beautify},
+    {"Effect in one pass", kFrame, true, plain<EFFECT, kWidth, kHeight, kCurves>},
+    {"Effect in phases", kFrame, true, plain<EFFECT, kWidth - 1, kHeight - 1, kCurves>},
+    {"Effect with a picture", kFrame, true, plain<EFFECT, kWidth, kHeight, kPicture>},
+    {"Effect with a picture in phases", kFrame, true, plain<EFFECT, kWidth - 1, kHeight, kPicture>},
+    {"SFBProcess", kFrame, true, plain<SFB, kWidth, kHeight, 1, 2, 3>},
 };
 
 inline Bytes resultOf(const Call& call, FakeJni& jni, Bytes input) {

@@ -1,6 +1,5 @@
 // The effects that blend pictures of the device into the image: their files.
 #include <array>
-#include <fstream>
 
 #include "device_root.h"
 #include "libalgorithm/classic_effects.h"
@@ -50,7 +49,7 @@ TEST(PictureEffects, ColorpaintAddsItsPicture) {
   for (const auto& [width, height] : {std::pair{1, 1}, {16, 16}, {300, 150}, {45, 26}}) {
     checkPaint("color-paint", {writeNoise(root, "colorpaint.png", width, height)});
   }
-  std::ofstream(root.path("colorpaint.png")) << "no picture";
+  writeFile(root.path("colorpaint.png"), {1, 2, 3});
   checkPaint("color-paint", {});
 }
 
@@ -59,9 +58,9 @@ TEST(PictureEffects, AreaEffectLaysTheFrontOverAndInverts) {
                                        {20, 12, 20, 12}, {20, 12, 20, 30}, {20, 12, 27, 12},
                                        {1, 1, 1, 1},     {90, 70, 91, 71}, {20, 12, 19, 12},
                                        {20, 12, 20, 11}, {20, 12, 11, 40}};
+  const DeviceRoot root;
   for (const auto& [width, height, effectWidth, effectHeight] : kSizes) {
     SCOPED_TRACE(testing::Message() << effectWidth << "x" << effectHeight);
-    const DeviceRoot root;
     std::vector<ref::Picture> pictures = {
         writeNoise(root, "front.png", width, height),
         writeNoise(root, "effect.png", effectWidth, effectHeight)};

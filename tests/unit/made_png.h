@@ -1,4 +1,5 @@
-// PNG files made chunk by chunk: such as claim more than they hold, or hold more than they need.
+// PNG files made chunk by chunk; also such as claim more than they hold, or hold more than they
+// need.
 #pragma once
 
 #include <zlib.h>
@@ -61,18 +62,23 @@ inline Bytes start(int width, int height, int bitDepth, int colourType) {
 
 inline Bytes end() { return chunk("IEND", {}); }
 
-/// The pixels of a black grey picture of one bit a pixel.
-inline Bytes blackRows(int width, int height) {
-  return chunk("IDAT", deflated(Bytes(asSize(height) * asSize(1 + (width + 7) / 8))));
+/// A whole file; `samples` are its rows' one after the other (big-endian), `between` the chunks
+/// before its pixels.
+inline Bytes file(int width, int height, int bitDepth, int colourType, const Bytes& samples,
+                  const Bytes& between = {}) {
+  const std::size_t pitch = samples.size() / asSize(height);
+  Bytes rows(samples.size() + asSize(height));  // each with its filter, which is none, in front
+  for (std::size_t y = 0; y < asSize(height); ++y) {
+    std::copy_n(&samples[y * pitch], pitch, &rows[y * (pitch + 1) + 1]);
+  }
+  Bytes all = start(width, height, bitDepth, colourType);
+  for (const Bytes& part : {between, chunk("IDAT", deflated(rows)), end()}) append(all, part);
+  return all;
 }
 
-/// A black picture, with the chunks in `between` before its pixels.
+/// A black grey picture of one bit a pixel.
 inline Bytes black(int width, int height, const Bytes& between = {}) {
-  Bytes file = start(width, height, 1, 0);
-  append(file, between);
-  append(file, blackRows(width, height));
-  append(file, end());
-  return file;
+  return file(width, height, 1, 0, Bytes(asSize(height) * asSize((width + 7) / 8)), between);
 }
 
 /// Files that made the library take gigabytes, or seconds, and what is to become of them.
@@ -102,6 +108,8 @@ inline std::vector<Hostile> hostileFiles() {
       {"metadata of 12 MB", black(32, 32, chunk("tEXt", Bytes(12'000'000, 'k'))), true});
   files.push_back({"16,000 x 16,000", black(16000, 16000), false});
   files.push_back({"64 million and some", black(8001, 8000), false});
+  files.push_back({"too wide", black(65536, 4), false});
+  files.push_back({"too high", black(4, 65536), false});
   return files;
 }
 
