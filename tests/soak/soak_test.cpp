@@ -69,7 +69,7 @@ TEST(Soak, TwentyThousandCallsLeaveNothingBehind) {
   int wrong = 0;
   const auto run = [&](int calls) {
     for (int i = 0; i < calls; ++i) {
-      const Expected& expected = all[zu(i) % all.size()];
+      const Expected& expected = all[asSize(i) % all.size()];
       wrong += resultOf(expected.call, jni, expected.input) != expected.result;
     }
   };
