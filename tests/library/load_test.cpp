@@ -2,12 +2,29 @@
 #include <dlfcn.h>
 #include <malloc.h>
 
+#include <cerrno>
+
 #include "guarded.h"
 #include "libalgorithm/effect_pipeline.h"
 #include "libalgorithm/thread_pool.h"
 #include "process.h"
 
+static int threadsUntilFailure = -1;
+
+/// Replaces the C library's function for the whole process.
+extern "C" [[gnu::visibility("default")]] int pthread_create(pthread_t* id,
+                                                             const pthread_attr_t* attributes,
+                                                             void* (*entry)(void*),
+                                                             void* argument) noexcept {
+  static const auto real =
+      reinterpret_cast<decltype(&pthread_create)>(dlsym(RTLD_NEXT, "pthread_create"));
+  if (threadsUntilFailure >= 0 && threadsUntilFailure-- == 0) return EAGAIN;
+  return real(id, attributes, entry, argument);
+}
+
 namespace {
+
+bool isLoaded() { return dlopen(LIBRARY_PATH, RTLD_NOW | RTLD_NOLOAD) != nullptr; }
 
 /// The library while it is loaded, with what an effect run needs.
 class Library {
@@ -53,7 +70,7 @@ TEST(Load, ManyLoadsAndUnloadsLeaveNothingBehind) {
       library.find<decltype(HALThreadPoolDestroy)>("_Z20HALThreadPoolDestroyv")();
       EXPECT_EQ(settledThreads(threads), threads);
     }
-    EXPECT_EQ(dlopen(LIBRARY_PATH, RTLD_NOW | RTLD_NOLOAD), nullptr) << "still loaded";
+    EXPECT_FALSE(isLoaded());
     // By now the loader's own tables have grown for the last time: that happens once, by a
     // kilobyte, before the fortieth load.
     if (round == 59) heap = mallinfo2().uordblks;
@@ -74,6 +91,27 @@ TEST(Load, AProcessWithALivePoolEndsCleanly) {
         },
         testing::ExitedWithCode(4), "^$");
   }
+}
+
+/// Loads the library, starts its pool and unloads it at once.
+int startPool() {
+  const Library library;
+  const int result = library.find<decltype(HALThreadPoolInit)>("_Z17HALThreadPoolInitv")();
+  library.find<void(void*, void*)>("JNI_OnUnload")(nullptr,
+                                                   nullptr);  // as the virtual machine does
+  return result;
+}
+
+TEST(UnloadDeathTest, ParkedThreadsOfAHalfStartedPoolKeepTheirCode) {
+  EXPECT_EXIT(
+      {
+        const int before = settledThreads();
+        const bool stayed = startPool() != 0 || isLoaded();
+        threadsUntilFailure = 3;
+        const bool started = startPool() == 0;
+        std::exit(stayed || started || !isLoaded() ? 1 : 10 + entries("task") - before);
+      },
+      testing::ExitedWithCode(13), "");
 }
 
 }  // namespace

@@ -26,24 +26,24 @@ struct Ramp {
 inline void blurSeparable(int channels, Ramp ramp, const uint8_t* src, uint8_t* dst, int width,
                           int height) {
   const int n = ramp.alongRows ? ramp.offset + height + ramp.extra : width;
-  Bytes across;
-  for (int i = 0; i < width * height * channels; ++i) {
-    const int k = i % channels, x = i / channels % width, y = i / channels / width;
-    const int r = rampRadius(24, ramp.alongRows ? ramp.offset + y : x, n);
-    int sum = 0;
-    for (int xx = x - r; xx <= x + r; ++xx) {
-      sum += src[(y * width + std::clamp(xx, 0, width - 1)) * channels + k];
+  const auto means = [&](const uint8_t* from, int across, int down) {
+    Bytes to;
+    for (int i = 0; i < width * height * channels; ++i) {
+      const int k = i % channels, x = i / channels % width, y = i / channels / width;
+      const int r = rampRadius(24, ramp.alongRows ? ramp.offset + y : x, n);
+      int sum = 0;
+      for (int d = -r; d <= r; ++d) {
+        const int xx = std::clamp(x + d * across, 0, width - 1);
+        sum += from[(std::clamp(y + d * down, 0, height - 1) * width + xx) * channels + k];
+      }
+      to.push_back(mean(sum, side(r)));
     }
-    across.push_back(mean(sum, side(r)));
-  }
+    return to;
+  };
+  const Bytes blurred = means(means(src, 1, 0).data(), 0, 1);
   for (int i = 0; i < width * height * channels; ++i) {
-    const int k = i % channels, x = i / channels % width, y = i / channels / width;
-    const int r = rampRadius(24, ramp.alongRows ? ramp.offset + y : x, n);
-    int sum = 0;
-    for (int yy = y - r; yy <= y + r; ++yy) {
-      sum += across[asSize((std::clamp(yy, 0, height - 1) * width + x) * channels + k)];
-    }
-    dst[channels == 3 ? i + 2 - 2 * k : i] = k == 3 ? uint8_t{0} : mean(sum, side(r));
+    const int k = i % channels;
+    dst[channels == 3 ? i + 2 - 2 * k : i] = k == 3 ? uint8_t{0} : blurred[asSize(i)];
   }
 }
 

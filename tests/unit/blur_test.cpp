@@ -1,19 +1,10 @@
-// The blurs' darkest and brightest sums and ramps that no image has.
+// Ramps of radii that no image has.
 #include "blur_reference.h"
+#include "guarded.h"
 #include "libalgorithm/classic_effects.h"
-#include "operation_check.h"
+#include "vector_targets.h"
 
 namespace {
-
-TEST(Blur, OfWhiteGivesTheReferenceBytes) {
-  for (const char* name : {"blur", "active-blur", "miniature", "miniature-rows"}) {
-    const alg::Operation& operation = operationNamed(name);
-    for (const auto& [width, height] : {std::pair{300, 20}, {20, 300}, {700, 9}, {48, 120}}) {
-      const Trial white(operation, width, height);
-      check(trialOn(operation, Bytes(white.resultBytes(), 255), width, height));
-    }
-  }
-}
 
 /// miniature_r from row `offset` of an image that has `extra` more rows below the strip.
 void checkStrip(int offset, int height, int extra, int width) {

@@ -2,6 +2,7 @@
 // distances, and the maximum functions.
 #include <array>
 
+#include "blend_reference.h"
 #include "libalgorithm/camera_util.h"
 #include "libalgorithm/pretty_filters.h"
 #include "operation_check.h"
@@ -32,30 +33,17 @@ TEST(Composite, ThreeImagesAgainstTheirBackground) {
                                   {1, 0, 4000},    {40, 4000, 3}, {9, 0, 2},    {5, 5, 5}};
     for (const auto& [a, b, c] : kStarts) {
       for (const int n : {-5, 0, 1, 31, 100, 3990, 3991}) {
-        Bytes expected = noise(12000, n), background;
-        for (uint8_t& byte : expected) byte = uint8_t(n % 2 == 0 ? byte % 6 : byte);  // many ties
-        const Guarded got(expected);
-        const auto distance = [&](int at, int from) {
-          return std::abs(expected[asSize(at)] - from);
-        };
-        for (int i = 0; i < n; ++i) {
-          const int v = expected[asSize(a + i)];
-          const int from = distance(b + i, v) < distance(c + i, v) ? b : c;
-          background.push_back(expected[asSize(from + i)]);
-        }
-        uint8_t *at = got.data(), *bg = CameraUtil::getBackground(at + a, at + b, at + c, n);
-        EXPECT_TRUE(same({bg, background.size()}, background)) << a << " " << b << " " << n;
-        std::free(bg);
-        for (int i = 0; i < n; ++i) {
-          const int v = background[asSize(i)];
-          const int da = distance(a + i, v), db = distance(b + i, v), dc = distance(c + i, v);
-          expected[asSize(a + i)] = expected[asSize((da < dc && db < dc ? c
-                                                     : da < db          ? b
-                                                                        : a) +
-                                                    i)];
-        }
+        Bytes all = noise(12000, n);
+        for (uint8_t& byte : all) byte = uint8_t(n % 2 == 0 ? byte % 6 : byte);  // many ties
+        const Guarded got(all);
+        uint8_t *at = got.data(), *from = all.data();
+        const Bytes expected = ref::background(from + a, from + b, from + c, n);
+        uint8_t* const background = CameraUtil::getBackground(at + a, at + b, at + c, n);
+        EXPECT_TRUE(same({background, expected.size()}, expected)) << a << " " << b << " " << n;
+        std::free(background);
+        ref::farthest(from + a, from + b, from + c, n);
         CameraUtil::add3ImageByBackground(at + a, at + b, at + c, n);
-        ASSERT_TRUE(same(got.bytes(), expected)) << a << " " << b << " " << c << " " << n;
+        ASSERT_TRUE(same(got.bytes(), all)) << a << " " << b << " " << c << " " << n;
       }
     }
   });
@@ -72,12 +60,7 @@ TEST(Composite, RectanglesAreCopiedColumnByColumn) {
     for (const int shift : {2000, 0, 4, -4, 2, -3, 32, 80, -80, 200, 532, -532}) {
       const Guarded got(noise(6000));
       Bytes expected = got.bytes();
-      for (int x = rect[0]; x < rect[2]; ++x) {
-        for (int y = rect[1]; y < rect[3]; ++y) {
-          uint8_t pixel[4], *from = &expected[asSize(2000 + 4 * (y * width + x))];
-          std::memcpy(pixel, from, 4), std::memcpy(from + shift, pixel, 4);
-        }
-      }
+      ref::paste(&expected[2000], &expected[asSize(2000 + shift)], width, rect);
       CameraUtil::replaceImageContent(&got.data()[2000], &got.data()[2000 + shift], width, rect);
       ASSERT_TRUE(same(got.bytes(), expected)) << width << " " << rect[0] << " " << shift;
     }

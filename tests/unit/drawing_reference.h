@@ -38,7 +38,7 @@ Image fill(uint8_t* src, uint8_t* dst, int w, int h, int first, int last, Body b
 }
 
 /// Without a paper one of zeros.
-inline void sketch(uint8_t* src, uint8_t* dst, int w, int h, const alg::PictureView& paper = {}) {
+inline void sketch(uint8_t* src, uint8_t* dst, int w, int h, const alg::PictureView& paper) {
   fill(src, dst, w, h, 1, 1, [&](auto near, uint8_t* out, int y, int x) {
     const auto g = [&](int dy, int dx) {
       const uint8_t* p = near(dy, dx);

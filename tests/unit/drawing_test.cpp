@@ -41,15 +41,6 @@ TEST(Drawing, EveryFactorAndValueOfPragueCarton) {  // 3 x least + most = 0..102
   });
 }
 
-TEST(Drawing, IgnoresItsStrength) {
-  for (const auto routine : {Prague, PragueCarton}) {
-    const Bytes pixels = noise(9 * 9 * 3);
-    Bytes src = pixels, plain = pixels, strange = pixels;
-    routine(src.data(), plain.data(), 9, 9, 0), routine(src.data(), strange.data(), 9, 9, NAN);
-    EXPECT_TRUE(same(strange, plain));
-  }
-}
-
 TEST(Drawing, EmptyPaperDoesNothing) {
   for (const auto& [width, height] : kSizesBelowOne) {
     newsketch(nullptr, nullptr, 5, 5, nullptr, width, height);

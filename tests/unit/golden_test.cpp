@@ -8,8 +8,6 @@
 #include "catalogue/operations.h"
 #include "codec/jpeg_bridge.h"
 #include "device_root.h"
-#include "libalgorithm/camera_util.h"
-#include "libalgorithm/classic_effects.h"
 #include "libalgorithm/effect_pipeline.h"
 #include "libalgorithm/yuv_convert.h"
 #include "log_capture.h"
@@ -51,15 +49,6 @@ void strip(uint8_t* in, uint8_t* out, int w, int h) {
            kRoutine == &RGB2YUV ? static_cast<void*>(&yuvOut) : &rgbOut);
 }
 
-/// Runs a blend of n bytes on `out`, which holds the source's bytes backwards.
-template <class Blend>
-Run blended(Blend blend) {
-  return [blend](uint8_t* in, uint8_t* out, int w, int h) {
-    std::reverse_copy(in, in + w * h * 4, out);
-    blend(in, out, unsigned(w * h * 4));
-  };
-}
-
 void fetch(void* in, int index, int* red, int* green, int* blue) {
   const uint8_t* pixel = static_cast<uint8_t*>(in) + index * 4;
   *red = pixel[2], *green = pixel[1], *blue = pixel[0];
@@ -84,32 +73,25 @@ void pipeline(const std::string& name, const uint8_t* in, uint8_t* out, int w, i
   KAVRO_PrettyEffect_Function(name.c_str(), "", out, out + w * h, h, w, w, w);
 }
 
-/// Sets what is not as for the other rows.
-void adjust(const alg::Operation& row, alg::Call& call) {
-  const std::string_view name = row.name;
+/// The sizes of results that have others than their sources.
+void setSizes(const alg::Operation& row, alg::Call& call) {
   const int w = call.width, h = call.height;
-  const auto set = [&](const std::vector<double>& values) {
-    std::ranges::copy(values, call.values);
-  };
-  if (name == "fill-light") set({0.8});
-  if (name == "miniature-rows") set({5, double(h + 20)});
-  if (name == "paste") set({1, 2, double(w - 5), double(h - 3)});
-  if (name == "rotate-yuv" || name == "rotate-argb") set({270});
   alg::setResultSize(row, call);
-  if (name == "resize") {
+  if (row.resultSize == alg::ResultSize::kChosen) {
     call.resultWidth = w, call.resultHeight = h, call.width = w / 2, call.height = h / 3 * 2;
   } else if (row.pixels == alg::Pixels::kFrame) {  // sizes are the result's
     std::swap(call.width, call.resultWidth), std::swap(call.height, call.resultHeight);
   }
 }
 
-/// An operation at its presets under one overlay; blends find the source's bytes backwards.
+/// An operation at its presets with one noise for all pictures; blends find the source's bytes
+/// backwards.
 void operate(const alg::Operation& row, uint8_t* in, uint8_t* out, int w, int h) {
-  static const Bytes overlay = noise(kOverlayWidth * kOverlayHeight * 4, 3);
+  static const Bytes pictures = noise(150 * 70 * 4, 3);
   alg::Call call = alg::presetCall(row);
   call.src = in, call.dst = out, call.width = w, call.height = h;
-  call.pictures[0] = {overlay.data(), kOverlayWidth, kOverlayHeight};
-  adjust(row, call);
+  call.pictures[0] = call.pictures[1] = {pictures.data(), kOverlayWidth, kOverlayHeight};
+  setSizes(row, call);
   if (row.family == alg::Family::kBlend) std::reverse_copy(in, in + w * h * 4, out);
   if (row.pixels != alg::Pixels::kInts) return row.run(call);
   std::vector<int> ints(in, in + w * h * 3);
@@ -123,18 +105,6 @@ std::map<std::string, Run> routines() {
   for (const alg::Operation* row : alg::operations()) {
     rows[row->routine] = std::bind_front(operate, std::cref(*row));
   }
-  // What no call of a row can say: files, weights that add up to more, pictures one byte apart.
-  rows["Colorpaint"] = Colorpaint;
-  rows["areaeffect"] = areaeffect;
-  rows["CameraUtil::add2Image"] =
-      blended([](auto* in, auto* out, unsigned n) { CameraUtil::add2Image(in, 90, out, 180, n); });
-  rows["CameraUtil::getBackground"] = blended([](auto* in, auto* out, unsigned n) {
-    const alg::Block background(CameraUtil::getBackground(in, in + 1, out, int(n) - 1));
-    std::copy_n(background.get(), n - 1, out);
-  });
-  rows["CameraUtil::add3ImageByBackground"] = blended([](auto* in, auto* out, unsigned n) {
-    CameraUtil::add3ImageByBackground(out, in, in + 1, int(n) - 1);
-  });
   // What is no operation.
   rows.insert({{"decodeARGB2YUV420P", pulled},
                {"JPEG2ARGB", throughJpeg},
@@ -165,11 +135,6 @@ uint64_t sum(std::span<const uint8_t> bytes, uint64_t hash = 0xcbf29ce484222325)
 std::string sums() {
   const DeviceRoot root;
   root.writePictures(kOverlayWidth, kOverlayHeight);
-  for (const std::string name : {"colorpaint.png", "front.png", "effect.png"}) {
-    Bytes pixels = noise(kOverlayWidth * kOverlayHeight * 4, int(name.size()));
-    for (std::size_t i = 3; i < pixels.size(); i += 64) pixels[i] = 0;
-    root.writePng(name, kOverlayWidth, kOverlayHeight, PNG_COLOR_TYPE_RGBA, 8, pixels);
-  }
   std::ostringstream lines;
   for (const auto& [name, run] : routines()) {
     uint64_t hash = sum({});

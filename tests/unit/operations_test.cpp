@@ -10,7 +10,7 @@ namespace {
 using alg::Bands, alg::Operation, alg::Overlap, alg::Pixels, alg::Reach;
 
 /// What choices and contents are made of: noise, then bytes that contents may repeat, which gives
-/// flat areas, stripes and extremes.
+/// flat areas, white ones among them, stripes and extremes.
 Bytes dice(int seed) {
   Bytes bytes = noise(60, seed);
   const Bytes ends[] = {{0}, {255}, {0, 0, 0, 255, 200, 255, 255}, noise(50, -seed)};
@@ -127,15 +127,11 @@ void checkPlaces(const Operation& operation) {
     Input input(bytes.data(), bytes.size());
     Trial trial = anyTrial(operation, 37, 5, 0, input);
     const std::size_t pixelBytes = trial.bytesOf(1, 1), size = trial.resultBytes();
-    const auto flat = [&](int from) {
-      const Bytes any = noise(int(pixelBytes), seed + 100 * from);
-      Bytes all;
-      while (all.size() < size) all.insert(all.end(), any.begin(), any.end());
-      return all;
-    };
-    trial.shift.reset(), trial.src = flat(1), trial.dst = flat(2);
-    for (const alg::PictureRole& role : operation.pictures) {
-      if (role.read) trial.pictures[&role - operation.pictures.data()] = flat(3);
+    trial.shift.reset(), trial.src.resize(size), trial.dst.resize(size, 200);
+    for (Bytes* content : {&trial.src, &trial.dst, &trial.pictures[0], &trial.pictures[1]}) {
+      for (std::size_t i = pixelBytes; i < content->size(); ++i) {
+        (*content)[i] = (*content)[i - pixelBytes];
+      }
     }
     const Bytes all = resultOf<Bytes>(trial, operation.run);
     const auto result = resultIn(trial, all);

@@ -1,8 +1,6 @@
 // The whole effect pipeline against the reference.
-#include <malloc.h>
-
-#include "device_root.h"
 #include "effect/pipeline.h"
+#include "device_root.h"
 #include "fake_jni.h"
 #include "libalgorithm/effect_pipeline.h"
 #include "libalgorithm/thread_pool.h"
@@ -75,18 +73,6 @@ TEST(Pipeline, SmallOddAndPaddedFramesAreClippedToTheFrame) {
       KAVRO_PrettyEffect_Function("PrettyBlue", "", nullptr, nullptr, height, width, width, width);
     }
   }
-}
-
-TEST(Pipeline, WorkImagesLiveBetweenInitAndDestroy) {
-  HALThreadPoolDestroy();
-  EXPECT_EQ(fastcvPollInit(30, 20), 0);
-  EXPECT_EQ(g_hal_threadpool_init, 1);
-  for (uint8_t** image : {&gCLAHE_Rgb_Buffer_in, &gCLAHE_Rgb_Buffer_out}) {
-    EXPECT_GE(malloc_usable_size(*image), 1800u);
-  }
-  fastcvPollDestory();
-  fastcvPollDestory();
-  EXPECT_TRUE(gCLAHE_Rgb_Buffer_in == nullptr && gCLAHE_Rgb_Buffer_out == nullptr);
 }
 
 }  // namespace

@@ -86,16 +86,14 @@ inline void encode(const uint8_t* rgb, uint8_t* luma, uint8_t* chroma, const Fra
 
 // Rotation ---------------------------------------------------------------------------------------
 
-enum class Turn { kCounterClockwise, kHalf, kClockwise };
-
-/// Fills width x height elements of `bytes` bytes; the pitches are in bytes.
+/// Fills width x height elements of `bytes` bytes, turned clockwise; the pitches are in bytes.
 inline void rotate(const uint8_t* src, int srcPitch, uint8_t* dst, int dstPitch, int width,
-                   int height, int bytes, Turn turn) {
+                   int height, int bytes, int degrees) {
   for (int y = 0; y < height; ++y) {
     for (int x = 0; x < width; ++x) {
       int row = height - 1 - y, column = width - 1 - x;
-      if (turn == Turn::kCounterClockwise) row = x, column = height - 1 - y;
-      if (turn == Turn::kClockwise) row = width - 1 - x, column = y;
+      if (degrees == 270) row = x, column = height - 1 - y;
+      if (degrees == 90) row = width - 1 - x, column = y;
       std::memcpy(dst + y * dstPitch + x * bytes, src + row * srcPitch + column * bytes,
                   asSize(bytes));
     }

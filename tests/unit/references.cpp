@@ -3,6 +3,7 @@
 #include <map>
 #include <string_view>
 
+#include "blend_reference.h"
 #include "blur_reference.h"
 #include "corner_reference.h"
 #include "drawing_reference.h"
@@ -28,9 +29,15 @@ void filter(const Call& call) {
   ref::filter(kEffectId, call.src, call.dst, call.width, call.height, pixels, width, height);
 }
 
-template <auto kRoutine>
+template <auto kRoutine, class Element = uint8_t>
 void plain(const Call& call) {
-  kRoutine(call.src, call.dst, call.width, call.height);
+  kRoutine(reinterpret_cast<Element*>(call.src), reinterpret_cast<Element*>(call.dst), call.width,
+           call.height);
+}
+
+/// On a paper, or none.
+void sketch(const Call& call) {
+  ref::sketch(call.src, call.dst, call.width, call.height, call.pictures[0]);
 }
 
 template <int kChannels>
@@ -71,26 +78,15 @@ void area(const Call& call) {
   });
 }
 
-/// By so many degrees; 0: as the first parameter says.
-template <int kDegrees>
+/// By so many degrees; 0: as the first parameter says. Frames turn the other way.
+template <bool kFrame, int kDegrees>
 void turn(const Call& call) {
-  const int degrees = kDegrees != 0 ? kDegrees : call.integer(0);
-  const auto direction = degrees == 180  ? ref::Turn::kHalf
-                         : degrees == 90 ? ref::Turn::kClockwise
-                                         : ref::Turn::kCounterClockwise;
-  ref::rotate(call.src, call.width * 4, call.dst, call.resultWidth * 4, call.resultWidth,
-              call.resultHeight, 4, direction);
-}
-
-template <int kDegrees>
-void turnFrame(const Call& call) {
-  const int degrees = kDegrees != 0 ? kDegrees : call.integer(0);
-  const auto direction = degrees == 180  ? ref::Turn::kHalf
-                         : degrees == 90 ? ref::Turn::kCounterClockwise
-                                         : ref::Turn::kClockwise;
-  const int w = call.resultWidth, h = call.resultHeight, luma = w * h;
-  ref::rotate(call.src, call.width, call.dst, w, w, h, 1, direction);
-  ref::rotate(call.src + luma, call.width, call.dst + luma, w, w / 2, h / 2, 2, direction);
+  const int named = kDegrees != 0 ? kDegrees : call.integer(0);
+  const int degrees = kFrame ? 360 - named : named;
+  const int w = call.resultWidth, h = call.resultHeight, bytes = kFrame ? 1 : 4;
+  ref::rotate(call.src, call.width * bytes, call.dst, w * bytes, w, h, bytes, degrees);
+  if (!kFrame) return;
+  ref::rotate(call.src + w * h, call.width, call.dst + w * h, w, w / 2, h / 2, 2, degrees);
 }
 
 template <class Blend>
@@ -103,35 +99,17 @@ void eachByte(const Call& call, Blend blend) {
 void paste(const Call& call) {
   const int right = call.integer(2) != 0 ? call.integer(2) : call.width;
   const int bottom = call.integer(3) != 0 ? call.integer(3) : call.height;
-  for (int x = call.integer(0); x < right; ++x) {
-    for (int y = call.integer(1); y < bottom; ++y) {
-      uint8_t pixel[4];
-      std::memcpy(pixel, call.src + (y * call.width + x) * 4, 4);
-      std::memcpy(call.dst + (y * call.width + x) * 4, pixel, 4);
-    }
-  }
+  ref::paste(call.src, call.dst, call.width, {call.integer(0), call.integer(1), right, bottom});
 }
 
-int nearer(int to, int b, int c) { return std::abs(b - to) < std::abs(c - to) ? b : c; }
-
 void background(const Call& call) {
-  const uint8_t *b = call.pictures[0].pixels, *c = call.pictures[1].pixels;
-  for (int i = 0; i < 4 * call.width * call.height; ++i) {
-    call.dst[i] = uint8_t(nearer(call.src[i], b[i], c[i]));
-  }
+  std::ranges::copy(ref::background(call.src, call.pictures[0].pixels, call.pictures[1].pixels,
+                                    4 * call.width * call.height),
+                    call.dst);
 }
 
 void farthest(const Call& call) {
-  uint8_t* a = call.dst;
-  const uint8_t *b = call.src, *c = call.pictures[0].pixels;
-  std::vector<int> between;  // of the images as they were
-  for (int i = 0; i < 4 * call.width * call.height; ++i)
-    between.push_back(nearer(a[i], b[i], c[i]));
-  for (const int from : between) {
-    const int da = std::abs(*a - from), db = std::abs(*b - from), dc = std::abs(*c - from);
-    *a = da < dc && db < dc ? *c : da < db ? *b : *a;
-    ++a, ++b, ++c;
-  }
+  ref::farthest(call.dst, call.src, call.pictures[0].pixels, 4 * call.width * call.height);
 }
 
 const std::map<std::string_view, RunCall> kReferences = {
@@ -154,11 +132,7 @@ const std::map<std::string_view, RunCall> kReferences = {
     {"other-test", eachPixel<ref::otherTest>},
     {"temperature", eachPixel<ref::temperature>},
     {"lomo", eachPixel<ref::lomo>},
-    {"lomo-fun",
-     [](const Call& call) {
-       ref::lomoFun(reinterpret_cast<int*>(call.src), reinterpret_cast<int*>(call.dst), call.width,
-                    call.height);
-     }},
+    {"lomo-fun", plain<ref::lomoFun, int>},
     {"fish-eye", plain<ref::fisheye>},
     {"fill-light",
      [](const Call& call) {
@@ -168,11 +142,8 @@ const std::map<std::string_view, RunCall> kReferences = {
     {"miniature-rows", miniatureRows},
     {"blur", blur<4>},
     {"active-blur", plain<ref::blurSquare>},
-    {"sketch", [](const Call& call) { ref::sketch(call.src, call.dst, call.width, call.height); }},
-    {"new-sketch",
-     [](const Call& call) {
-       ref::sketch(call.src, call.dst, call.width, call.height, call.pictures[0]);
-     }},
+    {"sketch", sketch},
+    {"new-sketch", sketch},
     {"prague", plain<ref::prague>},
     {"prague-carton", plain<ref::carton>},
     {"nature", plain<ref::natureEffect>},
@@ -184,14 +155,14 @@ const std::map<std::string_view, RunCall> kReferences = {
        ref::resize(reinterpret_cast<uint32_t*>(call.dst), call.resultWidth, call.resultHeight,
                    reinterpret_cast<const uint32_t*>(call.src), call.width, call.height);
      }},
-    {"rotate-yuv-90", turnFrame<90>},
-    {"rotate-yuv-180", turnFrame<180>},
-    {"rotate-yuv-270", turnFrame<270>},
-    {"rotate-yuv", turnFrame<0>},
-    {"rotate-argb-90", turn<90>},
-    {"rotate-argb-180", turn<180>},
-    {"rotate-argb-270", turn<270>},
-    {"rotate-argb", turn<0>},
+    {"rotate-yuv-90", turn<true, 90>},
+    {"rotate-yuv-180", turn<true, 180>},
+    {"rotate-yuv-270", turn<true, 270>},
+    {"rotate-yuv", turn<true, 0>},
+    {"rotate-argb-90", turn<false, 90>},
+    {"rotate-argb-180", turn<false, 180>},
+    {"rotate-argb-270", turn<false, 270>},
+    {"rotate-argb", turn<false, 0>},
     {"mix",
      [](const Call& call) {
        const int weight = call.integer(0);

@@ -14,40 +14,31 @@
 #include "kernels/curve_map.h"
 #include "log_capture.h"
 
-std::atomic<int> threadsUntilFailure{-1}, waits;
+std::atomic<int> threadsUntilFailure{-1}, waits, wakeUps;
 std::atomic<std::size_t> refusedBlock{0};
 thread_local int objectsUntilFailure = -1;
 void (*onLookup)() = [] {};
+unsigned char watched[512];
 
 namespace {
 
-struct Range {
-  std::uintptr_t first = 0, size = 0;
-  bool holds(const void* address) const {
-    return reinterpret_cast<std::uintptr_t>(address) - first < size;
-  }
-};
-
-struct Traced {
-  Range object;
-  std::string failing;
-  const volatile uint8_t* held;
-};
-thread_local const Traced* traced;
-
+thread_local const char* failingCall;
+thread_local const volatile uint8_t* heldFlag;
 std::mutex stripMutex;
 std::vector<std::thread::id> stripThreads;
-std::atomic<int> wakeUps;
-Range sleepers;
+
+bool isWatched(const void* object) {
+  return std::less_equal<>()(&watched[0], object) &&
+         std::less<>()(object, &watched[0] + sizeof watched);
+}
 
 /// A call with the object that it concerns, null for a thread. Returns what it says in the end.
 int traceCall(const std::string& name, const void* object, const std::function<int()>& call) {
-  const Traced* const trace = traced;
-  if (trace == nullptr || (object != nullptr && !trace->object.holds(object))) return call();
+  if (failingCall == nullptr || (object != nullptr && !isWatched(object))) return call();
   const bool holding = name == "cond_signal" || name == "mutex_unlock";
-  addLine(name + (holding && trace->held != nullptr && *trace->held != 0 ? " held" : ""));
+  addLine(name + (holding && heldFlag != nullptr && *heldFlag != 0 ? " held" : ""));
   const int result = call();
-  if (trace->failing != name) return result;
+  if (name != failingCall) return result;
   errno = ENOENT;
   return EAGAIN;
 }
@@ -59,15 +50,8 @@ void noteStrip() {
 
 }  // namespace
 
-CallTrace::CallTrace(const void* object, std::size_t size, const char* failing,
-                     const volatile uint8_t* held) {
-  traced = new Traced{{reinterpret_cast<std::uintptr_t>(object), size}, failing, held};
-}
-CallTrace::~CallTrace() { delete std::exchange(traced, nullptr); }
-
-void wakeUpForNothing(const void* object, std::size_t size, int times) {
-  sleepers = {reinterpret_cast<std::uintptr_t>(object), size};
-  waits = 0, wakeUps = times;
+void traceCalls(const char* failing, const volatile uint8_t* held) {
+  failingCall = failing, heldFlag = held;
 }
 
 std::vector<std::thread::id> takeStripThreads() {
@@ -106,8 +90,7 @@ WRAP(int, pthread_join, (pthread_t id, void** result)) {
   return traceCall("join", nullptr, [=] { return __real_pthread_join(id, result); });
 }
 WRAP(int, pthread_cond_wait, (pthread_cond_t * c, pthread_mutex_t* m)) {
-  const bool watched = sleepers.holds(c);
-  if (watched && ++waits <= wakeUps) return 0;
+  if (isWatched(c) && ++waits <= wakeUps) return 0;
   return __real_pthread_cond_wait(c, m);
 }
 

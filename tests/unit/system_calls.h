@@ -15,23 +15,17 @@ extern std::atomic<std::size_t> refusedBlock;
 /// Objects that this thread still makes until there is no memory for any; -1: there is.
 extern thread_local int objectsUntilFailure;
 
-/// While it lives, calls of pthread functions by this thread that concern an object are lines of
-/// the log, without "pthread_".
-class CallTrace {
- public:
-  /// @param failing  a call that does its work, but says EAGAIN and sets errno to ENOENT
-  /// @param held     a flag that is shown (as " held") where its mutex is held
-  CallTrace(const void* object, std::size_t size, const char* failing,
-            const volatile uint8_t* held = nullptr);
-  ~CallTrace();
-  CallTrace(const CallTrace&) = delete;
-  CallTrace& operator=(const CallTrace&) = delete;
-};
+/// Room for the object that is watched.
+alignas(16) extern unsigned char watched[512];
+/// From now on, calls of pthread functions by this thread that concern the watched object are lines
+/// of the log, without "pthread_".
+/// @param failing  a call that does its work, but says EAGAIN and sets errno to ENOENT; null: no
+///                 more lines
+/// @param held     a flag that is shown (as " held") where its mutex is held
+void traceCalls(const char* failing, const volatile uint8_t* held = nullptr);
 
-/// The next waits on a condition of this object return at once, so many times.
-void wakeUpForNothing(const void* object, std::size_t size, int times);
-/// Waits on that object since then.
-extern std::atomic<int> waits;
+/// Waits on the watched object's condition so far, and how many of them return at once.
+extern std::atomic<int> waits, wakeUps;
 
 /// The threads that conversions and curves of strips were done on since the last call.
 std::vector<std::thread::id> takeStripThreads();

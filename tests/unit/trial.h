@@ -96,7 +96,7 @@ inline void choosePictureSize(alg::Call& call, std::size_t i, const alg::Picture
     width = call.pictures[0].width + input.upTo(3),
     height = call.pictures[0].height + input.upTo(3);
   } else {
-    width = input.side(300), height = input.side(6000 / width);
+    width = input.side(5000), height = input.side(6000 / width);
   }
 }
 
