@@ -1,6 +1,6 @@
 #include "tools/timing.h"
 
-#include <time.h>
+#include <ctime>
 
 #include <algorithm>
 #include <vector>
