@@ -205,7 +205,8 @@ std::optional<DecodedJpeg> decodeJpeg(std::span<const uint8_t> file,
 }
 
 std::optional<EncodedJpeg> encodeJpeg(const uint8_t* pixels, int width, int height, int quality) {
-  if (width < 1 || height < 1) {
+  constexpr int kLongestSide = JPEG_MAX_DIMENSION;
+  if (width < 1 || height < 1 || width > kLongestSide || height > kLongestSide) {
     return std::nullopt;
   }
   jpeg_compress_struct jpeg{};
