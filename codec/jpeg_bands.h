@@ -14,14 +14,14 @@ namespace alg {
 
 /// Some rows of an image. Rows are packed.
 struct JpegBand {
-  const uint8_t* src;  ///< the band's first row; `rowsAbove` rows lie before it in memory
-  uint8_t* dst;        ///< the band's result goes here; the same as src if the work is in place
-  int width;
-  int rows;
-  int firstRow;  ///< of the band, in the image
-  int imageHeight;
-  int rowsAbove;  ///< readable rows before and behind the band in src: the options' halo, fewer at
-  int rowsBelow;  ///< the image's edges
+  const uint8_t* src = nullptr;  ///< the band's first row
+  uint8_t* dst = nullptr;        ///< its result goes here; the same as src if the work is in place
+  int width = 0;
+  int rows = 0;
+  int firstRow = 0;  ///< of the band, in the image
+  int imageHeight = 0;
+  int rowsAbove = 0;  ///< rows that may be read before the band's in src, and
+  int rowsBelow = 0;  ///< behind them: the options' halo, fewer at the image's edges
 };
 
 /// Turns a band's source into its result; false ends the call with kCancelled. It is called once

@@ -43,7 +43,7 @@ struct JpegInfo {
   JpegColours colours = JpegColours::kRgb;
   JpegSampling sampling = JpegSampling::k420;  ///< the nearest that has no less chroma; grey: k420
   bool wholeImage = false;  ///< progressive, or several scans: the codec holds all coefficients
-  int quality = 0;          ///< 1..100: whose tables come nearest to the file's
+  int quality = 0;  ///< 1..100: whose luma table comes nearest to the file's; 0: it has none
 
   /// The sides at a reduction of 1, 2, 4 or 8.
   int reducedWidth(int reduction) const { return (width + reduction - 1) / reduction; }

@@ -28,7 +28,7 @@ class JpegWriter {
     int quality = 75;  ///< 0..100; the codec clamps it
     JpegSampling sampling = JpegSampling::k420;
     /// Whole APPn and COM segments, each from its 0xFF on (JpegReader::segments), written first.
-    /// Where neither JFIF nor Exif is the first of them, a JFIF segment goes before.
+    /// If none of them is JFIF's or Exif's, a JFIF segment goes before.
     std::span<const uint8_t> segments = {};
   };
 
@@ -43,6 +43,8 @@ class JpegWriter {
   JpegFault write(const uint8_t* rows, std::size_t stride, int count);
   /// After the last row.
   JpegFault finish();
+
+  JpegFault fault() const;
 
  private:
   struct Codec;
