@@ -47,24 +47,9 @@ struct Ints4 {
 
 #if ALG_IS_NEON()
 
-// sum + kWeight x (plus - minus)
-template <int kWeight>
-HWY_INLINE Shorts2 addDifference(Shorts2 sum, ByteVector plus, ByteVector minus) {
-  const uint8x16_t weight = vdupq_n_u8(kWeight);
-  uint16x8_t lower = vreinterpretq_u16_s16(sum.lower.raw);
-  uint16x8_t upper = vreinterpretq_u16_s16(sum.upper.raw);
-  lower = vmlal_u8(lower, vget_low_u8(plus.raw), vget_low_u8(weight));
-  lower = vmlsl_u8(lower, vget_low_u8(minus.raw), vget_low_u8(weight));
-  upper = vmlsl_high_u8(vmlal_high_u8(upper, plus.raw, weight), minus.raw, weight);
-  return {ShortVector(vreinterpretq_s16_u16(lower)), ShortVector(vreinterpretq_s16_u16(upper))};
-}
-
-// a + 3 x b
-HWY_INLINE Shorts2 plusThrice(ByteVector a, ByteVector b) {
-  const uint8x16_t three = vdupq_n_u8(3);
-  const uint16x8_t lower =
-      vmlal_u8(vmovl_u8(vget_low_u8(a.raw)), vget_low_u8(b.raw), vget_low_u8(three));
-  const uint16x8_t upper = vmlal_high_u8(vmovl_high_u8(a.raw), b.raw, three);
+HWY_INLINE Shorts2 difference(ByteVector a, ByteVector b) {
+  const uint16x8_t lower = vsubl_u8(vget_low_u8(a.raw), vget_low_u8(b.raw));
+  const uint16x8_t upper = vsubl_high_u8(a.raw, b.raw);
   return {ShortVector(vreinterpretq_s16_u16(lower)), ShortVector(vreinterpretq_s16_u16(upper))};
 }
 
@@ -114,9 +99,6 @@ HWY_INLINE Shorts2 addDifference(Shorts2 sum, ByteVector plus, ByteVector minus)
   return {hn::Add(sum.lower, difference.lower), hn::Add(sum.upper, difference.upper)};
 }
 
-// a + 3 x b
-HWY_INLINE Shorts2 plusThrice(ByteVector a, ByteVector b) { return weighPairs<1, 3>(a, b); }
-
 HWY_INLINE Ints4 sumsOfSquares(Shorts2 a, Shorts2 b) {
   const auto squares = [](ShortVector pairs)
                            HWY_ATTR { return IntVector{_mm256_madd_epi16(pairs.raw, pairs.raw)}; };
@@ -144,21 +126,6 @@ HWY_INLINE ByteVector scaled(ByteVector a, ByteVector b) {
 
 #endif
 
-HWY_INLINE Ints4 widened(Shorts2 v) {
-  const Ints d;
-  const ShortVector zero = hn::Zero(Shorts());
-  return {{hn::ZipLower(d, v.lower, zero), hn::ZipUpper(d, v.lower, zero),
-           hn::ZipLower(d, v.upper, zero), hn::ZipUpper(d, v.upper, zero)}};
-}
-
-HWY_INLINE Ints4 widened(ByteVector v) {
-  const hn::RebindToUnsigned<Shorts> d;
-  const Shorts shorts;
-  const ByteVector zero = hn::Zero(Bytes());
-  return widened(Shorts2{hn::BitCast(shorts, hn::ZipLower(d, v, zero)),
-                         hn::BitCast(shorts, hn::ZipUpper(d, v, zero))});
-}
-
 HWY_INLINE Ints4 load4(const int32_t* from) {
   const Ints d;
   constexpr std::size_t kLanes = kBlock / 4;
@@ -171,6 +138,25 @@ struct Gradient {
 };
 
 // The gradient of bytes, times kScale; the middle row and column weigh kMiddle.
+#if ALG_IS_NEON()
+// Across the diagonals there are two differences, which both components are made of.
+template <int kScale, int kMiddle>
+HWY_INLINE Gradient gradient(const uint8_t* top, const uint8_t* middle, const uint8_t* bottom) {
+  const Bytes d;
+  const Shorts2 falling = difference(hn::LoadU(d, top), hn::LoadU(d, bottom + 2));
+  const Shorts2 rising = difference(hn::LoadU(d, top + 2), hn::LoadU(d, bottom));
+  const Shorts2 across = difference(hn::LoadU(d, middle), hn::LoadU(d, middle + 2));
+  const Shorts2 down = difference(hn::LoadU(d, top + 1), hn::LoadU(d, bottom + 1));
+  const auto join = [](ShortVector diagonals, ShortVector straight) HWY_ATTR {
+    const int16x8_t weighed = vmlaq_n_s16(diagonals.raw, straight.raw, kMiddle);
+    return ShortVector(vmulq_n_s16(weighed, kScale));  // a shift
+  };
+  return {{join(hn::Sub(falling.lower, rising.lower), across.lower),
+           join(hn::Sub(falling.upper, rising.upper), across.upper)},
+          {join(hn::Add(falling.lower, rising.lower), down.lower),
+           join(hn::Add(falling.upper, rising.upper), down.upper)}};
+}
+#else
 template <int kScale, int kMiddle>
 HWY_INLINE Gradient gradient(const uint8_t* top, const uint8_t* middle, const uint8_t* bottom) {
   const Bytes d;
@@ -186,6 +172,8 @@ HWY_INLINE Gradient gradient(const uint8_t* top, const uint8_t* middle, const ui
   g.y = addDifference<kScale>(g.y, topRight, bottomRight);
   return g;
 }
+
+#endif
 
 #endif
 

@@ -54,9 +54,14 @@ void inkRow(const PlaneWindow& rows, uint8_t* out, std::size_t count, const Edge
 void inkRowPlain(const PlaneWindow& rows, uint8_t* out, std::size_t count, const EdgeSteps& edges);
 
 /// Entry 3 x (a channel's brightest neighbour) + (the brightest of all channels' neighbours) is the
-/// channel's factor in 24 fractional bits, modulo 2^32.
+/// channel's factor modulo 256 in 23 fractional bits, in two parts whose products with a byte take
+/// 16 bits:
+///
+///     entry   16 bits: in 8 fractional bits | 0 | 15 bits: the rest
 struct CartoonFactors {
-  int32_t entries[4 * 255 + 1];
+  static constexpr int kFineBits = 15;
+
+  uint32_t entries[4 * 255 + 1];
 };
 
 /// Each channel times its factor, modulo 256; the channels are crossed on their way.

@@ -99,33 +99,89 @@ void lineRowVector(const uint8_t* top, const uint8_t* middle, const uint8_t* bot
 // be looked up, the entries, and what follows from them.
 constexpr std::size_t kChunk = 256;  // windows
 
-// Gradients times 16 make energies times 256, which is what entries compare with.
-HWY_INLINE void takeEnergies(const PlaneWindow& w, std::size_t x, int32_t* energies,
-                             int32_t* blocks) {
+#if ALG_IS_NEON()
+
+// Twice the numbers that entries are looked up by, plus 0 or 1.
+using Number = uint16_t;
+constexpr int kNumberUnit = 2;
+
+HWY_INLINE void storeNumbers(const Ints4& energies, Number* numbers) {
+  const int32x4_t first = vdupq_n_s32(EdgeSteps::kFirstBlock << EdgeSteps::kBlockShift);
+  static_assert(EdgeSteps::kBlockShift == 17);
+  const auto bits = [&](std::size_t i) HWY_ATTR {
+    return vreinterpretq_s32_f32(vcvtq_f32_s32(energies.part[i].raw));
+  };
+  const auto eight = [&](std::size_t i) HWY_ATTR {
+    const int16x4_t low = vsubhn_s32(bits(i), first);
+    return vreinterpretq_u16_s16(vsubhn_high_s32(low, bits(i + 1), first));
+  };
+  vst1q_u16(numbers, eight(0));
+  vst1q_u16(numbers + 8, eight(2));
+}
+
+// Sixteen at a time, four out of a register. Numbers count entries (kUnit = 1), half entries (2,
+// rounded down), or are offsets in bytes (0), which take one instruction less.
+template <int kUnit, class Entry>
+HWY_INLINE void lookUp(const Entry* table, const uint16_t* numbers, Entry* entries,
+                       std::size_t count) {
+  const auto at = [table](uint64_t number) HWY_ATTR {
+    if constexpr (kUnit != 0) return table[number / kUnit];
+    Entry entry;
+    std::memcpy(&entry, reinterpret_cast<const char*>(table) + number, sizeof entry);
+    return entry;
+  };
+  for (std::size_t i = 0; i < count; i += kBlock) {
+    uint64_t fours[kBlock / 4];
+    std::memcpy(fours, numbers + i, sizeof fours);
+    for (std::size_t k = 0; k < kBlock; ++k) {
+      entries[i + k] = at(fours[k / 4] >> (16 * (k % 4)) & 0xFFFF);
+    }
+  }
+}
+
+#else
+
+using Number = int32_t;
+constexpr int kNumberUnit = 1;
+
+HWY_INLINE void storeNumbers(const Ints4& energies, Number* numbers) {
   const Ints d;
-  const Gradient g = gradient<16, 2>(w.top + x, w.middle + x, w.bottom + x);
-  const Ints4 sums = sumsOfSquares(g.x, g.y);
   for (std::size_t i = 0; i < 4; ++i) {
-    const IntVector energy = hn::Add(sums.part[i], hn::Set(d, EdgeSteps::kOffset << 8));
-    const IntVector bits = hn::BitCast(d, hn::ConvertTo(Floats(), energy));
+    const IntVector bits = hn::BitCast(d, hn::ConvertTo(Floats(), energies.part[i]));
     const IntVector block =
         hn::Sub(hn::ShiftRight<EdgeSteps::kBlockShift>(bits), hn::Set(d, EdgeSteps::kFirstBlock));
-    hn::Store(energy, d, energies + i * kBlock / 4);
-    hn::Store(block, d, blocks + i * kBlock / 4);
+    hn::Store(block, d, numbers + i * kBlock / 4);
   }
 }
 
 // Two numbers out of a register at a time, low half first; two registers a step, which is a tenth
 // faster than one. `count` is a multiple of 4.
-HWY_INLINE void lookUp(const int32_t* table, int32_t* values, std::size_t count) {
+template <int kUnit>
+HWY_INLINE void lookUp(const int32_t* table, const int32_t* numbers, int32_t* entries,
+                       std::size_t count) {
   for (std::size_t i = 0; i < count; i += 4) {
     uint64_t pairs[2];
-    std::memcpy(pairs, values + i, sizeof pairs);
+    std::memcpy(pairs, numbers + i, sizeof pairs);
     for (std::size_t k = 0; k < 2; ++k) {
-      values[i + 2 * k] = table[static_cast<uint32_t>(pairs[k])];
-      values[i + 2 * k + 1] = table[pairs[k] >> 32];
+      entries[i + 2 * k] = table[static_cast<uint32_t>(pairs[k])];
+      entries[i + 2 * k + 1] = table[pairs[k] >> 32];
     }
   }
+}
+
+#endif
+
+// Gradients times 16 make energies times 256, which is what entries compare with.
+HWY_INLINE void takeEnergies(const PlaneWindow& w, std::size_t x, int32_t* energies,
+                             Number* numbers) {
+  const Ints d;
+  const Gradient g = gradient<16, 2>(w.top + x, w.middle + x, w.bottom + x);
+  Ints4 sums = sumsOfSquares(g.x, g.y);
+  for (std::size_t i = 0; i < 4; ++i) {
+    sums.part[i] = hn::Add(sums.part[i], hn::Set(d, EdgeSteps::kOffset << 8));
+    hn::Store(sums.part[i], d, energies + i * kBlock / 4);
+  }
+  storeNumbers(sums, numbers);
 }
 
 HWY_INLINE ByteVector edgeGreys(const int32_t* energies, const int32_t* entries) {
@@ -133,8 +189,10 @@ HWY_INLINE ByteVector edgeGreys(const int32_t* energies, const int32_t* entries)
   Ints4 greys = load4(entries);
   for (std::size_t i = 0; i < 4; ++i) {
     const auto stepped = hn::Gt(hn::Load(d, energies + i * kBlock / 4), greys.part[i]);
-    const IntVector moved = hn::Add(greys.part[i], hn::VecFromMask(d, stepped));
-    greys.part[i] = hn::And(moved, hn::Set(d, 0xFF));
+    greys.part[i] = hn::Add(greys.part[i], hn::VecFromMask(d, stepped));
+#if !ALG_IS_NEON()  // narrowing limits
+    greys.part[i] = hn::And(greys.part[i], hn::Set(d, 0xFF));
+#endif
   }
   return narrow(greys);
 }
@@ -152,10 +210,11 @@ HWY_INLINE void inkPlane(const PlaneWindow& w, std::size_t from, std::size_t cou
                          const EdgeSteps& edges, uint8_t* inked) {
   const Bytes d;
   HWY_ALIGN int32_t energies[kChunk], entries[kChunk];
+  HWY_ALIGN Number numbers[kChunk];
   for (std::size_t x = 0; x < count; x += kBlock) {
-    takeEnergies(w, from + x, energies + x, entries + x);
+    takeEnergies(w, from + x, energies + x, numbers + x);
   }
-  lookUp(edges.entries, entries, hwy::RoundUpTo(count, kBlock));
+  lookUp<kNumberUnit>(edges.entries, numbers, entries, hwy::RoundUpTo(count, kBlock));
   for (std::size_t x = 0; x < count; x += kBlock) {
     const ByteVector grey = edgeGreys(energies + x, entries + x);
     hn::Store(overlay(hn::LoadU(d, w.middle + from + x + 1), grey), d, inked + x);
@@ -204,48 +263,49 @@ HWY_INLINE Brightest brightest(const PlaneWindow& rows, std::size_t x) {
 
 #if ALG_IS_NEON()
 
-// The numbers of a block's factors; planes of them are a chunk apart.
-HWY_INLINE void takeNumbers(const PlaneWindow& rows, std::size_t x, int32_t* numbers) {
+// Where a block's factors lie in their table, in bytes; planes of these are a chunk apart.
+HWY_INLINE void takeOffsets(const PlaneWindow& rows, std::size_t x, uint16_t* offsets) {
   const Brightest most = brightest(rows, x);
+  const uint8x16_t one = vdupq_n_u8(sizeof(uint32_t)), three = vdupq_n_u8(3 * sizeof(uint32_t));
   for (std::size_t c = 0; c < kPackedBytes; ++c) {
-    const Ints4 number = widened(plusThrice(most.all, most.of[c]));
-    for (std::size_t i = 0; i < 4; ++i) {
-      hn::Store(number.part[i], Ints(), numbers + c * kChunk + i * kBlock / 4);
-    }
+    const uint8x16_t all = most.all.raw, own = most.of[c].raw;
+    vst1q_u16(offsets + c * kChunk, vmlal_u8(vmull_u8(vget_low_u8(all), vget_low_u8(one)),
+                                             vget_low_u8(own), vget_low_u8(three)));
+    vst1q_u16(offsets + c * kChunk + 8, vmlal_high_u8(vmull_high_u8(all, one), own, three));
   }
 }
 
-// The high bytes of the products.
-HWY_INLINE ByteVector scaledBy(const int32_t* factors, ByteVector v) {
-  const Ints d;
-  const hn::RebindToUnsigned<Ints> u;
-  Ints4 products = widened(v);
-  for (std::size_t i = 0; i < 4; ++i) {
-    const IntVector product = hn::Mul(products.part[i], hn::Load(d, factors + i * kBlock / 4));
-    products.part[i] = hn::BitCast(d, hn::ShiftRight<24>(hn::BitCast(u, product)));
-  }
-  return narrow(products);
+HWY_INLINE uint8x8_t scaledBy(const uint32_t* factors, uint16x8_t v) {
+  const uint16x8x2_t halves = vld2q_u16(reinterpret_cast<const uint16_t*>(factors));
+  const int16x8_t fine =
+      vqdmulhq_s16(vreinterpretq_s16_u16(v), vreinterpretq_s16_u16(halves.val[0]));
+  return vshrn_n_u16(vmlaq_u16(vreinterpretq_u16_s16(fine), v, halves.val[1]), 8);
+}
+
+HWY_INLINE ByteVector scaledBy(const uint32_t* factors, ByteVector v) {
+  return ByteVector(vcombine_u8(scaledBy(factors, vmovl_u8(vget_low_u8(v.raw))),
+                                scaledBy(factors + 8, vmovl_high_u8(v.raw))));
 }
 
 void cartoonRowVector(const PlaneWindow& rows, uint8_t* out, std::size_t count,
                       const CartoonFactors& factors) {
-  HWY_ALIGN int32_t looked[kPackedBytes][kChunk];  // at first the numbers of the factors
+  HWY_ALIGN uint16_t offsets[kPackedBytes][kChunk];
+  HWY_ALIGN uint32_t looked[kPackedBytes][kChunk];
+  const PlaneWindow planes = rows;  // which no store can change
   for (std::size_t from = 0; from < count; from += kChunk) {
     const std::size_t part = HWY_MIN(count - from, kChunk);
     for (std::size_t x = 0; x < part; x += kBlock) {
-      takeNumbers(rows, from + x, looked[0] + x);
+      takeOffsets(planes, from + x, offsets[0] + x);
     }
     for (int c = 0; c < kPackedBytes; ++c) {
-      lookUp(factors.entries, looked[c], hwy::RoundUpTo(part, kBlock));
+      lookUp<0>(factors.entries, offsets[c], looked[c], hwy::RoundUpTo(part, kBlock));
     }
-    const auto scale = [&](std::size_t x, uint8_t* to) HWY_ATTR {
+    const auto scale = [from, planes, &looked](std::size_t x, uint8_t* to) HWY_ATTR {
       const Bytes d;
-      ByteVector result[kPackedBytes];
-      for (int c = 0; c < kPackedBytes; ++c) {
-        const ByteVector v = hn::LoadU(d, rows.plane(c).middle + from + x + 1);
-        result[c] = scaledBy(looked[c] + x, v);
-      }
-      hn::StoreInterleaved3(result[2], result[1], result[0], d, to);
+      const auto scaled = [&](int c) HWY_ATTR {
+        return scaledBy(looked[c] + x, hn::LoadU(d, planes.plane(c).middle + from + x + 1));
+      };
+      hn::StoreInterleaved3(scaled(2), scaled(1), scaled(0), d, to);
     };
     forEachBlock<kBlock>(part, scale, Writes<kPackedBytes>{out + kPackedBytes * from});
   }

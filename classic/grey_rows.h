@@ -31,6 +31,11 @@ void greyRowPlain(const uint8_t* pixels, uint8_t* grey, std::size_t width,
 void spreadGreyRow(const uint8_t* grey, uint8_t* pixels, std::size_t width);
 void spreadGreyRowPlain(const uint8_t* grey, uint8_t* pixels, std::size_t width);
 
+/// The same with a tint: bytes 0 and 1 of a pixel gain those of its tint, up to 255.
+void tintGreyRow(const uint8_t* grey, const uint8_t* tints, uint8_t* pixels, std::size_t width);
+void tintGreyRowPlain(const uint8_t* grey, const uint8_t* tints, uint8_t* pixels,
+                      std::size_t width);
+
 /// Byte c of pixel x goes to planes[c * pitch + x].
 void splitRow(const uint8_t* pixels, uint8_t* planes, std::ptrdiff_t pitch, std::size_t width);
 void splitRowPlain(const uint8_t* pixels, uint8_t* planes, std::ptrdiff_t pitch, std::size_t width);

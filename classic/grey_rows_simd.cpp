@@ -24,6 +24,7 @@ namespace {
 
 constexpr auto& greyRowVector = greyRowPlain;
 constexpr auto& spreadGreyRowVector = spreadGreyRowPlain;
+constexpr auto& tintGreyRowVector = tintGreyRowPlain;
 constexpr auto& splitRowVector = splitRowPlain;
 
 #else
@@ -35,6 +36,11 @@ using ByteVector = hn::Vec<Bytes>;
 
 constexpr std::size_t kBlock = hn::MaxLanes(Bytes());  // pixels a step
 static_assert(kBlock <= kRowPadding);
+
+// A block of pixels: their planes with three-way loads and stores, otherwise as it is in memory.
+struct Pixels {
+  ByteVector v0, v1, v2;
+};
 
 #if ALG_IS_NEON()
 
@@ -155,11 +161,12 @@ void splitRowVector(const uint8_t* pixels, uint8_t* planes, std::ptrdiff_t pitch
   forEachBlock<kBlock>(width, split, Reads<kPackedBytes>{pixels});
 }
 
-HWY_INLINE void spreadBlock(const uint8_t* grey, uint8_t* pixels) {
+// Greys as they lie in the three vectors of their pixels.
+HWY_INLINE Pixels spread(const uint8_t* grey) {
   const Bytes d;
   const ByteVector v = hn::LoadU(d, grey);
 #if ALG_IS_NEON()
-  hn::StoreInterleaved3(v, v, v, d, pixels);
+  return {v, v, v};
 #else
   // Byte i of a lane's 48 is its grey i / 3.
   alignas(16) static constexpr uint8_t kThirds[48] = {
@@ -168,16 +175,56 @@ HWY_INLINE void spreadBlock(const uint8_t* grey, uint8_t* pixels) {
   const auto first = hn::LoadDup128(d, kThirds), second = hn::LoadDup128(d, kThirds + 16),
              third = hn::LoadDup128(d, kThirds + 32);
   const ByteVector lower = hn::ConcatLowerLower(d, v, v), upper = hn::ConcatUpperUpper(d, v, v);
-  hn::StoreU(hn::TableLookupBytes(lower, hn::ConcatUpperLower(d, second, first)), d, pixels);
-  hn::StoreU(hn::TableLookupBytes(v, hn::ConcatUpperLower(d, first, third)), d, pixels + kBlock);
-  hn::StoreU(hn::TableLookupBytes(upper, hn::ConcatUpperLower(d, third, second)), d,
-             pixels + 2 * kBlock);
+  return {hn::TableLookupBytes(lower, hn::ConcatUpperLower(d, second, first)),
+          hn::TableLookupBytes(v, hn::ConcatUpperLower(d, first, third)),
+          hn::TableLookupBytes(upper, hn::ConcatUpperLower(d, third, second))};
+#endif
+}
+
+// Bytes 0 and 1 of each pixel, and 0 for byte 2.
+HWY_INLINE Pixels loadTints(const uint8_t* tints) {
+  const Bytes d;
+#if ALG_IS_NEON()
+  ByteVector t0, t1, t2;
+  hn::LoadInterleaved3(d, tints, t0, t1, t2);
+  return {t0, t1, hn::Zero(d)};
+#else
+  alignas(32) static constexpr uint8_t kTinted[kBlock + 2] = {
+      255, 255, 0,   255, 255, 0,   255, 255, 0,   255, 255, 0,   255, 255, 0,   255, 255,
+      0,   255, 255, 0,   255, 255, 0,   255, 255, 0,   255, 255, 0,   255, 255, 0,   255};
+  const auto masked = [&](std::size_t k, std::size_t phase) HWY_ATTR {
+    return hn::And(hn::LoadU(d, tints + kBlock * k), hn::LoadU(d, kTinted + phase));
+  };
+  return {masked(0, 0), masked(1, 2), masked(2, 1)};
+#endif
+}
+
+HWY_INLINE void storePixels(const Pixels& p, uint8_t* to) {
+  const Bytes d;
+#if ALG_IS_NEON()
+  hn::StoreInterleaved3(p.v0, p.v1, p.v2, d, to);
+#else
+  hn::StoreU(p.v0, d, to);
+  hn::StoreU(p.v1, d, to + kBlock);
+  hn::StoreU(p.v2, d, to + 2 * kBlock);
 #endif
 }
 
 void spreadGreyRowVector(const uint8_t* grey, uint8_t* pixels, std::size_t width) {
-  const auto spread = [&](std::size_t x, uint8_t* to) HWY_ATTR { spreadBlock(grey + x, to); };
-  forEachBlock<kBlock>(width, spread, Writes<kPackedBytes>{pixels});
+  const auto block = [&](std::size_t x, uint8_t* to)
+                         HWY_ATTR { storePixels(spread(grey + x), to); };
+  forEachBlock<kBlock>(width, block, Writes<kPackedBytes>{pixels});
+}
+
+void tintGreyRowVector(const uint8_t* grey, const uint8_t* tints, uint8_t* pixels,
+                       std::size_t width) {
+  const auto block = [&](std::size_t x, const uint8_t* from, uint8_t* to) HWY_ATTR {
+    const Pixels greys = spread(grey + x), added = loadTints(from);
+    storePixels({hn::SaturatedAdd(greys.v0, added.v0), hn::SaturatedAdd(greys.v1, added.v1),
+                 hn::SaturatedAdd(greys.v2, added.v2)},
+                to);
+  };
+  forEachBlock<kBlock>(width, block, Reads<kPackedBytes>{tints}, Writes<kPackedBytes>{pixels});
 }
 
 #endif  // vectors or not
@@ -195,6 +242,10 @@ void greyRow(const uint8_t* pixels, uint8_t* grey, std::size_t width, const Grey
 
 void spreadGreyRow(const uint8_t* grey, uint8_t* pixels, std::size_t width) {
   ALG_DISPATCH(spreadGreyRowVector)(grey, pixels, width);
+}
+
+void tintGreyRow(const uint8_t* grey, const uint8_t* tints, uint8_t* pixels, std::size_t width) {
+  ALG_DISPATCH(tintGreyRowVector)(grey, tints, pixels, width);
 }
 
 void splitRow(const uint8_t* pixels, uint8_t* planes, std::ptrdiff_t pitch, std::size_t width) {

@@ -76,14 +76,17 @@ const EdgeSteps& edgeSteps() {
 /// n divides 1020 x v and f is rounded down. A fixed-point factor just above 1020 / n, or just
 /// below it where f is rounded down, gives the same for each v (all n and v have been tried).
 CartoonFactors findCartoonFactors() {
-  constexpr uint64_t kDividend = uint64_t{4 * 255} << 24;
+  constexpr uint64_t kDividend = uint64_t{4 * 255} << (8 + CartoonFactors::kFineBits);
   CartoonFactors factors;
   for (int i = 0; i < static_cast<int>(std::size(factors.entries)); ++i) {
     const int n = i + 1;
     const auto f = static_cast<float>(4.0 / n);
     const bool roundedDown = static_cast<double>(f) * n < 4.0;
     const uint64_t below = (kDividend - 1) / static_cast<unsigned>(n);
-    factors.entries[i] = static_cast<int32_t>(roundedDown ? below : below + 1);
+    const uint64_t factor = roundedDown ? below : below + 1;
+    constexpr int kFineBits = CartoonFactors::kFineBits;
+    const auto fine = static_cast<uint32_t>(factor & ((1 << kFineBits) - 1));
+    factors.entries[i] = static_cast<uint32_t>(factor >> kFineBits) << 16 | fine;
   }
   return factors;
 }
