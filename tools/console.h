@@ -3,23 +3,12 @@
 
 #include <chrono>
 #include <cstddef>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 
+#include "tools/failure.h"
+
 namespace alg::tool {
-
-/// Something the user asked for that can't be done. what() is the whole explanation, on one line.
-class UserError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
-
-/// A command line that is wrong whatever the files hold.
-class WrongUse : public UserError {
- public:
-  using UserError::UserError;
-};
 
 /// Prints "camera-effects: text" as one line, each text once per run: a batch would repeat it per
 /// file. Control characters (in file names) become '?'. From any thread.
