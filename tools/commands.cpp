@@ -8,6 +8,7 @@
 #include <string>
 #include <utility>
 
+#include "tools/apply_options.h"
 #include "tools/catalogue.h"
 #include "tools/completion.h"
 #include "tools/effect_names.h"
@@ -55,36 +56,32 @@ std::string notANumber(const std::string& text) {
 }
 
 void addApply(CLI::App& app, Options& options) {
-  CLI::App& apply = *app.add_subcommand("apply", "Apply an effect to photos");
+  CLI::App& apply = *app.add_subcommand("apply", "Apply effects to photos");
   ApplyRequest& request = options.apply;
-  apply.add_option("NAME", request.effect, "effect name, see \"camera-effects list\"")
-      ->type_name("")
-      ->required();
-  apply
-      .add_option("FILES", request.paths,
-                  "input and output file; or several inputs, or a folder of JPEGs, and last the "
-                  "output folder")
-      ->type_name(kJpegFile.typeName)
-      ->required()
-      ->expected(2, CLI::detail::expected_max_vector_size);
+  addApplyOptions(apply, request);
   addQuality(apply, request.quality);
-  apply
-      .add_option("--jobs", request.threads,
-                  "photos to work on at once; by default, one for each processor")
-      ->type_name("N")
-      ->check(CLI::Range(1, kMostThreads));
-  apply.add_flag("--recursive", request.recursive,
-                 "also take photos from sub-folders; the output folder gets the same ones");
   addEffectOptions(apply, request.choices);
   apply.footer(
       "Pretty effects crop odd sides by one pixel. Photos are turned upright and keep their\n"
       "metadata: Exif, XMP, IPTC, comment and colour profile. Their orientation tag then says\n"
-      "upright, and thumbnails of the old picture are left out.\n\n"
+      "upright, and thumbnails of the old picture are left out. An output has the access rights "
+      "of\n"
+      "its input; one that is replaced keeps its own.\n\n"
+      "A photo that fails never stops the others. An output appears under its name when it is\n"
+      "complete, so that a run that was ended goes on with --skip-existing. Each line of a report\n"
+      "has the keys in, out, status (done, skipped, failed, planned), code (as the exit code of a\n"
+      "run for this photo alone), ms and notes.\n\n"
       "Examples:\n"
       "  camera-effects apply PrettyBlue photo.jpg blue.jpg\n"
+      "  camera-effects apply sepia,lomo --mix 60 photo.jpg faint.jpg\n"
       "  camera-effects apply PrettyJapan --quality 85 --jobs 2 holiday/ holiday-japan/\n"
-      "  camera-effects apply sepia photo.jpg sepia.jpg\n"
-      "  camera-effects apply color-paint --picture wash.png photo.jpg washed.jpg");
+      "  camera-effects apply sepia - - <photo.jpg >sepia.jpg\n"
+      "  camera-effects apply color-paint --picture wash.png photo.jpg washed.jpg\n"
+      "  find holiday -name '*.jpg' -print0 | camera-effects apply sepia --files-from - -0 "
+      "--output "
+      "'sepia/{dir}/{name}'\n"
+      "  camera-effects apply sepia holiday/ --output '{dir}/{stem}-{effect}{ext}' --shard 1/2 "
+      "--report part1.jsonl");
   setWork(apply, options, [&request] { return applyToFiles(request); });
 }
 
@@ -110,6 +107,33 @@ void addConvert(CLI::App& app, Options& options) {
       "  camera-effects convert --from jpg --to nv21 photo.jpg photo.nv21");
   setWork(convert, options, [&request] {
     convertFrame(request);
+    return true;
+  });
+}
+
+void addFrames(CLI::App& app, Options& options) {
+  CLI::App& frames = *app.add_subcommand(
+      "frames", "Apply effects to a stream of frames, as a camera delivers them");
+  FramesRequest& request = options.frames;
+  frames
+      .add_option("NAME", request.effects,
+                  "effect name, see \"camera-effects list\", or several with commas between them")
+      ->type_name("")
+      ->required();
+  frames.add_option("--size", request.size, "size of raw frames in pixels, both even")
+      ->type_name("WxH");
+  frames.add_option("--format", request.format, "format of raw frames; nv21 when not given")
+      ->check(CLI::IsMember({"nv12", "nv21"}));
+  addEffectOptions(frames, request.choices);
+  frames.footer(
+      "Takes frames on the standard input and gives them on the standard output, each as soon as\n"
+      "it is done: raw ones with --size, else a Y4M stream of 8-bit 4:2:0, which says its size. A\n"
+      "last frame that is cut off is an error (exit code 3); all whole ones are written before.\n\n"
+      "Examples:\n"
+      "  camera-effects frames PrettySweet --size 640x480 <frame.nv21 >sweet.nv21\n"
+      "  camera-effects frames sepia --size 640x480 --format nv12 <frame.nv21 >sepia.nv12");
+  setWork(frames, options, [&request] {
+    filterFrames(request);
     return true;
   });
 }
@@ -331,6 +355,7 @@ void addCommands(CLI::App& app, Options& options) {
   addList(app, options);
   addApply(app, options);
   addConvert(app, options);
+  addFrames(app, options);
   addRotate(app, options);
   addResize(app, options);
   addBlend(app, options);

@@ -11,7 +11,6 @@
 #include "base/image_size.h"
 #include "libalgorithm/camera_util.h"
 #include "tools/console.h"
-#include "tools/files.h"
 
 namespace alg::tool {
 
@@ -51,7 +50,7 @@ PhotoFile readPhoto(const std::filesystem::path& path, int keepSide) {
   const std::vector<uint8_t> file = readFile(path);
   std::optional<DecodedJpeg> photo = decodeJpeg(file, {.keepSide = keepSide});
   if (!photo) {
-    throw UserError(fmt::format(
+    throw BadInput(fmt::format(
         "{}: not a JPEG, damaged beyond decoding, or too large for the memory", path.string()));
   }
   Metadata metadata(file, path);
@@ -65,8 +64,8 @@ void cropToEven(Photo& photo, const std::filesystem::path& path) {
     return;
   }
   if (width == 0 || height == 0) {
-    throw UserError(fmt::format("{}: {}x{} pixels are too few, a frame has at least 2x2",
-                                path.string(), photo.width, photo.height));
+    throw BadInput(fmt::format("{}: {}x{} pixels are too few, a frame has at least 2x2",
+                               path.string(), photo.width, photo.height));
   }
   note(fmt::format("{}: cropped from {}x{} to {}x{}, frames have even sides", path.string(),
                    photo.width, photo.height, width, height));
@@ -117,10 +116,10 @@ EncodedJpeg encodePhoto(const Photo& photo, int quality) {
 }
 
 void writePhoto(const std::filesystem::path& path, const Photo& photo, const Metadata& metadata,
-                int quality) {
+                int quality, const WriteOptions& options) {
   const EncodedJpeg jpeg = encodePhoto(photo, quality);
   const auto whole = metadata.addedTo(bytesOf(jpeg), photo.width, photo.height, path);
-  writeFile(path, whole.empty() ? bytesOf(jpeg) : whole);
+  writeFile(path, whole.empty() ? bytesOf(jpeg) : whole, options);
 }
 
 }  // namespace alg::tool

@@ -6,6 +6,7 @@
 #include <span>
 
 #include "platform/jpeg.h"
+#include "tools/files.h"
 #include "tools/metadata.h"
 
 namespace alg::tool {
@@ -42,7 +43,7 @@ EncodedJpeg encodePixels(const uint8_t* pixels, int width, int height, int quali
 EncodedJpeg encodePhoto(const Photo& photo, int quality);
 /// Writes a JPEG file with the metadata of the photo it was made from. Throws UserError.
 void writePhoto(const std::filesystem::path& path, const Photo& photo, const Metadata& metadata,
-                int quality);
+                int quality, const WriteOptions& options = {});
 
 /// The bytes of an encoded photo.
 inline std::span<const uint8_t> bytesOf(const EncodedJpeg& jpeg) {

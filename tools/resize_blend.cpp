@@ -14,8 +14,8 @@ void resizePhoto(const ResizeRequest& request) {
   const Size size = parseSize(request.size, kLongestJpegSide);
   const auto [photo, metadata] = readPhoto(request.input);
   if (photo.width > kLongestSide || photo.height > kLongestSide) {
-    throw UserError(fmt::format("{} has {}x{} pixels; resize takes up to {} on a side",
-                                request.input.string(), photo.width, photo.height, kLongestSide));
+    throw BadInput(fmt::format("{} has {}x{} pixels; resize takes up to {} on a side",
+                               request.input.string(), photo.width, photo.height, kLongestSide));
   }
   Photo resized = blankPhoto(size.width, size.height);
   ::Resize(wordsOf(resized), size.width, size.height, wordsOf(photo), photo.width, photo.height);
@@ -31,9 +31,9 @@ void blendPhotos(const BlendRequest& request) {
   const auto [first, metadata] = readPhoto(request.first);
   const Photo second = readPhoto(request.second).photo;
   if (first.width != second.width || first.height != second.height) {
-    throw UserError(fmt::format("{} has {}x{} pixels, but {} has {}x{}; only equal sizes blend",
-                                request.first.string(), first.width, first.height,
-                                request.second.string(), second.width, second.height));
+    throw BadInput(fmt::format("{} has {}x{} pixels, but {} has {}x{}; only equal sizes blend",
+                               request.first.string(), first.width, first.height,
+                               request.second.string(), second.width, second.height));
   }
   Call call = presetCall(*operation);
   call.values[0] = request.weight.value_or(call.integer(0));
