@@ -77,9 +77,9 @@ void addApply(CLI::App& app, Options& options) {
                  "also take photos from sub-folders; the output folder gets the same ones");
   addEffectOptions(apply, request.choices);
   apply.footer(
-      "Pretty effects crop odd sides by one pixel. Photos are turned upright and keep their\n"
-      "metadata: Exif, XMP, IPTC, comment and colour profile. Their orientation tag then says\n"
-      "upright, and thumbnails of the old picture are left out.\n\n"
+      "Pretty effects crop odd sides by one pixel. Photos are turned upright and keep all that\n"
+      "their files say. Their orientation tag then says upright, and thumbnails of the old picture\n"
+      "are left out.\n\n"
       "Examples:\n"
       "  camera-effects apply PrettyBlue photo.jpg blue.jpg\n"
       "  camera-effects apply PrettyJapan --quality 85 --jobs 2 holiday/ holiday-japan/\n"

@@ -54,7 +54,7 @@ PhotoFile readPhoto(const std::filesystem::path& path, int keepSide) {
     throw UserError(fmt::format(
         "{}: not a JPEG, damaged beyond decoding, or too large for the memory", path.string()));
   }
-  Metadata metadata(file, path);
+  Metadata metadata(layoutOf(file), path);
   return {upright(std::move(*photo), metadata.orientation()), std::move(metadata)};
 }
 
@@ -119,8 +119,17 @@ EncodedJpeg encodePhoto(const Photo& photo, int quality) {
 void writePhoto(const std::filesystem::path& path, const Photo& photo, const Metadata& metadata,
                 int quality) {
   const EncodedJpeg jpeg = encodePhoto(photo, quality);
-  const auto whole = metadata.addedTo(bytesOf(jpeg), photo.width, photo.height, path);
-  writeFile(path, whole.empty() ? bytesOf(jpeg) : whole);
+  const std::vector<uint8_t> segments = metadata.segments(photo.width, photo.height, path);
+  if (segments.empty()) {
+    writeFile(path, bytesOf(jpeg));
+    return;
+  }
+  constexpr std::size_t kStart = 2;  // marker of the image's start
+  constexpr std::size_t kJfif = 18;  // the encoder's own first segment
+  std::vector<uint8_t> file(bytesOf(jpeg).begin(), bytesOf(jpeg).begin() + kStart);
+  file.insert(file.end(), segments.begin(), segments.end());
+  file.insert(file.end(), bytesOf(jpeg).begin() + kStart + kJfif, bytesOf(jpeg).end());
+  writeFile(path, file);
 }
 
 }  // namespace alg::tool
