@@ -15,6 +15,7 @@
 #include "tools/effect_names.h"
 #include "tools/files.h"
 #include "tools/photo_effect.h"
+#include "tools/photo_file.h"
 
 namespace fs = std::filesystem;
 
@@ -183,11 +184,11 @@ void Batch::takeJobs(Progress& progress) {
 }
 
 void Batch::doJob(const Job& job) {
-  auto [photo, metadata] = readPhoto(job.input);
+  PhotoFile file = readPhoto(job.input, request_.options);
   if (takesFrames(effect_)) {
-    cropToEven(photo, job.input);
+    cropToEven(file.photo, job.input);
   }
-  applyEffect(effect_, call_, pictures_, photo);
+  applyEffect(effect_, call_, pictures_, file.photo);
   if (job.inTree) {
     std::error_code error;
     const fs::path folder = job.output.parent_path();
@@ -197,7 +198,7 @@ void Batch::doJob(const Job& job) {
           fmt::format("cannot create the folder {}: {}", folder.string(), error.message()));
     }
   }
-  writePhoto(job.output, photo, metadata, request_.quality);
+  writePhoto(job.output, file, request_.options);
 }
 
 }  // namespace

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "tools/effect_options.h"
-#include "tools/photo.h"
+#include "tools/photo_options.h"
 
 namespace alg::tool {
 
@@ -17,7 +17,7 @@ struct ApplyRequest {
   /// Inputs, then the output. One file as input: the output is a file, or a folder that exists.
   /// Several, or a folder (its *.jpg and *.jpeg): a folder, made when missing.
   std::vector<std::filesystem::path> paths;
-  int quality = kDefaultQuality;
+  PhotoOptions options;
   EffectChoices choices;
   int threads = 0;         ///< 0: one for each processor
   bool recursive = false;  ///< photos of sub-folders, too, into the same sub-folders of the output

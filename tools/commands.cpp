@@ -24,13 +24,6 @@ void setWork(CLI::App& command, Options& options, std::function<bool()> work) {
   command.callback([&options, work = std::move(work)] { options.work = work; });
 }
 
-void addQuality(CLI::App& command, int& quality) {
-  command.add_option("--quality", quality, "JPEG quality, 0 to 100")
-      ->type_name("N")
-      ->capture_default_str()
-      ->check(CLI::Range(0, 100));
-}
-
 void addFile(CLI::App& command, const char* name, FileKind kind, std::filesystem::path& path,
              const char* description) {
   command.add_option(name, path, description)->type_name(kind.typeName)->required();
@@ -67,7 +60,8 @@ void addApply(CLI::App& app, Options& options) {
       ->type_name(kJpegFile.typeName)
       ->required()
       ->expected(2, CLI::detail::expected_max_vector_size);
-  addQuality(apply, request.quality);
+  addReadOptions(apply, request.options);
+  addWriteOptions(apply, request.options);
   apply
       .add_option("--jobs", request.threads,
                   "photos to work on at once; by default, one for each processor")
@@ -78,7 +72,8 @@ void addApply(CLI::App& app, Options& options) {
   addEffectOptions(apply, request.choices);
   apply.footer(
       "Pretty effects crop odd sides by one pixel. Photos are turned upright and keep all that\n"
-      "their files say. Their orientation tag then says upright, and thumbnails of the old picture\n"
+      "their files say. Their orientation tag then says upright, and thumbnails of the old "
+      "picture\n"
       "are left out.\n\n"
       "Examples:\n"
       "  camera-effects apply PrettyBlue photo.jpg blue.jpg\n"
@@ -99,7 +94,8 @@ void addConvert(CLI::App& app, Options& options) {
   convert.add_option("--to", request.to, "format of the output")
       ->required()
       ->check(CLI::IsMember({"nv12", "nv21", "argb", "jpg"}));
-  addQuality(convert, request.quality);
+  addReadOptions(convert, request.options);
+  addWriteOptions(convert, request.options);
   addFile(convert, "IN", kAnyFile, request.input, "raw file of exactly one frame, or JPEG file");
   addFile(convert, "OUT", kAnyFile, request.output, "file to write");
   convert.footer(
@@ -141,7 +137,8 @@ void addResize(CLI::App& app, Options& options) {
   CLI::App& resize = *app.add_subcommand("resize", "Resize a photo");
   ResizeRequest& request = options.resize;
   addSize(resize, request.size, "size of the output in pixels");
-  addQuality(resize, request.quality);
+  addReadOptions(resize, request.options);
+  addWriteOptions(resize, request.options);
   addFile(resize, "IN", kJpegFile, request.input, "JPEG file");
   addFile(resize, "OUT", kAnyFile, request.output, "file to write");
   resize.footer(
@@ -164,7 +161,8 @@ void addBlend(CLI::App& app, Options& options) {
   blend.add_option("--weight", request.weight, "of the first photo, for mix; 128 is half")
       ->type_name("N")
       ->check(CLI::Range(0, 256));
-  addQuality(blend, request.quality);
+  addReadOptions(blend, request.options);
+  addWriteOptions(blend, request.options);
   addFile(blend, "A", kJpegFile, request.first, "JPEG file");
   addFile(blend, "B", kJpegFile, request.second, "JPEG file");
   addFile(blend, "OUT", kAnyFile, request.output, "file to write");
@@ -194,7 +192,8 @@ void addBeauty(CLI::App& app, Options& options) {
       .add_option("--engine", request.engine,
                   "engine library; without it, system/lib64/libSFB.so in ALGORITHM_DEVICE_ROOT")
       ->type_name(kAnyFile.typeName);
-  addQuality(beauty, request.quality);
+  addReadOptions(beauty, request.options);
+  addWriteOptions(beauty, request.options);
   addFile(beauty, "IN", kJpegFile, request.input, "JPEG file");
   addFile(beauty, "OUT", kAnyFile, request.output, "file to write");
   beauty.footer(
@@ -216,7 +215,8 @@ void addGallery(CLI::App& app, Options& options) {
   addFile(gallery, "IN", kJpegFile, request.photo, "JPEG file");
   addFile(gallery, "OUTDIR", kFolder, request.folder,
           "folder to make; an earlier gallery is replaced");
-  addQuality(gallery, request.quality);
+  addReadOptions(gallery, request.options);
+  addWriteOptions(gallery, request.options);
   gallery.footer(
       "The photo is turned upright and, if large, reduced; its longer side keeps at least 1600\n"
       "pixels. The pictures carry no metadata.\n\n"

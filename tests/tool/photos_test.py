@@ -1,5 +1,6 @@
 """What becomes of whole photos, their metadata and their formats: photos_test.py TOOL ENGINE"""
 import json
+import os
 import random
 import struct
 import subprocess
@@ -95,6 +96,58 @@ class PhotosTest(ToolCase):
             kept = [body for _, body in segments(made)]
             for _, body in rest[1:8] + rest[10:]:
                 self.assertIn(body, kept)
+
+    def test_damaged_photos_are_refused_or_kept_by_the_users_word(self):
+        Path("argb").write_bytes(random.Random(2).randbytes(4 * 320 * 240))
+        self.run_tool("convert", "--size=320x240", "--from=argb", "--to=jpg", "--quality=50", "argb", "whole.jpg")
+        whole = Path("whole.jpg").read_bytes()
+        middle = bytearray(whole)
+        middle[len(whole) // 2:len(whole) // 2 + 400] = random.Random(3).randbytes(400)
+        for name, content, says in (("cut.jpg", whole[:len(whole) // 2], r"1\d\d of 240 rows .*ends early"),
+                                    ("middle.jpg", middle, r"1\d\d of 240 rows")):
+            Path(name).write_bytes(content)
+            self.run_tool("resize", "--size=30x20", name, "none.jpg", code=3, says=f"{name}: damaged: {says}.*--damaged keep")
+            self.assertFalse(Path("none.jpg").exists())
+            self.run_tool("resize", "--size=30x20", name, "kept.jpg", "--damaged=keep", says=f"note: {name}: damaged: {says}")
+            self.assertTrue(Path("kept.jpg").stat().st_size > 0)
+            os.link(name, "same.jpg")
+            for output in (name, "same.jpg"):
+                self.run_tool("resize", "--size=30x20", name, output, "--damaged=keep", code=3, says=".*\n.*never replaced")
+            os.remove("same.jpg")
+            self.assertEqual(Path(name).read_bytes(), bytes(content))
+        padded = whole[:-2] + bytes(20)  # what costs no pixel is no damage
+        Path("padded.jpg").write_bytes(padded)
+        self.run_tool("resize", "--size=30x20", "padded.jpg", "made.jpg")
+
+    def test_each_refused_file_has_its_own_sentence(self):
+        frame = self.photo.index(b"\xff\xc0")
+        def patched(at, content):
+            return self.photo[:frame + at] + content + self.photo[frame + at + len(content):]
+        for content, says in (
+                (b"", "empty"), (b"hello", "x: not a JPEG, PNG"), (b"GIF89a" + bytes(20), "a GIF"), (b"BM" + bytes(20), "a BMP"),
+                (bytes(4) + b"ftypisom" + bytes(20), "a video"), (patched(4, b"\x0c"), "12 bits a sample"),
+                (patched(5, b"\xff" * 4), "65535x65535 pixels; at most 65535"), (patched(1, b"\xc3"), "lossless"),
+                (patched(1, b"\xc5"), "hierarchical"), (self.photo[:frame], "no part of the picture")):
+            Path("x").write_bytes(content)
+            self.run_tool("resize", "--size=30x20", "x", "none.jpg", code=3, says=f"x: .*{says}" if "x:" not in says else says)
+            self.assertFalse(Path("none.jpg").exists())
+        self.run_tool("resize", "--size=30x20", "photo.jpg", "none.heic", code=2, says="HEIC files are only read")
+
+    def test_quality_and_sampling_follow_the_input_or_the_option(self):
+        def coding(file):
+            segment = next(body for marker, body in segments(Path(file).read_bytes()) if marker == 0xc0)
+            tables = b"".join(body for marker, body in segments(Path(file).read_bytes()) if marker == 0xdb)
+            return {0x11: "444", 0x21: "422", 0x22: "420"}[segment[7]], tables
+        for sampling in ("444", "422", "420"):
+            self.run_tool("convert", "--size=64x48", "--from=nv21", "--to=jpg", "--quality=71", "raw", "in.jpg", f"--sampling={sampling}")
+            self.run_tool("resize", "--size=30x20", "in.jpg", "made.jpg", "--quality=same")
+            self.assertEqual(coding("made.jpg"), coding("in.jpg"))
+            self.assertEqual(coding("made.jpg")[0], sampling)
+        self.run_tool("resize", "--size=30x20", "in.jpg", "made.jpg", "--sampling=444")
+        self.assertEqual(coding("made.jpg")[0], "444")
+        self.assertNotEqual(coding("made.jpg")[1], coding("in.jpg")[1])
+        for option in ("--quality=101", "--quality=sam", "--sampling=411", "--damaged=no"):
+            self.run_tool("resize", "--size=30x20", "in.jpg", "none.jpg", option, code=2, says=option[:6])
 
 
 if __name__ == "__main__":

@@ -139,7 +139,7 @@ class ToolTest(ToolCase):
         for command, says in (("raw --engine=raw", "raw: not a JPEG"), ("photo.jpg --engine=no", "no: No such file"),
                               ("photo.jpg --engine=raw", "raw: not usable .*: "), ("photo.jpg", "libSFB.so: .*--engine"),
                               ("photo.jpg --toning=99 --engine=root/system/lib64/libSFB.so", "photo.jpg: .*code -7")):
-            self.run_tool("beauty", *command.split(), "none.jpg", code=1, says=says)
+            self.run_tool("beauty", *command.split(), "none.jpg", code=3 if "raw: not a JPEG" in says else 1, says=says)
         self.assertEqual(sorted(Path(".").rglob("*")), before)
         self.made("beauty", "photo.jpg", ALGORITHM_DEVICE_ROOT="root")
 
@@ -300,7 +300,7 @@ class ToolTest(ToolCase):
                 ("apply new-sketch photo.jpg o.jpg --paper=/dev/zero", 1, "/dev/zero: not a regular file"),
                 ("apply area photo.jpg o.jpg --front=raw", 2, "--mask"),
                 ("apply miniature-rows photo.jpg o.jpg --ramp=40", 1, "--ramp 40.*48 rows"),
-                ("resize photo.jpg o.jpg --size=0x9", 2, "WIDTHx"), ("resize raw o.jpg --size=9x9", 1, "not a JPEG"),
+                ("resize photo.jpg o.jpg --size=0x9", 2, "WIDTHx"), ("resize raw o.jpg --size=9x9", 3, "not a JPEG"),
                 ("resize photo.jpg o.jpg --size=65501x1", 2, "65500"),
                 ("blend photo.jpg flat.jpg o.jpg", 1, "64x48.*16x16"), ("blend raw raw o.jpg --weight=257", 2, "256"),
                 ("blend photo.jpg photo.jpg o.jpg --mode=darken --weight=1", 2, "--weight"),
@@ -308,7 +308,7 @@ class ToolTest(ToolCase):
                 (convert + "63x48", 2, "even"), (convert + "64x", 2, "WIDTHxHEIGHT"),
                 (convert + "64x46", 1, "4608 bytes.*4416"), (convert + "64x50 --from=rgb", 2, "rgb"),
                 ("rotate --size=64x48 --format=nv12 45 raw out", 2, "45"),
-                ("gallery raw page", 1, "not a JPEG"), ("gallery photo.jpg mine", 1, "no earlier gallery")):
+                ("gallery raw page", 3, "not a JPEG"), ("gallery photo.jpg mine", 1, "no earlier gallery")):
             self.run_tool(*command.split(), code=code, says=says)
             self.assertEqual(sorted(Path(".").rglob("*")), before, command)
 
