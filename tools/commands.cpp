@@ -8,6 +8,7 @@
 #include <string>
 #include <utility>
 
+#include "tools/apply_options.h"
 #include "tools/catalogue.h"
 #include "tools/completion.h"
 #include "tools/effect_names.h"
@@ -48,38 +49,33 @@ std::string notANumber(const std::string& text) {
 }
 
 void addApply(CLI::App& app, Options& options) {
-  CLI::App& apply = *app.add_subcommand("apply", "Apply an effect to photos");
+  CLI::App& apply = *app.add_subcommand("apply", "Apply effects to photos");
   ApplyRequest& request = options.apply;
-  apply.add_option("NAME", request.effect, "effect name, see \"camera-effects list\"")
-      ->type_name("")
-      ->required();
-  apply
-      .add_option("FILES", request.paths,
-                  "input and output file; or several inputs, or a folder of JPEGs, and last the "
-                  "output folder")
-      ->type_name(kJpegFile.typeName)
-      ->required()
-      ->expected(2, CLI::detail::expected_max_vector_size);
+  addApplyOptions(apply, request);
   addReadOptions(apply, request.options);
   addWriteOptions(apply, request.options);
-  apply
-      .add_option("--jobs", request.threads,
-                  "photos to work on at once; by default, one for each processor")
-      ->type_name("N")
-      ->check(CLI::Range(1, kMostThreads));
-  apply.add_flag("--recursive", request.recursive,
-                 "also take photos from sub-folders; the output folder gets the same ones");
   addEffectOptions(apply, request.choices);
   apply.footer(
       "Pretty effects crop odd sides by one pixel. Photos are turned upright and keep all that\n"
-      "their files say. Their orientation tag then says upright, and thumbnails of the old "
+      "their files say; their orientation tag then says upright, and thumbnails of the old "
       "picture\n"
-      "are left out.\n\n"
+      "are left out. The ending of an output's name decides its format. An output has the access\n"
+      "rights of its input; one that is replaced keeps its own.\n\n"
+      "A photo that fails never stops the others. An output appears under its name when it is\n"
+      "complete, so that a run that was ended goes on with --skip-existing. Each line of a report\n"
+      "has the keys in, out, status (done, skipped, failed, planned), code (as the exit code of a\n"
+      "run for this photo alone), ms and notes.\n\n"
       "Examples:\n"
       "  camera-effects apply PrettyBlue photo.jpg blue.jpg\n"
+      "  camera-effects apply sepia,lomo --mix 60 photo.jpg faint.jpg\n"
       "  camera-effects apply PrettyJapan --quality 85 --jobs 2 holiday/ holiday-japan/\n"
-      "  camera-effects apply sepia photo.jpg sepia.jpg\n"
-      "  camera-effects apply color-paint --picture wash.png photo.jpg washed.jpg");
+      "  camera-effects apply sepia - - <photo.jpg >sepia.jpg\n"
+      "  camera-effects apply color-paint --picture wash.png photo.jpg washed.jpg\n"
+      "  find holiday -name '*.jpg' -print0 | camera-effects apply sepia --files-from - -0 "
+      "--output "
+      "'sepia/{dir}/{name}'\n"
+      "  camera-effects apply sepia holiday/ --output '{dir}/{stem}-{effect}{ext}' --shard 1/2 "
+      "--report part1.jsonl");
   setWork(apply, options, [&request] { return applyToFiles(request); });
 }
 

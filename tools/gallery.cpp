@@ -10,6 +10,7 @@
 #include "tools/console.h"
 #include "tools/files.h"
 #include "tools/gallery_page.h"
+#include "tools/interrupts.h"
 #include "tools/jpeg_photo.h"
 #include "tools/photo_effect.h"
 #include "tools/photo_file.h"

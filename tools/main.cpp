@@ -7,11 +7,13 @@
 #include <functional>
 #include <new>
 #include <string>
+#include <system_error>
 
 #include "tools/commands.h"
 #include "tools/console.h"
 #include "tools/device_root.h"
-#include "tools/files.h"
+#include "tools/file_errors.h"
+#include "tools/interrupts.h"
 
 namespace alg::tool {
 namespace {
@@ -50,6 +52,9 @@ int work(const std::function<bool()>& command) {
   } catch (const std::bad_alloc&) {
     complain("not enough memory");
     return codeOf(ExitCode::kTryAgain);
+  } catch (const std::system_error& error) {  // printing has failed
+    complain(error.what());
+    return codeOf(mayPass(error.code().value()) ? ExitCode::kTryAgain : ExitCode::kFailed);
   } catch (const std::exception& error) {
     complain(error.what());
   }

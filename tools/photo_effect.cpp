@@ -129,9 +129,9 @@ void applyEffect(const Operation& operation, Call call, EffectPictures& pictures
   call.width = photo.width;
   call.height = photo.height;
   if (const char* why = operation.misfit != nullptr ? operation.misfit(call) : nullptr) {
-    throw UserError(fmt::format("{}: {} does not go with the photo's {} rows of {} pixels: {}",
-                                operation.name, asOptions(operation, call), photo.height,
-                                photo.width, why));
+    throw BadInput(fmt::format("{}: {} does not go with the photo's {} rows of {} pixels: {}",
+                               operation.name, asOptions(operation, call), photo.height,
+                               photo.width, why));
   }
   std::ranges::copy(pictures.of(operation, photo.width, photo.height), call.pictures);
   if (takesFrames(operation)) {

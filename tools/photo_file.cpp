@@ -54,8 +54,11 @@ std::vector<uint8_t> encodeFor(const std::filesystem::path& path, const PhotoFil
 }
 
 void writePhoto(const std::filesystem::path& path, const PhotoFile& file,
-                const PhotoOptions& options) {
-  writeFile(path, encodeFor(path, file, options));
+                const PhotoOptions& options, WriteOptions how) {
+  if (how.source.empty()) {
+    how.source = file.origin.path;
+  }
+  writeFile(path, encodeFor(path, file, options), how);
 }
 
 }  // namespace alg::tool

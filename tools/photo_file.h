@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "platform/jpeg_format.h"
+#include "tools/files.h"
 #include "tools/metadata.h"
 #include "tools/photo.h"
 #include "tools/photo_options.h"
@@ -38,7 +39,8 @@ PhotoFile readPhoto(const std::filesystem::path& path, const PhotoOptions& optio
 std::vector<uint8_t> encodeFor(const std::filesystem::path& path, const PhotoFile& file,
                                const PhotoOptions& options);
 /// Encodes and writes. Throws UserError.
+/// @param how  made from the photo's own file unless it names another
 void writePhoto(const std::filesystem::path& path, const PhotoFile& file,
-                const PhotoOptions& options);
+                const PhotoOptions& options, WriteOptions how = {});
 
 }  // namespace alg::tool

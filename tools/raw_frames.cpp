@@ -36,9 +36,9 @@ std::vector<uint8_t> readFrame(const std::filesystem::path& path, Size size,
                                std::string_view format) {
   std::vector<uint8_t> frame = readFile(path);
   if (frame.size() != bytesOf(size, format)) {
-    throw UserError(fmt::format("{}: has {} bytes, but {}x{} {} takes {}", path.string(),
-                                frame.size(), size.width, size.height, format,
-                                bytesOf(size, format)));
+    throw BadInput(fmt::format("{}: has {} bytes, but {}x{} {} takes {}", path.string(),
+                               frame.size(), size.width, size.height, format,
+                               bytesOf(size, format)));
   }
   return frame;
 }

@@ -17,8 +17,8 @@ void resizePhoto(const ResizeRequest& request) {
   PhotoFile file = readPhoto(request.input, request.options);
   const Photo& photo = file.photo;
   if (photo.width > kLongestSide || photo.height > kLongestSide) {
-    throw UserError(fmt::format("{} has {}x{} pixels; resize takes up to {} on a side",
-                                request.input.string(), photo.width, photo.height, kLongestSide));
+    throw BadInput(fmt::format("{} has {}x{} pixels; resize takes up to {} on a side",
+                               request.input.string(), photo.width, photo.height, kLongestSide));
   }
   Photo resized = blankPhoto(size.width, size.height);
   ::Resize(wordsOf(resized), size.width, size.height, wordsOf(photo), photo.width, photo.height);
@@ -37,9 +37,9 @@ void blendPhotos(const BlendRequest& request) {
   file.photo = readPhoto(request.second, request.options).photo;
   const Photo& second = file.photo;
   if (first.width != second.width || first.height != second.height) {
-    throw UserError(fmt::format("{} has {}x{} pixels, but {} has {}x{}; only equal sizes blend",
-                                request.first.string(), first.width, first.height,
-                                request.second.string(), second.width, second.height));
+    throw BadInput(fmt::format("{} has {}x{} pixels, but {} has {}x{}; only equal sizes blend",
+                               request.first.string(), first.width, first.height,
+                               request.second.string(), second.width, second.height));
   }
   Call call = presetCall(*operation);
   call.values[0] = request.weight.value_or(call.integer(0));
