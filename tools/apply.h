@@ -8,7 +8,7 @@
 
 #include "tools/console.h"
 #include "tools/effect_options.h"
-#include "tools/photo.h"
+#include "tools/photo_options.h"
 
 namespace alg::tool {
 
@@ -26,7 +26,7 @@ struct ApplyRequest {
   std::string names;             ///< a template for the outputs' names
   std::string shard;             ///< "I/N"
   std::filesystem::path report;  ///< a file for a line of JSON a photo, or "-"
-  int quality = kDefaultQuality;
+  PhotoOptions options;
   EffectChoices choices;
   int threads = 0;         ///< 0: one for each processor that the process may use
   uint64_t memory = 0;     ///< bytes for all photos at once; 0: half of what is left

@@ -11,6 +11,7 @@
 
 #include "tools/files.h"
 #include "tools/interrupts.h"
+#include "tools/photo_file.h"
 #include "tools/photo_memory.h"
 
 namespace fs = std::filesystem;
@@ -154,12 +155,12 @@ const char* Batch::doJob(const PhotoJob& job) {
 void Batch::changePhoto(const PhotoJob& job) {
   const MemoryBudget::Share share(memory_, memoryFor(job.input));
   throwIfInterrupted();
-  auto [photo, metadata] = readPhoto(job.input);
-  effects_.applyTo(photo, job.input);
+  PhotoFile file = readPhoto(job.input, request_.options);
+  effects_.applyTo(file.photo, job.input);
   if (job.makesFolder) {
     createFolders(fs::path(job.output).parent_path());
   }
-  writePhoto(job.output, photo, metadata, request_.quality,
+  writePhoto(job.output, file, request_.options,
              {.source = job.input,
               .keepTimes = request_.keepTimes,
               .replace = !request_.noClobber,

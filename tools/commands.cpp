@@ -25,13 +25,6 @@ void setWork(CLI::App& command, Options& options, std::function<bool()> work) {
   command.callback([&options, work = std::move(work)] { options.work = work; });
 }
 
-void addQuality(CLI::App& command, int& quality) {
-  command.add_option("--quality", quality, "JPEG quality, 0 to 100")
-      ->type_name("N")
-      ->capture_default_str()
-      ->check(CLI::Range(0, 100));
-}
-
 void addFile(CLI::App& command, const char* name, FileKind kind, std::filesystem::path& path,
              const char* description) {
   command.add_option(name, path, description)->type_name(kind.typeName)->required();
@@ -59,14 +52,15 @@ void addApply(CLI::App& app, Options& options) {
   CLI::App& apply = *app.add_subcommand("apply", "Apply effects to photos");
   ApplyRequest& request = options.apply;
   addApplyOptions(apply, request);
-  addQuality(apply, request.quality);
+  addReadOptions(apply, request.options);
+  addWriteOptions(apply, request.options);
   addEffectOptions(apply, request.choices);
   apply.footer(
-      "Pretty effects crop odd sides by one pixel. Photos are turned upright and keep their\n"
-      "metadata: Exif, XMP, IPTC, comment and colour profile. Their orientation tag then says\n"
-      "upright, and thumbnails of the old picture are left out. An output has the access rights "
-      "of\n"
-      "its input; one that is replaced keeps its own.\n\n"
+      "Pretty effects crop odd sides by one pixel. Photos are turned upright and keep all that\n"
+      "their files say; their orientation tag then says upright, and thumbnails of the old "
+      "picture\n"
+      "are left out. The ending of an output's name decides its format. An output has the access\n"
+      "rights of its input; one that is replaced keeps its own.\n\n"
       "A photo that fails never stops the others. An output appears under its name when it is\n"
       "complete, so that a run that was ended goes on with --skip-existing. Each line of a report\n"
       "has the keys in, out, status (done, skipped, failed, planned), code (as the exit code of a\n"
@@ -96,7 +90,8 @@ void addConvert(CLI::App& app, Options& options) {
   convert.add_option("--to", request.to, "format of the output")
       ->required()
       ->check(CLI::IsMember({"nv12", "nv21", "argb", "jpg"}));
-  addQuality(convert, request.quality);
+  addReadOptions(convert, request.options);
+  addWriteOptions(convert, request.options);
   addFile(convert, "IN", kAnyFile, request.input, "raw file of exactly one frame, or JPEG file");
   addFile(convert, "OUT", kAnyFile, request.output, "file to write");
   convert.footer(
@@ -165,7 +160,8 @@ void addResize(CLI::App& app, Options& options) {
   CLI::App& resize = *app.add_subcommand("resize", "Resize a photo");
   ResizeRequest& request = options.resize;
   addSize(resize, request.size, "size of the output in pixels");
-  addQuality(resize, request.quality);
+  addReadOptions(resize, request.options);
+  addWriteOptions(resize, request.options);
   addFile(resize, "IN", kJpegFile, request.input, "JPEG file");
   addFile(resize, "OUT", kAnyFile, request.output, "file to write");
   resize.footer(
@@ -188,7 +184,8 @@ void addBlend(CLI::App& app, Options& options) {
   blend.add_option("--weight", request.weight, "of the first photo, for mix; 128 is half")
       ->type_name("N")
       ->check(CLI::Range(0, 256));
-  addQuality(blend, request.quality);
+  addReadOptions(blend, request.options);
+  addWriteOptions(blend, request.options);
   addFile(blend, "A", kJpegFile, request.first, "JPEG file");
   addFile(blend, "B", kJpegFile, request.second, "JPEG file");
   addFile(blend, "OUT", kAnyFile, request.output, "file to write");
@@ -218,7 +215,8 @@ void addBeauty(CLI::App& app, Options& options) {
       .add_option("--engine", request.engine,
                   "engine library; without it, system/lib64/libSFB.so in ALGORITHM_DEVICE_ROOT")
       ->type_name(kAnyFile.typeName);
-  addQuality(beauty, request.quality);
+  addReadOptions(beauty, request.options);
+  addWriteOptions(beauty, request.options);
   addFile(beauty, "IN", kJpegFile, request.input, "JPEG file");
   addFile(beauty, "OUT", kAnyFile, request.output, "file to write");
   beauty.footer(
@@ -240,7 +238,8 @@ void addGallery(CLI::App& app, Options& options) {
   addFile(gallery, "IN", kJpegFile, request.photo, "JPEG file");
   addFile(gallery, "OUTDIR", kFolder, request.folder,
           "folder to make; an earlier gallery is replaced");
-  addQuality(gallery, request.quality);
+  addReadOptions(gallery, request.options);
+  addWriteOptions(gallery, request.options);
   gallery.footer(
       "The photo is turned upright and, if large, reduced; its longer side keeps at least 1600\n"
       "pixels. The pictures carry no metadata.\n\n"

@@ -13,6 +13,7 @@
 #include "libalgorithm/yuv_convert.h"
 #include "tools/console.h"
 #include "tools/files.h"
+#include "tools/jpeg_photo.h"
 #include "tools/photo.h"
 #include "tools/size.h"
 
@@ -41,13 +42,13 @@ std::vector<uint8_t> exchangeChroma(std::vector<uint8_t> frame, Size size) {
   return frame;
 }
 
-std::vector<uint32_t> toArgb(const std::vector<uint8_t>& frame, Size size, std::string_view from) {
-  std::vector<uint32_t> argb(size.pixels());
+Photo toArgb(const std::vector<uint8_t>& frame, Size size, std::string_view from) {
+  Photo argb = blankPhoto(size.width, size.height);
   if (from == "argb") {
-    std::memcpy(argb.data(), frame.data(), frame.size());
+    std::memcpy(argb.pixels.get(), frame.data(), frame.size());
   } else {
     const auto decode = from == "nv12" ? decodeYUV2ARGB_LUT : decodeYVU2ARGB_OpenGL;
-    decode(argb.data(), frame.data(), frame.data() + size.pixels(), size.width, size.height,
+    decode(wordsOf(argb), frame.data(), frame.data() + size.pixels(), size.width, size.height,
            size.width, size.width);
   }
   return argb;
@@ -69,7 +70,7 @@ void convertPhoto(const ConvertRequest& request) {
   if (request.to == "jpg" || !request.size.empty()) {
     throw WrongUse("--from jpg makes a raw frame, and goes without --size");
   }
-  Photo photo = readPhoto(request.input).photo;
+  Photo photo = readPhoto(request.input, request.options).photo;
   cropToEven(photo, request.input);
   const Size size{photo.width, photo.height};
   writeFile(request.output, fromArgb(wordsOf(photo), size, request.to));
@@ -95,13 +96,13 @@ void convertFrame(const ConvertRequest& request) {
   } else if (request.from != "argb" && (request.to == "nv12" || request.to == "nv21")) {
     writeFile(request.output, exchangeChroma(std::move(frame), size));
   } else {
-    const std::vector<uint32_t> argb = toArgb(frame, size, request.from);
+    const Photo argb = toArgb(frame, size, request.from);
     if (request.to == "jpg") {
-      const auto* pixels = reinterpret_cast<const uint8_t*>(argb.data());
-      writeFile(request.output,
-                bytesOf(encodePixels(pixels, size.width, size.height, request.quality)));
+      const PhotoOptions& options = request.options;
+      writeFile(request.output, encodeJpegPhoto(argb, options.quality.value_or(kDefaultQuality),
+                                                options.sampling.value_or(JpegSampling::k420)));
     } else {
-      writeFile(request.output, fromArgb(argb.data(), size, request.to));
+      writeFile(request.output, fromArgb(wordsOf(argb), size, request.to));
     }
   }
 }
