@@ -146,7 +146,7 @@ def aar(builds: list[Build]) -> dict[str, bytes]:
 def javadoc(program: str) -> dict[str, bytes]:
     with tempfile.TemporaryDirectory() as folder:
         subprocess.run([program, "-quiet", "-notimestamp", "-encoding", "UTF-8", "-d", folder,
-                        "-sourcepath", ROOT / "java", PACKAGE], check=True)
+                        "-sourcepath", f"{ROOT / 'java'}:{ROOT / 'java/compile_only'}", PACKAGE], check=True)
         return maven.tree(pathlib.Path(folder))
 
 
@@ -155,7 +155,7 @@ def assemble(builds: list[Build], repository: pathlib.Path) -> None:
                for build in builds}
     maven.publish(repository, builds[0].cache["CMAKE_PROJECT_VERSION"], {
         ".aar": zipped(aar(builds)),
-        "-sources.jar": zipped(maven.tree(ROOT / "java", "*.java")),
+        "-sources.jar": zipped(maven.tree(ROOT / "java", "com/**/*.java")),
         "-javadoc.jar": zipped(javadoc(builds[0].cache["Java_JAVADOC_EXECUTABLE"])),
         "-native-debug-symbols.zip": zipped(symbols),
     })

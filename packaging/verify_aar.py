@@ -68,9 +68,12 @@ def check_classes(jar: dict[str, bytes], rules: str, sources: dict[str, bytes], 
         if version > NEWEST_CLASSES:
             yield f"classes.jar has {name} of version {version}, newer than {NEWEST_CLASSES}"
     for name in sorted(classes):
-        if "$" not in name and f"{place}{name}.java" not in sources:
+        if "$" in name or name == "package-info":
+            continue
+        source = sources.get(f"{place}{name}.java")
+        if source is None:
             yield f"the sources lack {name}"
-        if not re.search(r"\$|-info", name) and f"{place}{name}.html" not in pages:
+        elif f"{place}{name}.html" not in pages and re.search(rb"(?m)^public ", source):
             yield f"the API pages lack {name}"
     prefix = "Java_" + PACKAGE.replace(".", "_") + "_"
     natives = [name.removeprefix(prefix).partition("_") for name in check_library.listed_exports()
