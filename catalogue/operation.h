@@ -62,10 +62,14 @@ enum class Overlap : uint8_t {
              ///< unless the formula names another
 };
 
-/// Whether any band of rows can be computed on its own, from the same rows of the source (and of
-/// what the destination holds), whole pictures, and their position in the image: Call::firstRow and
-/// imageHeight.
-enum class Bands : uint8_t { kAny, kWholeImage };
+/// Whether any band of rows can be computed on its own.
+enum class Bands : uint8_t {
+  kAny,  ///< from the same rows of the source (and of what the destination holds), whole pictures,
+         ///< and their position in the image: Call::firstRow and imageHeight
+  kNear,  ///< from these together with the `radius` rows above and below that the image has: of a
+          ///< call with those rows, the band's own come out as in the whole image
+  kWholeImage
+};
 
 /// A number that a caller may choose. For kInteger, least, most and preset are whole numbers.
 struct Parameter {

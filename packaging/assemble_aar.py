@@ -147,7 +147,7 @@ def aar(builds: list[Build]) -> dict[str, bytes]:
 def javadoc(build: Build) -> dict[str, bytes]:
     with tempfile.TemporaryDirectory() as folder:
         subprocess.run([build.cache["Java_JAVADOC_EXECUTABLE"], "-quiet", "-notimestamp", "-encoding", "UTF-8",
-                        "-d", folder, "-sourcepath", ":".join(map(str, SOURCES)),
+                        "-d", folder, "-sourcepath", ":".join(map(str, [*SOURCES, ROOT / "java/compile_only"])),
                         "-classpath", build.cache["ALGORITHM_ANDROID_CLASSES"], PACKAGE], check=True)
         return maven.tree(pathlib.Path(folder))
 
@@ -155,7 +155,7 @@ def javadoc(build: Build) -> dict[str, bytes]:
 def assemble(builds: list[Build], repository: pathlib.Path) -> None:
     symbols = {f"{build.abi}/{library}.dbg": build.stripped(library, "--only-keep-debug")
                for build in builds for library in LIBRARIES}
-    sources = {name: text for folder in SOURCES for name, text in maven.tree(folder, "*.java").items()}
+    sources = {name: text for folder in SOURCES for name, text in maven.tree(folder, "com/**/*.java").items()}
     maven.publish(repository, builds[0].cache["CMAKE_PROJECT_VERSION"], {
         ".aar": zipped(aar(builds)),
         "-sources.jar": zipped(sources),

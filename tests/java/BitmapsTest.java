@@ -6,7 +6,6 @@ import android.media.Image;
 import com.orvik.camera.common.Native.Bitmaps;
 import com.orvik.camera.common.Native.CameraFrames;
 import com.orvik.camera.common.Native.Cancellation;
-import com.orvik.camera.common.Native.Crop;
 import com.orvik.camera.common.Native.Effect;
 import com.orvik.camera.common.Native.EffectSettings;
 import com.orvik.camera.common.Native.Frame;
@@ -272,11 +271,11 @@ final class BitmapsTest extends Harness {
     Frame got = Frame.allocate(H, W, Frame.Chroma.NV21);
     Frame expected = Frame.allocate(H, W, Frame.Chroma.NV21);
     Bitmaps.pack(image, new Rect(6, 8, 6 + W, 8 + H), 90, got);
-    Images.pack(planes[0], planes[1], planes[2], 2 * W, 2 * H, new Crop(6, 8, W, H), 90, expected);
+    Images.pack(planes[0], planes[1], planes[2], 2 * W, 2 * H, new Images.Crop(6, 8, W, H), 90, expected);
     same(bytes(got.buffer()), bytes(expected.buffer()), "a part, turned");
     Bitmaps.pack(image, frame(got.buffer()));
     Images.pack(
-        planes[0], planes[1], planes[2], 2 * W, 2 * H, new Crop(4, 2, W, H), 0, frame(expected.buffer()));
+        planes[0], planes[1], planes[2], 2 * W, 2 * H, new Images.Crop(4, 2, W, H), 0, frame(expected.buffer()));
     same(bytes(got.buffer()), bytes(expected.buffer()), "what is valid");
     Frame all = Frame.allocate(2 * W, 2 * H, Frame.Chroma.NV21);
     Bitmaps.pack(image, null, 0, all);

@@ -4,6 +4,8 @@ import android.graphics.Bitmap;
 import android.graphics.ImageFormat;
 import android.graphics.Rect;
 import android.media.Image;
+import androidx.annotation.NonNull;
+import androidx.annotation.Nullable;
 import java.nio.Buffer;
 import java.nio.ByteBuffer;
 
@@ -141,7 +143,7 @@ public final class Bitmaps {
    */
   @NonNull
   public static Bitmap decodeJpeg(@NonNull ByteBuffer file, int reduction) {
-    Size size = Images.jpegSize(file).reducedBy(reduction);
+    Images.Size size = Images.jpegSize(file).reducedBy(reduction);
     Bitmap dst = opaque(size.width(), size.height());
     decodeJpeg(file, reduction, dst);
     return dst;
@@ -168,7 +170,7 @@ public final class Bitmaps {
    * Encodes a bitmap as a JPEG file. Translucent pixels look as on black.
    *
    * @param src the bitmap, only read
-   * @param quality 1 to 100
+   * @param quality 0 (smallest file) to 100 (best)
    * @param dst receives the file; direct
    * @return how many bytes the file has
    * @throws NullPointerException when an argument is null
@@ -216,8 +218,7 @@ public final class Bitmaps {
     Checks.require(src.getFormat() == ImageFormat.YUV_420_888,
         "src has the format " + src.getFormat() + ", but must be YUV_420_888");
     Image.Plane[] planes = src.getPlanes();
-    Crop part = crop == null
-        ? null : new Crop(crop.left, crop.top, crop.right - crop.left, crop.bottom - crop.top);
+    Images.Crop part = crop == null ? null : new Images.Crop(crop.left, crop.top, crop.right - crop.left, crop.bottom - crop.top);
     Images.pack(plane(planes[0]), plane(planes[1]), plane(planes[2]), src.getWidth(), src.getHeight(),
         part, degrees, dst);
   }
