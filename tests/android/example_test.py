@@ -1,5 +1,5 @@
-"""example_test.py JAVAC VERSION JAR...: compiles the Android example with the library's jars, Android's stand-ins
-and example_classes.txt, and looks for what its resources, manifest and build files lack."""
+"""example_test.py JAVAC VERSION JAR...: compiles the Android example and the README's lines with the library's
+jars, Android's stand-ins and example_classes.txt, and looks for what resources, manifest and build files lack."""
 
 import pathlib
 import re
@@ -40,6 +40,17 @@ def sources(folder: pathlib.Path) -> list[pathlib.Path]:
     return files
 
 
+def readme(folder: pathlib.Path) -> pathlib.Path:
+    """The README's lines for applications, as a class."""
+    text = (HERE.parents[1] / "README.md").read_text(encoding="utf-8")
+    lines = re.search(r"^## From an Android app\n.*?^```java\n(.*?)^```", text, re.MULTILINE | re.DOTALL)[1]
+    file = folder / "Readme.java"
+    file.write_text("import com.orvik.camera.common.Native.*; import android.graphics.Bitmap; class Readme {"
+                    "void call(Bitmap bitmap, Bitmap preview, android.media.Image image, Frame frame) {"
+                    f"{lines}}}}}")
+    return file
+
+
 def lacking(classes: pathlib.Path):
     known = resources()
     for path in MAIN.glob("**/*.xml"):
@@ -59,5 +70,6 @@ with tempfile.TemporaryDirectory() as work:
     stubs, classes = pathlib.Path(work, "stubs"), pathlib.Path(work, "classes")
     options = [javac, "--release", "11", "-encoding", "UTF-8", "-Xlint:all", "-Werror"]
     subprocess.run([*options, "-cp", ":".join(jars), "-d", stubs, *sources(pathlib.Path(work, "sources"))], check=True)
-    subprocess.run([*options, "-cp", ":".join([str(stubs), *jars]), "-d", classes, *MAIN.rglob("*.java")], check=True)
+    subprocess.run([*options, "-cp", ":".join([str(stubs), *jars]), "-d", classes,
+                    *MAIN.rglob("*.java"), readme(pathlib.Path(work))], check=True)
     sys.exit("\n".join(lacking(classes)) or None)

@@ -122,7 +122,7 @@ final class BitmapsTest extends Harness {
       {BitmapControl.failing(bitmap(true, memory), "lockPixels", -2), "java.lang.ArithmeticException: lockPixels"},
       {BitmapControl.failing(bitmap(true, memory), "format", 4), state + "has the native format 4, but must have 1"},
       {BitmapControl.failing(bitmap(true, memory), "stride", 8),
-        state + "is laid out in a way that Android doesn't state"},
+        "java.lang.IllegalArgumentException: rowStride is 8, but 22 pixels take 88 bytes"},
       {BitmapControl.failing(bitmap(true, memory), "stride", 1 << 30), state + "can't be locked: Android says -100"},
     };
     for (Object[] row : bad) {

@@ -28,9 +28,11 @@ import java.nio.ByteBuffer;
  * its release; the lock is given back on every path. A view that shows the bitmap has to be
  * invalidated by its owner.
  *
- * <p><b>Transparency.</b> The memory of a bitmap is premultiplied with alpha, and is taken as it is:
- * translucent pixels count as what they look like on black. JPEG has no alpha, so that this is what a
- * file shows of them. What is decoded is opaque.
+ * <p><b>Transparency.</b> The memory of a bitmap is premultiplied with alpha, and is taken as it is. For
+ * opaque bitmaps, such as photos, that makes no difference. In translucent ones an effect changes the
+ * premultiplied colours and leaves alpha alone, so that what it brightens may be drawn too light: draw
+ * such a bitmap on an opaque one first. JPEG has no alpha: a file shows translucent pixels as they look
+ * on black. What is decoded is opaque.
  *
  * <p><b>Bad input</b> throws, as everywhere beside the natives: {@link NullPointerException} for null,
  * {@link IllegalArgumentException} for anything else, with a message that names the argument, what it
@@ -267,12 +269,15 @@ public final class Bitmaps {
       require(layout[0] == 0, name + " can't be locked: Android says " + layout[0]);
       require(buffer != null,
           name + " has the native format " + layout[4] + ", but must have " + RGBA_8888);
+      Pixels pixels = null;
       try {
-        memory = new Pixels(buffer, layout[1], layout[2], layout[3], Pixels.Order.RGBA);
-      } catch (IllegalArgumentException e) {
-        unlock(bitmap);
-        throw new IllegalStateException(name + " is laid out in a way that Android doesn't state", e);
+        pixels = new Pixels(buffer, layout[1], layout[2], layout[3], Pixels.Order.RGBA);
+      } finally {
+        if (pixels == null) {
+          unlock(bitmap);
+        }
       }
+      memory = pixels;
     }
 
     static Locked toRead(Bitmap bitmap, String name) {
