@@ -66,15 +66,14 @@ int shade(const uint8_t* curve, int v, float brightness) {
   return static_cast<int>(std::max(0.0f, std::min(value, 255.0f)));
 }
 
-}  // namespace
-
-void LomoFun(int* src, int* dst, int width, int height) {
+/// Rows firstRow..firstRow + rows - 1 of an image; src and dst point at the first of them.
+void shadeRows(const int* src, int* dst, int width, int imageHeight, int firstRow, int rows) {
   static const alg::Curves kCurves = alg::makeCurves(alg::lomoBlue, alg::lomoGreen, alg::lomoRed);
-  if (width < 1 || height < 1) {
+  if (width < 1 || rows < 1) {
     return;
   }
-  const Vignette vignette(width, height);
-  for (int y = 0; y < height; ++y) {
+  const Vignette vignette(width, imageHeight);
+  for (int y = firstRow; y < firstRow + rows; ++y) {
     const int rowTerm = vignette.rowTerm(y);
     for (int x = 0; x < width; ++x, src += alg::kPackedBytes, dst += alg::kPackedBytes) {
       const float brightness = vignette.at(rowTerm, x);
@@ -84,6 +83,12 @@ void LomoFun(int* src, int* dst, int width, int height) {
       dst[2] = shade(kCurves.curve[0], b, brightness);
     }
   }
+}
+
+}  // namespace
+
+void LomoFun(int* src, int* dst, int width, int height) {
+  shadeRows(src, dst, width, height, 0, height);
 }
 
 namespace alg::operation {
@@ -99,11 +104,10 @@ constinit const Operation kLomoFun{
     .pixels = Pixels::kInts,
     .reach = Reach::kPlace,
     .overlap = Overlap::kInPlace,
-    .bands = Bands::kWholeImage,
     .run =
         [](const Call& call) {
-          LomoFun(reinterpret_cast<int*>(call.src), reinterpret_cast<int*>(call.dst), call.width,
-                  call.height);
+          shadeRows(reinterpret_cast<const int*>(call.src), reinterpret_cast<int*>(call.dst),
+                    call.width, call.rowsOfImage(), call.firstRow, call.height);
         },
 };
 

@@ -13,6 +13,8 @@
 
 namespace {
 
+using alg::PictureView;
+
 /// Luminance of B, G, R, defined in 10 fractional bits.
 constexpr alg::GreyWeights kLuminance{{74 << 6, 732 << 6, 218 << 6}};
 static_assert(kLuminance.fit());
@@ -27,9 +29,16 @@ struct WhitePaper {
 /// blue takes none.
 class PaperPicture {
  public:
-  PaperPicture(const uint8_t* pixels, int width, int height, int imageWidth, int imageHeight)
-      : pixels_(pixels), width_(width), firstColumn_(width, imageWidth), row_(height, imageHeight) {
+  /// @param firstRow  the image's row at which drawing begins
+  PaperPicture(const PictureView& picture, int imageWidth, int imageHeight, int firstRow)
+      : pixels_(picture.pixels),
+        width_(picture.width),
+        firstColumn_(picture.width, imageWidth),
+        row_(picture.height, imageHeight) {
     firstColumn_.advance();  // drawing starts in column 1 ...
+    for (int y = 0; y < firstRow; ++y) {
+      row_.advance();
+    }
   }
 
   void drawRow(const uint8_t* lines, uint8_t* out, int count) {
@@ -67,6 +76,15 @@ void sketchOn(Paper paper, const uint8_t* src, uint8_t* dst, int width, int heig
   alg::copyEdges(image);
 }
 
+/// Any rows of an image.
+void sketchOnPaper(const alg::Call& call) {
+  const PictureView& paper = call.pictures[0];
+  if (call.width >= 1 && call.height >= 1 && paper.width >= 1 && paper.height >= 1) {
+    sketchOn(PaperPicture(paper, call.width, call.rowsOfImage(), call.firstRow), call.src, call.dst,
+             call.width, call.height);
+  }
+}
+
 }  // namespace
 
 void Sketch(unsigned char* src, unsigned char* dst, int width, int height) {
@@ -77,9 +95,11 @@ void Sketch(unsigned char* src, unsigned char* dst, int width, int height) {
 
 void newsketch(unsigned char* src, unsigned char* dst, int width, int height,
                unsigned char* auxImage, int auxWidth, int auxHeight) {
-  if (width >= 1 && height >= 1 && auxWidth >= 1 && auxHeight >= 1) {
-    sketchOn(PaperPicture(auxImage, auxWidth, auxHeight, width, height), src, dst, width, height);
-  }
+  sketchOnPaper({.src = src,
+                 .dst = dst,
+                 .width = width,
+                 .height = height,
+                 .pictures = {{auxImage, auxWidth, auxHeight}}});
 }
 
 namespace alg::operation {
@@ -94,7 +114,8 @@ constinit const Operation kSketch{
     .reach = Reach::kNeighbours,
     .radius = 1,
     .overlap = Overlap::kApart,
-    .bands = Bands::kWholeImage,
+    .bands = Bands::kNear,
+    .halo = 2,
     .readsDestination = true,
     .pipeline = {.name = "sketch", .identifier = 13},
     .run = runPlain<Sketch>,
@@ -115,19 +136,15 @@ constinit const Operation kNewSketch{
     .reach = Reach::kNeighbours,
     .radius = 1,
     .overlap = Overlap::kApart,
-    .bands = Bands::kWholeImage,
+    .bands = Bands::kNear,
+    .halo = 2,
     .readsDestination = true,
     .pictures = kNewSketchPictures,
     .pipeline = {.name = "newsketch_effect",
                  .identifier = 14,
                  .loadsPicture = true,
                  .onMissing = PipelineName::OnMissing::kKeepLastPicture},
-    .run =
-        [](const Call& call) {
-          const PictureView& paper = call.pictures[0];
-          newsketch(call.src, call.dst, call.width, call.height, const_cast<uint8_t*>(paper.pixels),
-                    paper.width, paper.height);
-        },
+    .run = sketchOnPaper,
 };
 
 }  // namespace alg::operation
