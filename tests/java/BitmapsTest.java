@@ -171,7 +171,7 @@ final class BitmapsTest extends Harness {
       () -> Bitmaps.decodeJpeg(FILE, 1, bitmap),
       () -> Bitmaps.decodeJpeg(FILE, 3, bitmap),
       () -> Bitmaps.decodeJpeg(direct(random(100)), 1, bitmap),
-      () -> Bitmaps.encodeJpeg(bitmap, 0, direct(new byte[1 << 13])),
+      () -> Bitmaps.encodeJpeg(bitmap, 101, direct(new byte[1 << 13])),
       () -> Bitmaps.encodeJpeg(bitmap, 90, shortBuffer),
       () -> Bitmaps.decode(null),
       () -> Bitmaps.decodeJpeg(null, 1),

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <optional>
 #include <string>
 
 #define EXPORTED __attribute__((visibility("default")))
@@ -50,17 +51,21 @@ class Bitmap {
     return static_cast<jbyteArray>(env->GetObjectField(bitmap, id("pixels", "[B")));
   }
 
-  /// Whether the test wants that function to fail.
-  bool fails(const char* function) const {
+  /// What that function is to fail with, or to say; nothing when it is to do its work.
+  std::optional<jint> planted(const char* function) const {
     auto* const name =
         static_cast<jstring>(env->GetObjectField(bitmap, id("failing", "Ljava/lang/String;")));
     const char* const chars = env->GetStringUTFChars(name, nullptr);
     const bool same = std::strcmp(chars, function) == 0;
     env->ReleaseStringUTFChars(name, chars);
-    if (same && number("result") == ANDROID_BITMAP_RESULT_JNI_EXCEPTION) {
+    if (!same) {
+      return std::nullopt;
+    }
+    const jint result = number("result");
+    if (result == ANDROID_BITMAP_RESULT_JNI_EXCEPTION) {
       env->ThrowNew(env->FindClass("java/lang/ArithmeticException"), function);
     }
-    return same;
+    return result;
   }
 
  private:
@@ -76,21 +81,21 @@ class Bitmap {
 
 EXPORTED int AndroidBitmap_getInfo(JNIEnv* env, jobject object, AndroidBitmapInfo* info) {
   const Bitmap bitmap(env, object);
-  if (bitmap.fails("getInfo")) {
-    return bitmap.number("result");
+  if (const auto failure = bitmap.planted("getInfo")) {
+    return *failure;
   }
   info->width = static_cast<uint32_t>(bitmap.number("width"));
   info->height = static_cast<uint32_t>(bitmap.number("height"));
   info->stride =
-      static_cast<uint32_t>(bitmap.number(bitmap.fails("stride") ? "result" : "rowBytes"));
-  info->format = bitmap.number(bitmap.fails("format") ? "result" : "format");
+      static_cast<uint32_t>(bitmap.planted("stride").value_or(bitmap.number("rowBytes")));
+  info->format = bitmap.planted("format").value_or(ANDROID_BITMAP_FORMAT_RGBA_8888);
   return ANDROID_BITMAP_RESULT_SUCCESS;
 }
 
 EXPORTED int AndroidBitmap_lockPixels(JNIEnv* env, jobject object, void** address) {
   const Bitmap bitmap(env, object);
-  if (bitmap.fails("lockPixels")) {
-    return bitmap.number("result");
+  if (const auto failure = bitmap.planted("lockPixels")) {
+    return *failure;
   }
   if (bitmap.number("locks") == 0) {
     const jsize size = env->GetArrayLength(bitmap.pixels());
@@ -123,7 +128,7 @@ EXPORTED int AndroidBitmap_unlockPixels(JNIEnv* env, jobject object) {
     env->SetByteArrayRegion(bitmap.pixels(), 0, size, reinterpret_cast<jbyte*>(block + kGuard));
     std::free(block);
   }
-  return bitmap.fails("unlockPixels") ? bitmap.number("result") : ANDROID_BITMAP_RESULT_SUCCESS;
+  return bitmap.planted("unlockPixels").value_or(ANDROID_BITMAP_RESULT_SUCCESS);
 }
 
 extern "C" EXPORTED JNIEXPORT jint JNICALL Java_android_graphics_BitmapControl_openLocks(JNIEnv*,

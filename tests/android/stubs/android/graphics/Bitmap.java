@@ -13,7 +13,6 @@ public final class Bitmap {
   boolean hasAlpha = true;
   // Of the native side:
   int rowBytes;
-  int format = 1;
   byte[] pixels; // while unlocked
   int locks;
   long locked; // where they are while locked

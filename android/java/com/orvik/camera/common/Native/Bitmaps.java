@@ -6,7 +6,6 @@ import android.graphics.Rect;
 import android.media.Image;
 import androidx.annotation.NonNull;
 import androidx.annotation.Nullable;
-import java.nio.Buffer;
 import java.nio.ByteBuffer;
 
 /**
@@ -239,8 +238,7 @@ public final class Bitmaps {
     try (Locked pixels = Locked.toRead(src, "src")) {
       Pixels from = pixels.memory;
       ByteBuffer copy = ByteBuffer.allocateDirect(from.buffer().capacity());
-      copy.put(from.buffer());
-      ((Buffer) copy).clear(); // Buffer's own: older devices lack ByteBuffer's
+      copy.duplicate().put(from.buffer());
       return new Pixels(copy, from.width(), from.height(), from.rowStride(), from.order());
     }
   }
