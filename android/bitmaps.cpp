@@ -16,9 +16,9 @@ constexpr jint kTooLarge = -100;  // beside the results of <android/bitmap.h>
 /// The pixels as a direct buffer. Where that fails they are unlocked again, and the exception
 /// stays.
 jobject toBuffer(JNIEnv* env, jobject bitmap, void* pixels, int64_t bytes) {
-  jobject const buffer = env->NewDirectByteBuffer(pixels, bytes);
+  jobject buffer = env->NewDirectByteBuffer(pixels, bytes);
   if (buffer == nullptr) {
-    jthrowable const pending = env->ExceptionOccurred();
+    jthrowable pending = env->ExceptionOccurred();
     env->ExceptionClear();  // under which nothing may be unlocked
     AndroidBitmap_unlockPixels(env, bitmap);
     if (pending != nullptr) {

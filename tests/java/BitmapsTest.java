@@ -284,8 +284,10 @@ final class BitmapsTest extends Harness {
     Image jpeg = new CameraImage(256);
     check(thrown(() -> Bitmaps.pack(jpeg, all)).equals("java.lang.IllegalArgumentException: "
         + "src has the format 256, but must be YUV_420_888"), "another format");
+    check(thrown(() -> Bitmaps.pack(null, all)).endsWith("NullPointerException: src is null"), "no image");
     for (Runnable call : new Runnable[] {
-      () -> Bitmaps.pack(null, all), () -> Bitmaps.pack(image, null, 90, null), () -> Bitmaps.pack(image, all)
+      () -> Bitmaps.pack(image, null, 90, null), () -> Bitmaps.pack(image, all),
+      () -> Bitmaps.pack(image, new Rect(8, 8, 6, 6), 0, all)
     }) {
       check(thrown(call).matches("java.lang.(NullPointer|IllegalArgument)Exception: .*"), thrown(call));
     }

@@ -4,6 +4,7 @@
 #include <android/bitmap.h>
 #include <jni.h>
 
+#include <bit>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -42,7 +43,7 @@ class Bitmap {
   jint number(const char* name) const { return env->GetIntField(bitmap, id(name, "I")); }
   void set(const char* name, jint value) const { env->SetIntField(bitmap, id(name, "I"), value); }
   char* locked() const {
-    return reinterpret_cast<char*>(env->GetLongField(bitmap, id("locked", "J")));
+    return std::bit_cast<char*>(env->GetLongField(bitmap, id("locked", "J")));
   }
   void setLocked(char* pixels) const {
     env->SetLongField(bitmap, id("locked", "J"), reinterpret_cast<jlong>(pixels));

@@ -29,7 +29,7 @@ struct AndroidBitmapInfo {
   uint32_t flags;
 };
 
-int AndroidBitmap_getInfo(JNIEnv* env, jobject bitmap, AndroidBitmapInfo* info);
-int AndroidBitmap_lockPixels(JNIEnv* env, jobject bitmap, void** address);
-int AndroidBitmap_unlockPixels(JNIEnv* env, jobject bitmap);
+int AndroidBitmap_getInfo(JNIEnv* env, jobject object, AndroidBitmapInfo* info);
+int AndroidBitmap_lockPixels(JNIEnv* env, jobject object, void** address);
+int AndroidBitmap_unlockPixels(JNIEnv* env, jobject object);
 }
