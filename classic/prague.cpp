@@ -167,7 +167,8 @@ constinit const Operation kPrague{
     .reach = Reach::kNeighbours,
     .radius = 1,
     .overlap = Overlap::kApart,
-    .bands = Bands::kWholeImage,
+    .bands = Bands::kNear,
+    .halo = 2,
     .readsDestination = true,
     .run = [](const Call& call) { Prague(call.src, call.dst, call.width, call.height, 0); },
 };
@@ -182,7 +183,8 @@ constinit const Operation kPragueCarton{
     .reach = Reach::kNeighbours,
     .radius = 1,
     .overlap = Overlap::kApart,
-    .bands = Bands::kWholeImage,
+    .bands = Bands::kNear,
+    .halo = 2,
     .readsDestination = true,
     .run = [](const Call& call) { PragueCarton(call.src, call.dst, call.width, call.height, 0); },
 };

@@ -29,16 +29,16 @@ struct ByteWeights {
 };
 
 constexpr ByteWeights byteWeights(RowFormat format, const bt601::Weights& w) {
-  return format == RowFormat::kPackedUV ? ByteWeights{w.red, w.green, w.blue}
-                                        : ByteWeights{w.blue, w.green, w.red};
+  return encodesRedFirst(format) ? ByteWeights{w.red, w.green, w.blue}
+                                 : ByteWeights{w.blue, w.green, w.red};
 }
 
 constexpr bt601::Weights firstOfPair(RowFormat format) {
-  return format == RowFormat::kArgbVU ? bt601::kV : bt601::kU;
+  return hasVFirst(format) ? bt601::kV : bt601::kU;
 }
 
 constexpr bt601::Weights secondOfPair(RowFormat format) {
-  return format == RowFormat::kArgbVU ? bt601::kU : bt601::kV;
+  return hasVFirst(format) ? bt601::kU : bt601::kV;
 }
 
 #if ALG_IS_NEON()
@@ -275,6 +275,9 @@ void encodeLumaRowVector(RowFormat format, const uint8_t* pixels, uint8_t* luma,
   if (format == RowFormat::kPackedUV) {
     return encodeFormat<RowFormat::kPackedUV, false>(pixels, luma, nullptr, width);
   }
+  if (hasRedFirst(format)) {
+    return encodeFormat<RowFormat::kRgbaUV, false>(pixels, luma, nullptr, width);
+  }
   encodeFormat<RowFormat::kArgbUV, false>(pixels, luma, nullptr, width);
 }
 
@@ -285,6 +288,10 @@ void encodeRowVector(RowFormat format, const uint8_t* pixels, uint8_t* luma, uin
       return encodeFormat<RowFormat::kArgbUV, true>(pixels, luma, chroma, width);
     case RowFormat::kArgbVU:
       return encodeFormat<RowFormat::kArgbVU, true>(pixels, luma, chroma, width);
+    case RowFormat::kRgbaUV:
+      return encodeFormat<RowFormat::kRgbaUV, true>(pixels, luma, chroma, width);
+    case RowFormat::kRgbaVU:
+      return encodeFormat<RowFormat::kRgbaVU, true>(pixels, luma, chroma, width);
     case RowFormat::kPackedUV:
       return encodeFormat<RowFormat::kPackedUV, true>(pixels, luma, chroma, width);
   }

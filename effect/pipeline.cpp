@@ -29,7 +29,7 @@ Outcome runEffect(const EffectRequest& request, const Frame& frame, Passes passe
     return Outcome::kDone;
   }
   // One run at a time: the work images, the picture and the pool are single instances.
-  const std::lock_guard lock(poolMutex());
+  const std::lock_guard lock(poolLock());
   const WorkImages images(frame.width, frame.height);
   bool lacksPicture = false;
   try {

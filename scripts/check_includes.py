@@ -20,6 +20,7 @@ ALLOWED = {
     "codec": {"base", "platform"},
     "sfb": {"base", "platform"},
     "effect": {"base", "catalogue", "platform", "kernels", "convert", "threadpool", "pretty", PUBLIC},
+    "android": {PUBLIC},
     "jni": {"base", "platform", "codec", "sfb", "effect", PUBLIC},
 }
 
