@@ -5,11 +5,13 @@ import ctypes
 import os
 import pty
 import random
+import re
 import subprocess
 import sys
 import unittest
 from pathlib import Path
 
+PAGE = Path(__file__).resolve().parents[2] / "docs/many-photos.md"
 LIBRARY = ctypes.CDLL(os.path.abspath(sys.argv.pop(3)))
 
 from tool_case import TOOL, ToolCase  # noqa: E402  (takes the other arguments)
@@ -103,10 +105,11 @@ class FramesTest(ToolCase):
     def test_video_between_two_ffmpegs(self):
         width, height, count = 320, 180, 12
         source = f"ffmpeg -v error -f lavfi -i testsrc2=size={width}x{height}:rate=12 -frames:v {count} -pix_fmt yuv420p"
-        script = (f"set -o pipefail; {source} -f rawvideo plain.yuv; {source} -c:v ffv1 in.mkv; "
-                  f"ffmpeg -v error -i in.mkv -f yuv4mpegpipe - | {TOOL} frames PrettySweet | "
-                  "ffmpeg -v error -f yuv4mpegpipe -i - -c:v ffv1 out.mkv; ffmpeg -v error -i out.mkv -f rawvideo out.yuv")
-        subprocess.run(["bash", "-ec", script], check=True)
+        recipe = re.search(r"(?s)## Video\n.*?```sh\n(.*?)```", PAGE.read_text(encoding="utf-8"))[1]
+        script = (f"set -o pipefail; {source} -f rawvideo plain.yuv; {source} -c:v ffv1 in.mkv; {recipe}"
+                  "ffmpeg -v error -i out.mkv -f rawvideo out.yuv")
+        path = f"{os.path.dirname(TOOL)}:{os.environ['PATH']}"
+        subprocess.run(["bash", "-ec", script], env=os.environ | {"PATH": path}, check=True)
         size = width * height * 3 // 2
         plain, out = Path("plain.yuv").read_bytes(), Path("out.yuv").read_bytes()
         self.assertEqual(len(out), count * size)
