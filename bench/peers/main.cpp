@@ -15,6 +15,7 @@
 
 #include "bench/measure.h"
 #include "bench/peers/duel.h"
+#include "bench/peers/peak.h"
 #include "libalgorithm/classic_effects.h"
 #include "libalgorithm/yuv_convert.h"
 
@@ -26,15 +27,34 @@ Scene::Scene() : grey(3 * kPixels), frame(kPixels * 3 / 2) {
                         frame.data() + kPixels, kWidth, kHeight, kWidth, kWidth);
 }
 
-double meanDifference(const Bytes& a, const Bytes& b, std::size_t bytes) {
-  uint64_t sum = 0;
-  for (std::size_t i = 0; i < bytes; ++i) {
-    sum += static_cast<uint64_t>(std::abs(int{a[i]} - int{b[i]}));
+void Nearness::add(const uint8_t* a, const uint8_t* b, std::size_t count) {
+  uint64_t total = 0;
+  for (std::size_t i = 0; i < count; ++i) {
+    const int apart = std::abs(int{a[i]} - int{b[i]});
+    most = std::max(most, apart);
+    total += static_cast<uint64_t>(apart);
   }
-  return static_cast<double>(sum) / static_cast<double>(bytes);
+  sum += static_cast<double>(total);
+  bytes += count;
+}
+
+Nearness difference(const Bytes& a, const Bytes& b, std::size_t bytes) {
+  Nearness nearness;
+  nearness.add(a.data(), b.data(), bytes);
+  return nearness;
 }
 
 namespace {
+
+#if ALGORITHM_PEER_HALIDE && ALGORITHM_PEER_SWSCALE
+constexpr char kOptionalPeers[] = "Halide, libswscale";
+#elif ALGORITHM_PEER_HALIDE
+constexpr char kOptionalPeers[] = "Halide; without libswscale, which this system lacks";
+#elif ALGORITHM_PEER_SWSCALE
+constexpr char kOptionalPeers[] = "libswscale; without Halide, which this system lacks";
+#else
+constexpr char kOptionalPeers[] = "without Halide and libswscale, which this system lacks";
+#endif
 
 double millisecondsOf(const std::function<void()>& run, Clock clock, int runs) {
   const clockid_t id = clock == Clock::kWall ? CLOCK_MONOTONIC : CLOCK_PROCESS_CPUTIME_ID;
@@ -53,21 +73,50 @@ double medianOf(std::vector<double> values) {
 
 /// Runs ours and each peer once and compares what they give, so that a row can't measure different
 /// work. It also warms up.
-void checkResults(Scene& scene, const Duel& duel) {
+std::vector<Nearness> checkResults(Scene& scene, const Duel& duel) {
   const Bytes& before = duel.before != nullptr ? *duel.before : scene.before;
   std::ranges::copy(before, scene.ours.begin());
   duel.ours();
+  std::vector<Nearness> all;
   for (const Peer& peer : duel.peers) {
     std::ranges::copy(before, scene.theirs.begin());
     peer.run();
-    const double difference =
-        duel.difference ? duel.difference() : meanDifference(scene.ours, scene.theirs, duel.result);
-    if (difference > duel.tolerance) {
+    const Nearness nearness =
+        duel.difference ? duel.difference() : difference(scene.ours, scene.theirs, duel.result);
+    if (nearness.mean() > duel.tolerance) {
       std::fprintf(stderr, "%s and %s do different work: %.2f levels apart, at most %.2f\n",
-                   duel.work.c_str(), peer.name.c_str(), difference, duel.tolerance);
+                   duel.work.c_str(), peer.name.c_str(), nearness.mean(), duel.tolerance);
       std::exit(1);
     }
+    all.push_back(nearness);
   }
+  return all;
+}
+
+std::string worded(const Nearness& nearness) {
+  constexpr int kRounding = 3;  // levels: what other arithmetic of the same formula may differ by
+  char text[32] = "same bytes";
+  if (nearness.most > kRounding) {
+    std::snprintf(text, sizeof text, "%.2g on average", nearness.mean());
+  } else if (nearness.most > 0) {
+    std::snprintf(text, sizeof text, "within %d", nearness.most);
+  }
+  return text;
+}
+
+/// How near ours is to what bounds it.
+std::string boundOf(const Duel& duel, double milliseconds, double copying) {
+  char text[48] = "";
+  int length = 0;
+  if (duel.moved != 0) {
+    length = std::snprintf(text, sizeof text, "%.2f of memcpy", copying / milliseconds);
+  }
+  if (duel.operations != 0) {
+    const double rate = duel.operations * static_cast<double>(kPixels) / milliseconds * 1e3;
+    std::snprintf(text + length, sizeof text - static_cast<std::size_t>(length), ", %.2f of peak",
+                  rate / peakOperations());
+  }
+  return text;
 }
 
 /// Returns whether ours is as fast as required.
@@ -76,7 +125,7 @@ bool measure(Scene& scene, const Duel& duel, int pairs) {
   const auto copy = [&] {  // which moves each byte twice
     std::memcpy(copies.data(), copied.data(), duel.moved / 2);
   };
-  checkResults(scene, duel);
+  const std::vector<Nearness> nearness = checkResults(scene, duel);
   std::vector<double> ours, copying;
   std::vector<std::vector<double>> theirs(duel.peers.size());
   for (int pair = 0; pair < pairs; ++pair) {
@@ -89,17 +138,14 @@ bool measure(Scene& scene, const Duel& duel, int pairs) {
   std::vector<double> medians;
   std::ranges::transform(theirs, std::back_inserter(medians), medianOf);
   const auto best = std::ranges::min_element(medians);
-  const std::string& peer = duel.peers[static_cast<std::size_t>(best - medians.begin())].name;
+  const auto index = static_cast<std::size_t>(best - medians.begin());
   const double mine = medianOf(ours);
   const double ratio = std::round(*best / mine * 100) / 100;  // as it is shown
   const bool reached = ratio >= duel.required;
-  char ofCopy[16] = "";
-  if (duel.moved != 0) {
-    std::snprintf(ofCopy, sizeof ofCopy, "%.2f", medianOf(copying) / mine);
-  }
   const char* emphasis = reached ? "" : "**";
-  std::printf("| %s | %.2f | %s | %.2f | %s%.2f%s | %.1f | %s |\n", duel.work.c_str(), mine,
-              peer.c_str(), *best, emphasis, ratio, emphasis, duel.required, ofCopy);
+  std::printf("| %s | %.2f | %s | %s | %.2f | %s%.2f%s | %.2f | %s |\n", duel.work.c_str(), mine,
+              boundOf(duel, mine, medianOf(copying)).c_str(), duel.peers[index].name.c_str(), *best,
+              emphasis, ratio, emphasis, duel.required, worded(nearness[index]).c_str());
   std::fflush(stdout);
   return reached;
 }
@@ -116,30 +162,52 @@ void keepTwoCores() {
   sched_setaffinity(0, sizeof two, &two);
 }
 
+/// All rows; those of one work follow one another.
+std::vector<Duel> allDuels(Scene& scene) {
+  std::vector<Duel> all;
+  for (const auto duels : {
+         frameDuels, wordDuels, effectDuels, drawingDuels, pipelineDuels,
+#if ALGORITHM_PEER_HALIDE
+             halideEffectDuels, halideFrameDuels,
+#endif
+#if ALGORITHM_PEER_SWSCALE
+             swscaleDuels,
+#endif
+       }) {
+    for (Duel& duel : duels(scene)) {
+      const auto same = std::ranges::find(all.rbegin(), all.rend(), duel.work, &Duel::work);
+      all.insert(same == all.rend() ? all.end() : same.base(), std::move(duel));
+    }
+  }
+  return all;
+}
+
 int run(const std::string& filter, int pairs) {
   keepTwoCores();
   cv::setNumThreads(1);
   Scene scene;
   const std::regex wanted(filter, std::regex::icase);
   int rows = 0, reached = 0;
-  std::puts("| Work | Ours, ms | Peer | Peer, ms | Peer / ours | Required | Of memcpy |");
-  std::puts("|---|---:|---|---:|---:|---:|---:|");
-  for (const auto duels : {frameDuels, wordDuels, effectDuels, drawingDuels, pipelineDuels}) {
-    for (const Duel& duel : duels(scene)) {
-      if (std::regex_search(duel.work, wanted)) {
-        ++rows;
-        reached += measure(scene, duel, pairs) ? 1 : 0;
-      }
+  std::puts(
+      "| Work | Ours, ms | Rate | Peer | Peer, ms | Peer / ours | Required | Its result |\n"
+      "|---|---:|---:|---|---:|---:|---:|---|");
+  for (const Duel& duel : allDuels(scene)) {
+    if (std::regex_search(duel.work, wanted)) {
+      ++rows;
+      reached += measure(scene, duel, pairs) ? 1 : 0;
     }
   }
   std::printf(
       "\n%d of %d rows are as fast as required; the others are bold. %d x %d pixels, medians of %d "
       "pairs in turn, of the process's CPU time on one thread (the pipeline: of the time that "
-      "passed; "
-      "preview frames, 640 x 480: of CPU time on all threads). "
-      "Of memcpy: our rate as a fraction of memcpy's for as many bytes read and written. Peers: "
-      "libyuv %d, OpenCV %s.\n",
-      reached, rows, kWidth, kHeight, pairs, LIBYUV_VERSION, CV_VERSION);
+      "passed; preview frames, 640 x 480: of CPU time on all threads). Rate, of memcpy: our bytes "
+      "read and written a second, each once, as a fraction of memcpy's. Of peak, where arithmetic "
+      "is the bound: the operations of the definition (additions, multiplications, comparisons, "
+      "shifts, roots, look-ups; sums that neighbours share are kept) a second, as a fraction of "
+      "the most 16-bit additions in vectors, %.0f x 10^9 a second here. Its result: how "
+      "far the peer's bytes are from ours. Peers: libyuv %d, OpenCV %s, %s.\n",
+      reached, rows, kWidth, kHeight, pairs, peakOperations() / 1e9, LIBYUV_VERSION, CV_VERSION,
+      kOptionalPeers);
   return 0;
 }
 
@@ -148,6 +216,7 @@ int run(const std::string& filter, int pairs) {
 
 int main(int count, char** arguments) {
   setenv("ALGORITHM_DEVICE_ROOT", SAMPLE_DEVICE, 0);
+  setenv("HL_NUM_THREADS", "2", 0);  // Halide's
   std::string filter;
   int pairs = 15;
   for (int i = 1; i < count; i += 2) {
