@@ -10,8 +10,12 @@
 
 namespace alg::bench {
 
-inline constexpr int kWidth = 4000;
-inline constexpr int kHeight = 3000;
+#ifndef PEERS_SIZE
+#define PEERS_SIZE 4000, 3000
+#endif
+inline constexpr int kSize[] = {PEERS_SIZE};
+inline constexpr int kWidth = kSize[0];
+inline constexpr int kHeight = kSize[1];
 inline constexpr std::size_t kPixels = pixelsOf(kWidth, kHeight);
 
 /// What all rows work on. A result begins as a copy of `before` or of what its row says, and has
@@ -46,8 +50,7 @@ struct Nearness {
   double mean() const { return bytes == 0 ? 0 : sum / static_cast<double>(bytes); }
 };
 
-/// `ours` writes Scene::ours, each peer Scene::theirs. The fastest peer counts. Works of one name
-/// are shown together.
+/// `ours` writes Scene::ours, each peer Scene::theirs. The fastest peer counts.
 struct Duel {
   std::string work;
   double required;     // peer's time / our time
@@ -88,6 +91,15 @@ std::vector<Duel> halideFrameDuels(Scene& scene);
 #if ALGORITHM_PEER_SWSCALE
 std::vector<Duel> swscaleDuels(Scene& scene);
 #endif
+
+/// Calls measure(duel) for each duel whose work has the pattern `filter` in it; those of one work
+/// follow one another.
+void forEachDuel(Scene& scene, const std::string& filter,
+                 const std::function<void(const Duel&)>& measure);
+
+/// Runs ours and each peer once and compares what they give, so that a row can't measure different
+/// work; ends the process where they differ. It also warms up. Returns how near each peer is.
+std::vector<Nearness> checkResults(Scene& scene, const Duel& duel);
 
 /// Of the first `bytes` bytes.
 Nearness difference(const Bytes& a, const Bytes& b, std::size_t bytes);

@@ -11,49 +11,24 @@
 #include <cstring>
 #include <opencv2/core/utility.hpp>
 #include <opencv2/core/version.hpp>
-#include <regex>
 
 #include "bench/measure.h"
 #include "bench/peers/duel.h"
 #include "bench/peers/peak.h"
-#include "libalgorithm/classic_effects.h"
-#include "libalgorithm/yuv_convert.h"
 
 namespace alg::bench {
-
-Scene::Scene() : grey(3 * kPixels), frame(kPixels * 3 / 2) {
-  GrayScale(packed.data(), grey.data(), kWidth, kHeight);
-  decodeARGB2YVU_OpenGL(reinterpret_cast<uint32_t*>(words.data()), frame.data(),
-                        frame.data() + kPixels, kWidth, kHeight, kWidth, kWidth);
-}
-
-void Nearness::add(const uint8_t* a, const uint8_t* b, std::size_t count) {
-  uint64_t total = 0;
-  for (std::size_t i = 0; i < count; ++i) {
-    const int apart = std::abs(int{a[i]} - int{b[i]});
-    most = std::max(most, apart);
-    total += static_cast<uint64_t>(apart);
-  }
-  sum += static_cast<double>(total);
-  bytes += count;
-}
-
-Nearness difference(const Bytes& a, const Bytes& b, std::size_t bytes) {
-  Nearness nearness;
-  nearness.add(a.data(), b.data(), bytes);
-  return nearness;
-}
-
 namespace {
 
-#if ALGORITHM_PEER_HALIDE && ALGORITHM_PEER_SWSCALE
-constexpr char kOptionalPeers[] = "Halide, libswscale";
-#elif ALGORITHM_PEER_HALIDE
-constexpr char kOptionalPeers[] = "Halide; without libswscale, which this system lacks";
-#elif ALGORITHM_PEER_SWSCALE
-constexpr char kOptionalPeers[] = "libswscale; without Halide, which this system lacks";
+constexpr char kOptionalPeers[] =
+#if ALGORITHM_PEER_HALIDE
+    "Halide"
 #else
-constexpr char kOptionalPeers[] = "without Halide and libswscale, which this system lacks";
+    "no Halide, which this system lacks"
+#endif
+#if ALGORITHM_PEER_SWSCALE
+    ", libswscale";
+#else
+    ", no libswscale, which this system lacks";
 #endif
 
 double millisecondsOf(const std::function<void()>& run, Clock clock, int runs) {
@@ -69,28 +44,6 @@ double medianOf(std::vector<double> values) {
   std::ranges::sort(values);
   const std::size_t middle = values.size() / 2;
   return values.size() % 2 == 1 ? values[middle] : (values[middle - 1] + values[middle]) / 2;
-}
-
-/// Runs ours and each peer once and compares what they give, so that a row can't measure different
-/// work. It also warms up.
-std::vector<Nearness> checkResults(Scene& scene, const Duel& duel) {
-  const Bytes& before = duel.before != nullptr ? *duel.before : scene.before;
-  std::ranges::copy(before, scene.ours.begin());
-  duel.ours();
-  std::vector<Nearness> all;
-  for (const Peer& peer : duel.peers) {
-    std::ranges::copy(before, scene.theirs.begin());
-    peer.run();
-    const Nearness nearness =
-        duel.difference ? duel.difference() : difference(scene.ours, scene.theirs, duel.result);
-    if (nearness.mean() > duel.tolerance) {
-      std::fprintf(stderr, "%s and %s do different work: %.2f levels apart, at most %.2f\n",
-                   duel.work.c_str(), peer.name.c_str(), nearness.mean(), duel.tolerance);
-      std::exit(1);
-    }
-    all.push_back(nearness);
-  }
-  return all;
 }
 
 std::string worded(const Nearness& nearness) {
@@ -162,41 +115,18 @@ void keepTwoCores() {
   sched_setaffinity(0, sizeof two, &two);
 }
 
-/// All rows; those of one work follow one another.
-std::vector<Duel> allDuels(Scene& scene) {
-  std::vector<Duel> all;
-  for (const auto duels : {
-         frameDuels, wordDuels, effectDuels, drawingDuels, pipelineDuels,
-#if ALGORITHM_PEER_HALIDE
-             halideEffectDuels, halideFrameDuels,
-#endif
-#if ALGORITHM_PEER_SWSCALE
-             swscaleDuels,
-#endif
-       }) {
-    for (Duel& duel : duels(scene)) {
-      const auto same = std::ranges::find(all.rbegin(), all.rend(), duel.work, &Duel::work);
-      all.insert(same == all.rend() ? all.end() : same.base(), std::move(duel));
-    }
-  }
-  return all;
-}
-
 int run(const std::string& filter, int pairs) {
   keepTwoCores();
   cv::setNumThreads(1);
   Scene scene;
-  const std::regex wanted(filter, std::regex::icase);
   int rows = 0, reached = 0;
   std::puts(
       "| Work | Ours, ms | Rate | Peer | Peer, ms | Peer / ours | Required | Its result |\n"
       "|---|---:|---:|---|---:|---:|---:|---|");
-  for (const Duel& duel : allDuels(scene)) {
-    if (std::regex_search(duel.work, wanted)) {
-      ++rows;
-      reached += measure(scene, duel, pairs) ? 1 : 0;
-    }
-  }
+  forEachDuel(scene, filter, [&](const Duel& duel) {
+    ++rows;
+    reached += measure(scene, duel, pairs) ? 1 : 0;
+  });
   std::printf(
       "\n%d of %d rows are as fast as required; the others are bold. %d x %d pixels, medians of %d "
       "pairs in turn, of the process's CPU time on one thread (the pipeline: of the time that "
