@@ -1,4 +1,6 @@
 // JPEG by rows and in bands: the same bytes as whole images give, whatever is cut where.
+#include <malloc.h>
+
 #include <fstream>
 
 #include "codec/jpeg_bands.h"
@@ -129,9 +131,10 @@ TEST(JpegBands, StopWhereWorkOrOutputDo) {
                                 [](const alg::JpegBand&) { return true; })
           .fault;
     };
-    std::size_t needed = 0;
-    alg::JpegSink count([&](auto piece) { return needed += piece.size(), true; });
-    EXPECT_EQ(into(count), JpegFault::kNone);
+    Bytes all;
+    alg::JpegSink whole([&](auto p) { return all.insert(all.end(), p.begin(), p.end()), true; });
+    EXPECT_EQ(into(whole), JpegFault::kNone);
+    const std::size_t needed = all.size();
     FailingOutput fails;
     EXPECT_EQ(into(fails), JpegFault::kOutputFailed);
     EXPECT_EQ(fails.left, 0);
@@ -140,6 +143,7 @@ TEST(JpegBands, StopWhereWorkOrOutputDo) {
       alg::JpegBuffer buffer({memory.data(), room});
       EXPECT_EQ(into(buffer), room < needed ? JpegFault::kOutputFull : JpegFault::kNone) << room;
       EXPECT_EQ(buffer.size(), needed);
+      EXPECT_TRUE(same(memory.bytes(), std::span(all).first(room)));
     }
   }
 }
@@ -172,9 +176,9 @@ TEST(JpegBands, TellWhatIsLostOfADamagedFile) {
       {"half", cut(baseline, half), true, true, 100, 200},
       {"no last scan", cut(progressive, text.rfind("\xFF\xDA")), true, true, 0, 0},
       {"half a scan's header", cut(progressive, text.rfind("\xFF\xDA") + 5), true, true, 0, 0},
-      {"a marker in the middle", with(baseline, half, 2, {0xFF, 0xD9}), true, false, 100, 200},
-      {"noise in the middle", with(baseline, half, 50, noise(50)), true, false, 0, 250},
-      {"a piece too much", with(baseline, half, 0, noise(90)), true, false, 0, 250},
+      {"a marker in the middle", with(baseline, half, 2, {0xFF, 0xD9}), true, false, 0, 0},
+      {"noise in the middle", with(baseline, half, 50, noise(50)), true, false, 0, 0},
+      {"a piece too much", with(baseline, half, 0, noise(90)), true, false, 0, 0},
   };
   for (const auto& row : kRows) {
     const auto [result, got] = inBands(row.file, {.bandRows = 7});
@@ -184,6 +188,17 @@ TEST(JpegBands, TellWhatIsLostOfADamagedFile) {
     EXPECT_EQ(result.damage.truncated, row.truncated) << row.what;
     EXPECT_TRUE(row.from <= result.damage.firstRow && result.damage.firstRow <= row.to)
         << row.what << ": " << result.damage.firstRow;
+  }
+}
+
+TEST(JpegBands, RefuseWhatTheWholeImageIsRefusedFor) {
+  const Bytes baseline = makeJpeg(kFixtures[0]), progressive = makeJpeg(kFixtures[3]);
+  const Bytes scan(baseline.begin() + int(find(baseline, '\xDA')), baseline.end());
+  for (const Bytes& file :
+       {with(baseline, baseline.size() - 2, 2, scan), with(progressive, 0, 2, {0, 0})}) {
+    EXPECT_FALSE(alg::decodeJpeg(file));
+    const JpegFault fault = inBands(file, {}).result.fault;
+    EXPECT_EQ(fault, file[0] == 0 ? JpegFault::kNotJpeg : JpegFault::kDamaged);
   }
 }
 
@@ -329,6 +344,7 @@ TEST(JpegBands, TakeLittleMemoryForAnImageOfAnySize) {
   for (int y = 0; y < kTall; ++y) writer.write(row.data(), 0, 1);
   ASSERT_EQ(writer.finish(), JpegFault::kNone);
 
+  malloc_trim(0);
   std::ofstream("/proc/self/clear_refs") << 5;  // the peak begins anew
   const long before = kilobytes("VmRSS:");
   ASSERT_GT(before, 0);
