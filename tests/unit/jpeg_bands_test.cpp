@@ -13,6 +13,7 @@
 namespace {
 
 using alg::JpegFault;
+using alg::JpegPixels;
 
 constexpr int kQuality = 88;
 
