@@ -75,8 +75,9 @@ bool describesFile(const jpeg_marker_struct& segment) {
     return segment.marker == marker && segment.data_length >= with.size() &&
            std::memcmp(segment.data, with.data(), with.size()) == 0;
   };
-  constexpr std::string_view kIndex("MPF", 4);  // with its 0
-  return begins(JPEG_APP0 + 14, "Adobe") || begins(JPEG_APP0 + 2, kIndex);
+  constexpr char kIndex[] = "MPF";  // its 0 belongs to it
+  return begins(JPEG_APP0 + 14, "Adobe") ||
+         begins(JPEG_APP0 + 2, std::string_view(kIndex, sizeof kIndex));
 }
 
 int JpegInfo::reductionFor(int keepSide) const {
