@@ -19,7 +19,9 @@ constexpr std::size_t kBandBytes = std::size_t{192} << 10;
 /// Bands that may wait for the encoder. With fewer than two of the codec's own rows of blocks (16
 /// rows of pixels each) in all, one thread waits while the other is in the middle of such a row.
 constexpr int kSlots = 4;
-constexpr int kFewestRows = 8;  // of a band
+constexpr int kFewestRows = 8;  // of a band then
+/// What bands may wait in; wider images do without, so that they take little memory, too.
+constexpr std::size_t kMostSlotBytes = std::size_t{2} << 20;
 /// Images of fewer bytes are done before a second thread would have begun.
 constexpr std::size_t kWorthAThread = std::size_t{1} << 20;
 
@@ -56,6 +58,7 @@ struct Layout {
   int halo;
   bool apart;  ///< source and result have buffers of their own
   std::size_t sourceStride, resultStride;
+  bool overlap;
   int rows;  ///< of a band; the last one may have fewer
   int bands;
 };
@@ -69,9 +72,12 @@ Layout::Layout(const JpegReader& reader, const JpegBandOptions& options)
       apart(!options.inPlace || options.halo > 0),
       sourceStride(static_cast<std::size_t>(width) * bytesPerPixel(options.source)),
       resultStride(static_cast<std::size_t>(width) * bytesPerPixel(options.result)) {
+  const auto all = sourceStride * static_cast<std::size_t>(height);
+  overlap = options.overlap && all >= kWorthAThread &&
+            kSlots * kFewestRows * resultStride <= kMostSlotBytes;
   const auto fitting = static_cast<int>(kBandBytes / std::max(sourceStride, resultStride));
-  const int chosen = options.bandRows > 0 ? options.bandRows : std::max(kFewestRows, fitting);
-  rows = std::min(chosen, height);
+  const int chosen = std::max(fitting, overlap ? kFewestRows : 1);
+  rows = std::min(options.bandRows > 0 ? options.bandRows : chosen, height);
   bands = (height + rows - 1) / rows;
 }
 
@@ -241,7 +247,7 @@ class Transcoder {
   Transcoder(JpegReader& reader, JpegWriter& writer, const Layout& layout, const JpegBandWork& work)
       : reader_(reader), writer_(writer), layout_(layout), maker_(reader, layout, work) {}
 
-  JpegFault run(bool overlap);
+  JpegFault run();
 
  private:
   JpegFault encodeAlone();
@@ -284,14 +290,13 @@ JpegFault Transcoder::encodeBeside(BandQueue& queue) {
   return JpegFault::kNone;
 }
 
-JpegFault Transcoder::run(bool overlap) {
+JpegFault Transcoder::run() {
   if (!maker_.allocate()) {
     return JpegFault::kNoMemory;
   }
   JpegFault fault = JpegFault::kNone;
-  const std::size_t bytes = layout_.sourceStride * static_cast<std::size_t>(layout_.height);
   if (BandQueue queue(maker_, layout_);
-      overlap && layout_.bands > 1 && bytes >= kWorthAThread && queue.allocate() && queue.start()) {
+      layout_.overlap && layout_.bands > 1 && queue.allocate() && queue.start()) {
     fault = encodeBeside(queue);
   } else {
     fault = encodeAlone();
@@ -329,7 +334,7 @@ JpegFault transcode(JpegReader& reader, JpegOutput& output, const JpegBandOption
       return fault;
     }
   }
-  return Transcoder(reader, writer, layout, work).run(options.overlap);
+  return Transcoder(reader, writer, layout, work).run();
 }
 
 }  // namespace

@@ -10,8 +10,6 @@
 namespace alg {
 namespace {
 
-using std::literals::operator""sv;
-
 JpegColours coloursOf(const jpeg_decompress_struct& jpeg) {
   switch (jpeg.jpeg_color_space) {
     case JCS_GRAYSCALE:
@@ -77,7 +75,9 @@ bool describesFile(const jpeg_marker_struct& segment) {
     return segment.marker == marker && segment.data_length >= with.size() &&
            std::memcmp(segment.data, with.data(), with.size()) == 0;
   };
-  return begins(JPEG_APP0 + 14, "Adobe"sv) || begins(JPEG_APP0 + 2, "MPF\0"sv);
+  constexpr char kIndex[] = "MPF";  // its 0 belongs to it
+  return begins(JPEG_APP0 + 14, "Adobe") ||
+         begins(JPEG_APP0 + 2, std::string_view(kIndex, sizeof kIndex));
 }
 
 int JpegInfo::reductionFor(int keepSide) const {

@@ -105,8 +105,9 @@ void JpegReader::Codec::warn() {
   ++damage.warnings;
   damage.truncated |= source.ranOut();
   if (damage.firstRow < 0) {
-    // What is too much behind the last row does not tell where reading went wrong.
-    damage.firstRow = finishing || info.wholeImage ? 0 : static_cast<int>(jpeg.output_scanline);
+    // Damaged codes are often read as others, and show only where those end.
+    const bool here = source.ranOut() && !info.wholeImage;
+    damage.firstRow = here ? static_cast<int>(jpeg.output_scanline) : 0;
   }
 }
 

@@ -1,11 +1,12 @@
-// JPEG by rows and in bands: the same bytes as whole images give, whatever is cut where.
+// JPEG in bands: the same bytes as whole images give, whatever is cut where.
+#include <malloc.h>
+
 #include <fstream>
 
 #include "codec/jpeg_bands.h"
 #include "guarded.h"
 #include "jpeg_files.h"
 #include "platform/jpeg.h"
-#include "platform/jpeg_reader.h"
 #include "platform/jpeg_writer.h"
 #include "system_calls.h"
 
@@ -129,9 +130,10 @@ TEST(JpegBands, StopWhereWorkOrOutputDo) {
                                 [](const alg::JpegBand&) { return true; })
           .fault;
     };
-    std::size_t needed = 0;
-    alg::JpegSink count([&](auto piece) { return needed += piece.size(), true; });
-    EXPECT_EQ(into(count), JpegFault::kNone);
+    Bytes all;
+    alg::JpegSink whole([&](auto p) { return all.insert(all.end(), p.begin(), p.end()), true; });
+    EXPECT_EQ(into(whole), JpegFault::kNone);
+    const std::size_t needed = all.size();
     FailingOutput fails;
     EXPECT_EQ(into(fails), JpegFault::kOutputFailed);
     EXPECT_EQ(fails.left, 0);
@@ -140,16 +142,9 @@ TEST(JpegBands, StopWhereWorkOrOutputDo) {
       alg::JpegBuffer buffer({memory.data(), room});
       EXPECT_EQ(into(buffer), room < needed ? JpegFault::kOutputFull : JpegFault::kNone) << room;
       EXPECT_EQ(buffer.size(), needed);
+      EXPECT_TRUE(same(memory.bytes(), std::span(all).first(room)));
     }
   }
-}
-
-/// The file with something in place of some bytes.
-Bytes with(Bytes file, std::size_t at, std::size_t count, const Bytes& instead) {
-  const auto from = file.begin() + Bytes::difference_type(at);
-  file.insert(file.erase(from, from + Bytes::difference_type(count)), instead.begin(),
-              instead.end());
-  return file;
 }
 
 TEST(JpegBands, TellWhatIsLostOfADamagedFile) {
@@ -172,9 +167,9 @@ TEST(JpegBands, TellWhatIsLostOfADamagedFile) {
       {"half", cut(baseline, half), true, true, 100, 200},
       {"no last scan", cut(progressive, text.rfind("\xFF\xDA")), true, true, 0, 0},
       {"half a scan's header", cut(progressive, text.rfind("\xFF\xDA") + 5), true, true, 0, 0},
-      {"a marker in the middle", with(baseline, half, 2, {0xFF, 0xD9}), true, false, 100, 200},
-      {"noise in the middle", with(baseline, half, 50, noise(50)), true, false, 0, 250},
-      {"a piece too much", with(baseline, half, 0, noise(90)), true, false, 0, 250},
+      {"a marker in the middle", with(baseline, half, 2, {0xFF, 0xD9}), true, false, 0, 0},
+      {"noise in the middle", with(baseline, half, 50, noise(50)), true, false, 0, 0},
+      {"a piece too much", with(baseline, half, 0, noise(90)), true, false, 0, 0},
   };
   for (const auto& row : kRows) {
     const auto [result, got] = inBands(row.file, {.bandRows = 7});
@@ -184,6 +179,17 @@ TEST(JpegBands, TellWhatIsLostOfADamagedFile) {
     EXPECT_EQ(result.damage.truncated, row.truncated) << row.what;
     EXPECT_TRUE(row.from <= result.damage.firstRow && result.damage.firstRow <= row.to)
         << row.what << ": " << result.damage.firstRow;
+  }
+}
+
+TEST(JpegBands, RefuseWhatTheWholeImageIsRefusedFor) {
+  const Bytes baseline = makeJpeg(kFixtures[0]), progressive = makeJpeg(kFixtures[3]);
+  const Bytes scan(baseline.begin() + int(find(baseline, '\xDA')), baseline.end());
+  for (const Bytes& file :
+       {with(baseline, baseline.size() - 2, 2, scan), with(progressive, 0, 2, {0, 0})}) {
+    EXPECT_FALSE(alg::decodeJpeg(file));
+    const JpegFault fault = inBands(file, {}).result.fault;
+    EXPECT_EQ(fault, file[0] == 0 ? JpegFault::kNotJpeg : JpegFault::kDamaged);
   }
 }
 
@@ -212,89 +218,6 @@ TEST(JpegBands, CarrySegmentsByteForByteButNotWhatDescribesTheOldFile) {
   EXPECT_TRUE(same(inBands(source, {.carrySegments = false}).file, result));
   EXPECT_TRUE(same(inBands(plain, {.carrySegments = false, .segments = expected}).file,
                    with(result, 2, 18, expected)));  // Exif is there: no JFIF
-}
-
-TEST(JpegRows, ComeInEveryOrderOfBytesAndLeaveTheirGapsAlone) {
-  for (const Fixture& fixture : kFixtures) {
-    const Bytes file = makeJpeg(fixture, 61, 45);
-    for (const int reduction : {1, 2, 4, 8}) {
-      const auto bgra = alg::decodeJpeg(file, {.keepSide = 61 / reduction}).value();
-      for (const auto order :
-           {JpegPixels::kBgra, JpegPixels::kRgba, JpegPixels::kBgr, JpegPixels::kRgb}) {
-        const int bytes = int(alg::bytesPerPixel(order)), red = int(order) % 2 == 0 ? 2 : 0;
-        const int used = bytes * bgra.width, stride = used + 5;
-        const Guarded memory(noise(stride * (bgra.height - 1) + used));
-        Bytes expected = memory.bytes();
-        for (int i = 0; i < bgra.width * bgra.height; ++i) {
-          uint8_t* to = &expected[asSize(i / bgra.width * stride + i % bgra.width * bytes)];
-          const uint8_t* from = &bgra.pixels[asSize(4 * i)];
-          to[red] = from[2], to[1] = from[1], to[2 - red] = from[0];
-          if (bytes == 4) to[3] = 255;
-        }
-        alg::JpegBytes input(file);
-        alg::JpegReader reader(input);
-        ASSERT_EQ(reader.start({.pixels = order, .reduction = reduction}), JpegFault::kNone);
-        for (const int rows : {3, 1, 0, 20, 100}) {
-          reader.read(memory.data() + reader.row() * stride, asSize(stride), rows);
-        }
-        EXPECT_EQ(reader.finish(), JpegFault::kNone);
-        EXPECT_TRUE(same(memory.bytes(), expected)) << fixture.name << " " << int(order);
-
-        const auto encode = [&](const uint8_t* from, std::size_t apart, JpegPixels pixels) {
-          Bytes jpeg(20000);
-          alg::JpegBuffer to(jpeg);
-          const alg::JpegView view{const_cast<uint8_t*>(from), bgra.width, bgra.height, apart,
-                                   pixels};
-          EXPECT_EQ(alg::encodeJpegTo(to, view, 90, alg::JpegSampling::k422), JpegFault::kNone);
-          return jpeg;
-        };
-        EXPECT_EQ(encode(memory.data(), asSize(stride), order),
-                  encode(bgra.pixels.get(), asSize(4 * bgra.width), JpegPixels::kBgra));
-      }
-    }
-  }
-}
-
-TEST(JpegRows, HeadersTellWhatTheyHoldOrWhatIsWrong) {
-  const Bytes file = makeJpeg(kFixtures[0]), progressive = makeJpeg(kFixtures[3]);
-  const std::size_t frame = find(file, '\xC0');
-  const Bytes png = {0x89, 'P', 'N', 'G'};
-  const struct {
-    Bytes file;
-    JpegFault fault;
-  } kRows[] = {{file, JpegFault::kNone},
-               {{}, JpegFault::kNotJpeg},
-               {png, JpegFault::kNotJpeg},
-               {{file.begin(), file.begin() + int(frame)}, JpegFault::kDamaged},
-               {with(file, frame + 1, 1, {0xC3}), JpegFault::kUnsupported},  // lossless
-               {with(file, frame + 4, 1, {12}), JpegFault::kUnsupported},    // bits
-               {with(file, frame + 5, 4, {0xFF, 0xFF, 0, 9}), JpegFault::kTooLarge},
-               {with(file, frame + 5, 4, {80, 0, 80, 0}), JpegFault::kTooLarge}};
-  for (const auto& row : kRows) {
-    alg::JpegBytes input(row.file);
-    alg::JpegInfo info;
-    EXPECT_EQ(alg::readJpegInfo(input, info), row.fault) << &row - kRows;
-    EXPECT_EQ(info.width > 0, row.fault == JpegFault::kNone || row.fault == JpegFault::kTooLarge);
-  }
-  const Bytes huge = with(progressive, find(progressive, '\xC2') + 5, 4, {60, 0, 60, 0});
-  alg::JpegBytes large(huge);
-  alg::JpegReader reader(large);
-  EXPECT_EQ(reader.start({}), JpegFault::kTooComplex);
-  Bytes room(9000);
-  for (const int quality : {1, 37, 75, 92, 100}) {
-    for (const auto sampling :
-         {alg::JpegSampling::k420, alg::JpegSampling::k422, alg::JpegSampling::k444}) {
-      alg::JpegBuffer output(room);
-      Bytes pixels(16 * 9 * 4);
-      alg::encodeJpegTo(output, {pixels.data(), 16, 9, 64}, quality, sampling);
-      alg::JpegBytes input(room);
-      alg::JpegInfo info;
-      EXPECT_EQ(alg::readJpegInfo(input, info), JpegFault::kNone);
-      EXPECT_TRUE(info.quality == quality && info.sampling == sampling && info.width == 16 &&
-                  info.height == 9 && !info.wholeImage)
-          << info.quality;
-    }
-  }
 }
 
 /// Kilobytes of memory in use now, or the most since the last reset.
@@ -329,6 +252,7 @@ TEST(JpegBands, TakeLittleMemoryForAnImageOfAnySize) {
   for (int y = 0; y < kTall; ++y) writer.write(row.data(), 0, 1);
   ASSERT_EQ(writer.finish(), JpegFault::kNone);
 
+  malloc_trim(0);
   std::ofstream("/proc/self/clear_refs") << 5;  // the peak begins anew
   const long before = kilobytes("VmRSS:");
   ASSERT_GT(before, 0);

@@ -75,3 +75,11 @@ inline std::size_t find(const Bytes& file, char kind) {
 inline std::size_t scanStart(const Bytes& file) {
   return find(file, '\xDA') + 2 + file[find(file, '\xDA') + 3];
 }
+
+/// The file with something in place of some bytes.
+inline Bytes with(Bytes file, std::size_t at, std::size_t count, const Bytes& instead) {
+  const auto from = file.begin() + Bytes::difference_type(at);
+  file.insert(file.erase(from, from + Bytes::difference_type(count)), instead.begin(),
+              instead.end());
+  return file;
+}
