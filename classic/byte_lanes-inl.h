@@ -53,6 +53,18 @@ HWY_INLINE Shorts2 difference(ByteVector a, ByteVector b) {
   return {ShortVector(vreinterpretq_s16_u16(lower)), ShortVector(vreinterpretq_s16_u16(upper))};
 }
 
+// sum + kWeight x (plus - minus)
+template <int kWeight>
+HWY_INLINE Shorts2 addDifference(Shorts2 sum, ByteVector plus, ByteVector minus) {
+  const uint8x16_t weight = vdupq_n_u8(kWeight);
+  uint16x8_t lower = vreinterpretq_u16_s16(sum.lower.raw);
+  uint16x8_t upper = vreinterpretq_u16_s16(sum.upper.raw);
+  lower = vmlal_u8(lower, vget_low_u8(plus.raw), vget_low_u8(weight));
+  lower = vmlsl_u8(lower, vget_low_u8(minus.raw), vget_low_u8(weight));
+  upper = vmlsl_high_u8(vmlal_high_u8(upper, plus.raw, weight), minus.raw, weight);
+  return {ShortVector(vreinterpretq_s16_u16(lower)), ShortVector(vreinterpretq_s16_u16(upper))};
+}
+
 HWY_INLINE Ints4 sumsOfSquares(Shorts2 a, Shorts2 b) {
   const auto lower = [](ShortVector x, ShortVector y) HWY_ATTR {
     return IntVector(vmlal_s16(vmull_s16(vget_low_s16(x.raw), vget_low_s16(x.raw)),
@@ -145,16 +157,15 @@ HWY_INLINE Gradient gradient(const uint8_t* top, const uint8_t* middle, const ui
   const Bytes d;
   const Shorts2 falling = difference(hn::LoadU(d, top), hn::LoadU(d, bottom + 2));
   const Shorts2 rising = difference(hn::LoadU(d, top + 2), hn::LoadU(d, bottom));
-  const Shorts2 across = difference(hn::LoadU(d, middle), hn::LoadU(d, middle + 2));
-  const Shorts2 down = difference(hn::LoadU(d, top + 1), hn::LoadU(d, bottom + 1));
-  const auto join = [](ShortVector diagonals, ShortVector straight) HWY_ATTR {
-    const int16x8_t weighed = vmlaq_n_s16(diagonals.raw, straight.raw, kMiddle);
-    return ShortVector(vmulq_n_s16(weighed, kScale));  // a shift
+  const auto join = [](Shorts2 diagonals, ByteVector plus, ByteVector minus) HWY_ATTR {
+    const Shorts2 sum = addDifference<kMiddle>(diagonals, plus, minus);
+    return Shorts2{ShortVector(vmulq_n_s16(sum.lower.raw, kScale)),  // shifts
+                   ShortVector(vmulq_n_s16(sum.upper.raw, kScale))};
   };
-  return {{join(hn::Sub(falling.lower, rising.lower), across.lower),
-           join(hn::Sub(falling.upper, rising.upper), across.upper)},
-          {join(hn::Add(falling.lower, rising.lower), down.lower),
-           join(hn::Add(falling.upper, rising.upper), down.upper)}};
+  return {join({hn::Sub(falling.lower, rising.lower), hn::Sub(falling.upper, rising.upper)},
+               hn::LoadU(d, middle), hn::LoadU(d, middle + 2)),
+          join({hn::Add(falling.lower, rising.lower), hn::Add(falling.upper, rising.upper)},
+               hn::LoadU(d, top + 1), hn::LoadU(d, bottom + 1))};
 }
 #else
 template <int kScale, int kMiddle>
