@@ -1,5 +1,6 @@
 // Vector twins of the drawing effects' row kernels, compiled once per vector target. Each works on
 // a whole vector of bytes at a time, which become two vectors of 16-bit and four of 32-bit lanes.
+#define ALG_ALSO_AVX512
 #include <algorithm>
 #include <cstring>
 
@@ -13,7 +14,8 @@
 #include "hwy/highway.h"
 // After Highway, which defines the target.
 #include "classic/byte_lanes-inl.h"
-#include "kernels/row_blocks-inl.h"
+#include "kernels/block_ops-inl.h"
+#include "kernels/packed_planes-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace alg::HWY_NAMESPACE {
@@ -27,6 +29,8 @@ constexpr auto& inkRowVector = inkRowPlain;
 constexpr auto& cartoonRowVector = cartoonRowPlain;
 
 #else
+
+using planes::storeOrdered;
 
 // Emboss ---------------------------------------------------------------------------------------
 
@@ -243,8 +247,8 @@ void inkRowVector(const PlaneWindow& rows, uint8_t* out, std::size_t count,
     }
     const auto join = [&](std::size_t x, uint8_t* to) HWY_ATTR {
       const Bytes d;
-      hn::StoreInterleaved3(hn::Load(d, inked[2] + x), hn::Load(d, inked[1] + x),
-                            hn::Load(d, inked[0] + x), d, to);
+      storeOrdered(hn::Load(d, inked[2] + x), hn::Load(d, inked[1] + x), hn::Load(d, inked[0] + x),
+                   to);
     };
     forEachBlock<kBlock>(part, join, Writes<kPackedBytes>{out + kPackedBytes * from});
   }
@@ -317,7 +321,7 @@ void cartoonRowVector(const PlaneWindow& rows, uint8_t* out, std::size_t count,
       const auto scaled = [&](int c) HWY_ATTR {
         return scaledBy(looked[c] + x, hn::LoadU(d, planes.plane(c).middle + from + x + 1));
       };
-      hn::StoreInterleaved3(scaled(2), scaled(1), scaled(0), d, to);
+      storeOrdered(scaled(2), scaled(1), scaled(0), to);
     };
     forEachBlock<kBlock>(part, scale, Writes<kPackedBytes>{out + kPackedBytes * from});
   }
@@ -335,61 +339,64 @@ HWY_INLINE IntVector quotient(IntVector n, IntVector v) {
   const auto number = hn::ConvertTo(d, n), one = hn::Set(d, 1.0f);
   const auto factor = hn::Div(one, number);
   const auto excess = hn::MulSub(number, factor, one);
-  const hn::Vec<Floats> half{
-      _mm256_blendv_ps(_mm256_set1_ps(0.5f), _mm256_set1_ps(-0.5f), excess.raw)};
+  const auto half = hn::CopySignToAbs(hn::Set(d, 0.5f), excess);
   const auto dividend = hn::MulAdd(hn::ConvertTo(d, v), hn::Set(d, 1020.0f), half);
-  return IntVector{_mm256_cvttps_epi32(hn::Mul(dividend, factor).raw)};  // never out of range
+  return ops::truncated(hn::Mul(dividend, factor));  // never out of range
 }
 
 // Byte kByte of each lane.
 template <int kByte>
 HWY_INLINE IntVector pick(ByteVector v) {
-  const __m256i lanes = _mm256_setr_epi32(0, 4, 8, 12, 0, 4, 8, 12);
-  const __m256i zeros = _mm256_set1_epi32(kByte - 256);  // but for the low byte
-  return IntVector{_mm256_shuffle_epi8(v.raw, _mm256_or_si256(lanes, zeros))};
+  const Ints d;
+  const IntVector lanes = hn::And(hn::ShiftLeft<2>(hn::Iota(d, 0)), hn::Set(d, 12));
+  const IntVector zeros = hn::Set(d, kByte - 256);  // but for the low byte
+  return hn::BitCast(d, hn::TableLookupBytesOr0(v, hn::BitCast(Bytes(), hn::Or(lanes, zeros))));
 }
 
 // The low halves of lanes a, and of lanes b above them.
-HWY_INLINE __m256i joined(IntVector a, IntVector b) {
-  return _mm256_blend_epi16(a.raw, hn::ShiftLeft<16>(b).raw, 0xAA);
+HWY_INLINE ShortVector joined(IntVector a, IntVector b) {
+  const Shorts d;
+  return hn::OddEven(hn::BitCast(d, hn::ShiftLeft<16>(b)), hn::BitCast(d, a));
 }
 
 // Bytes stay in their lanes: n is that of the even bytes and that of the odd ones.
 HWY_INLINE ByteVector quotients(const Shorts2& n, ByteVector v) {
   const Ints d;
+  const Shorts shorts;
   const auto low = hn::Set(d, 0xFFFF);
   const IntVector even = hn::BitCast(d, n.lower), odd = hn::BitCast(d, n.upper);
   const IntVector q0 = quotient(hn::And(even, low), pick<0>(v));
   const IntVector q2 = quotient(hn::ShiftRight<16>(even), pick<2>(v));
-  const __m256i evenBytes = _mm256_and_si256(joined(q0, q2), _mm256_set1_epi16(0xFF));
+  const ShortVector evenBytes = hn::And(joined(q0, q2), hn::Set(shorts, int16_t{0xFF}));
   const IntVector q1 = quotient(hn::And(odd, low), pick<1>(v));
   const IntVector q3 = quotient(hn::ShiftRight<16>(odd), pick<3>(v));
-  return ByteVector{_mm256_or_si256(evenBytes, _mm256_slli_epi16(joined(q1, q3), 8))};
+  return hn::BitCast(Bytes(), hn::Or(evenBytes, hn::ShiftLeft<8>(joined(q1, q3))));
 }
 
 void cartoonRowVector(const PlaneWindow& rows, uint8_t* out, std::size_t count,
                       const CartoonFactors& /*factors*/) {
   const auto divide = [&](std::size_t x, uint8_t* to) HWY_ATTR {
     const Bytes d;
-    const __m256i one = _mm256_set1_epi16(1);
+    const Shorts shorts;
+    const auto one = hn::Set(shorts, int16_t{1});
     const Brightest most = brightest(rows, x);
-    const __m256i evenLimit =
-        _mm256_add_epi16(_mm256_and_si256(most.all.raw, _mm256_set1_epi16(0xFF)), one);
-    const __m256i oddLimit = _mm256_add_epi16(_mm256_srli_epi16(most.all.raw, 8), one);
+    const ShortVector all = hn::BitCast(shorts, most.all);
+    const ShortVector evenLimit = hn::Add(hn::And(all, hn::Set(shorts, int16_t{0xFF})), one);
+    const ShortVector oddLimit = hn::Add(
+        hn::BitCast(shorts, hn::ShiftRight<8>(hn::BitCast(hn::RebindToUnsigned<Shorts>(), all))),
+        one);
     ByteVector result[kPackedBytes];
     for (int c = 0; c < kPackedBytes; ++c) {
-      const __m256i evenThrice = _mm256_maddubs_epi16(most.of[c].raw, _mm256_set1_epi16(3));
-      const __m256i oddThrice = _mm256_maddubs_epi16(most.of[c].raw, _mm256_set1_epi16(3 << 8));
-      const Shorts2 n = {ShortVector{_mm256_add_epi16(evenLimit, evenThrice)},
-                         ShortVector{_mm256_add_epi16(oddLimit, oddThrice)}};
+      const Shorts2 n = {hn::Add(evenLimit, ops::weighPairs<3, 0>(most.of[c])),
+                         hn::Add(oddLimit, ops::weighPairs<0, 3>(most.of[c]))};
       result[c] = quotients(n, hn::LoadU(d, rows.plane(c).middle + x + 1));
     }
-    hn::StoreInterleaved3(result[2], result[1], result[0], d, to);
+    storeOrdered(result[2], result[1], result[0], to);
   };
   forEachBlock<kBlock>(count, divide, Writes<kPackedBytes>{out});
 }
 
-#endif  // NEON or AVX2
+#endif  // NEON or x86
 
 #endif  // vectors or not
 
