@@ -45,16 +45,6 @@ HWY_INLINE void cover(int begin, int end, int step, Visit visit) {
   }
 }
 
-/// v as it is. Compilers make stores of two interleaved halves of the last interleaving and those
-/// behind it, which takes more instructions, and slower ones.
-template <class V>
-HWY_INLINE V whole(V v) {
-#if ALG_IS_NEON()
-  asm("" : "+w"(v.raw));
-#endif
-  return v;
-}
-
 /// Writes a run of a destination row: whole cache lines past the caches, the rest as usual.
 HWY_INLINE void copyRun(const uint8_t* from, uint8_t* to, int bytes, bool stream) {
   const Bytes d;
@@ -128,7 +118,10 @@ struct Turn {
     }
     HWY_UNROLL(16)
     for (int i = 0; i < kColumns; ++i) {
-      hn::StoreU(whole(v[i]), d, reinterpret_cast<Element*>(to + toPitch * i));
+#if ALG_IS_NEON()  // else clang makes slower stores, of interleaved halves, of the last stage
+      v[i].raw = opaque(v[i].raw);
+#endif
+      hn::StoreU(v[i], d, reinterpret_cast<Element*>(to + toPitch * i));
     }
   }
 

@@ -15,6 +15,7 @@
 #define HWY_TARGET_INCLUDE "classic/colour_rows_simd.cpp"
 #include "hwy/foreach_target.h"  // IWYU pragma: keep
 #include "hwy/highway.h"
+#include "kernels/block_ops-inl.h"
 #include "kernels/packed_planes-inl.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -80,7 +81,7 @@ HWY_INLINE ByteVector mix(const Halves& p) {
 namespace hn = hwy::HWY_NAMESPACE;
 
 using planes::Bytes;
-using Shorts = hn::Repartition<uint16_t, Bytes>;
+using Shorts = hn::Repartition<int16_t, Bytes>;
 using ShortVector = hn::Vec<Shorts>;
 
 // Half a vector of pixels: pairs of bytes, red and green, blue and 0.
@@ -102,41 +103,23 @@ struct Halves {
   Half lower, upper;
 };
 
-// Bytes of each pair times kFirst and kSecond, added.
-template <int kFirst, int kSecond>
-HWY_INLINE ShortVector weighPairs(ByteVector pairs) {
-  const auto weights = hn::Set(Shorts(), static_cast<uint16_t>(kSecond * 256 + kFirst));
-#if ALG_IS_AVX512()
-  return ShortVector{_mm512_maddubs_epi16(pairs.raw, weights.raw)};
-#else
-  return ShortVector{_mm256_maddubs_epi16(pairs.raw, weights.raw)};
-#endif
-}
-
-// Shorts limited to bytes, the halves of each 16 bytes joined.
-HWY_INLINE ByteVector join(ShortVector lower, ShortVector upper) {
-#if ALG_IS_AVX512()
-  return ByteVector{_mm512_packus_epi16(lower.raw, upper.raw)};
-#else
-  return ByteVector{_mm256_packus_epi16(lower.raw, upper.raw)};
-#endif
-}
-
 template <MixWeights kWeights>
 HWY_INLINE ShortVector weigh(const Half& p) {
-  return hn::Add(weighPairs<kWeights.red, kWeights.green>(p.redGreen),
-                 weighPairs<kWeights.blue, 0>(p.blue));
+  return hn::Add(ops::weighPairs<kWeights.red, kWeights.green>(p.redGreen),
+                 ops::weighPairs<kWeights.blue, 0>(p.blue));
 }
 
 template <MixWeights kWeights>
 HWY_INLINE ShortVector mixHalf(const Half& p) {
-  const ShortVector rest = hn::ShiftRight<fineBits(kWeights)>(weigh<fine(kWeights)>(p));
-  return hn::ShiftRight<7>(hn::Add(weigh<coarse(kWeights)>(p), rest));
+  const hn::RebindToUnsigned<Shorts> d;
+  const auto rest = hn::ShiftRight<fineBits(kWeights)>(weigh<fine(kWeights)>(p));
+  const auto sum = hn::BitCast(d, hn::Add(weigh<coarse(kWeights)>(p), rest));
+  return hn::BitCast(Shorts(), hn::ShiftRight<7>(sum));
 }
 
 template <MixWeights kWeights>
 HWY_INLINE ByteVector mix(const Halves& p) {
-  return join(mixHalf<kWeights>(p.lower), mixHalf<kWeights>(p.upper));
+  return ops::join(mixHalf<kWeights>(p.lower), mixHalf<kWeights>(p.upper));
 }
 
 #endif

@@ -12,12 +12,12 @@ namespace alg {
 namespace {
 
 int inkGrey(int energy, const EdgeSteps& edges) {
-  const int argument = (energy + EdgeSteps::kOffset) << 8;
-  const auto number = static_cast<float>(argument);  // exact
+  const auto number = static_cast<float>(energy + EdgeSteps::kOffset);  // exact
   int bits;
   std::memcpy(&bits, &number, sizeof bits);
   const int entry = edges.entries[(bits >> EdgeSteps::kBlockShift) - EdgeSteps::kFirstBlock];
-  return (entry & 0xFF) - (argument > entry ? 1 : 0);
+  const auto rank = static_cast<int16_t>(bits >> EdgeSteps::kRankShift);
+  return (entry & 0xFF) - (rank > entry >> 16 ? 1 : 0);
 }
 
 /// Overlay blend of v over the edge map's grey.

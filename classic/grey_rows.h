@@ -10,7 +10,7 @@
 
 namespace alg {
 
-inline constexpr std::size_t kRowPadding = 64;
+inline constexpr std::size_t kRowPadding = 128;
 
 /// The weights of a pixel's bytes 0, 1 and 2 in 16 fractional bits. They add up to 1, their low
 /// bytes to 256 at most; checked where they are built.

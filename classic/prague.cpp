@@ -33,29 +33,35 @@ int edgeGrey(int energy) {
 
 /// The first argument of a block, plus kOffset.
 int blockStart(int block) {
-  const int bits = (block + EdgeSteps::kFirstBlock - (8 << 6)) << EdgeSteps::kBlockShift;
+  const int bits = (block + EdgeSteps::kFirstBlock) << EdgeSteps::kBlockShift;
   float start;
   std::memcpy(&start, &bits, sizeof start);
   return static_cast<int>(start);
 }
 
+/// Of an argument plus kOffset, in the upper half.
+int rankOf(int argument) {
+  const auto number = static_cast<float>(argument);
+  int bits;
+  std::memcpy(&bits, &number, sizeof bits);
+  return (bits >> EdgeSteps::kRankShift) << 16;
+}
+
 /// Not constant for the compiler, which would put the table into the library file.
 EdgeSteps findEdgeSteps() {
-  constexpr int kNever = 1 << 22;
   EdgeSteps edges;
   for (int block = 0; block < EdgeSteps::kBlocks; ++block) {
-    int first = blockStart(block), end = blockStart(block + 1);
+    int first = blockStart(block), last = blockStart(block + 1) - 1;
     const int grey = edgeGrey(first - EdgeSteps::kOffset);
-    if (edgeGrey(end - 1 - EdgeSteps::kOffset) == grey) {
-      first = kNever - 1;
-    } else {
-      --end;
+    while (first < last) {  // the last argument before the step, or of the block
+      const int middle = (first + last + 1) / 2;
+      if (edgeGrey(middle - EdgeSteps::kOffset) == grey) {
+        first = middle;
+      } else {
+        last = middle - 1;
+      }
     }
-    while (first + 1 < end) {  // the step is behind `first`, at `end` at the latest
-      const int middle = (first + end) / 2;
-      (edgeGrey(middle - EdgeSteps::kOffset) == grey ? first : end) = middle;
-    }
-    edges.entries[block] = (first << 8) | grey;
+    edges.entries[block] = rankOf(first) | grey;
   }
   return edges;
 }

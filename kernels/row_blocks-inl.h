@@ -56,6 +56,15 @@ struct Writes {
   };
 };
 
+#if ALG_IS_NEON()
+/// v as it is, of which compilers know nothing: they rewrite some well-chosen instructions.
+template <class Raw>
+HWY_INLINE Raw opaque(Raw v) {
+  asm("" : "+w"(v));
+  return v;
+}
+#endif
+
 /// Stores two vectors of bytes one behind the other. Cortex-A7x take half the cycles for one
 /// instruction of this kind that they take for a pair of ordinary stores.
 template <class V>

@@ -31,17 +31,15 @@ def chains(blocks: Blocks) -> collections.Counter[str]:
     joined: collections.Counter[str] = collections.Counter()
     while wanted:
         start = next(iter(wanted))
-        ends = {address + len(code) // 2: address for address, (code, _) in wanted.items()}
         runs = wanted[start][1]
-
-        def follows(address: int | None) -> bool:
-            return address in wanted and abs(wanted[address][1] - runs) <= runs / 50
-
-        while follows(ends.get(start)) and ends[start] != start:
+        alike = {address: code for address, (code, times) in wanted.items() if abs(times - runs) <= runs / 50}
+        ends = {address + len(code) // 2: address for address, code in alike.items()}
+        while start in ends:
             start = ends[start]
         chain = ""
-        while follows(start):
-            code = wanted.pop(start)[0]
+        while start in alike:
+            code = alike.pop(start)
+            del wanted[start]
             chain += code
             start += len(code) // 2
         joined[chain] += runs
