@@ -131,6 +131,11 @@ const char* Batch::doJob(const PhotoJob& job) {
   if (!job.problem.empty()) {
     throw UserError(job.problem, job.code);
   }
+  std::error_code error;
+  const bool exists = fs::exists(job.input, error);
+  if (job.isFile && exists && !fs::is_regular_file(job.input, error)) {
+    throw BadInput(fmt::format("{}: not a regular file", job.input));
+  }
   const bool toFile = job.output != kStandardStream;
   if (toFile && request_.skipExisting && isComplete(job.output)) {
     ++skipped_;
@@ -143,8 +148,7 @@ const char* Batch::doJob(const PhotoJob& job) {
     throw UserError(fmt::format("{} exists and is not replaced (--no-clobber)", job.output));
   }
   if (request_.dryRun) {
-    std::error_code error;
-    if (job.input != kStandardStream && !fs::exists(job.input, error)) {
+    if (job.input != kStandardStream && !exists) {
       throw BadInput(fmt::format("cannot read {}: there is no such file", job.input));
     }
     fmt::print("{} -> {}\n", job.input, job.output);

@@ -13,7 +13,6 @@
 namespace fs = std::filesystem;
 
 namespace alg::tool {
-namespace {
 
 bool namedAsPhoto(const fs::path& path) {
   std::string extension = path.extension().string();
@@ -21,6 +20,8 @@ bool namedAsPhoto(const fs::path& path) {
                  [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
   return extension == ".jpg" || extension == ".jpeg";
 }
+
+namespace {
 
 void take(const fs::directory_entry& entry, PhotoFolder& found) {
   std::error_code ignored;

@@ -99,15 +99,13 @@ void ListMaker::addFolder(const fs::path& folder) {
 }
 
 void ListMaker::add(const fs::path& input, bool chosen) {
-  std::error_code error;
-  const fs::file_status status = fs::status(input, error);
-  if (fs::is_directory(status)) {
+  std::error_code ignored;
+  // Long lists, of which other machines do the most, are not looked up on the disk.
+  if ((chosen || !namedAsPhoto(input)) && fs::is_directory(input, ignored)) {
     addFolder(input);
-  } else if (chosen || fs::is_regular_file(status) || !fs::exists(status)) {
+  } else {
     addPhoto(input, input.string(), input.filename(), chosen);
-  } else {  // a list was hardly made to wait for a pipe
-    addProblem(input.string(), fmt::format("{}: not a regular file", input.string()),
-               ExitCode::kBadInput);
+    candidates_.back().job.isFile = !chosen;
   }
 }
 

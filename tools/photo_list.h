@@ -20,6 +20,7 @@ struct PhotoJob {
   ExitCode code = ExitCode::kDone;
   bool makesFolder = false;  ///< the folder of the output may have to be made
   bool inPlace = false;      ///< the output may be the input
+  bool isFile = false;  ///< the input must be a file: a list was hardly made to wait for a pipe
 };
 
 struct PhotoSources {

@@ -110,15 +110,16 @@ class BatchTest(ToolCase):
         for name in ("in/a.jpg", "in/b.jpg", "other/a.jpg", odd):
             self.draw(name, 1)
         Path("in/bad.jpg").write_bytes(b"none")
+        os.mkfifo("pipe.jpg")
         Path("list").write_bytes(b"\0".join(os.fsencode(name) for name in (
-            "in/a.jpg", odd, "in/bad.jpg", "in/gone.jpg", "other/a.jpg", "in/a.jpg", "in/b.jpg", "in/b-sepia.jpg")))
+            "in/a.jpg", odd, "in/bad.jpg", "in/gone.jpg", "other/a.jpg", "in/a.jpg", "in/b.jpg", "in/b-sepia.jpg", "pipe.jpg")))
         template = "--output={dir}/{stem}-{effect}{ext}"
         for already in (False, True):
             self.run_tool("apply", "sepia", "--files-from=list", "-0", template, "--report=report", "--skip-existing",
                           code=1, says="left out 1 of the inputs.*bad.jpg: not a JPEG")
             done = ("skipped" if already else "done", 0)
             self.assertEqual(self.report(), {"in/a.jpg": done, odd: done, "other/a.jpg": done, "in/b.jpg": done,
-                                             "in/bad.jpg": ("failed", 3), "in/gone.jpg": ("failed", 3)})
+                                             "in/bad.jpg": ("failed", 3), "in/gone.jpg": ("failed", 3), "pipe.jpg": ("failed", 3)})
         self.assertEqual(Path(odd.replace(".jpg", "-sepia.jpg")).read_bytes(), self.sepia)
         # By folder: two of a name stop each other alone; an input is never replaced.
         result = self.run_tool("apply", "sepia", "in/a.jpg", "other/a.jpg", "in/b.jpg", "flat", "--dry-run", code=1,
