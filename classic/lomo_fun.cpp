@@ -45,8 +45,8 @@ constinit const Operation kLomoFun{
     .overlap = Overlap::kInPlace,
     .run =
         [](const Call& call) {
-          shadeRows(reinterpret_cast<const int*>(call.src), reinterpret_cast<int*>(call.dst),
-                    call.width, call.rowsOfImage(), call.firstRow, call.height);
+          shadeRows(reinterpret_cast<int*>(call.src), reinterpret_cast<int*>(call.dst), call.width,
+                    call.rowsOfImage(), call.firstRow, call.height);
         },
 };
 
