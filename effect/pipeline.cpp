@@ -14,10 +14,10 @@ namespace {
 /// Returns false, with the frame untouched, when memory is short.
 bool run(const EffectRequest& request, const Frame& frame, Passes passes, const WorkImages& images,
          bool& lacksPicture) {
-  if (passes == Passes::kFewest && bandsFit(frame)) {
+  if (passes == Passes::kFewest && bandsFit(frame, request.truePadding)) {
     const ChosenEffect effect(request, frame.width, frame.height);
     lacksPicture = effect.lacksPicture();
-    return runBands(effect, frame);
+    return (lacksPicture && request.needsPicture) || runBands(effect, frame);
   }
   return images.ready() && runPhases(request, frame, lacksPicture);
 }

@@ -32,7 +32,7 @@ class Limits:
 LIBRARIES = {
     # For Android the C++ runtime and the codecs are linked in; a Linux build, which has its size checked,
     # has them as libraries of their own.
-    NAME: Limits({"libc.so.6", "libgcc_s.so.1", "libhwy.so.1", "libjpeg.so.62", "liblog.so.0", "libm.so.6",
+    NAME: Limits({"libc.so.6", "libgcc_s.so.1", "libjpeg.so.62", "liblog.so.0", "libm.so.6",
                   "libpng16.so.16", "libstdc++.so.6"},
                  {"libc.so", "libdl.so", "liblog.so", "libm.so"}, 400 * 1024),
     "libAlgorithmAndroid.so": Limits({"libc.so.6", "libjnigraphics.so"},

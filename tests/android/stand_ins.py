@@ -42,7 +42,6 @@ class StandIns:
         for header in [*pathlib.Path("/usr/include/android/android").iterdir(), JNIGRAPHICS]:
             self._link(f"usr/include/android/{header.name}", str(header), self.sysroot)
         self._link("usr/include/jni.h", "/usr/include/android/nativehelper/jni.h", self.sysroot)
-        # Highway has no config file here, as from package managers that pin an old one.
         for header in ("jpeglib.h", "jmorecfg.h", "jerror.h", "png.h", "pngconf.h", "pnglibconf.h", "zlib.h",
                        "zconf.h", "hwy"):
             self._link(f"include/{header}", f"/usr/include/{header}", self.prefix)

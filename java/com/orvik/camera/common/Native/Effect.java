@@ -94,7 +94,7 @@ public enum Effect {
   /** Lomo with dark corners. */
   LOMO_FUN("lomo-fun", "Lomo fun",
       "Lomo with dark corners.",
-      Rows.ALL, false, list(), list()),
+      Rows.ALONE, false, list(), list()),
   /** Bulging, as through a round lens. */
   FISH_EYE("fish-eye", "Fish eye",
       "Bulging, as through a round lens.",
@@ -108,11 +108,11 @@ public enum Effect {
   /** Sharp in the middle column, increasingly blurred towards both sides. */
   MINIATURE("miniature", "Miniature",
       "Sharp in the middle column, increasingly blurred towards both sides.",
-      Rows.ALL, false, list(), list()),
+      Rows.NEAR, false, list(), list()),
   /** A toy world: sharp across the middle, blurred above and below. */
   MINIATURE_ROWS("miniature-rows", "Miniature rows",
       "A toy world: sharp across the middle, blurred above and below.",
-      Rows.ALL, false, list(
+      Rows.NEAR, false, list(
           new Parameter("offset", 0, 1000000, 0, true, "rows",
               "first row, within a taller picture"),
           new Parameter("ramp", 0, 1000000, 0, true, "rows",
@@ -120,28 +120,28 @@ public enum Effect {
   /** The same as miniature, for 32-bit pixels. */
   BLUR("blur", "Blur",
       "The same as miniature, for 32-bit pixels.",
-      Rows.ALL, false, list(), list()),
+      Rows.NEAR, false, list(), list()),
   /** Blurred towards both sides, half as much as blur. */
   ACTIVE_BLUR("active-blur", "Active blur",
       "Blurred towards both sides, half as much as blur.",
-      Rows.ALL, false, list(), list()),
+      Rows.NEAR, false, list(), list()),
   /** Pencil lines on white. */
   SKETCH("sketch", "Sketch",
       "Pencil lines on white.",
-      Rows.ALL, false, list(), list()),
+      Rows.NEAR, false, list(), list()),
   /** Pencil lines in the tint of a paper. */
   NEW_SKETCH("new-sketch", "New sketch",
       "Pencil lines in the tint of a paper.",
-      Rows.ALL, false, list(), list(
+      Rows.NEAR, false, list(), list(
           new Picture("paper", Picture.SizeRule.ANY, "the paper"))),
   /** Bright colours with edges in ink. */
   PRAGUE("prague", "Prague",
       "Bright colours with edges in ink.",
-      Rows.ALL, false, list(), list()),
+      Rows.NEAR, false, list(), list()),
   /** Pale as a cartoon; highlights wrap. */
   PRAGUE_CARTON("prague-carton", "Prague carton",
       "Pale as a cartoon; highlights wrap.",
-      Rows.ALL, false, list(), list()),
+      Rows.NEAR, false, list(), list()),
   /** Deep colours, hard contrast. */
   NATURE("nature", "Nature",
       "Deep colours, hard contrast.",
@@ -149,7 +149,7 @@ public enum Effect {
   /** A grey relief. */
   EMBOSS("emboss", "Emboss",
       "A grey relief.",
-      Rows.ALL, false, list(), list()),
+      Rows.NEAR, false, list(), list()),
   /** Washed over with the colours of a picture. */
   COLOR_PAINT("color-paint", "Color paint",
       "Washed over with the colours of a picture.",

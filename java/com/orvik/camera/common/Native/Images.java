@@ -370,9 +370,10 @@ public final class Images {
 
   /**
    * Resizes an image to dst's size: bilinear, 16 fractional bits, truncating, the bytes of the native
-   * routine {@code Resize}. Alpha is resized like the colours.
+   * routine {@code Resize}. Alpha becomes 255.
    *
-   * @param src the image, less than 32768 pixels wide and tall; only read
+   * @param src the image, less than 32768 pixels wide and tall; only read. One whose address or row
+   *     stride is no multiple of 4 is copied first
    * @param dst receives the pixels
    * @throws NullPointerException when an image is null
    * @throws IllegalArgumentException when src is larger than that, dst is read-only, or the buffers
@@ -465,9 +466,10 @@ public final class Images {
     Checks.notNull(src, "src");
     Checks.notNull(area, "area");
     area.requireInside("area", src.width(), src.height());
-    blend("paste", src, dst, new double[] {
-      area.left(), area.top(), area.left() + area.width(), area.top() + area.height()
-    });
+    writable(dst, "dst");
+    Checks.sameSize("dst", dst.width(), dst.height(), src.width(), src.height());
+    paste(src.buffer(), src.shape(), dst.buffer(), dst.shape(), area.left(), area.top(), area.width(),
+        area.height());
   }
 
   /**
@@ -687,6 +689,9 @@ public final class Images {
       ByteBuffer src, int[] srcShape, int degrees, ByteBuffer dst, int[] dstShape);
 
   private static native void resize(ByteBuffer src, int[] srcShape, ByteBuffer dst, int[] dstShape);
+
+  private static native void paste(ByteBuffer src, int[] srcShape, ByteBuffer dst, int[] dstShape,
+      int left, int top, int width, int height);
 
   private static native void jpegSize(ByteBuffer file, int[] size);
 
