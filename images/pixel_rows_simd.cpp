@@ -135,27 +135,22 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace alg {
 
-HWY_EXPORT(packRowVector);
-HWY_EXPORT(unpackRowVector);
-HWY_EXPORT(colourRowVector);
-HWY_EXPORT(mixRowVector);
-
 void packRow(const uint8_t* pixels, uint8_t* packed, std::size_t count, ByteOrder order) {
-  HWY_DYNAMIC_DISPATCH(packRowVector)(pixels, packed, count, order);
+  ALG_DISPATCH(packRowVector)(pixels, packed, count, order);
 }
 
 void unpackRow(const uint8_t* packed, const uint8_t* alpha, uint8_t* pixels, std::size_t count,
                ByteOrder order) {
-  HWY_DYNAMIC_DISPATCH(unpackRowVector)(packed, alpha, pixels, count, order);
+  ALG_DISPATCH(unpackRowVector)(packed, alpha, pixels, count, order);
 }
 
 void colourRow(const uint8_t* colours, const uint8_t* alpha, uint8_t* pixels, std::size_t count,
                ByteOrder order) {
-  HWY_DYNAMIC_DISPATCH(colourRowVector)(colours, alpha, pixels, count, order);
+  ALG_DISPATCH(colourRowVector)(colours, alpha, pixels, count, order);
 }
 
 void mixRow(const uint8_t* from, const uint8_t* to, uint8_t* mixed, std::size_t bytes, int weight) {
-  HWY_DYNAMIC_DISPATCH(mixRowVector)(from, to, mixed, bytes, weight);
+  ALG_DISPATCH(mixRowVector)(from, to, mixed, bytes, weight);
 }
 
 }  // namespace alg

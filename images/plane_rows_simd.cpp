@@ -30,11 +30,11 @@ void interleaveRowsVector(const uint8_t* first, const uint8_t* second, uint8_t* 
                           std::size_t count) {
   const auto interleave = [](std::size_t /*x*/, const uint8_t* a, const uint8_t* b, uint8_t* to)
                               HWY_ATTR {
-    const Bytes d;
-    const auto va = hn::LoadU(d, a), vb = hn::LoadU(d, b);
-    hn::StoreU(hn::InterleaveLower(d, va, vb), d, to);
-    hn::StoreU(hn::InterleaveUpper(d, va, vb), d, to + kBlock);
-  };
+                                const Bytes d;
+                                const auto va = hn::LoadU(d, a), vb = hn::LoadU(d, b);
+                                hn::StoreU(hn::InterleaveLower(d, va, vb), d, to);
+                                hn::StoreU(hn::InterleaveUpper(d, va, vb), d, to + kBlock);
+                              };
   forEachBlock<kBlock>(count, interleave, Reads<1>{first}, Reads<1>{second}, Writes<2>{pairs});
 }
 
@@ -57,16 +57,13 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace alg {
 
-HWY_EXPORT(interleaveRowsVector);
-HWY_EXPORT(exchangePairsVector);
-
 void interleaveRows(const uint8_t* first, const uint8_t* second, uint8_t* pairs,
                     std::size_t count) {
-  HWY_DYNAMIC_DISPATCH(interleaveRowsVector)(first, second, pairs, count);
+  ALG_DISPATCH(interleaveRowsVector)(first, second, pairs, count);
 }
 
 void exchangePairs(const uint8_t* from, uint8_t* to, std::size_t count) {
-  HWY_DYNAMIC_DISPATCH(exchangePairsVector)(from, to, count);
+  ALG_DISPATCH(exchangePairsVector)(from, to, count);
 }
 
 }  // namespace alg

@@ -21,7 +21,8 @@ ALLOWED = {
     "sfb": {"base", "platform"},
     "effect": {"base", "catalogue", "platform", "kernels", "convert", "threadpool", "pretty", PUBLIC},
     "android": {PUBLIC},
-    "images": {"base", "catalogue", "platform", "kernels", "convert", "camerautil", "threadpool", "pretty", PUBLIC},
+    "images": {"base", "catalogue", "platform", "kernels", "convert", "camerautil", "threadpool", "pretty", "codec",
+               PUBLIC},
     "jni": {"base", "platform", "catalogue", "codec", "sfb", "effect", "images", PUBLIC},
 }
 
