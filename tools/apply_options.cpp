@@ -21,7 +21,7 @@ void addWhat(CLI::App& command, ApplyRequest& request) {
       .add_option("FILES", request.paths,
                   "input and output file, - for a standard stream; or several inputs, or a folder "
                   "of photos, and last the output folder")
-      ->type_name(kJpegFile.typeName)
+      ->type_name(kPhotoFile.typeName)
       ->expected(0, CLI::detail::expected_max_vector_size);
   command
       .add_option("--mix", request.mix, "how much of the result is laid over the photo, in percent")

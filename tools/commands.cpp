@@ -162,7 +162,7 @@ void addResize(CLI::App& app, Options& options) {
   addSize(resize, request.size, "size of the output in pixels");
   addReadOptions(resize, request.options);
   addWriteOptions(resize, request.options);
-  addFile(resize, "IN", kJpegFile, request.input, "JPEG file");
+  addFile(resize, "IN", kPhotoFile, request.input, "photo");
   addFile(resize, "OUT", kAnyFile, request.output, "file to write");
   resize.footer(
       "The photo is turned upright and stretched to the size, whatever its shape. It keeps its\n"
@@ -186,8 +186,8 @@ void addBlend(CLI::App& app, Options& options) {
       ->check(CLI::Range(0, 256));
   addReadOptions(blend, request.options);
   addWriteOptions(blend, request.options);
-  addFile(blend, "A", kJpegFile, request.first, "JPEG file");
-  addFile(blend, "B", kJpegFile, request.second, "JPEG file");
+  addFile(blend, "A", kPhotoFile, request.first, "photo");
+  addFile(blend, "B", kPhotoFile, request.second, "photo");
   addFile(blend, "OUT", kAnyFile, request.output, "file to write");
   blend.footer(
       "Both are turned upright. The result has the metadata of A.\n\n"
@@ -217,7 +217,7 @@ void addBeauty(CLI::App& app, Options& options) {
       ->type_name(kAnyFile.typeName);
   addReadOptions(beauty, request.options);
   addWriteOptions(beauty, request.options);
-  addFile(beauty, "IN", kJpegFile, request.input, "JPEG file");
+  addFile(beauty, "IN", kPhotoFile, request.input, "photo");
   addFile(beauty, "OUT", kAnyFile, request.output, "file to write");
   beauty.footer(
       "The engine is a closed library of the device; none comes with this tool. It gets the photo\n"
@@ -235,7 +235,7 @@ void addGallery(CLI::App& app, Options& options) {
   CLI::App& gallery =
       *app.add_subcommand("gallery", "Make a web page that shows a photo under every effect");
   GalleryRequest& request = options.gallery;
-  addFile(gallery, "IN", kJpegFile, request.photo, "JPEG file");
+  addFile(gallery, "IN", kPhotoFile, request.photo, "photo");
   addFile(gallery, "OUTDIR", kFolder, request.folder,
           "folder to make; an earlier gallery is replaced");
   addReadOptions(gallery, request.options);

@@ -8,6 +8,7 @@
 #include "platform/jpeg_reader.h"
 #include "platform/jpeg_writer.h"
 #include "tools/console.h"
+#include "tools/photo_faults.h"
 
 namespace alg::tool {
 namespace {
@@ -36,26 +37,29 @@ void decodeRows(JpegReader& reader, const std::filesystem::path& path, const Jpe
     if (fault == JpegFault::kNoMemory) {
       throw std::bad_alloc();
     }
-    throw BadInput(fmt::format("{}: {}", path.string(), whyRefused(fault, reader.info(), layout)));
+    throw BadInput(whyRefused(path, fault, reader.info(), layout));
   }
 }
 
 }  // namespace
 
-std::string whyRefused(JpegFault fault, const JpegInfo& info, const JpegLayout& layout) {
+std::string whyRefused(const std::filesystem::path& path, JpegFault fault, const JpegInfo& info,
+                       const JpegLayout& layout) {
   switch (fault) {
     case JpegFault::kUnsupported:
-      return whyUnsupported(layout);
+      return fmt::format("{}: {}", path.string(), whyUnsupported(layout));
     case JpegFault::kTooLarge:
-      return fmt::format("too large: {}x{} pixels; at most {} on a side and {} million in all",
-                         info.width, info.height, kMaxPictureSide, kMaxPicturePixels / 1'000'000);
+      return tooLarge(path, info.width, info.height);
     case JpegFault::kTooComplex:
       return fmt::format(
-          "refused: its {}x{} pixels in several scans would take more than {} MB to decode, or the "
-          "scans are more than {}",
-          info.width, info.height, kMostJpegWorkBytes / 1'000'000, kMostJpegScansLarge);
+          "{}: its {}x{} pixels in several scans would take more than {} MB to decode, or there "
+          "are "
+          "more than {} scans",
+          path.string(), info.width, info.height, kMostJpegWorkBytes / 1'000'000,
+          kMostJpegScansLarge);
     default:
-      return "damaged beyond decoding: no part of the picture is left";
+      return fmt::format("{}: damaged beyond decoding: no part of the picture is left",
+                         path.string());
   }
 }
 
@@ -77,19 +81,13 @@ PhotoFile decodeJpegPhoto(Bytes file, const std::filesystem::path& path,
     throw std::bad_alloc();
   }
   if (reader.fault() != JpegFault::kNone) {
-    throw BadInput(
-        fmt::format("{}: {}", path.string(), whyRefused(reader.fault(), reader.info(), layout)));
+    throw BadInput(whyRefused(path, reader.fault(), reader.info(), layout));
   }
   Photo photo = blankPhoto(reader.width(), reader.height());
   decodeRows(reader, path, layout, photo);
   const JpegDamage damage = reader.damage();
   if (damage) {
-    const std::string lost = whatIsLost(damage, photo.height);
-    if (!options.keepDamaged) {
-      throw BadInput(
-          fmt::format("{}: {}; --damaged keep goes on with the rest", path.string(), lost));
-    }
-    note(fmt::format("{}: {}", path.string(), lost));
+    refuseOrNote(path, options, whatIsLost(damage, photo.height));
   }
   return {.photo = std::move(photo),
           .metadata = Metadata(layout, path),

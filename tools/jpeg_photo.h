@@ -11,7 +11,8 @@
 namespace alg::tool {
 
 /// Why a file can't be decoded: a sentence.
-std::string whyRefused(JpegFault fault, const JpegInfo& info, const JpegLayout& layout);
+std::string whyRefused(const std::filesystem::path& path, JpegFault fault, const JpegInfo& info,
+                       const JpegLayout& layout);
 /// What of a photo is lost: a few words, which begin with "damaged".
 std::string whatIsLost(const JpegDamage& damage, int rows);
 

@@ -234,7 +234,7 @@ Metadata::Metadata(const MetadataBlocks& blocks, const std::filesystem::path& pa
   add(Kind::kExif, kApp1, blocks.exif);
   add(Kind::kXmp, kApp1, asBytes(blocks.xmp));
   add(Kind::kProfile, kApp2, blocks.profile);
-  add(Kind::kPhotoshop, kApp13, iptcResource(blocks.iptc));
+  add(Kind::kPhotoshop, kApp13, blocks.photoshop);
   add(Kind::kOther, kComment, asBytes(blocks.comment));
   parts->understand(path);
   parts_ = parts;
@@ -245,6 +245,14 @@ int Metadata::orientation() const { return parts_ ? parts_->orientation : 1; }
 const std::vector<uint8_t>& Metadata::profile() const {
   static const std::vector<uint8_t> kNone;
   return parts_ ? parts_->profile : kNone;
+}
+
+Metadata Metadata::withOrientation(int orientation) const {
+  const auto parts = parts_ ? std::make_shared<Parts>(*parts_) : std::make_shared<Parts>();
+  parts->orientation = orientation;
+  Metadata result;
+  result.parts_ = parts;
+  return result;
 }
 
 Metadata Metadata::withProfile(std::vector<uint8_t> profile) const {
@@ -293,18 +301,17 @@ MetadataBlocks Metadata::blocks(int width, int height, const std::filesystem::pa
       ExifBlock block = *parts_->exif;
       block.describe(static_cast<uint32_t>(width), static_cast<uint32_t>(height));
       blocks.exif = block.bytes();
-    } else if (piece.kind == Kind::kXmp && place.xmp) {
+    } else if (piece.kind == Kind::kXmp) {
       blocks.xmp = parts_->xmpFor(width, height);
     } else if (piece.kind == Kind::kProfile) {
       blocks.profile = parts_->profile;
     } else if (piece.kind == Kind::kPhotoshop) {
-      blocks.iptc = place.iptc ? iptcOf(piece.content) : std::vector<uint8_t>();
-      loses(!place.iptc, "IPTC and Photoshop's data");
+      blocks.photoshop = place.photoshop ? piece.content : std::vector<uint8_t>();
+      loses(!place.photoshop, "IPTC and Photoshop's data");
     } else if (piece.marker == kComment && place.comment) {
       blocks.comment = asText(piece.content);
     } else if (piece.kind != Kind::kJfif) {
       loses(piece.kind == Kind::kExif, "Exif");
-      loses(piece.kind == Kind::kXmp, "XMP");
       loses(piece.marker == kComment, "comment");
       loses(piece.kind == Kind::kOther && piece.marker != kComment, "segments of its maker's");
     }

@@ -15,11 +15,11 @@ namespace alg::tool {
 
 /// The parts that several file formats have a place for; empty where there is none.
 struct MetadataBlocks {
-  std::vector<uint8_t> exif;  ///< from its byte order on
-  std::string xmp;
-  std::vector<uint8_t> profile;  ///< ICC
-  std::vector<uint8_t> iptc;     ///< records, as in a Photoshop resource
-  std::string comment;
+  std::vector<uint8_t> exif{};  ///< from its byte order on
+  std::string xmp{};
+  std::vector<uint8_t> profile{};    ///< ICC
+  std::vector<uint8_t> photoshop{};  ///< resources, IPTC records among them
+  std::string comment{};
 };
 
 /// Safe to use from several threads, and cheap to copy. Damaged metadata cost a note and the
@@ -38,18 +38,22 @@ class Metadata {
   int orientation() const;
   /// The whole ICC profile, of the colours that the file holds; empty for none.
   const std::vector<uint8_t>& profile() const;
+  /// The same for pixels that lie otherwise.
+  Metadata withOrientation(int orientation) const;
   /// The same with another profile, or with none.
   Metadata withProfile(std::vector<uint8_t> profile) const;
 
   /// The segments of a JPEG file with these, which then describe it as upright and width x height.
   /// The first of them is JFIF's or Exif. Thumbnails stay behind, and profiles that aren't for RGB.
   std::vector<uint8_t> segments(int width, int height, const std::filesystem::path& path) const;
-  /// The same for other formats.
-  /// @param place  which blocks the format takes: a note names what is left out
+  /// Which blocks a format takes, beside XMP and profile.
   struct Place {
     const char* format;
-    bool exif, xmp, iptc, comment;
+    bool exif = false;
+    bool photoshop = false;
+    bool comment = false;
   };
+  /// The same for other formats; a note names what is left out.
   MetadataBlocks blocks(int width, int height, const std::filesystem::path& path,
                         const Place& place) const;
 

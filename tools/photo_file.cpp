@@ -7,6 +7,8 @@
 #include "tools/failure.h"
 #include "tools/files.h"
 #include "tools/jpeg_photo.h"
+#include "tools/png_photo.h"
+#include "tools/vips_library.h"
 
 namespace alg::tool {
 namespace {
@@ -17,10 +19,12 @@ PhotoFile decode(Bytes file, const std::filesystem::path& path, const PhotoOptio
     case PictureFormat::kJpeg:
       return decodeJpegPhoto(file, path, options, keepSide);
     case PictureFormat::kPng:
+      return decodePngPhoto(file, path, options);
     case PictureFormat::kWebp:
     case PictureFormat::kTiff:
     case PictureFormat::kHeic:
     case PictureFormat::kAvif:
+      return decodeWithVips(formatOf(file, path), file, path, options);
     default:
       throw BadInput(fmt::format("{}: {}not a JPEG, PNG, WebP, TIFF, HEIC or AVIF file",
                                  path.string(), describeOther(file, path)));
@@ -47,10 +51,23 @@ std::vector<uint8_t> encodeFor(const std::filesystem::path& path, const PhotoFil
                     "another output",
                     path.string()));
   }
-  formatToWrite(path);
-  return encodeJpegPhoto(photo, options.quality.value_or(origin.quality),
-                         options.sampling.value_or(origin.sampling),
-                         file.metadata.segments(photo.width, photo.height, origin.path));
+  const PictureFormat format = formatToWrite(path);
+  const int quality = options.quality.value_or(origin.quality);
+  const auto blocks = [&](const Metadata::Place& place) {
+    return file.metadata.blocks(photo.width, photo.height, origin.path, place);
+  };
+  switch (format) {
+    case PictureFormat::kPng:
+      return encodePngPhoto(photo, blocks({.format = "PNG", .exif = true, .comment = true}), path);
+    case PictureFormat::kWebp:
+      return encodeWithVips(format, photo, quality, blocks({.format = "WebP", .exif = true}), path);
+    case PictureFormat::kTiff:
+      return encodeWithVips(format, photo, quality, blocks({.format = "TIFF", .photoshop = true}),
+                            path);
+    default:
+      return encodeJpegPhoto(photo, quality, options.sampling.value_or(origin.sampling),
+                             file.metadata.segments(photo.width, photo.height, origin.path));
+  }
 }
 
 void writePhoto(const std::filesystem::path& path, const PhotoFile& file,

@@ -3,24 +3,16 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cctype>
 #include <string_view>
 #include <system_error>
 
 #include "tools/failure.h"
 #include "tools/file_errors.h"
+#include "tools/picture_format.h"
 
 namespace fs = std::filesystem;
 
 namespace alg::tool {
-
-bool namedAsPhoto(const fs::path& path) {
-  std::string extension = path.extension().string();
-  std::transform(extension.begin(), extension.end(), extension.begin(),
-                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-  return extension == ".jpg" || extension == ".jpeg";
-}
-
 namespace {
 
 void take(const fs::directory_entry& entry, PhotoFolder& found) {

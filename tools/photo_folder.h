@@ -7,9 +7,6 @@
 
 namespace alg::tool {
 
-/// By its ending.
-bool namedAsPhoto(const std::filesystem::path& path);
-
 struct PhotoFolder {
   std::vector<std::filesystem::path> photos;  ///< sorted
   std::size_t otherFiles = 0;                 ///< by their endings no photos

@@ -10,6 +10,7 @@
 #include "tools/console.h"
 #include "tools/files.h"
 #include "tools/photo_folder.h"
+#include "tools/picture_format.h"
 
 namespace fs = std::filesystem;
 
@@ -63,6 +64,7 @@ void ListMaker::addPhoto(const fs::path& input, std::string shardName, const fs:
   const bool named = sources_.names.has_value();
   PhotoJob job{.input = input.string(), .makesFolder = named || below.has_parent_path()};
   job.output = named ? sources_.names->of(job.input) : normal((sources_.folder / below).string());
+  job.output = writableName(job.output).string();
   candidates_.push_back({std::move(job), std::move(shardName), chosen});
 }
 
@@ -92,8 +94,7 @@ void ListMaker::addFolder(const fs::path& folder) {
                     folder.string(), found.otherFiles, found.noFiles));
   }
   if (found.photos.empty() && found.problems.empty()) {
-    addProblem(folder.string(),
-               fmt::format("{}: no .jpg or .jpeg files in this folder", folder.string()),
+    addProblem(folder.string(), fmt::format("{}: no photos in this folder", folder.string()),
                ExitCode::kBadInput);
   }
 }

@@ -14,7 +14,6 @@ constexpr uint16_t kThumbnail = 0x040C;
 struct Resource {
   uint16_t number;
   Bytes whole;
-  Bytes data;
 };
 
 std::optional<Resource> firstOf(Bytes rest) {
@@ -33,8 +32,7 @@ std::optional<Resource> firstOf(Bytes rest) {
     return std::nullopt;
   }
   const std::size_t end = std::min(rest.size(), size + 4 + bytes + (bytes & 1U));
-  return Resource{static_cast<uint16_t>(rest[4] << 8U | rest[5]), rest.first(end),
-                  rest.subspan(size + 4, bytes)};
+  return Resource{static_cast<uint16_t>(rest[4] << 8U | rest[5]), rest.first(end)};
 }
 
 }  // namespace
@@ -50,16 +48,6 @@ void dropThumbnails(std::vector<uint8_t>& resources) {
   }
   kept.insert(kept.end(), rest.begin(), rest.end());
   resources = std::move(kept);
-}
-
-std::vector<uint8_t> iptcOf(Bytes resources) {
-  while (const auto resource = firstOf(resources)) {
-    if (resource->number == kIptc) {
-      return {resource->data.begin(), resource->data.end()};
-    }
-    resources = resources.subspan(resource->whole.size());
-  }
-  return {};
 }
 
 std::vector<uint8_t> iptcResource(Bytes records) {

@@ -11,8 +11,6 @@ namespace alg::tool {
 /// Takes thumbnails out. What does not read as resources stays as it is.
 void dropThumbnails(std::vector<uint8_t>& resources);
 
-/// The IPTC records among resources; empty for none.
-std::vector<uint8_t> iptcOf(Bytes resources);
 /// A resource of IPTC records; empty for none.
 std::vector<uint8_t> iptcResource(Bytes records);
 

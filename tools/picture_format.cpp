@@ -42,6 +42,17 @@ std::string_view brandOf(std::string_view text) {
   return text.substr(0, 8).ends_with("ftyp") ? text.substr(8, 4) : std::string_view();
 }
 
+/// The format that a name asks for.
+PictureFormat formatNamed(const std::filesystem::path& path) {
+  const std::string ending = endingOf(path);
+  const auto* const known = std::ranges::find(kEndings, ending, &Ending::text);
+  return known == std::end(kEndings) ? PictureFormat::kJpeg : known->format;
+}
+
+bool isOnlyRead(PictureFormat format) {
+  return format == PictureFormat::kHeic || format == PictureFormat::kAvif;
+}
+
 }  // namespace
 
 PictureFormat formatOf(Bytes file, const std::filesystem::path& path) {
@@ -94,11 +105,13 @@ bool namedAsPhoto(const std::filesystem::path& path) {
   return std::ranges::count(kEndings, endingOf(path), &Ending::text) > 0;
 }
 
+std::filesystem::path writableName(std::filesystem::path path) {
+  return isOnlyRead(formatNamed(path)) ? path.replace_extension(".jpg") : path;
+}
+
 PictureFormat formatToWrite(const std::filesystem::path& path) {
-  const std::string ending = endingOf(path);
-  const auto* const known = std::ranges::find(kEndings, ending, &Ending::text);
-  const PictureFormat format = known == std::end(kEndings) ? PictureFormat::kJpeg : known->format;
-  if (format == PictureFormat::kHeic || format == PictureFormat::kAvif) {
+  const PictureFormat format = formatNamed(path);
+  if (isOnlyRead(format)) {
     throw WrongUse(
         fmt::format("{}: {} files are only read; name the output .jpg, .png, .webp or "
                     ".tif",

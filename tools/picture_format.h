@@ -23,6 +23,10 @@ bool namedAsPhoto(const std::filesystem::path& path);
 /// formats that are only read.
 PictureFormat formatToWrite(const std::filesystem::path& path);
 
+/// The name of an output that was made from an input's: with the ending of a JPEG where the format
+/// is only read.
+std::filesystem::path writableName(std::filesystem::path path);
+
 std::string_view nameOf(PictureFormat format);
 
 }  // namespace alg::tool
