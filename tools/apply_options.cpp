@@ -56,7 +56,6 @@ void addNames(CLI::App& command, ApplyRequest& request) {
           "name of each output, with {dir}, {name}, {stem}, {ext} of its input and {effect}; "
           "FILES are inputs only")
       ->type_name("TEMPLATE")
-      ->check([](const std::string& text) { return text.empty() ? "an empty name" : ""; }, "")
       ->group(kMany);
   command.add_flag("--skip-existing", request.skipExisting, "leave out inputs that have an output")
       ->group(kMany);

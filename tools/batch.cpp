@@ -51,7 +51,9 @@ bool Batch::run(const std::vector<PhotoJob>& jobs) {
     return true;
   }
   Progress progress(jobs.size());
-  const int wanted = request_.threads > 0 ? request_.threads : processors();
+  const int wanted = request_.dryRun        ? 1  // in order
+                     : request_.threads > 0 ? request_.threads
+                                            : processors();
   const auto threads =
       std::min({static_cast<std::size_t>(wanted), std::size_t{kMostThreads}, jobs.size()});
   say(fmt::format("{} photos, {} at once", jobs.size(), threads));

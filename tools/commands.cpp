@@ -106,6 +106,33 @@ void addConvert(CLI::App& app, Options& options) {
   });
 }
 
+void addFrames(CLI::App& app, Options& options) {
+  CLI::App& frames = *app.add_subcommand(
+      "frames", "Apply effects to a stream of frames, as a camera delivers them");
+  FramesRequest& request = options.frames;
+  frames
+      .add_option("NAME", request.effects,
+                  "effect name, see \"camera-effects list\", or several with commas between them")
+      ->type_name("")
+      ->required();
+  frames.add_option("--size", request.size, "size of raw frames in pixels, both even")
+      ->type_name("WxH");
+  frames.add_option("--format", request.format, "format of raw frames; nv21 when not given")
+      ->check(CLI::IsMember({"nv12", "nv21"}));
+  addEffectOptions(frames, request.choices);
+  frames.footer(
+      "Takes frames on the standard input and gives them on the standard output, each as soon as\n"
+      "it is done: raw ones with --size, else a Y4M stream of 8-bit 4:2:0, which says its size. A\n"
+      "last frame that is cut off is an error (exit code 3); all whole ones are written before.\n\n"
+      "Examples:\n"
+      "  camera-effects frames PrettySweet --size 640x480 <frame.nv21 >sweet.nv21\n"
+      "  camera-effects frames sepia --size 640x480 --format nv12 <frame.nv21 >sepia.nv12");
+  setWork(frames, options, [&request] {
+    filterFrames(request);
+    return true;
+  });
+}
+
 void addRotate(CLI::App& app, Options& options) {
   CLI::App& rotate =
       *app.add_subcommand("rotate", "Rotate a raw frame counter-clockwise by quarter turns");
@@ -327,6 +354,7 @@ void addCommands(CLI::App& app, Options& options) {
   addList(app, options);
   addApply(app, options);
   addConvert(app, options);
+  addFrames(app, options);
   addRotate(app, options);
   addResize(app, options);
   addBlend(app, options);

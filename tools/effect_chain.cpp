@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "catalogue/operations.h"
+#include "libalgorithm/yuv_convert.h"
 #include "tools/console.h"
 #include "tools/effect_names.h"
 #include "tools/photo_effect.h"
@@ -69,6 +70,26 @@ void EffectChain::applyTo(Photo& photo, const std::filesystem::path& path) {
   if (weight_ != kWhole) {
     blendOver(original, photo, weight_);
     photo = std::move(original);
+  }
+}
+
+bool EffectChain::needsPixels() const {
+  return !std::ranges::all_of(steps_,
+                              [](const Step& step) { return takesFrames(*step.operation); });
+}
+
+void EffectChain::applyTo(const Frame& frame, Photo& pixels) {
+  for (const Step& step : steps_) {
+    const Operation& operation = *step.operation;
+    if (takesFrames(operation)) {
+      runOnFrame(operation, pictures_.of(operation, frame.width, frame.height)[0], frame);
+    } else {
+      decodeYVU2ARGB_OpenGL(wordsOf(pixels), frame.y, frame.uv, frame.width, frame.height,
+                            frame.yStride, frame.uvStride);
+      applyEffect(operation, step.call, pictures_, pixels);
+      decodeARGB2YVU_OpenGL(wordsOf(pixels), frame.y, frame.uv, frame.width, frame.height,
+                            frame.yStride, frame.uvStride);
+    }
   }
 }
 

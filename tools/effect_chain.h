@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "effect/frame_strips.h"
 #include "tools/effect_options.h"
 #include "tools/effect_pictures.h"
 #include "tools/photo.h"
@@ -25,6 +26,12 @@ class EffectChain {
   /// Runs them on a photo, in place; from any thread. Throws UserError.
   /// @param path  for notes
   void applyTo(Photo& photo, const std::filesystem::path& path);
+  /// Runs them on an NV21 frame, in place: through the pipeline those that it runs, the others on
+  /// the frame's pixels; without `mix`. Throws UserError.
+  /// @param pixels  of the frame's size, for these; left in any state. Empty when not needed.
+  void applyTo(const Frame& frame, Photo& pixels);
+  /// Whether a frame's pixels are needed.
+  bool needsPixels() const;
 
  private:
   struct Step {

@@ -44,10 +44,6 @@ class ListMaker {
 
 std::string normal(const std::string& path) { return fs::path(path).lexically_normal().string(); }
 
-std::string counted(std::size_t count, std::string_view one, std::string_view many) {
-  return fmt::format("{} {}", count, count == 1 ? one : many);
-}
-
 /// Names of a list, without empty ones.
 std::vector<std::string> namesIn(const fs::path& list, char separator) {
   const std::vector<uint8_t> bytes = readFile(list);
@@ -91,13 +87,11 @@ void ListMaker::addFolder(const fs::path& folder) {
   for (std::string& problem : found.problems) {
     addProblem(folder.string(), std::move(problem), ExitCode::kBadInput);
   }
-  if (found.otherFiles > 0) {
-    note(fmt::format("{}: left out {} without a photo's ending", folder.string(),
-                     counted(found.otherFiles, "file", "files")));
-  }
-  if (found.noFiles > 0) {
-    note(fmt::format("{}: left out {} named as photos that are pipes, devices or links to nothing",
-                     folder.string(), counted(found.noFiles, "entry", "entries")));
+  if (!found.photos.empty() && found.otherFiles + found.noFiles > 0) {
+    note(
+        fmt::format("{}: left out {} without a photo's ending and {} that are no files (pipes, "
+                    "devices, links to nothing)",
+                    folder.string(), found.otherFiles, found.noFiles));
   }
   if (found.photos.empty() && found.problems.empty()) {
     addProblem(folder.string(), fmt::format("{}: no photos in this folder", folder.string()),
@@ -154,8 +148,7 @@ void ListMaker::settleCollisions() {
     }
   }
   if (results > 0) {
-    note(fmt::format("left out {} of an earlier run: outputs of other inputs",
-                     counted(results, "result", "results")));
+    note(fmt::format("left out {} of the inputs as results of an earlier run", results));
   }
 }
 

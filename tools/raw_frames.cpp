@@ -24,14 +24,6 @@ std::size_t bytesOf(Size size, std::string_view format) {
   return format == "argb" ? size.pixels() * kArgbBytes : size.pixels() * 3 / 2;
 }
 
-Size parseFrameSize(const std::string& text, std::string_view to) {
-  const Size size = to == "jpg" ? parseSize(text, kLongestJpegSide) : parseSize(text);
-  if (size.width % 2 != 0 || size.height % 2 != 0) {
-    throw WrongUse(fmt::format("--size {}: width and height must be even", text));
-  }
-  return size;
-}
-
 std::vector<uint8_t> readFrame(const std::filesystem::path& path, Size size,
                                std::string_view format) {
   std::vector<uint8_t> frame = readFile(path);
@@ -96,7 +88,8 @@ void convertFrame(const ConvertRequest& request) {
     throw WrongUse(
         fmt::format("--size is needed: a raw {} file does not contain it", request.from));
   }
-  const Size size = parseFrameSize(request.size, request.to);
+  const Size size = request.to == "jpg" ? parseFrameSize(request.size, kLongestJpegSide)
+                                        : parseFrameSize(request.size);
   std::vector<uint8_t> frame = readFrame(request.input, size, request.from);
   if (request.to == request.from) {
     writeFile(request.output, frame);
@@ -115,7 +108,7 @@ void convertFrame(const ConvertRequest& request) {
 }
 
 void rotateFrame(const RotateRequest& request) {
-  const Size source = parseFrameSize(request.size, request.format);
+  const Size source = parseFrameSize(request.size);
   const Size turned = request.degrees == 180 ? source : Size{source.height, source.width};
   const std::vector<uint8_t> frame = readFrame(request.input, source, request.format);
   std::vector<uint8_t> result(frame.size());
