@@ -10,7 +10,7 @@
 #include <string>
 
 #include "bench/measure.h"
-#include "hwy/targets.h"
+#include "kernels/targets.h"
 #include "libalgorithm/thread_pool.h"
 
 namespace alg::bench {
@@ -22,14 +22,14 @@ constexpr Size k0MP{640, 480}, k2MP{1920, 1080}, k12MP{4000, 3000}, k50MP{8160, 
 struct Setting {
   std::string suffix;
   Size size;
-  int64_t targets = 0;  // vector targets to choose from; 0 for all
-  int threads = 0;      // of the pool; 0 for the library's own
+  Target target = Target::kNone;  // of vectors; kNone for the best
+  int threads = 0;                // of the pool; 0 for the library's own
 };
 
 void run(benchmark::State& state, const Routine& routine, const Setting& setting) {
   const Size& size = setting.size;
   Images& images = Images::of(routine.input, size);
-  hwy::SetSupportedTargetsForTest(setting.targets);
+  forceTarget(setting.target);
   HALThreadPoolDestroy();
   if (setting.threads != 0) {
     g_threadpool = new ThreadPool(setting.threads);
@@ -56,13 +56,14 @@ void addAll(const Routine& routine) {
   if (grows || preview) settings.push_back({"/0.3MP", k0MP});
   if (!preview) settings.insert(settings.end(), {{"/2MP", k2MP}, {"/12MP", k12MP}});
   if (grows) settings.push_back({"/50MP", k50MP});
-  const std::vector<int64_t> targets = hwy::SupportedAndGeneratedTargets();  // best first
+  const std::vector<Target> targets = supportedTargets();  // best first
   if (!onPool(routine.look) && routine.look != Look::kAlone && targets.size() > 1) {
     settings.push_back({"/2MP/plain", k2MP, targets.back()});
   }
   for (const int threads : {1, 2, 4}) {
     if (onPipeline)
-      settings.push_back({"/12MP/threads:" + std::to_string(threads), k12MP, 0, threads});
+      settings.push_back(
+          {"/12MP/threads:" + std::to_string(threads), k12MP, Target::kNone, threads});
   }
   for (const Setting& setting : settings) {
     auto* made = benchmark::RegisterBenchmark(

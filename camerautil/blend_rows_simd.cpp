@@ -95,21 +95,17 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace alg {
 
-HWY_EXPORT(addSharesVector);
-HWY_EXPORT(takeNearerVector);
-HWY_EXPORT(takeFarthestVector);
-
 void addShares(const uint8_t* src, uint16_t srcShare, uint8_t* dst, uint16_t dstShare,
                std::size_t n) {
-  HWY_DYNAMIC_DISPATCH(addSharesVector)(src, srcShare, dst, dstShare, n);
+  ALG_DISPATCH(addSharesVector)(src, srcShare, dst, dstShare, n);
 }
 
 void takeNearer(const uint8_t* a, const uint8_t* b, const uint8_t* c, uint8_t* out, std::size_t n) {
-  HWY_DYNAMIC_DISPATCH(takeNearerVector)(a, b, c, out, n);
+  ALG_DISPATCH(takeNearerVector)(a, b, c, out, n);
 }
 
 void takeFarthest(uint8_t* a, const uint8_t* b, const uint8_t* c, std::size_t n) {
-  HWY_DYNAMIC_DISPATCH(takeFarthestVector)(a, b, c, n);
+  ALG_DISPATCH(takeFarthestVector)(a, b, c, n);
 }
 
 }  // namespace alg

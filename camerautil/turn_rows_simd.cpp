@@ -220,16 +220,13 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace alg {
 
-HWY_EXPORT(transposeVector);
-HWY_EXPORT(mirrorVector);
-
 void transpose(std::size_t elementBytes, Rows<const uint8_t> src, Rows<uint8_t> dst, int columns,
                int rows) {
-  HWY_DYNAMIC_DISPATCH(transposeVector)(elementBytes, src, dst, columns, rows);
+  ALG_DISPATCH(transposeVector)(elementBytes, src, dst, columns, rows);
 }
 
 void mirror(std::size_t elementBytes, const uint8_t* src, uint8_t* dst, std::size_t count) {
-  HWY_DYNAMIC_DISPATCH(mirrorVector)(elementBytes, src, dst, count);
+  ALG_DISPATCH(mirrorVector)(elementBytes, src, dst, count);
 }
 
 }  // namespace alg

@@ -146,10 +146,8 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace alg {
 
-HWY_EXPORT(mixColourRowVector);
-
 void mixColourRow(ColourMix mix, const uint8_t* src, uint8_t* dst, std::size_t pixels) {
-  HWY_DYNAMIC_DISPATCH(mixColourRowVector)(mix, src, dst, pixels);
+  ALG_DISPATCH(mixColourRowVector)(mix, src, dst, pixels);
 }
 
 }  // namespace alg

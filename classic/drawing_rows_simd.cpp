@@ -328,27 +328,22 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace alg {
 
-HWY_EXPORT(reliefRowVector);
-HWY_EXPORT(lineRowVector);
-HWY_EXPORT(inkRowVector);
-HWY_EXPORT(cartoonRowVector);
-
 void reliefRow(const uint8_t* top, const uint8_t* bottom, uint8_t* grey, std::size_t count) {
-  HWY_DYNAMIC_DISPATCH(reliefRowVector)(top, bottom, grey, count);
+  ALG_DISPATCH(reliefRowVector)(top, bottom, grey, count);
 }
 
 void lineRow(const uint8_t* top, const uint8_t* middle, const uint8_t* bottom, uint8_t* grey,
              std::size_t count) {
-  HWY_DYNAMIC_DISPATCH(lineRowVector)(top, middle, bottom, grey, count);
+  ALG_DISPATCH(lineRowVector)(top, middle, bottom, grey, count);
 }
 
 void inkRow(const PlaneWindow& rows, uint8_t* out, std::size_t count, const EdgeSteps& edges) {
-  HWY_DYNAMIC_DISPATCH(inkRowVector)(rows, out, count, edges);
+  ALG_DISPATCH(inkRowVector)(rows, out, count, edges);
 }
 
 void cartoonRow(const PlaneWindow& rows, uint8_t* out, std::size_t count,
                 const CartoonFactors& factors) {
-  HWY_DYNAMIC_DISPATCH(cartoonRowVector)(rows, out, count, factors);
+  ALG_DISPATCH(cartoonRowVector)(rows, out, count, factors);
 }
 
 }  // namespace alg

@@ -207,10 +207,8 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace alg {
 
-HWY_EXPORT(fisheyeVector);
-
 void fisheye(const FisheyeMap& map, const uint8_t* src, uint8_t* dst) {
-  HWY_DYNAMIC_DISPATCH(fisheyeVector)(map, src, dst);
+  ALG_DISPATCH(fisheyeVector)(map, src, dst);
 }
 
 }  // namespace alg

@@ -189,20 +189,16 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace alg {
 
-HWY_EXPORT(greyRowVector);
-HWY_EXPORT(spreadGreyRowVector);
-HWY_EXPORT(splitRowVector);
-
 void greyRow(const uint8_t* pixels, uint8_t* grey, std::size_t width, const GreyWeights& weights) {
-  HWY_DYNAMIC_DISPATCH(greyRowVector)(pixels, grey, width, weights);
+  ALG_DISPATCH(greyRowVector)(pixels, grey, width, weights);
 }
 
 void spreadGreyRow(const uint8_t* grey, uint8_t* pixels, std::size_t width) {
-  HWY_DYNAMIC_DISPATCH(spreadGreyRowVector)(grey, pixels, width);
+  ALG_DISPATCH(spreadGreyRowVector)(grey, pixels, width);
 }
 
 void splitRow(const uint8_t* pixels, uint8_t* planes, std::ptrdiff_t pitch, std::size_t width) {
-  HWY_DYNAMIC_DISPATCH(splitRowVector)(pixels, planes, pitch, width);
+  ALG_DISPATCH(splitRowVector)(pixels, planes, pitch, width);
 }
 
 }  // namespace alg

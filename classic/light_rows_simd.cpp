@@ -322,10 +322,8 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace alg {
 
-HWY_EXPORT(fillLightVector);
-
 void fillLight(const FillLight& light, const uint8_t* src, uint8_t* dst) {
-  HWY_DYNAMIC_DISPATCH(fillLightVector)(light, src, dst);
+  ALG_DISPATCH(fillLightVector)(light, src, dst);
 }
 
 }  // namespace alg

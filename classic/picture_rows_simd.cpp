@@ -89,16 +89,13 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace alg {
 
-HWY_EXPORT(paintRowVector);
-HWY_EXPORT(layRowVector);
-
 void paintRow(const uint8_t* src, const uint8_t* paint, uint8_t* dst, std::size_t pixels) {
-  HWY_DYNAMIC_DISPATCH(paintRowVector)(src, paint, dst, pixels);
+  ALG_DISPATCH(paintRowVector)(src, paint, dst, pixels);
 }
 
 void layRow(const uint8_t* src, const uint8_t* front, const uint8_t* mask, uint8_t* dst,
             std::size_t pixels) {
-  HWY_DYNAMIC_DISPATCH(layRowVector)(src, front, mask, dst, pixels);
+  ALG_DISPATCH(layRowVector)(src, front, mask, dst, pixels);
 }
 
 }  // namespace alg

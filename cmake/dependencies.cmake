@@ -1,8 +1,6 @@
 # The library's dependencies, as two interface targets: algorithm_dependencies (codecs, SIMD,
 # threads) and algorithm_log (the platform's log; tests replace it with a capture of their own).
 
-include(CheckCXXSymbolExists)
-
 find_package(JPEG REQUIRED)
 find_package(PNG REQUIRED)
 include(cmake/highway.cmake)
@@ -30,20 +28,7 @@ find_path(ALGORITHM_JNI_INCLUDE_DIR jni.h PATH_SUFFIXES android/nativehelper REQ
 add_library(algorithm_dependencies INTERFACE)
 target_include_directories(algorithm_dependencies SYSTEM INTERFACE ${ALGORITHM_LOG_INCLUDE_DIR})
 target_link_libraries(algorithm_dependencies INTERFACE
-  JPEG::JPEG PNG::PNG hwy::hwy Threads::Threads ${CMAKE_DL_LIBS})
-# One vector target besides the plain code: AVX2 on x86-64, NEON alone on arm64. All others that a
-# version of Highway knows are disabled. Later versions split NEON by the processor's extensions; the
-# kernels need only the part that all processors have.
-set(CMAKE_REQUIRED_LIBRARIES hwy::hwy)
-check_cxx_symbol_exists(HWY_NEON_WITHOUT_AES hwy/detect_targets.h ALGORITHM_HIGHWAY_SPLITS_NEON)
-unset(CMAKE_REQUIRED_LIBRARIES)
-if(ALGORITHM_HIGHWAY_SPLITS_NEON)
-  set(ALGORITHM_NEON HWY_NEON_WITHOUT_AES)
-else()
-  set(ALGORITHM_NEON HWY_NEON)
-endif()
-target_compile_definitions(algorithm_dependencies INTERFACE
-  HWY_DISABLED_TARGETS=\(~\(HWY_AVX2|${ALGORITHM_NEON}|HWY_EMU128|HWY_SCALAR\)\))
+  JPEG::JPEG PNG::PNG algorithm_highway Threads::Threads ${CMAKE_DL_LIBS})
 
 add_library(algorithm_log INTERFACE)
 target_link_libraries(algorithm_log INTERFACE ${ALGORITHM_LOG_LIBRARY})

@@ -13,9 +13,8 @@ macro(algorithm_notice name)
   list(APPEND ALGORITHM_NOTICES "${name}=${${variable}}")
 endmacro()
 
-get_target_property(highway_include_dirs hwy::hwy INTERFACE_INCLUDE_DIRECTORIES)
 foreach(library "libjpeg-turbo|${JPEG_INCLUDE_DIR}" "libpng|${PNG_PNG_INCLUDE_DIR}"
-                "zlib|${ZLIB_INCLUDE_DIR}" "highway|${highway_include_dirs}")
+                "zlib|${ZLIB_INCLUDE_DIR}" "highway|${ALGORITHM_HIGHWAY_INCLUDE_DIR}")
   string(REGEX MATCH "^([^|]*)[|]([^;]*)" library "${library}")
   set(library_share ${CMAKE_MATCH_2}/../share)
   algorithm_notice(${CMAKE_MATCH_1} ${library_share}/${CMAKE_MATCH_1} ${library_share}/doc/${CMAKE_MATCH_1})

@@ -383,18 +383,15 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace alg {
 
-HWY_EXPORT(decodeRowVector);
-HWY_EXPORT(decodeRowPairVector);
-
 void decodeRow(RowFormat format, const uint8_t* luma, const uint8_t* chroma, uint8_t* pixels,
                std::size_t width) {
-  HWY_DYNAMIC_DISPATCH(decodeRowVector)(format, luma, chroma, pixels, width);
+  ALG_DISPATCH(decodeRowVector)(format, luma, chroma, pixels, width);
 }
 
 void decodeRowPair(RowFormat format, const uint8_t* luma, std::ptrdiff_t lumaStride,
                    const uint8_t* chroma, uint8_t* pixels, std::ptrdiff_t pixelStride,
                    std::size_t width) {
-  HWY_DYNAMIC_DISPATCH(decodeRowPairVector)
+  ALG_DISPATCH(decodeRowPairVector)
   (format, luma, lumaStride, chroma, pixels, pixelStride, width);
 }
 

@@ -299,16 +299,13 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace alg {
 
-HWY_EXPORT(encodeLumaRowVector);
-HWY_EXPORT(encodeRowVector);
-
 void encodeLumaRow(RowFormat format, const uint8_t* pixels, uint8_t* luma, std::size_t width) {
-  HWY_DYNAMIC_DISPATCH(encodeLumaRowVector)(format, pixels, luma, width);
+  ALG_DISPATCH(encodeLumaRowVector)(format, pixels, luma, width);
 }
 
 void encodeRow(RowFormat format, const uint8_t* pixels, uint8_t* luma, uint8_t* chroma,
                std::size_t width) {
-  HWY_DYNAMIC_DISPATCH(encodeRowVector)(format, pixels, luma, chroma, width);
+  ALG_DISPATCH(encodeRowVector)(format, pixels, luma, chroma, width);
 }
 
 }  // namespace alg

@@ -302,42 +302,34 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace alg {
 
-HWY_EXPORT(sumUpVector);
-HWY_EXPORT(meansAcrossVector);
-HWY_EXPORT(sumsAcrossVector);
-HWY_EXPORT(finishMeansVector);
-HWY_EXPORT(finishSquaresVector);
-HWY_EXPORT(dropAlphaVector);
-HWY_EXPORT(addAlphaVector);
-
 void sumUp(BlurPixels pixels, const uint8_t* row, std::size_t width, uint16_t* prefix) {
-  HWY_DYNAMIC_DISPATCH(sumUpVector)(pixels, row, width, prefix);
+  ALG_DISPATCH(sumUpVector)(pixels, row, width, prefix);
 }
 
 void meansAcross(const BlurRun* runs, int runCount, const uint16_t* prefix, uint8_t* row) {
-  HWY_DYNAMIC_DISPATCH(meansAcrossVector)(runs, runCount, prefix, row);
+  ALG_DISPATCH(meansAcrossVector)(runs, runCount, prefix, row);
 }
 
 void sumsAcross(const BlurRun* runs, int runCount, const uint16_t* prefix, uint16_t* row) {
-  HWY_DYNAMIC_DISPATCH(sumsAcrossVector)(runs, runCount, prefix, row);
+  ALG_DISPATCH(sumsAcrossVector)(runs, runCount, prefix, row);
 }
 
 void finishMeans(const BlurRun* runs, int runCount, const uint8_t* ring, uint16_t* sums,
                  uint8_t* bytes) {
-  HWY_DYNAMIC_DISPATCH(finishMeansVector)(runs, runCount, ring, sums, bytes);
+  ALG_DISPATCH(finishMeansVector)(runs, runCount, ring, sums, bytes);
 }
 
 void finishSquares(const BlurRun* runs, int runCount, const uint16_t* ring, uint32_t* sums,
                    const uint8_t* centres, uint8_t* bytes) {
-  HWY_DYNAMIC_DISPATCH(finishSquaresVector)(runs, runCount, ring, sums, centres, bytes);
+  ALG_DISPATCH(finishSquaresVector)(runs, runCount, ring, sums, centres, bytes);
 }
 
 void dropAlpha(const uint8_t* words, std::size_t width, uint8_t* bytes) {
-  HWY_DYNAMIC_DISPATCH(dropAlphaVector)(words, width, bytes);
+  ALG_DISPATCH(dropAlphaVector)(words, width, bytes);
 }
 
 void addAlpha(const uint8_t* bytes, std::size_t width, uint8_t* words) {
-  HWY_DYNAMIC_DISPATCH(addAlphaVector)(bytes, width, words);
+  ALG_DISPATCH(addAlphaVector)(bytes, width, words);
 }
 
 }  // namespace alg

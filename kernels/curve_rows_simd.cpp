@@ -168,10 +168,8 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace alg {
 
-HWY_EXPORT(mapCurveRowVector);
-
 void mapCurveRow(const uint8_t* src, uint8_t* dst, std::size_t pixels, const Curves& curves) {
-  HWY_DYNAMIC_DISPATCH(mapCurveRowVector)(src, dst, pixels, curves);
+  ALG_DISPATCH(mapCurveRowVector)(src, dst, pixels, curves);
 }
 
 }  // namespace alg

@@ -67,6 +67,10 @@ HWY_INLINE void store(const Planes& p, uint8_t* to) {
 template <int kBy>
 HWY_INLINE ByteVector rotateDown(ByteVector v) {
   const Bytes d;
+#if ALG_IS_AVX512()
+  const ByteVector order = hn::Add(hn::Iota(d, 0), hn::Set(d, kBy & 0xFF));
+  return kBy == 0 ? v : ByteVector{_mm512_permutexvar_epi8(order.raw, v.raw)};
+#else
   static_assert(kLanes == 32, "two blocks of 16");
   const ByteVector swapped = hn::SwapAdjacentBlocks(v);
   if constexpr (kBy < 0) {
@@ -76,6 +80,7 @@ HWY_INLINE ByteVector rotateDown(ByteVector v) {
   } else {
     return v;
   }
+#endif
 }
 
 // From the home order of one channel to that of another.
@@ -86,6 +91,10 @@ HWY_INLINE ByteVector rehome(ByteVector v) {
 
 // a in the lanes i with i % 3 = 0, b in those with 1, c in those with 2.
 HWY_INLINE ByteVector choose(ByteVector a, ByteVector b, ByteVector c) {
+#if ALG_IS_AVX512()
+  const __m512i ab = _mm512_mask_blend_epi8(0x2492492492492492, a.raw, b.raw);
+  return ByteVector{_mm512_mask_blend_epi8(0x4924924924924924, ab, c.raw)};
+#else
   alignas(32) static constexpr uint8_t kEveryThird[kLanes + 2] = {
       255, 0,   0, 255, 0,   0, 255, 0,   0, 255, 0,   0, 255, 0,   0, 255, 0,
       0,   255, 0, 0,   255, 0, 0,   255, 0, 0,   255, 0, 0,   255, 0, 0,   255};
@@ -93,22 +102,26 @@ HWY_INLINE ByteVector choose(ByteVector a, ByteVector b, ByteVector c) {
   const auto first = hn::MaskFromVec(hn::Load(d, kEveryThird));
   const auto third = hn::MaskFromVec(hn::LoadU(d, kEveryThird + 1));
   return hn::IfThenElse(first, a, hn::IfThenElse(third, c, b));
+#endif
 }
 
-// Vector k begins with byte 32k % 3 of a pixel: 0, 2, 1.
+// Vector k begins with byte kLanes k % 3 of a pixel: 0, 2, 1 of 32 lanes, 0, 1, 2 of 64.
+constexpr std::size_t kSecond = kLanes * (kLanes % 3 == 2 ? 1 : 2);  // where byte 2 begins one
+constexpr std::size_t kThird = 3 * kLanes - kSecond;
+
 HWY_INLINE Planes load(const uint8_t* from) {
   const Bytes d;
   const ByteVector v0 = hn::LoadU(d, from);
-  const ByteVector v1 = hn::LoadU(d, from + kLanes);
-  const ByteVector v2 = hn::LoadU(d, from + 2 * kLanes);
+  const ByteVector v1 = hn::LoadU(d, from + kSecond);
+  const ByteVector v2 = hn::LoadU(d, from + kThird);
   return {{choose(v0, v1, v2), choose(v2, v0, v1), choose(v1, v2, v0)}};
 }
 
 HWY_INLINE void store(const Planes& p, uint8_t* to) {
   const Bytes d;
   hn::StoreU(choose(p.of[0], p.of[1], p.of[2]), d, to);
-  hn::StoreU(choose(p.of[2], p.of[0], p.of[1]), d, to + kLanes);
-  hn::StoreU(choose(p.of[1], p.of[2], p.of[0]), d, to + 2 * kLanes);
+  hn::StoreU(choose(p.of[2], p.of[0], p.of[1]), d, to + kSecond);
+  hn::StoreU(choose(p.of[1], p.of[2], p.of[0]), d, to + kThird);
 }
 
 #endif

@@ -73,11 +73,9 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace alg {
 
-HWY_EXPORT(stretchRowVector);
-
 void stretchRow(const uint8_t* pictureRow, const uint32_t* columns, std::size_t count,
                 StretchedPixels pixels, uint8_t* to) {
-  HWY_DYNAMIC_DISPATCH(stretchRowVector)(pictureRow, columns, count, pixels, to);
+  ALG_DISPATCH(stretchRowVector)(pictureRow, columns, count, pixels, to);
 }
 
 }  // namespace alg

@@ -63,10 +63,8 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace alg {
 
-HWY_EXPORT(premultiplyRowVector);
-
 void premultiplyRow(uint8_t* rgba, std::size_t pixels) {
-  HWY_DYNAMIC_DISPATCH(premultiplyRowVector)(rgba, pixels);
+  ALG_DISPATCH(premultiplyRowVector)(rgba, pixels);
 }
 
 }  // namespace alg

@@ -190,22 +190,18 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace alg {
 
-HWY_EXPORT(mixColumnsVector);
-HWY_EXPORT(mixRowsVector);
-HWY_EXPORT(takeRowsVector);
-
 void mixColumns(const uint32_t* row, uint32_t end, const ResizeColumns& columns, uint32_t* out) {
-  HWY_DYNAMIC_DISPATCH(mixColumnsVector)(row, end, columns, out);
+  ALG_DISPATCH(mixColumnsVector)(row, end, columns, out);
 }
 
 void mixRows(const uint32_t* top, const uint32_t* bottom, uint32_t fraction, int count,
              uint32_t* out) {
-  HWY_DYNAMIC_DISPATCH(mixRowsVector)(top, bottom, fraction, count, out);
+  ALG_DISPATCH(mixRowsVector)(top, bottom, fraction, count, out);
 }
 
 void takeRows(const uint32_t* top, const uint32_t* bottom, uint32_t fraction,
               const ResizeColumns& columns, uint32_t* out) {
-  HWY_DYNAMIC_DISPATCH(takeRowsVector)(top, bottom, fraction, columns, out);
+  ALG_DISPATCH(takeRowsVector)(top, bottom, fraction, columns, out);
 }
 
 }  // namespace alg

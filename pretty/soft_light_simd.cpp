@@ -299,15 +299,12 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace alg {
 
-HWY_EXPORT(softLightBytesVector);
-HWY_EXPORT(pinkLightPixelsVector);
-
 void softLightBytes(const uint8_t* src, const uint8_t* overlay, uint8_t* dst, std::size_t bytes) {
-  HWY_DYNAMIC_DISPATCH(softLightBytesVector)(src, overlay, dst, bytes);
+  ALG_DISPATCH(softLightBytesVector)(src, overlay, dst, bytes);
 }
 
 void pinkLightPixels(const uint8_t* src, const uint8_t* overlay, uint8_t* dst, std::size_t pixels) {
-  HWY_DYNAMIC_DISPATCH(pinkLightPixelsVector)(src, overlay, dst, pixels);
+  ALG_DISPATCH(pinkLightPixelsVector)(src, overlay, dst, pixels);
 }
 
 }  // namespace alg

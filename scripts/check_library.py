@@ -18,7 +18,7 @@ import tempfile
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 NAME = "libAlgorithm.so"
 NEEDED = {
-    "linux": {"libc.so.6", "libgcc_s.so.1", "libhwy.so.1", "libjpeg.so.62", "liblog.so.0", "libm.so.6",
+    "linux": {"libc.so.6", "libgcc_s.so.1", "libjpeg.so.62", "liblog.so.0", "libm.so.6",
               "libpng16.so.16", "libstdc++.so.6"},
     # The C++ runtime and the codecs are linked in.
     "android": {"libc.so", "libdl.so", "liblog.so", "libm.so"},

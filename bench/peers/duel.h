@@ -10,8 +10,12 @@
 
 namespace alg::bench {
 
-inline constexpr int kWidth = 4000;
-inline constexpr int kHeight = 3000;
+#ifndef PEERS_SIZE
+#define PEERS_SIZE 4000, 3000
+#endif
+inline constexpr int kSize[] = {PEERS_SIZE};
+inline constexpr int kWidth = kSize[0];
+inline constexpr int kHeight = kSize[1];
 inline constexpr std::size_t kPixels = pixelsOf(kWidth, kHeight);
 
 /// What all rows work on. A result begins as a copy of `before` or of what its row says, and has
@@ -56,6 +60,14 @@ std::vector<Duel> wordDuels(Scene& scene);
 std::vector<Duel> effectDuels(Scene& scene);
 std::vector<Duel> drawingDuels(Scene& scene);
 std::vector<Duel> pipelineDuels(Scene& scene);
+
+/// Calls measure(duel) for each duel whose work has the pattern `filter` in it.
+void forEachDuel(Scene& scene, const std::string& filter,
+                 const std::function<void(const Duel&)>& measure);
+
+/// Runs ours and each peer once and compares what they give, so that a row can't measure different
+/// work; ends the process where they differ. It also warms up.
+void checkResults(Scene& scene, const Duel& duel);
 
 /// The mean absolute difference of the first `bytes` bytes.
 double meanDifference(const Bytes& a, const Bytes& b, std::size_t bytes);

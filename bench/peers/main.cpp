@@ -11,28 +11,11 @@
 #include <cstring>
 #include <opencv2/core/utility.hpp>
 #include <opencv2/core/version.hpp>
-#include <regex>
 
 #include "bench/measure.h"
 #include "bench/peers/duel.h"
-#include "libalgorithm/classic_effects.h"
-#include "libalgorithm/yuv_convert.h"
 
 namespace alg::bench {
-
-Scene::Scene() : grey(3 * kPixels), frame(kPixels * 3 / 2) {
-  GrayScale(packed.data(), grey.data(), kWidth, kHeight);
-  decodeARGB2YVU_OpenGL(reinterpret_cast<uint32_t*>(words.data()), frame.data(),
-                        frame.data() + kPixels, kWidth, kHeight, kWidth, kWidth);
-}
-
-double meanDifference(const Bytes& a, const Bytes& b, std::size_t bytes) {
-  uint64_t sum = 0;
-  for (std::size_t i = 0; i < bytes; ++i) {
-    sum += static_cast<uint64_t>(std::abs(int{a[i]} - int{b[i]}));
-  }
-  return static_cast<double>(sum) / static_cast<double>(bytes);
-}
 
 namespace {
 
@@ -49,25 +32,6 @@ double medianOf(std::vector<double> values) {
   std::ranges::sort(values);
   const std::size_t middle = values.size() / 2;
   return values.size() % 2 == 1 ? values[middle] : (values[middle - 1] + values[middle]) / 2;
-}
-
-/// Runs ours and each peer once and compares what they give, so that a row can't measure different
-/// work. It also warms up.
-void checkResults(Scene& scene, const Duel& duel) {
-  const Bytes& before = duel.before != nullptr ? *duel.before : scene.before;
-  std::ranges::copy(before, scene.ours.begin());
-  duel.ours();
-  for (const Peer& peer : duel.peers) {
-    std::ranges::copy(before, scene.theirs.begin());
-    peer.run();
-    const double difference =
-        duel.difference ? duel.difference() : meanDifference(scene.ours, scene.theirs, duel.result);
-    if (difference > duel.tolerance) {
-      std::fprintf(stderr, "%s and %s do different work: %.2f levels apart, at most %.2f\n",
-                   duel.work.c_str(), peer.name.c_str(), difference, duel.tolerance);
-      std::exit(1);
-    }
-  }
 }
 
 /// Returns whether ours is as fast as required.
@@ -120,18 +84,13 @@ int run(const std::string& filter, int pairs) {
   keepTwoCores();
   cv::setNumThreads(1);
   Scene scene;
-  const std::regex wanted(filter, std::regex::icase);
   int rows = 0, reached = 0;
   std::puts("| Work | Ours, ms | Peer | Peer, ms | Peer / ours | Required | Of memcpy |");
   std::puts("|---|---:|---|---:|---:|---:|---:|");
-  for (const auto duels : {frameDuels, wordDuels, effectDuels, drawingDuels, pipelineDuels}) {
-    for (const Duel& duel : duels(scene)) {
-      if (std::regex_search(duel.work, wanted)) {
-        ++rows;
-        reached += measure(scene, duel, pairs) ? 1 : 0;
-      }
-    }
-  }
+  forEachDuel(scene, filter, [&](const Duel& duel) {
+    ++rows;
+    reached += measure(scene, duel, pairs) ? 1 : 0;
+  });
   std::printf(
       "\n%d of %d rows are as fast as required; the others are bold. %d x %d pixels, medians of %d "
       "pairs in turn, of the process's CPU time on one thread (the pipeline: of the time that "

@@ -40,7 +40,6 @@ class StandIns:
         self.libraries = self.sysroot / "usr/lib"
         self._link("usr/include/android", "/usr/include/android/android", self.sysroot)
         self._link("usr/include/jni.h", "/usr/include/android/nativehelper/jni.h", self.sysroot)
-        # Highway has no config file here, as from package managers that pin an old one.
         for header in ("jpeglib.h", "jmorecfg.h", "jerror.h", "png.h", "pngconf.h", "pnglibconf.h", "zlib.h",
                        "zconf.h", "hwy"):
             self._link(f"include/{header}", f"/usr/include/{header}", self.prefix)

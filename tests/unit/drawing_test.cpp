@@ -41,6 +41,25 @@ TEST(Drawing, EveryFactorAndValueOfPragueCarton) {  // 3 x least + most = 0..102
   });
 }
 
+TEST(Drawing, EveryValueBetweenEveryExtremesOfNature) {  // its quotients decide by single roundings
+  Bytes rows[3];
+  for (int i = 0; i < 256 * 256; ++i) {
+    const int most = i % 256, least = i / 256;
+    for (int v = least; v <= most; ++v) {
+      rows[0].insert(rows[0].end(), 3, uint8_t(least));
+      for (const int value : {least, v, most}) rows[1].push_back(uint8_t(value));
+    }
+  }
+  const int width = int(rows[0].size()) / 3 + 2;
+  rows[1].insert(rows[1].begin(), 3, 0);
+  Bytes image;
+  for (Bytes& row : rows) {
+    row.resize(asSize(width * 3));
+    image.insert(image.end(), row.begin(), row.end());
+  }
+  check(trialOn(operationNamed("nature"), image, width, 3));
+}
+
 TEST(Drawing, EmptyPaperDoesNothing) {
   for (const auto& [width, height] : kSizesBelowOne) {
     newsketch(nullptr, nullptr, 5, 5, nullptr, width, height);

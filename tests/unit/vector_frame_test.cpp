@@ -19,6 +19,7 @@ namespace {
 #undef HWY_TARGET
 #define HWY_TARGET target
 
+constexpr bool isAvx512(int64_t target) { return ALG_IS_AVX512(); }
 constexpr bool isAvx2(int64_t target) { return ALG_IS_AVX2(); }
 constexpr bool isNeon(int64_t target) { return ALG_IS_NEON(); }
 constexpr bool hasVectors(int64_t target) { return ALG_HAS_VECTORS(); }
@@ -28,6 +29,7 @@ TEST(VectorFrame, KnowsNeonByAllItsNames) {
     EXPECT_TRUE(isNeon(target) && !isAvx2(target) && hasVectors(target)) << target;
   }
   EXPECT_TRUE(isAvx2(HWY_AVX2) && !isNeon(HWY_AVX2) && hasVectors(HWY_AVX2));
+  EXPECT_TRUE(isAvx512(HWY_AVX3_DL) && !isAvx2(HWY_AVX3_DL) && hasVectors(HWY_AVX3_DL));
   for (const int64_t target :
        {HWY_SSE2, HWY_SSE4, HWY_AVX3, HWY_AVX3_ZEN4, HWY_SVE, HWY_EMU128, HWY_SCALAR}) {
     EXPECT_FALSE(isNeon(target) || isAvx2(target) || hasVectors(target)) << target;

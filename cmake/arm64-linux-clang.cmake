@@ -1,0 +1,10 @@
+# As arm64-linux.cmake, but with the compiler and linker that NDKs use.
+include(${CMAKE_CURRENT_LIST_DIR}/arm64-linux.cmake)
+set(CMAKE_C_COMPILER clang-16)
+set(CMAKE_CXX_COMPILER clang++-16)
+foreach(language C CXX)
+  set(CMAKE_${language}_COMPILER_TARGET aarch64-linux-gnu)
+endforeach()
+foreach(kind EXE SHARED)
+  set(CMAKE_${kind}_LINKER_FLAGS_INIT -fuse-ld=lld)
+endforeach()
