@@ -185,12 +185,12 @@ class PhotosTest(ToolCase):
         for ending in ("heic", "avif"):
             subprocess.run(["vips", "copy", "rich.jpg", f"in.{ending}[Q=95]"], check=True)
             self.run_tool("apply", "negative", f"in.{ending}", "made.png")
-            self.assertEqual(self.tags("made.png")["PNG:ImageWidth"], 48)  # turned once
+            self.assertEqual(self.tags("made.png")["PNG:ImageWidth"], 64)  # Exif does not turn these
             self.assertEqual(self.tags("made.png")["IFD0:Orientation"], "Horizontal (normal)")
         os.makedirs("in")
         for name in ("made.png", "made.tif", "in.heic", "rich.jpg"):
             os.link(name, f"in/{name}")
-        self.run_tool("apply", "sepia", "in", "out", says="no place")
+        self.run_tool("apply", "sepia", "in", "out")
         self.assertEqual(sorted(os.listdir("out")), ["in.jpg", "made.png", "made.tif", "rich.jpg"])
 
     def test_pictures_beyond_a_jpegs_means(self):
