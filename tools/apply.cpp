@@ -106,7 +106,8 @@ PhotoSources sourcesOf(const ApplyRequest& request, const EffectChain& effects) 
 bool applyToFiles(const ApplyRequest& request) {
   setVerbosity(request.verbosity);
   checkPaths(request);
-  EffectChain effects(request.effects, request.choices, request.mix);
+  EffectChain effects(request.effects, request.choices, request.mix,
+                      request.asFrame ? Way::kFrame : Way::kPhoto);
   if (isSinglePhoto(request)) {
     const Shard shard = request.shard.empty() ? Shard() : Shard(request.shard);
     std::vector<PhotoJob> jobs;

@@ -15,8 +15,9 @@ namespace alg::tool {
 inline constexpr int kMostThreads = 256;
 
 struct ApplyRequest {
-  std::string effects;  ///< one, or several with commas between them
-  double mix = 100;     ///< percent of the result that is kept
+  std::string effects;   ///< one, or several with commas between them
+  double mix = 100;      ///< percent of the result that is kept
+  bool asFrame = false;  ///< the pipeline's effects work on a camera frame made of the photo
   /// Inputs, then the output. One file as input: the output is a file, or a folder that exists.
   /// Several, a folder (its photos) or a list: a folder, made when missing. With `names`, inputs
   /// alone. "-" is the standard input or output.

@@ -33,6 +33,9 @@ void addWhat(CLI::App& command, ApplyRequest& request) {
             return std::isnan(std::strtod(text.c_str(), nullptr)) ? "not a number" : "";
           },
           "");
+  command.add_flag("--as-frame", request.asFrame,
+                   "let the Pretty effects work on a camera frame made of the photo, as the "
+                   "application does, byte for byte");
   command.add_flag("--preserve", request.keepTimes, "give outputs the times of their inputs");
   command.add_flag("--no-clobber", request.noClobber, "never replace a file");
   command.add_flag("--recursive", request.recursive,

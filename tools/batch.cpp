@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <memory>
 #include <new>
 #include <system_error>
 #include <thread>
@@ -13,6 +14,7 @@
 #include "tools/interrupts.h"
 #include "tools/photo_file.h"
 #include "tools/photo_memory.h"
+#include "tools/photo_stream.h"
 
 namespace fs = std::filesystem;
 
@@ -43,6 +45,7 @@ Batch::Batch(const ApplyRequest& request, EffectChain& effects, Report& report)
 
 bool Batch::run(const std::vector<PhotoJob>& jobs) {
   if (jobs.size() == 1) {
+    spareProcessor_ = processors() > 1;
     const ReportLine line = settle(jobs.front());
     report_.add(line);
     if (line.code != ExitCode::kDone) {
@@ -56,6 +59,7 @@ bool Batch::run(const std::vector<PhotoJob>& jobs) {
                                             : processors();
   const auto threads =
       std::min({static_cast<std::size_t>(wanted), std::size_t{kMostThreads}, jobs.size()});
+  spareProcessor_ = threads < static_cast<std::size_t>(processors());
   say(fmt::format("{} photos, {} at once", jobs.size(), threads));
   {
     std::vector<std::jthread> others;
@@ -159,18 +163,27 @@ const char* Batch::doJob(const PhotoJob& job) {
 }
 
 void Batch::changePhoto(const PhotoJob& job) {
-  const MemoryBudget::Share share(memory_, memoryFor(job.input));
+  const std::unique_ptr<PhotoStream> stream = PhotoStream::open(job.input, job.output, effects_);
+  const MemoryBudget::Share share(memory_, stream ? PhotoStream::kMemory : memoryFor(job.input));
   throwIfInterrupted();
+  const WriteOptions how{.source = job.input,
+                         .keepTimes = request_.keepTimes,
+                         .replace = !request_.noClobber,
+                         .durable = request_.skipExisting};
+  const auto makeFolder = [&] {
+    if (job.makesFolder) {
+      createFolders(fs::path(job.output).parent_path());
+    }
+  };
+  if (stream) {
+    makeFolder();
+    stream->run(effects_, job.output, request_.options, how, spareProcessor_);
+    return;
+  }
   PhotoFile file = readPhoto(job.input, request_.options);
   effects_.applyTo(file.photo, job.input);
-  if (job.makesFolder) {
-    createFolders(fs::path(job.output).parent_path());
-  }
-  writePhoto(job.output, file, request_.options,
-             {.source = job.input,
-              .keepTimes = request_.keepTimes,
-              .replace = !request_.noClobber,
-              .durable = request_.skipExisting});
+  makeFolder();
+  writePhoto(job.output, file, request_.options, how);
 }
 
 }  // namespace alg::tool

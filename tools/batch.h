@@ -34,6 +34,7 @@ class Batch {
   EffectChain& effects_;
   Report& report_;
   MemoryBudget memory_;
+  bool spareProcessor_ = false;  ///< fewer photos are worked on at once than there are processors
   std::atomic<std::size_t> next_ = 0;
   std::atomic<std::size_t> failed_ = 0;
   std::atomic<std::size_t> skipped_ = 0;

@@ -56,11 +56,12 @@ void addApply(CLI::App& app, Options& options) {
   addWriteOptions(apply, request.options);
   addEffectOptions(apply, request.choices);
   apply.footer(
-      "Pretty effects crop odd sides by one pixel. Photos are turned upright and keep all that\n"
-      "their files say; their orientation tag then says upright, and thumbnails of the old "
-      "picture\n"
-      "are left out. The ending of an output's name decides its format. An output has the access\n"
-      "rights of its input; one that is replaced keeps its own.\n\n"
+      "With --as-frame, Pretty effects crop odd sides by one pixel, and cost the 4:2:0 rounding "
+      "of\n"
+      "a video frame. Photos are turned upright and keep all that their files say; their\n"
+      "orientation tag then says upright, and thumbnails of the old picture are left out. The\n"
+      "ending of an output's name decides its format. An output has the access rights of its\n"
+      "input; one that is replaced keeps its own.\n\n"
       "A photo that fails never stops the others. An output appears under its name when it is\n"
       "complete, so that a run that was ended goes on with --skip-existing. Each line of a report\n"
       "has the keys in, out, status (done, skipped, failed, planned), code (as the exit code of a\n"

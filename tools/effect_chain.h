@@ -7,9 +7,11 @@
 #include <vector>
 
 #include "effect/frame_strips.h"
+#include "images/job.h"
 #include "tools/effect_options.h"
 #include "tools/effect_pictures.h"
 #include "tools/photo.h"
+#include "tools/photo_effect.h"
 
 namespace alg::tool {
 
@@ -18,7 +20,8 @@ class EffectChain {
   /// Throws UserError: for unknown names, options of none of them, pictures that can't be read.
   /// @param names  "sepia" or "sepia,PrettyBlue"
   /// @param mix    percent of the result that is kept, the rest is the photo as it was
-  EffectChain(const std::string& names, const EffectChoices& choices, double mix = 100);
+  EffectChain(const std::string& names, const EffectChoices& choices, double mix = 100,
+              Way way = Way::kPhoto);
 
   /// For names of outputs: "sepia", "sepia+PrettyBlue".
   const std::string& title() const { return title_; }
@@ -26,6 +29,14 @@ class EffectChain {
   /// Runs them on a photo, in place; from any thread. Throws UserError.
   /// @param path  for notes
   void applyTo(Photo& photo, const std::filesystem::path& path);
+  /// Whether photos can go through them in bands of rows.
+  bool fitsBands() const;
+  /// What is to be done to the bands of a photo of that size; nothing when none of the result is
+  /// kept. Throws UserError.
+  std::vector<Job> jobs(int width, int height);
+  /// How much of the result is kept, of kWholeWeight.
+  int weight() const { return weight_; }
+
   /// Runs them on an NV21 frame, in place: through the pipeline those that it runs, the others on
   /// the frame's pixels; without `mix`. Throws UserError.
   /// @param pixels  of the frame's size, for these; left in any state. Empty when not needed.
@@ -41,7 +52,8 @@ class EffectChain {
 
   std::vector<Step> steps_;
   std::string title_;
-  int weight_;  ///< of the result, of 256
+  int weight_;  ///< of the result, of kWholeWeight
+  Way way_;
   EffectPictures pictures_;
 };
 

@@ -80,9 +80,6 @@ std::string filesOf(const Operation& operation) {
 
 /// What `apply` runs for a name of the pipeline.
 std::string_view runs(const Operation& operation) {
-  if (operation.pipeline.runs) {
-    return "the pipeline";
-  }
   return isEffect(operation) ? operation.name : "nothing";
 }
 

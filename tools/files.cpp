@@ -113,37 +113,76 @@ std::vector<uint8_t> readFile(const fs::path& path) {
   return bytes;
 }
 
-void writeFile(const fs::path& path, std::span<const uint8_t> bytes, const WriteOptions& options) {
-  const OutputTarget target = outputTarget(path);
+struct OutputFile::Parts {
+  fs::path path;
+  WriteOptions options;
+  OutputTarget target;
+  std::optional<struct stat> replaced{}, source{};
+  std::optional<NewFile> file{};    ///< of a regular file
+  std::vector<uint8_t> streamed{};  ///< else what is to be written
+};
+
+OutputFile::OutputFile(const fs::path& path, WriteOptions options)
+    : parts_(new Parts{path, std::move(options), outputTarget(path)}) {
+  Parts& parts = *parts_;
+  const OutputTarget& target = parts.target;
   if (target.kind != OutputTarget::Kind::kFile) {
-    writeStream(target, path, bytes);
     return;
   }
-  if (target.exists && !options.replace) {
-    failFile("write", path, EEXIST);
+  if (target.exists && !parts.options.replace) {
+    failFile("write", parts.path, EEXIST);
   }
   if (target.exists && access(target.path.c_str(), W_OK) != 0) {
-    failFile("write", path, errno);
+    failFile("write", parts.path, errno);
   }
-  const auto replaced = target.exists ? statusOf(target.path) : std::nullopt;
-  const auto source = options.source.empty() ? std::nullopt : statusOf(options.source);
-  NewFile file(folderOf(target.path));
-  if (file.descriptor() < 0 || !writeAll(file.descriptor(), bytes)) {
-    failFile("write", path, errno);
+  parts.replaced = target.exists ? statusOf(target.path) : std::nullopt;
+  parts.source = parts.options.source.empty() ? std::nullopt : statusOf(parts.options.source);
+  parts.file.emplace(folderOf(target.path));
+  if (parts.file->descriptor() < 0) {
+    failFile("write", parts.path, errno);
   }
-  setAccess(file.descriptor(), replaced, source);
-  if (options.keepTimes && source) {
-    const timespec times[] = {source->st_atim, source->st_mtim};
+}
+
+OutputFile::~OutputFile() = default;
+
+void OutputFile::write(std::span<const uint8_t> bytes) {
+  if (!parts_->file) {
+    parts_->streamed.insert(parts_->streamed.end(), bytes.begin(), bytes.end());
+  } else if (!writeAll(parts_->file->descriptor(), bytes)) {
+    failFile("write", parts_->path, errno);
+  }
+}
+
+void OutputFile::finish(std::span<const uint8_t> bytes) {
+  Parts& parts = *parts_;
+  if (!parts.file) {
+    if (!parts.streamed.empty()) {
+      write(bytes);
+      bytes = parts.streamed;
+    }
+    writeStream(parts.target, parts.path, bytes);
+    return;
+  }
+  write(bytes);
+  NewFile& file = *parts.file;
+  setAccess(file.descriptor(), parts.replaced, parts.source);
+  if (parts.options.keepTimes && parts.source) {
+    const timespec times[] = {parts.source->st_atim, parts.source->st_mtim};
     futimens(file.descriptor(), times);
   }
   // A file that is replaced may be the only copy.
-  if ((options.durable || target.exists) && fdatasync(file.descriptor()) != 0 && errno != EINVAL) {
-    failFile("write", path, errno);
+  if ((parts.options.durable || parts.target.exists) && fdatasync(file.descriptor()) != 0 &&
+      errno != EINVAL) {
+    failFile("write", parts.path, errno);
   }
   throwIfInterrupted();
-  if (!file.moveTo(target.path, options.replace)) {
-    failFile("write", path, errno);
+  if (!file.moveTo(parts.target.path, parts.options.replace)) {
+    failFile("write", parts.path, errno);
   }
+}
+
+void writeFile(const fs::path& path, std::span<const uint8_t> bytes, const WriteOptions& options) {
+  OutputFile(path, options).finish(bytes);
 }
 
 void createFolders(const fs::path& folder) {

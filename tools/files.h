@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <memory>
 #include <span>
 #include <string_view>
 #include <vector>
@@ -26,6 +27,25 @@ struct WriteOptions {
   bool keepTimes = false;  ///< those of the source
   bool replace = true;     ///< else an existing file is an error, even one that comes meanwhile
   bool durable = false;    ///< on the disk before it takes its name, to survive a power cut
+};
+
+/// A file that is written in pieces. What is no file gets them all at the end.
+class OutputFile {
+ public:
+  /// Throws UserError when nothing can be written under that name.
+  OutputFile(const std::filesystem::path& path, WriteOptions options);
+  ~OutputFile();
+  OutputFile(const OutputFile&) = delete;
+  OutputFile& operator=(const OutputFile&) = delete;
+
+  /// Throws UserError.
+  void write(std::span<const uint8_t> bytes);
+  /// Writes the last bytes; the file is then complete and takes its name. Throws UserError.
+  void finish(std::span<const uint8_t> bytes = {});
+
+ private:
+  struct Parts;
+  std::unique_ptr<Parts> parts_;
 };
 
 /// Writes a whole file: to a nameless or hidden one in the same folder first, which then takes the

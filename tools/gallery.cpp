@@ -141,9 +141,8 @@ fs::path galleryFolder(const fs::path& wanted) {
 
 void makeGallery(const GalleryRequest& request) {
   const fs::path target = galleryFolder(request.folder);
-  PhotoFile file = readPhoto(request.photo, request.options, kPhotoSide);
-  Photo& photo = file.photo;
-  cropToEven(photo, request.photo);
+  const PhotoFile file = readPhoto(request.photo, request.options, kPhotoSide);
+  const Photo& photo = file.photo;
   TemporaryFolder folder(target);
   GalleryWriter gallery(folder.path(), file, request.options);
   gallery.add({"Original", request.photo.filename().string(), "original"}, photo);
@@ -157,12 +156,12 @@ void makeGallery(const GalleryRequest& request) {
     std::string about = effect->shows;
     Photo changed = copyOf(photo);
     try {
-      applyEffect(*effect, presetCall(*effect), pictures, changed);
+      applyEffect(*effect, presetCall(*effect), Way::kPhoto, pictures, changed);
     } catch (const PictureError& missing) {
       note(fmt::format("{}; the gallery has the photo as it is", missing.what()));
       about = "its picture is missing";
     }
-    gallery.add({effect->name, about, takesFrames(*effect) ? "filters" : "classic"}, changed);
+    gallery.add({effect->name, about, effect->pipeline.runs ? "filters" : "classic"}, changed);
     progress.end();
   }
   gallery.writePage(request.photo);

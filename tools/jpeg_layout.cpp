@@ -6,7 +6,6 @@ namespace alg::tool {
 namespace {
 
 constexpr uint8_t kStartOfImage = 0xD8;
-constexpr uint8_t kEndOfImage = 0xD9;
 constexpr uint8_t kStartOfScan = 0xDA;
 constexpr uint8_t kTemporary = 0x01;
 
@@ -15,8 +14,9 @@ bool isFrame(uint8_t marker) {
   return marker >= 0xC0 && marker <= 0xCF && marker != 0xC4 && marker != 0xC8 && marker != 0xCC;
 }
 
-/// The position of the next marker's code; the file's size when there is none. Entropy-coded data
-/// hold 0xFF only before 0x00 and in restart markers.
+}  // namespace
+
+// Entropy-coded data hold 0xFF only before 0x00 and in restart markers.
 std::size_t nextMarker(Bytes file, std::size_t at) {
   while (at + 1 < file.size()) {
     const void* found = std::memchr(file.data() + at, 0xFF, file.size() - at - 1);
@@ -30,8 +30,6 @@ std::size_t nextMarker(Bytes file, std::size_t at) {
   }
   return file.size();
 }
-
-}  // namespace
 
 bool JpegSegment::is(uint8_t wanted, std::string_view begin) const {
   return marker == wanted && asText(content).starts_with(begin);
@@ -54,7 +52,10 @@ JpegLayout layoutOf(Bytes file) {
       break;
     }
     const JpegSegment segment{marker, file.subspan(at + 3, length - 2)};
-    inScans = inScans || marker == kStartOfScan;
+    if (marker == kStartOfScan && !inScans) {
+      inScans = true;
+      layout.scan = at + 1 + length;
+    }
     if (!inScans) {
       layout.segments.push_back(segment);
     }

@@ -64,7 +64,9 @@ bool isForRgb(const std::vector<uint8_t>& profile) {
 }
 
 void noteLoss(const std::filesystem::path& path, std::string_view what) {
-  note(fmt::format("{}: {}", path.string(), what));
+  if (!path.empty()) {
+    note(fmt::format("{}: {}", path.string(), what));
+  }
 }
 
 }  // namespace

@@ -29,7 +29,7 @@ class Metadata {
   /// None.
   Metadata() = default;
   /// Those of a JPEG file.
-  /// @param path  for notes
+  /// @param path  for notes; empty for none
   Metadata(const JpegLayout& jpeg, const std::filesystem::path& path);
   /// Those of a file of another format.
   Metadata(const MetadataBlocks& blocks, const std::filesystem::path& path);

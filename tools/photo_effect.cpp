@@ -121,20 +121,26 @@ void runOnPixels(const Operation& operation, Call call, Photo& photo) {
   }
 }
 
-void applyEffect(const Operation& operation, Call call, EffectPictures& pictures, Photo& photo) {
-  call.width = photo.width;
-  call.height = photo.height;
+Call callFor(const Operation& operation, Call call, EffectPictures& pictures, int width,
+             int height) {
+  call.width = width;
+  call.height = height;
   if (const char* why = operation.misfit != nullptr ? operation.misfit(call) : nullptr) {
     throw BadInput(fmt::format("{}: {} does not go with the photo's {} rows of {} pixels: {}",
-                               operation.name, asOptions(operation, call), photo.height,
-                               photo.width, why));
+                               operation.name, asOptions(operation, call), height, width, why));
   }
-  std::ranges::copy(pictures.of(operation, photo.width, photo.height), call.pictures);
-  if (takesFrames(operation)) {
+  std::ranges::copy(pictures.of(operation, width, height), call.pictures);
+  return call;
+}
+
+void applyEffect(const Operation& operation, const Call& call, Way way, EffectPictures& pictures,
+                 Photo& photo) {
+  const Call whole = callFor(operation, call, pictures, photo.width, photo.height);
+  if (takesFrames(operation, way)) {
     throughFrame(photo,
-                 [&](const Frame& frame) { runOnFrame(operation, call.pictures[0], frame); });
+                 [&](const Frame& frame) { runOnFrame(operation, whole.pictures[0], frame); });
   } else {
-    runOnPixels(operation, call, photo);
+    runOnPixels(operation, whole, photo);
   }
 }
 

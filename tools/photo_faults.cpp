@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <system_error>
+
 #include "base/image_size.h"
 #include "tools/console.h"
 
@@ -19,6 +21,16 @@ void refuseOrNote(const std::filesystem::path& path, const PhotoOptions& options
         fmt::format("{}: {}; --damaged keep goes on with the rest", path.string(), what));
   }
   note(fmt::format("{}: {}", path.string(), what));
+}
+
+void neverOverDamaged(const std::filesystem::path& photo, const std::filesystem::path& output) {
+  std::error_code ignored;  // of an output that does not exist yet
+  if (std::filesystem::equivalent(output, photo, ignored)) {
+    throw BadInput(
+        fmt::format("{}: damaged, and never replaced by what is left of it; name "
+                    "another output",
+                    output.string()));
+  }
 }
 
 }  // namespace alg::tool

@@ -7,6 +7,7 @@
 #include "tools/failure.h"
 #include "tools/files.h"
 #include "tools/jpeg_photo.h"
+#include "tools/photo_faults.h"
 #include "tools/png_photo.h"
 #include "tools/vips_library.h"
 
@@ -44,12 +45,8 @@ std::vector<uint8_t> encodeFor(const std::filesystem::path& path, const PhotoFil
                                const PhotoOptions& options) {
   const Origin& origin = file.origin;
   const Photo& photo = file.photo;
-  std::error_code ignored;  // of an output that does not exist yet
-  if (origin.damaged && std::filesystem::equivalent(path, origin.path, ignored)) {
-    throw BadInput(
-        fmt::format("{}: damaged, and never replaced by what is left of it; name "
-                    "another output",
-                    path.string()));
+  if (origin.damaged) {
+    neverOverDamaged(origin.path, path);
   }
   const PictureFormat format = formatToWrite(path);
   const int quality = options.quality.value_or(origin.quality);

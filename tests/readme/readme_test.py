@@ -58,7 +58,7 @@ class ReadmeTest(unittest.TestCase):
 
     def test_java_program(self):
         self.run_program("From Java", "java")
-        self.run_line("camera-effects apply PrettySweet --quality 92 photo.jpg same.jpg && cmp sweet.jpg same.jpg")
+        self.run_line("camera-effects apply PrettySweet --as-frame --quality 92 photo.jpg same.jpg && cmp sweet.jpg same.jpg")
 
     def test_cpp_program(self):
         self.run_program(r"From C\+\+", "cpp")
