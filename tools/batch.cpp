@@ -163,7 +163,8 @@ const char* Batch::doJob(const PhotoJob& job) {
 }
 
 void Batch::changePhoto(const PhotoJob& job) {
-  const std::unique_ptr<PhotoStream> stream = PhotoStream::open(job.input, job.output, effects_);
+  const std::unique_ptr<PhotoStream> stream =
+      PhotoStream::open(job.input, job.output, effects_, request_.options);
   const MemoryBudget::Share share(memory_, stream ? PhotoStream::kMemory : memoryFor(job.input));
   throwIfInterrupted();
   const WriteOptions how{.source = job.input,
@@ -182,6 +183,7 @@ void Batch::changePhoto(const PhotoJob& job) {
   }
   PhotoFile file = readPhoto(job.input, request_.options);
   effects_.applyTo(file.photo, job.input);
+  file.change.moved = effects_.movesPixels();
   makeFolder();
   writePhoto(job.output, file, request_.options, how);
 }

@@ -93,6 +93,11 @@ std::vector<Job> EffectChain::jobs(int width, int height) {
   return jobs;
 }
 
+bool EffectChain::movesPixels() const {
+  return std::ranges::any_of(
+      steps_, [](const Step& step) { return step.operation->reach == Reach::kAnything; });
+}
+
 bool EffectChain::needsPixels() const {
   return !std::ranges::all_of(
       steps_, [](const Step& step) { return takesFrames(*step.operation, Way::kFrame); });

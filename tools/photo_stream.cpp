@@ -158,8 +158,9 @@ PhotoStream::PhotoStream(const fs::path& path) : path_(path), file_(new JpegFile
 PhotoStream::~PhotoStream() = default;
 
 std::unique_ptr<PhotoStream> PhotoStream::open(const fs::path& input, const fs::path& output,
-                                               const EffectChain& effects) {
-  if (!effects.fitsBands() || input == kStandardStream ||
+                                               const EffectChain& effects,
+                                               const PhotoOptions& options) {
+  if (!effects.fitsBands() || options.toSrgb || input == kStandardStream ||
       formatToWrite(output) != PictureFormat::kJpeg) {
     return nullptr;
   }
@@ -202,7 +203,7 @@ void PhotoStream::run(EffectChain& effects, const fs::path& output, const PhotoO
                       const WriteOptions& how, bool overlap) {
   const std::vector<Job> jobs = effects.jobs(info_.width, info_.height);
   const std::vector<uint8_t> segments =
-      Metadata(layout_, path_).segments(info_.width, info_.height, path_);
+      Metadata(layout_, path_).segments(info_.width, info_.height, path_, {});
   JpegBandOptions bands{.quality = options.quality.value_or(info_.quality),
                         .sampling = options.sampling.value_or(info_.sampling),
                         .carrySegments = false,

@@ -22,11 +22,11 @@ class JpegFile;
 class PhotoStream {
  public:
   /// Opens a photo that can be streamed: an upright JPEG file in one scan, grey or RGB, with
-  /// nothing behind the picture, whose output is a JPEG, too, through effects that fit bands. Null
-  /// for any other, among them those that can't be read.
+  /// nothing behind the picture and colours that stay, whose output is a JPEG, too, through effects
+  /// that fit bands. Null for any other, among them those that can't be read.
   static std::unique_ptr<PhotoStream> open(const std::filesystem::path& input,
                                            const std::filesystem::path& output,
-                                           const EffectChain& effects);
+                                           const EffectChain& effects, const PhotoOptions& options);
   ~PhotoStream();
   PhotoStream(const PhotoStream&) = delete;
   PhotoStream& operator=(const PhotoStream&) = delete;
