@@ -20,7 +20,7 @@ inline bool takesFrames(const Operation& operation) {
 
 /// Runs an operation, of any kind of pixels except frames, on those of a photo, in place.
 /// @param call  values and pictures
-void runOnPixels(const Operation& operation, Call call, Photo& photo);
+void runOnPixels(const Operation& operation, const Call& call, Photo& photo);
 
 /// Runs an operation on a photo, in place: as a frame, or on its pixels. Throws UserError,
 /// PictureError among them.
