@@ -7,7 +7,7 @@
 namespace alg {
 
 void ImagesCall::raise(const char* className, const char* message) const {
-  const jclass type = env_->FindClass(className);
+  auto* const type = env_->FindClass(className);
   if (type != nullptr) {  // else there is another exception already
     env_->ThrowNew(type, message);
     env_->DeleteLocalRef(type);

@@ -405,6 +405,8 @@ final class ImagesTest extends Harness {
         () -> Images.apply(Effect.MINIATURE_ROWS, image, image, plain.parameter("ramp", 5)));
     refuses("settings have the picture paper, which SEPIA has not",
         () -> Images.apply(Effect.SEPIA, image, image, plain.picture("paper", other)));
+    refuses("settings have a picture, but SEPIA takes none",
+        () -> Images.apply(Effect.SEPIA, image, image, plain.picture(other)));
     refuses("settings have no picture overlay, but PRETTY_PINK needs one",
         () -> Images.apply(Effect.PRETTY_PINK, image));
     refuses("mask has 16x16 pixels, but must be as large as front, which has 15x17",

@@ -1,8 +1,8 @@
 /**
  * Image routines of the camera application, written in native code that works on raw memory.
  *
- * <p>Four classes have native methods for applications; loading one of them loads {@code libAlgorithm.so} from the
- * library path. What follows holds for every native method. {@link
+ * <p>Four classes have native methods for applications; loading one of them loads {@code
+ * libAlgorithm.so} from the library path. What follows holds for each of these methods. {@link
  * com.orvik.camera.common.Native.CameraFrames}, plain Java, packs a camera's planes into the frames
  * they take, and checks buffers before a call, throwing exceptions.
  *
