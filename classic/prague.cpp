@@ -104,7 +104,8 @@ const CartoonFactors& cartoonFactors() {
 
 /// Prefetches a stretch of the source row that is split next, and of the row that is written next.
 void fetchAhead(const uint8_t* src, const uint8_t* dst, int pixels) {
-  for (int i = 0; i < pixels * alg::kPackedBytes; i += kCacheLine) {
+  const int bytes = pixels * alg::kPackedBytes;
+  for (int i = 0; i < bytes; i += kCacheLine) {
     __builtin_prefetch(src + i);
     __builtin_prefetch(dst + i, 1);
   }
