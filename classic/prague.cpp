@@ -20,8 +20,6 @@ using alg::EdgeSteps;
 using alg::PlaneWindow;
 
 constexpr int kPlanes = 3 * alg::kPackedBytes;
-constexpr int kStretch = 256;   // windows a step
-constexpr int kCacheLine = 64;  // bytes
 
 /// The grey of a squared gradient: 255 without an edge, 2 on a strong one, falling in steps of 1.
 /// Any C library's exp and pow give these: errors of up to 64 units in the last place in either,
@@ -102,17 +100,7 @@ const CartoonFactors& cartoonFactors() {
   return kFactors;
 }
 
-/// Prefetches a stretch of the source row that is split next, and of the row that is written next.
-void fetchAhead(const uint8_t* src, const uint8_t* dst, int pixels) {
-  const int bytes = pixels * alg::kPackedBytes;
-  for (int i = 0; i < bytes; i += kCacheLine) {
-    __builtin_prefetch(src + i);
-    __builtin_prefetch(dst + i, 1);
-  }
-}
-
-/// Runs a row kernel over the inner pixels, then copies the edges. The kernels take long and the
-/// split waits for memory: what follows is fetched while a stretch of windows is computed.
+/// Runs a row kernel over the inner pixels, then copies the edges.
 template <class Kernel>
 void draw(const uint8_t* src, uint8_t* dst, int width, int height, Kernel kernel) {
   if (width < 1 || height < 1) {
@@ -123,24 +111,18 @@ void draw(const uint8_t* src, uint8_t* dst, int width, int height, Kernel kernel
     return;
   }
   const alg::PackedImage image{dst, width, height};
-  const auto sourceRow = alg::packedRows(src, width);
-  int y = 0;  // the written row
+  alg::FetchAhead ahead(src, image, alg::WindowTarget::kCentre);
   alg::walkWindows(alg::planeRows(src, width, work), image, alg::WindowTarget::kCentre,
                    [&](const uint8_t* top, const uint8_t* middle, const uint8_t* bottom,
-                       uint8_t* out, int count) {
-                     ++y;
-                     const uint8_t* nextSource = sourceRow(std::min(y + 2, height - 1));
-                     const uint8_t* nextTarget = image.at(y + 1, 0);
-                     for (int x = 0; x < count; x += kStretch) {
-                       const int part = std::min(count - x, kStretch);
-                       const std::ptrdiff_t byte = std::ptrdiff_t{x} * alg::kPackedBytes;
-                       fetchAhead(nextSource + byte, nextTarget + byte, part);
+                       uint8_t* out, int windows) {
+                     ahead.drawRow(windows, [&](int x, int count) {
                        kernel(PlaneWindow{.top = top + x,
                                           .middle = middle + x,
                                           .bottom = bottom + x,
                                           .pitch = work.pitch()},
-                              out + byte, static_cast<std::size_t>(part));
-                     }
+                              out + (std::ptrdiff_t{x} * alg::kPackedBytes),
+                              static_cast<std::size_t>(count));
+                     });
                    });
   alg::copyEdges(image);
 }
@@ -174,7 +156,8 @@ constinit const Operation kPrague{
     .reach = Reach::kNeighbours,
     .radius = 1,
     .overlap = Overlap::kApart,
-    .bands = Bands::kWholeImage,
+    .bands = Bands::kNear,
+    .halo = 2,
     .readsDestination = true,
     .run = [](const Call& call) { Prague(call.src, call.dst, call.width, call.height, 0); },
 };
@@ -189,7 +172,8 @@ constinit const Operation kPragueCarton{
     .reach = Reach::kNeighbours,
     .radius = 1,
     .overlap = Overlap::kApart,
-    .bands = Bands::kWholeImage,
+    .bands = Bands::kNear,
+    .halo = 2,
     .readsDestination = true,
     .run = [](const Call& call) { PragueCarton(call.src, call.dst, call.width, call.height, 0); },
 };

@@ -12,6 +12,8 @@
 
 namespace {
 
+using alg::PictureView;
+
 /// Luminance of B, G, R, defined in 10 fractional bits.
 constexpr alg::GreyWeights kLuminance{{74 << 6, 732 << 6, 218 << 6}};
 static_assert(kLuminance.fit());
@@ -36,6 +38,22 @@ void sketchOn(Paint paint, const uint8_t* src, uint8_t* dst, int width, int heig
   alg::copyEdges(image);
 }
 
+/// Any rows of an image. The paper's bytes 0 and 1 tint red and green; blue takes none.
+void sketchOnPaper(const alg::Call& call) {
+  const PictureView& picture = call.pictures[0];
+  alg::StretchedRows paper(picture.width, picture.height, call.width, call.rowsOfImage(),
+                           alg::StretchedPixels::kPacked);
+  if (!paper.any() || call.height < 1) {
+    return;
+  }
+  sketchOn(
+      [&](const uint8_t* lines, int y, uint8_t* out, std::size_t count) {
+        const uint8_t* tints = paper.row(picture.pixels, call.firstRow + y);
+        alg::tintGreyRow(lines, tints + alg::kPackedBytes, out, count);
+      },
+      call.src, call.dst, call.width, call.height);
+}
+
 }  // namespace
 
 void Sketch(unsigned char* src, unsigned char* dst, int width, int height) {
@@ -48,16 +66,11 @@ void Sketch(unsigned char* src, unsigned char* dst, int width, int height) {
 
 void newsketch(unsigned char* src, unsigned char* dst, int width, int height,
                unsigned char* auxImage, int auxWidth, int auxHeight) {
-  alg::StretchedRows paper(auxWidth, auxHeight, width, height, alg::StretchedPixels::kPacked);
-  if (!paper.any()) {
-    return;
-  }
-  // The paper's bytes 0 and 1 tint red and green; blue takes none.
-  sketchOn(
-      [&](const uint8_t* lines, int y, uint8_t* out, std::size_t count) {
-        alg::tintGreyRow(lines, paper.row(auxImage, y) + alg::kPackedBytes, out, count);
-      },
-      src, dst, width, height);
+  sketchOnPaper({.src = src,
+                 .dst = dst,
+                 .width = width,
+                 .height = height,
+                 .pictures = {{auxImage, auxWidth, auxHeight}}});
 }
 
 namespace alg::operation {
@@ -72,7 +85,8 @@ constinit const Operation kSketch{
     .reach = Reach::kNeighbours,
     .radius = 1,
     .overlap = Overlap::kApart,
-    .bands = Bands::kWholeImage,
+    .bands = Bands::kNear,
+    .halo = 2,
     .readsDestination = true,
     .pipeline = {.name = "sketch", .identifier = 13},
     .run = runPlain<Sketch>,
@@ -93,19 +107,15 @@ constinit const Operation kNewSketch{
     .reach = Reach::kNeighbours,
     .radius = 1,
     .overlap = Overlap::kApart,
-    .bands = Bands::kWholeImage,
+    .bands = Bands::kNear,
+    .halo = 2,
     .readsDestination = true,
     .pictures = kNewSketchPictures,
     .pipeline = {.name = "newsketch_effect",
                  .identifier = 14,
                  .loadsPicture = true,
                  .onMissing = PipelineName::OnMissing::kKeepLastPicture},
-    .run =
-        [](const Call& call) {
-          const PictureView& paper = call.pictures[0];
-          newsketch(call.src, call.dst, call.width, call.height, const_cast<uint8_t*>(paper.pixels),
-                    paper.width, paper.height);
-        },
+    .run = sketchOnPaper,
 };
 
 }  // namespace alg::operation

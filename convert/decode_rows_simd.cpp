@@ -77,8 +77,8 @@ template <RowFormat kFormat>
 HWY_INLINE ChromaTerms chromaTerms(const uint8_t* chroma) {
   const uint16x8_t pairs = vreinterpretq_u16_u8(vld1q_u8(chroma));
   const uint16x8_t first = vandq_u16(pairs, vdupq_n_u16(0xFF)), second = vshrq_n_u16(pairs, 8);
-  const uint16x8_t u = kFormat == RowFormat::kArgbVU ? second : first;
-  const uint16x8_t v = kFormat == RowFormat::kArgbVU ? first : second;
+  const uint16x8_t u = hasVFirst(kFormat) ? second : first;
+  const uint16x8_t v = hasVFirst(kFormat) ? first : second;
   constexpr auto kFromU = static_cast<uint16_t>(-bt601::kGreenFromU);
   constexpr auto kFromV = static_cast<uint16_t>(-bt601::kGreenFromV);
   const uint32x4_t offset = vdupq_n_u32(offsetOf(bt601::kGreenFromU + bt601::kGreenFromV));
@@ -122,7 +122,8 @@ HWY_INLINE void decodeBlock(const uint8_t* luma, const ChromaTerms& terms, uint8
     const uint8x16x3_t packed{both(terms.b), both(terms.g), both(terms.r)};
     vst3q_u8(pixels, packed);
   } else {
-    const uint8x16x4_t words{both(terms.b), both(terms.g), both(terms.r), vdupq_n_u8(0xFF)};
+    const uint8x16x4_t words{both(hasRedFirst(kFormat) ? terms.r : terms.b), both(terms.g),
+                             both(hasRedFirst(kFormat) ? terms.b : terms.r), vdupq_n_u8(0xFF)};
     vst4q_u8(pixels, words);
   }
 }
@@ -227,8 +228,8 @@ HWY_INLINE ChromaTerms chromaTerms(const uint8_t* chroma) {
   const ShortVector pairs = loadSamples<kFormat>(chroma);
   const ShortVector first = fiveTimes<bt601::kChromaOffset, false>(pairs);
   const ShortVector second = fiveTimes<bt601::kChromaOffset, true>(pairs);
-  const ShortVector u = kFormat == RowFormat::kArgbVU ? second : first;
-  const ShortVector v = kFormat == RowFormat::kArgbVU ? first : second;
+  const ShortVector u = hasVFirst(kFormat) ? second : first;
+  const ShortVector v = hasVFirst(kFormat) ? first : second;
   return {gain<bt601::kBlueFromU>(u), greenTerm(u, v), gain<bt601::kRedFromV>(v)};
 }
 
@@ -316,7 +317,9 @@ HWY_INLINE void decodeBlock(const uint8_t* luma, const ChromaTerms& terms, uint8
   if constexpr (kFormat == RowFormat::kPackedUV) {
     storePacked(both(terms.b), both(terms.g), both(terms.r), pixels);
   } else {
-    storeWords(both(terms.b), both(terms.g), both(terms.r), pixels);
+    constexpr bool kRedFirst = hasRedFirst(kFormat);
+    storeWords(both(kRedFirst ? terms.r : terms.b), both(terms.g),
+               both(kRedFirst ? terms.b : terms.r), pixels);
   }
 }
 
@@ -368,6 +371,10 @@ void decodeAny(RowFormat format, const uint8_t* const (&luma)[2], const uint8_t*
       return decodeFormat<RowFormat::kArgbUV, kTwo>(luma, chroma, pixels, width);
     case RowFormat::kArgbVU:
       return decodeFormat<RowFormat::kArgbVU, kTwo>(luma, chroma, pixels, width);
+    case RowFormat::kRgbaUV:
+      return decodeFormat<RowFormat::kRgbaUV, kTwo>(luma, chroma, pixels, width);
+    case RowFormat::kRgbaVU:
+      return decodeFormat<RowFormat::kRgbaVU, kTwo>(luma, chroma, pixels, width);
     case RowFormat::kPackedUV:
       return decodeFormat<RowFormat::kPackedUV, kTwo>(luma, chroma, pixels, width);
   }

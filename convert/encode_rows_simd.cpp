@@ -30,8 +30,8 @@ struct ByteWeights {
 };
 
 constexpr ByteWeights byteWeights(RowFormat format, const bt601::Weights& w) {
-  return format == RowFormat::kPackedUV ? ByteWeights{w.red, w.green, w.blue}
-                                        : ByteWeights{w.blue, w.green, w.red};
+  return encodesRedFirst(format) ? ByteWeights{w.red, w.green, w.blue}
+                                 : ByteWeights{w.blue, w.green, w.red};
 }
 
 #if ALG_IS_NEON()
@@ -68,7 +68,7 @@ HWY_INLINE uint8x16_t lumaOf(const Pixels& p) {
   constexpr ByteWeights kWeights = byteWeights(kFormat, bt601::kY);
   static_assert(kWeights.first >= 0 && kWeights.middle >= 0 && kWeights.last >= 0);
   // The factor's lower byte that is a power of two takes no product.
-  constexpr bool kBlueFirst = kFormat != RowFormat::kPackedUV;
+  constexpr bool kBlueFirst = !encodesRedFirst(kFormat);
   constexpr int kShift = 4;
   static_assert((bt601::kY.blue & 0xFF) == 1 << kShift);
   constexpr int32_t kOther = kBlueFirst ? kWeights.last : kWeights.first;
@@ -99,7 +99,7 @@ struct EvenPixels {
 
 template <RowFormat kFormat>
 HWY_INLINE EvenPixels evenPixels(const Pixels& p) {
-  constexpr bool kBlueFirst = kFormat != RowFormat::kPackedUV;
+  constexpr bool kBlueFirst = !encodesRedFirst(kFormat);
   const auto even = [](uint8x16_t bytes) HWY_ATTR {
     return vreinterpretq_s16_u16(vandq_u16(vreinterpretq_u16_u8(bytes), vdupq_n_u16(0xFF)));
   };
@@ -130,7 +130,7 @@ HWY_INLINE void encodeBlock(const uint8_t* pixels, uint8_t* luma, uint8_t* chrom
   vst1q_u8(luma, lumaOf<kFormat>(p));
   if constexpr (kChroma) {
     const EvenPixels even = evenPixels<kFormat>(p);
-    constexpr bool kUFirst = kFormat != RowFormat::kArgbVU;
+    constexpr bool kUFirst = !hasVFirst(kFormat);
     vst1q_u8(chroma, vreinterpretq_u8_u16(
                          vsliq_n_u16(chromaOf<kUFirst>(even), chromaOf<!kUFirst>(even), 8)));
   }
@@ -151,11 +151,11 @@ constexpr std::size_t kBlock = hn::MaxLanes(Bytes());  // pixels a step
 constexpr std::size_t kPart = kBlock / 4;              // pixels of a vector of 32-bit lanes
 
 constexpr bt601::Weights firstOfPair(RowFormat format) {
-  return format == RowFormat::kArgbVU ? bt601::kV : bt601::kU;
+  return hasVFirst(format) ? bt601::kV : bt601::kU;
 }
 
 constexpr bt601::Weights secondOfPair(RowFormat format) {
-  return format == RowFormat::kArgbVU ? bt601::kU : bt601::kV;
+  return hasVFirst(format) ? bt601::kU : bt601::kV;
 }
 
 // Eight pixels, each in a 32-bit lane of two shorts: its first and last byte; its middle byte and
@@ -291,6 +291,9 @@ void encodeLumaRowVector(RowFormat format, const uint8_t* pixels, uint8_t* luma,
   if (format == RowFormat::kPackedUV) {
     return encodeFormat<RowFormat::kPackedUV, false>(pixels, luma, nullptr, width);
   }
+  if (hasRedFirst(format)) {
+    return encodeFormat<RowFormat::kRgbaUV, false>(pixels, luma, nullptr, width);
+  }
   encodeFormat<RowFormat::kArgbUV, false>(pixels, luma, nullptr, width);
 }
 
@@ -301,6 +304,10 @@ void encodeRowVector(RowFormat format, const uint8_t* pixels, uint8_t* luma, uin
       return encodeFormat<RowFormat::kArgbUV, true>(pixels, luma, chroma, width);
     case RowFormat::kArgbVU:
       return encodeFormat<RowFormat::kArgbVU, true>(pixels, luma, chroma, width);
+    case RowFormat::kRgbaUV:
+      return encodeFormat<RowFormat::kRgbaUV, true>(pixels, luma, chroma, width);
+    case RowFormat::kRgbaVU:
+      return encodeFormat<RowFormat::kRgbaVU, true>(pixels, luma, chroma, width);
     case RowFormat::kPackedUV:
       return encodeFormat<RowFormat::kPackedUV, true>(pixels, luma, chroma, width);
   }

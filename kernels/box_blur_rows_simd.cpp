@@ -168,8 +168,12 @@ void sumsAcrossVector(const BlurRun* runs, int runCount, const uint16_t* prefix,
     const std::size_t reach = kBlurElements * static_cast<std::size_t>(run->radius);
     const uint16_t* from = prefix + run->begin - reach;
     const uint16_t* to = prefix + run->begin + reach + kBlurElements;
-    for (std::size_t i = 0; i < run->count; i += kHalf) {
-      hn::StoreU(hn::Sub(hn::LoadU(d, to + i), hn::LoadU(d, from + i)), d, row + run->at + i);
+    uint16_t* sums = row + run->at;
+    for (std::size_t i = 0; i < run->count; i += kLanes) {
+      const auto low = hn::Sub(hn::LoadU(d, to + i), hn::LoadU(d, from + i));
+      const auto high = hn::Sub(hn::LoadU(d, to + i + kHalf), hn::LoadU(d, from + i + kHalf));
+      hn::StoreU(low, d, sums + i);
+      hn::StoreU(high, d, sums + i + kHalf);
     }
   }
 }
@@ -266,29 +270,55 @@ void finishSquaresVector(const BlurRun* runs, int runCount, const uint16_t* ring
 
 // Words ------------------------------------------------------------------------------------------
 
-// Steps of four pixels, 16 bytes read and written each; those of the row end with the last word.
-void dropAlphaVector(const uint8_t* words, std::size_t width, uint8_t* bytes) {
+#if ALG_IS_NEON()
+
+constexpr std::size_t kWordStep = 16;
+
+HWY_INLINE void dropAlphas(const uint8_t* words, uint8_t* bytes) {
+  const uint8x16x4_t all = vld4q_u8(words);
+  const uint8x16x3_t colours{all.val[0], all.val[1], all.val[2]};
+  vst3q_u8(bytes, colours);
+}
+
+HWY_INLINE void addAlphas(const uint8_t* bytes, uint8_t* words) {
+  const uint8x16x3_t colours = vld3q_u8(bytes);
+  const uint8x16x4_t all{colours.val[0], colours.val[1], colours.val[2], vdupq_n_u8(0)};
+  vst4q_u8(words, all);
+}
+
+#else
+
+// 16 bytes are read and written each; those of the row end with the last word.
+constexpr std::size_t kWordStep = kStep;
+
+HWY_INLINE void dropAlphas(const uint8_t* words, uint8_t* bytes) {
   HWY_ALIGN static constexpr uint8_t kFrom[16] = {0,  1,  2,  4,  5,     6,     8,     9,
                                                   10, 12, 13, 14, kNone, kNone, kNone, kNone};
   const Bytes16 d;
-  const auto from = hn::Load(d, kFrom);
+  hn::StoreU(hn::TableLookupBytesOr0(hn::LoadU(d, words), hn::Load(d, kFrom)), d, bytes);
+}
+
+HWY_INLINE void addAlphas(const uint8_t* bytes, uint8_t* words) {
+  HWY_ALIGN static constexpr uint8_t kFrom[16] = {0, 1, 2, kNone, 3, 4,  5,  kNone,
+                                                  6, 7, 8, kNone, 9, 10, 11, kNone};
+  const Bytes16 d;
+  hn::StoreU(hn::TableLookupBytesOr0(hn::LoadU(d, bytes), hn::Load(d, kFrom)), d, words);
+}
+
+#endif
+
+void dropAlphaVector(const uint8_t* words, std::size_t width, uint8_t* bytes) {
   std::size_t x = 0;
-  for (; x + kStep <= width; x += kStep) {
-    hn::StoreU(hn::TableLookupBytesOr0(hn::LoadU(d, words + kArgbBytes * x), from), d,
-               bytes + kBlurElements * x);
+  for (; x + kWordStep <= width; x += kWordStep) {
+    dropAlphas(words + kArgbBytes * x, bytes + kBlurElements * x);
   }
   dropAlphaPlain(words + kArgbBytes * x, width - x, bytes + kBlurElements * x);
 }
 
 void addAlphaVector(const uint8_t* bytes, std::size_t width, uint8_t* words) {
-  HWY_ALIGN static constexpr uint8_t kFrom[16] = {0, 1, 2, kNone, 3, 4,  5,  kNone,
-                                                  6, 7, 8, kNone, 9, 10, 11, kNone};
-  const Bytes16 d;
-  const auto from = hn::Load(d, kFrom);
   std::size_t x = 0;
-  for (; x + kStep <= width; x += kStep) {
-    hn::StoreU(hn::TableLookupBytesOr0(hn::LoadU(d, bytes + kBlurElements * x), from), d,
-               words + kArgbBytes * x);
+  for (; x + kWordStep <= width; x += kWordStep) {
+    addAlphas(bytes + kBlurElements * x, words + kArgbBytes * x);
   }
   addAlphaPlain(bytes + kBlurElements * x, width - x, words + kArgbBytes * x);
 }

@@ -1,4 +1,4 @@
-// JPEG decoding and encoding. Pixels are B, G, R, A in memory (ARGB words), rows packed.
+// Whole JPEG files to pixels and back. For rows, see jpeg_reader.h and jpeg_writer.h.
 #pragma once
 
 #include <cstddef>
@@ -8,11 +8,13 @@
 #include <span>
 
 #include "base/block.h"
+#include "platform/jpeg_format.h"
+#include "platform/jpeg_io.h"
 
 namespace alg {
 
 struct DecodedJpeg {
-  Block pixels;  ///< width x height x 4 bytes from malloc, alpha 255
+  Block pixels;  ///< width x height x 4 bytes B, G, R, A from malloc, alpha 255, rows packed
   int width = 0;
   int height = 0;
 };
@@ -21,21 +23,6 @@ struct EncodedJpeg {
   Block bytes;
   std::size_t size = 0;
 };
-
-/// The most memory that a decoder may take in addition to the result, in bytes. Files in several
-/// scans keep the coefficients of the whole image, two bytes a sample: 6 bytes a pixel at full
-/// chroma resolution, 3 at half of it in both directions, 8 with four colours (sides rounded up to
-/// whole blocks; the result has 4). That is enough for 116 million pixels of the first kind and 233
-/// million of the second. Files in one scan take a few rows.
-inline constexpr long kMostJpegWorkBytes = 700'000'000;
-
-/// The most scans that a file may have: from 17 million pixels on, and up to 5 million; in between,
-/// scans times pixels may reach 2^29. A file of a few kilobytes can demand that many passes over
-/// all coefficients. On a desktop machine each pass costs up to 0.15 ms of CPU per megabyte of the
-/// result, with arithmetic coding 0.6 ms; on top of that, a file in several scans costs 3 ms per
-/// megabyte.
-inline constexpr int kMostJpegScansLarge = 32;
-inline constexpr int kMostJpegScansSmall = 100;
 
 struct JpegDecodeOptions {
   /// The codec may deliver an image reduced to 1/2, 1/4 or 1/8, as long as its longer side keeps at
@@ -53,9 +40,33 @@ struct JpegDecodeOptions {
 std::optional<DecodedJpeg> decodeJpeg(std::span<const uint8_t> file,
                                       const JpegDecodeOptions& options = {});
 
-/// Encodes width x height pixels, straight from the caller's memory; alpha is ignored.
+/// Encodes width x height pixels (B, G, R, A, rows packed), straight from the caller's memory;
+/// alpha is ignored.
 /// @param quality  0..100; the codec clamps it
 /// Empty when a size is below 1 or beyond what a JPEG can hold, or memory is short.
 std::optional<EncodedJpeg> encodeJpeg(const uint8_t* pixels, int width, int height, int quality);
+
+/// Pixels of the caller's.
+struct JpegView {
+  uint8_t* pixels = nullptr;
+  int width = 0;
+  int height = 0;
+  std::size_t stride = 0;  ///< bytes from a row to the next
+  JpegPixels order = JpegPixels::kBgra;
+};
+
+/// Decodes a file into the caller's pixels.
+/// @param target     as large as the decoded image: JpegInfo::reducedWidth and reducedHeight; else
+///                   kBadSize, and nothing is written
+/// @param reduction  1, 2, 4 or 8
+/// Writes nothing when the header is faulty; with any other fault, what could be decoded before it.
+JpegFault decodeJpegInto(JpegInput& input, int reduction, const JpegView& target,
+                         JpegDamage& damage);
+
+/// Encodes the caller's pixels, which are only read.
+/// @param source   pixels, size, stride and order
+/// @param quality  0..100; the codec clamps it
+JpegFault encodeJpegTo(JpegOutput& output, const JpegView& source, int quality,
+                       JpegSampling sampling = JpegSampling::k420);
 
 }  // namespace alg

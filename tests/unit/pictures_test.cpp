@@ -266,6 +266,34 @@ TEST(Pictures, NoFileTakesMoreThanItsPixels) {
   }
 }
 
+/// A file of R, G, B, A pixels, its rows sent in seven passes.
+void writeInterlaced(const std::string& path, int width, int height, Bytes rgba) {
+  std::FILE* const file = std::fopen(path.c_str(), "wb");
+  png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
+  png_infop info = png_create_info_struct(png);
+  png_init_io(png, file);
+  png_set_IHDR(png, info, png_uint_32(width), png_uint_32(height), 8, PNG_COLOR_TYPE_RGBA,
+               PNG_INTERLACE_ADAM7, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+  std::vector<png_bytep> rows;
+  for (int y = 0; y < height; ++y) rows.push_back(&rgba[asSize(4 * width * y)]);
+  png_set_rows(png, info, rows.data());
+  png_write_png(png, info, PNG_TRANSFORM_IDENTITY, nullptr);
+  png_destroy_write_struct(&png, &info);
+  std::fclose(file);
+}
+
+TEST(Pictures, InterlacedOnesArePremultipliedOnce) {
+  const DeviceRoot root;
+  for (const auto& [width, height] : {std::pair{1, 1}, {3, 9}, {17, 4}, {40, 33}}) {
+    Bytes pixels = noise(4 * width * height, width);
+    writeInterlaced(root.path("sucai3.png"), width, height, pixels);
+    alg::premultiplyRowPlain(pixels.data(), pixels.size() / 4);
+    alg::Bitmap bitmap;
+    ASSERT_TRUE(alg::decodeEffectPicture("sucai3.png", bitmap));
+    EXPECT_TRUE(same({bitmap.pixels.get(), pixels.size()}, pixels)) << width << " x " << height;
+  }
+}
+
 TEST(Pictures, PremultiplyingDividesBy255) {
   Bytes pairs, expected;
   for (int i = 0; i < 65536; ++i) {
