@@ -20,7 +20,7 @@ std::mutex consoleMutex;  // for stderr and what is known about it
 // A line that is to stay must not be glued to the progress line.
 bool progressLineOpen = false;
 
-Verbosity verbosity = Verbosity::kNormal;  // set before there are threads
+Verbosity shown = Verbosity::kNormal;  // set before there are threads
 
 thread_local NoteCollector* collector = nullptr;
 
@@ -94,19 +94,19 @@ void note(std::string_view text) {
   if (collector != nullptr) {
     collector->notes_.emplace_back(text);
   }
-  if (verbosity != Verbosity::kQuiet) {
+  if (shown != Verbosity::kQuiet) {
     complain(fmt::format("note: {}", text));
   }
 }
 
 void say(std::string_view text) {
-  if (verbosity == Verbosity::kVerbose) {
+  if (shown == Verbosity::kVerbose) {
     const std::lock_guard lock(consoleMutex);
     printLine(text);
   }
 }
 
-void setVerbosity(Verbosity wanted) { verbosity = wanted; }
+void setVerbosity(Verbosity verbosity) { shown = verbosity; }
 
 NoteCollector::NoteCollector() : outer_(collector) { collector = this; }
 
@@ -114,7 +114,7 @@ NoteCollector::~NoteCollector() { collector = outer_; }
 
 Progress::Progress(std::size_t total)
     : total_(total),
-      shown_(total > 1 && verbosity != Verbosity::kQuiet && isatty(STDERR_FILENO) == 1) {}
+      shown_(total > 1 && shown != Verbosity::kQuiet && isatty(STDERR_FILENO) == 1) {}
 
 Progress::~Progress() {
   const std::lock_guard lock(consoleMutex);

@@ -19,14 +19,14 @@ namespace {
 constexpr int kWhole = 256;
 
 /// Lays a result over the photo that it was made of.
-void blendOver(Photo& photo, const Photo& result, int weight) {
+void layOver(Photo& original, const Photo& result, int weight) {
   const Operation* const mix = findOperation("mix");
   Call call = presetCall(*mix);
   call.values[0] = weight;
   call.src = result.pixels.get();
-  call.dst = photo.pixels.get();
-  call.width = photo.width;
-  call.height = photo.height;
+  call.dst = original.pixels.get();
+  call.width = original.width;
+  call.height = original.height;
   mix->run(call);
 }
 
@@ -68,7 +68,7 @@ void EffectChain::applyTo(Photo& photo, const std::filesystem::path& path) {
     applyEffect(*step.operation, step.call, pictures_, photo);
   }
   if (weight_ != kWhole) {
-    blendOver(original, photo, weight_);
+    layOver(original, photo, weight_);
     photo = std::move(original);
   }
 }

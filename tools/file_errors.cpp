@@ -39,10 +39,31 @@ bool mayPass(int error) {
   }
 }
 
+namespace {
+
+/// What the user can do; empty where the reason says it all.
+std::string_view advice(std::string_view action, int error) {
+  switch (error) {
+    case ENOSPC:
+    case EDQUOT:
+    case EFBIG:
+      return "; make room and try again";
+    case ENOENT:
+      return action == "read" ? "" : "; make its folder first";
+    case ENOMEM:
+    case EMFILE:
+      return "; try again with a lower --jobs";
+    default:
+      return "";
+  }
+}
+
+}  // namespace
+
 void failFile(std::string_view action, const std::filesystem::path& path, int error) {
   throwIfInterrupted();
-  const std::string sentence =
-      fmt::format("cannot {} {}: {}", action, path.string(), std::strerror(error));
+  const std::string sentence = fmt::format("cannot {} {}: {}{}", action, path.string(),
+                                           std::strerror(error), advice(action, error));
   if (mayPass(error)) {
     throw TryAgain(sentence);
   }

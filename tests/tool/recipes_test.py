@@ -79,7 +79,7 @@ class RecipesTest(ToolCase):
         recipe, failures = blocks("GNU parallel, over several hosts")
         Path("hosts").write_text(":\n")
         run = self.start(recipe)
-        self.assertGreater(self.kill_workers(run, 3), 1)
+        self.assertEqual(self.kill_workers(run, 2), 2)  # both perhaps of one part, which has three tries
         run.communicate()
         self.assertIn(run.returncode, range(1, 9))  # so many parts have a bad photo
         self.check_all_done()
