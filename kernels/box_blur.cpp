@@ -44,7 +44,8 @@ template <class Rule>
 class Walk {
   using Row = typename Rule::Row;
   using Sum = typename Rule::Sum;
-  static constexpr int kStretch = 256;  // pixels; whole blocks of elements
+  // Pixels: whole blocks of elements. Prefix sums end without vectors, so they take more.
+  static constexpr int kStretch = 256, kSumStretch = 2 * kStretch;
 
  public:
   explicit Walk(const BoxBlur& blur)
@@ -101,7 +102,8 @@ class Walk {
       runs_[runCount_ - 1].count += kBlurElements;
     }
     endRun();
-    fetchStep_ = rowBytes_ / (static_cast<std::size_t>(blur_.width / kStretch + 2 * runCount_)) + 1;
+    // Three times for each stretch: prefix sums, boxes across, boxes down.
+    fetchStep_ = rowBytes_ / static_cast<std::size_t>(3 * (blur_.width / kStretch + 1)) + 1;
     return block;
   }
 
@@ -158,11 +160,11 @@ class Walk {
       }
     };
     repeat(row);
-    for (std::size_t x = 0; x < width; x += kStretch) {
-      const std::size_t count = std::min<std::size_t>(width - x, kStretch);
+    for (std::size_t x = 0; x < width; x += kSumStretch) {
+      const std::size_t count = std::min<std::size_t>(width - x, kSumStretch);
       sumUp(blur_.pixels, row + pixelBytes * x, count, prefix);
       prefix += kBlurElements * count;
-      fetchMore();
+      fetchMore(kSumStretch / kStretch);
     }
     repeat(row + rowBytes_ - pixelBytes);
   }
@@ -170,12 +172,11 @@ class Walk {
   void blurNextRow() {
     sumUpRow(blur_.src + rowBytes_ * static_cast<std::size_t>(rows_));
     setRadii(rows_);
-    for (int i = 0; i < runCount_; ++i) {
-      Rule::kAcross(runs_ + i, 1,
+    forEachStretch([this](BlurRun* runs, int count) {
+      Rule::kAcross(runs, count,
                     prefixes_ + kBlurElements * static_cast<std::size_t>(blur_.ramp.peak),
                     ring_ + pitch_ * static_cast<std::size_t>(nextSlot_));
-      fetchMore();
-    }
+    });
     ++rows_;
     nextSlot_ = nextSlot_ + 1 == slots_ ? 0 : nextSlot_ + 1;
   }
@@ -191,12 +192,25 @@ class Walk {
   }
 
   /// Inlined: calls that do nothing else are dropped.
-  [[gnu::always_inline]] void fetchMore() {
+  [[gnu::always_inline]] void fetchMore(std::size_t steps) {
     constexpr std::size_t kCacheLine = 64;
-    const std::size_t end = std::min(fetched_ + fetchStep_, rowBytes_);
+    const std::size_t end = std::min(fetched_ + steps * fetchStep_, rowBytes_);
     for (; fetched_ < end; fetched_ += kCacheLine) {
       __builtin_prefetch(source_ + fetched_);
       __builtin_prefetch(target_ + fetched_, 1);
+    }
+  }
+
+  /// Calls work(runs, count) for neighbouring runs that together are no longer than a stretch.
+  template <class Work>
+  void forEachStretch(Work work) {
+    for (int first = 0, end = 0; first < runCount_; first = end) {
+      std::size_t elements = 0;
+      do {
+        elements += runs_[end++].count;
+      } while (end < runCount_ && elements + runs_[end].count <= kBlurElements * kStretch);
+      work(runs_ + first, end - first);
+      fetchMore(1);
     }
   }
 
@@ -241,15 +255,15 @@ class Walk {
       dropAlpha(blur_.src + offset, width, centres_);
     }
     for (int i = 0; i < runCount_; ++i) {
-      BlurRun& run = runs_[i];
-      moveBoxes(run, boxes_[i], {y - run.radius, y + run.radius});
-      if constexpr (std::is_same_v<Rule, Square>) {
-        finishSquares(&run, 1, ring_, sums_, centres_, bytes_);
-      } else {
-        finishMeans(&run, 1, ring_, sums_, bytes_);
-      }
-      fetchMore();
+      moveBoxes(runs_[i], boxes_[i], {y - runs_[i].radius, y + runs_[i].radius});
     }
+    forEachStretch([this](BlurRun* runs, int count) {
+      if constexpr (std::is_same_v<Rule, Square>) {
+        finishSquares(runs, count, ring_, sums_, centres_, bytes_);
+      } else {
+        finishMeans(runs, count, ring_, sums_, bytes_);
+      }
+    });
     if (blur_.pixels == BlurPixels::kWords) {
       addAlpha(bytes_, width, blur_.dst + offset);
     } else {
@@ -272,7 +286,7 @@ class Walk {
   Box* boxes_ = nullptr;
   int runCount_ = 0;
   const uint8_t *source_ = nullptr, *target_ = nullptr;  // the rows that are fetched
-  std::size_t fetched_ = 0, fetchStep_ = 0;              // bytes of each
+  std::size_t fetchStep_ = 0, fetched_ = 0;              // bytes of each
 };
 
 }  // namespace
