@@ -62,10 +62,14 @@ enum class Overlap : uint8_t {
              ///< unless the formula names another
 };
 
-/// Whether any band of rows can be computed on its own, from the same rows of the source (and of
-/// what the destination holds), whole pictures, and their position in the image: Call::firstRow and
-/// imageHeight.
-enum class Bands : uint8_t { kAny, kWholeImage };
+/// Whether any band of rows can be computed on its own.
+enum class Bands : uint8_t {
+  kAny,   ///< from the same rows of the source (and of what the destination holds), whole pictures,
+          ///< and their position in the image: Call::firstRow and imageHeight
+  kNear,  ///< from these together with the operation's `halo` rows above and below, as far as the
+          ///< image has them: of a call with all of those, the band's own come out as in the image
+  kWholeImage
+};
 
 /// A number that a caller may choose. For kInteger, least, most and preset are whole numbers.
 struct Parameter {
@@ -121,13 +125,14 @@ struct Call {
   int height = 0;          ///< rows of this call
   int resultWidth = 0;     ///< read only if the operation changes the size (setResultSize)
   int resultHeight = 0;
-  int firstRow = 0;     ///< of this call in the image; 0 where bands can't be computed on their own
-  int imageHeight = 0;  ///< rows of the whole image; 0: this call's height
+  int firstRow = 0;                     ///< of this call in the image; 0 for Bands::kWholeImage
+  int imageHeight = 0;                  ///< rows of the whole image; 0: this call's height
   double values[kMostParameters] = {};  ///< in the order of the parameters
   PictureView pictures[kMostPictures];  ///< in the order of the pictures
 
   float number(std::size_t index) const { return static_cast<float>(values[index]); }
   int integer(std::size_t index) const { return static_cast<int>(values[index]); }
+  int rowsOfImage() const { return imageHeight != 0 ? imageHeight : height; }
 };
 
 /// A routine whose only arguments are two images of the same size.
@@ -170,6 +175,7 @@ struct Operation {
   ResultSize resultSize = ResultSize::kSame;
   Overlap overlap = Overlap::kAny;
   Bands bands = Bands::kAny;
+  int halo = 0;  ///< for Bands::kNear: rows above and below that a band is made from
   bool readsDestination = false;  ///< the result depends on what dst held before the call
   std::span<const Parameter> parameters = {};  ///< kMostParameters at most
   std::span<const PictureRole> pictures = {};  ///< kMostPictures at most

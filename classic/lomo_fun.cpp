@@ -7,17 +7,27 @@
 #include "kernels/curve_map.h"
 #include "libalgorithm/classic_effects.h"
 
-void LomoFun(int* src, int* dst, int width, int height) {
+namespace {
+
+/// Rows firstRow..firstRow + rows - 1 of an image; src and dst point at the first of them.
+void shadeRows(const int* src, int* dst, int width, int imageHeight, int firstRow, int rows) {
   static const alg::Curves kCurves = alg::makeCurves(alg::lomoBlue, alg::lomoGreen, alg::lomoRed);
-  if (width < 1 || height < 1) {
+  if (width < 1 || rows < 1) {
     return;
   }
-  const alg::Vignette vignette(width, height);
-  const auto shade = alg::Vignette::fits(width, height) ? alg::shadeRow : alg::shadeRowPlain;
+  const alg::Vignette vignette(width, imageHeight);
+  const auto shade = alg::Vignette::fits(width, imageHeight) ? alg::shadeRow : alg::shadeRowPlain;
   const std::ptrdiff_t pitch = std::ptrdiff_t{width} * alg::kPackedBytes;
-  for (int y = 0; y < height; ++y) {
-    shade(vignette, vignette.rowTerm(y), kCurves, src + y * pitch, dst + y * pitch, width);
+  for (int y = 0; y < rows; ++y) {
+    shade(vignette, vignette.rowTerm(firstRow + y), kCurves, src + y * pitch, dst + y * pitch,
+          width);
   }
+}
+
+}  // namespace
+
+void LomoFun(int* src, int* dst, int width, int height) {
+  shadeRows(src, dst, width, height, 0, height);
 }
 
 namespace alg::operation {
@@ -33,11 +43,10 @@ constinit const Operation kLomoFun{
     .pixels = Pixels::kInts,
     .reach = Reach::kPlace,
     .overlap = Overlap::kInPlace,
-    .bands = Bands::kWholeImage,
     .run =
         [](const Call& call) {
-          LomoFun(reinterpret_cast<int*>(call.src), reinterpret_cast<int*>(call.dst), call.width,
-                  call.height);
+          shadeRows(reinterpret_cast<int*>(call.src), reinterpret_cast<int*>(call.dst), call.width,
+                    call.rowsOfImage(), call.firstRow, call.height);
         },
 };
 

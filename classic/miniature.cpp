@@ -38,7 +38,7 @@ namespace {
 constexpr int kLongestRamp = 1'000'000;
 
 int rampOf(const Call& call) {
-  return call.integer(1) != 0 ? call.integer(1) : call.integer(0) + call.height;
+  return call.integer(1) != 0 ? call.integer(1) : call.integer(0) + call.rowsOfImage();
 }
 
 }  // namespace
@@ -53,7 +53,8 @@ constinit const Operation kMiniature{
     .reach = Reach::kNeighbours,
     .radius = 24,
     .overlap = Overlap::kApart,
-    .bands = Bands::kWholeImage,
+    .bands = Bands::kNear,
+    .halo = 24,
     .pipeline = {.name = "miniature", .identifier = 5, .flagsLandscape = true},
     .run = runPlain<miniature>,
 };
@@ -82,14 +83,17 @@ constinit const Operation kMiniatureRows{
     .reach = Reach::kNeighbours,
     .radius = 24,
     .overlap = Overlap::kApart,
-    .bands = Bands::kWholeImage,
+    .bands = Bands::kNear,
+    .halo = 24,
     .parameters = kMiniatureRowsParameters,
     .misfit = [](const Call& call) -> const char* {
-      return rampOf(call) < call.integer(0) + call.height ? "the ramp ends before them" : nullptr;
+      return rampOf(call) < call.integer(0) + call.rowsOfImage() ? "the ramp ends before them"
+                                                                 : nullptr;
     },
     .run =
         [](const Call& call) {
-          miniature_r(call.src, call.dst, call.width, call.height, call.integer(0), rampOf(call));
+          miniature_r(call.src, call.dst, call.width, call.height, call.integer(0) + call.firstRow,
+                      rampOf(call));
         },
 };
 

@@ -13,7 +13,6 @@ namespace alg {
 namespace {
 
 /// Rows of the whole image that a call's rows belong to.
-int imageHeight(const Call& call) { return call.imageHeight != 0 ? call.imageHeight : call.height; }
 
 PictureView viewOf(const Bitmap& bitmap) {
   return {bitmap.pixels.get(), bitmap.width, bitmap.height};
@@ -21,7 +20,7 @@ PictureView viewOf(const Bitmap& bitmap) {
 
 void paintOver(const Call& call) {
   const PictureView& picture = call.pictures[0];
-  StretchedRows paint(picture.width, picture.height, call.width, imageHeight(call),
+  StretchedRows paint(picture.width, picture.height, call.width, call.rowsOfImage(),
                       StretchedPixels::kPackedCrossed);
   if (!paint.any()) {
     return;
@@ -42,8 +41,8 @@ void layOverAndInvert(const Call& call) {
   // The offset in the front picture counts in both, in a wider mask, too: there it lies in another
   // column or row, but always inside.
   constexpr auto kWhole = StretchedPixels::kWhole;
-  StretchedRows over(front.width, front.height, call.width, imageHeight(call), kWhole);
-  StretchedRows inverting(front.width, front.height, call.width, imageHeight(call), kWhole);
+  StretchedRows over(front.width, front.height, call.width, call.rowsOfImage(), kWhole);
+  StretchedRows inverting(front.width, front.height, call.width, call.rowsOfImage(), kWhole);
   if (!over.any() || !inverting.any()) {
     return;
   }

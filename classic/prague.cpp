@@ -33,29 +33,35 @@ int edgeGrey(int energy) {
 
 /// The first argument of a block, plus kOffset.
 int blockStart(int block) {
-  const int bits = (block + EdgeSteps::kFirstBlock - (8 << 6)) << EdgeSteps::kBlockShift;
+  const int bits = (block + EdgeSteps::kFirstBlock) << EdgeSteps::kBlockShift;
   float start;
   std::memcpy(&start, &bits, sizeof start);
   return static_cast<int>(start);
 }
 
+/// Of an argument plus kOffset, in the upper half.
+int rankOf(int argument) {
+  const auto number = static_cast<float>(argument);
+  int bits;
+  std::memcpy(&bits, &number, sizeof bits);
+  return (bits >> EdgeSteps::kRankShift) << 16;
+}
+
 /// Not constant for the compiler, which would put the table into the library file.
 EdgeSteps findEdgeSteps() {
-  constexpr int kNever = 1 << 22;
   EdgeSteps edges;
   for (int block = 0; block < EdgeSteps::kBlocks; ++block) {
-    int first = blockStart(block), end = blockStart(block + 1);
+    int first = blockStart(block), last = blockStart(block + 1) - 1;
     const int grey = edgeGrey(first - EdgeSteps::kOffset);
-    if (edgeGrey(end - 1 - EdgeSteps::kOffset) == grey) {
-      first = kNever - 1;
-    } else {
-      --end;
+    while (first < last) {  // the last argument before the step, or of the block
+      const int middle = (first + last + 1) / 2;
+      if (edgeGrey(middle - EdgeSteps::kOffset) == grey) {
+        first = middle;
+      } else {
+        last = middle - 1;
+      }
     }
-    while (first + 1 < end) {  // the step is behind `first`, at `end` at the latest
-      const int middle = (first + end) / 2;
-      (edgeGrey(middle - EdgeSteps::kOffset) == grey ? first : end) = middle;
-    }
-    edges.entries[block] = (first << 8) | grey;
+    edges.entries[block] = rankOf(first) | grey;
   }
   return edges;
 }
@@ -74,14 +80,17 @@ const EdgeSteps& edgeSteps() {
 /// n divides 1020 x v and f is rounded down. A fixed-point factor just above 1020 / n, or just
 /// below it where f is rounded down, gives the same for each v (all n and v have been tried).
 CartoonFactors findCartoonFactors() {
-  constexpr uint64_t kDividend = uint64_t{4 * 255} << 24;
+  constexpr uint64_t kDividend = uint64_t{4 * 255} << (8 + CartoonFactors::kFineBits);
   CartoonFactors factors;
   for (int i = 0; i < static_cast<int>(std::size(factors.entries)); ++i) {
     const int n = i + 1;
     const auto f = static_cast<float>(4.0 / n);
     const bool roundedDown = static_cast<double>(f) * n < 4.0;
     const uint64_t below = (kDividend - 1) / static_cast<unsigned>(n);
-    factors.entries[i] = static_cast<int32_t>(roundedDown ? below : below + 1);
+    const uint64_t factor = roundedDown ? below : below + 1;
+    constexpr int kFineBits = CartoonFactors::kFineBits;
+    const auto fine = static_cast<uint32_t>(factor & ((1 << kFineBits) - 1));
+    factors.entries[i] = static_cast<uint32_t>(factor >> kFineBits) << 16 | fine;
   }
   return factors;
 }
@@ -147,7 +156,8 @@ constinit const Operation kPrague{
     .reach = Reach::kNeighbours,
     .radius = 1,
     .overlap = Overlap::kApart,
-    .bands = Bands::kWholeImage,
+    .bands = Bands::kNear,
+    .halo = 2,
     .readsDestination = true,
     .run = [](const Call& call) { Prague(call.src, call.dst, call.width, call.height, 0); },
 };
@@ -162,7 +172,8 @@ constinit const Operation kPragueCarton{
     .reach = Reach::kNeighbours,
     .radius = 1,
     .overlap = Overlap::kApart,
-    .bands = Bands::kWholeImage,
+    .bands = Bands::kNear,
+    .halo = 2,
     .readsDestination = true,
     .run = [](const Call& call) { PragueCarton(call.src, call.dst, call.width, call.height, 0); },
 };

@@ -1,5 +1,4 @@
 // Sketch and newsketch: dark edge lines on white or on paper.
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
@@ -8,78 +7,72 @@
 #include "classic/drawing_rows.h"
 #include "classic/grey_rows.h"
 #include "classic/neighbourhood.h"
-#include "kernels/nearest_steps.h"
+#include "kernels/stretched_rows.h"
 #include "libalgorithm/classic_effects.h"
 
 namespace {
+
+using alg::PictureView;
 
 /// Luminance of B, G, R, defined in 10 fractional bits.
 constexpr alg::GreyWeights kLuminance{{74 << 6, 732 << 6, 218 << 6}};
 static_assert(kLuminance.fit());
 
-struct WhitePaper {
-  static void drawRow(const uint8_t* lines, uint8_t* out, int count) {
-    alg::spreadGreyRow(lines, out, static_cast<std::size_t>(count));
-  }
-};
-
-/// A picture of 4 bytes a pixel, stretched over the image. Its bytes 0 and 1 tint red and green;
-/// blue takes none.
-class PaperPicture {
- public:
-  PaperPicture(const uint8_t* pixels, int width, int height, int imageWidth, int imageHeight)
-      : pixels_(pixels), width_(width), firstColumn_(width, imageWidth), row_(height, imageHeight) {
-    firstColumn_.advance();  // drawing starts in column 1 ...
-  }
-
-  void drawRow(const uint8_t* lines, uint8_t* out, int count) {
-    row_.advance();  // ... and in row 1
-    const uint8_t* tints = pixels_ + (std::ptrdiff_t{row_.index()} * width_ * alg::kArgbBytes);
-    alg::NearestSteps column = firstColumn_;
-    for (int x = 0; x < count; ++x, out += alg::kPackedBytes) {
-      const uint8_t* tint = tints + (std::ptrdiff_t{column.index()} * alg::kArgbBytes);
-      out[0] = static_cast<uint8_t>(std::min(lines[x] + tint[0], 255));
-      out[1] = static_cast<uint8_t>(std::min(lines[x] + tint[1], 255));
-      out[2] = lines[x];
-      column.advance();
-    }
-  }
-
- private:
-  const uint8_t* pixels_;
-  int width_;
-  alg::NearestSteps firstColumn_, row_;
-};
-
-template <class Paper>
-void sketchOn(Paper paper, const uint8_t* src, uint8_t* dst, int width, int height) {
+/// Rows of lines become rows of the image by paint(lines, y, out, count), from column 1 on.
+template <class Paint>
+void sketchOn(Paint paint, const uint8_t* src, uint8_t* dst, int width, int height) {
   const alg::WorkRows work(4, width);
   if (!work) {
     return;
   }
   const alg::PackedImage image{dst, width, height};
-  alg::walkWindows(alg::greyRows(src, width, work, kLuminance), image, alg::WindowTarget::kCentre,
-                   [&paper, lines = work.row(3)](const uint8_t* top, const uint8_t* middle,
-                                                 const uint8_t* bottom, uint8_t* out, int count) {
-                     alg::lineRow(top, middle, bottom, lines, static_cast<std::size_t>(count));
-                     paper.drawRow(lines, out, count);
-                   });
+  alg::FetchAhead ahead(src, image, alg::WindowTarget::kCentre);
+  int y = 0;  // the written row
+  alg::walkWindows(
+      alg::greyRows(src, width, work, kLuminance), image, alg::WindowTarget::kCentre,
+      [&paint, &ahead, &y, lines = work.row(3)](const uint8_t* top, const uint8_t* middle,
+                                                const uint8_t* bottom, uint8_t* out, int windows) {
+        ahead.drawRow(windows, [=](int x, int count) {
+          alg::lineRow(top + x, middle + x, bottom + x, lines + x, static_cast<std::size_t>(count));
+        });
+        paint(lines, ++y, out, static_cast<std::size_t>(windows));
+      });
   alg::copyEdges(image);
+}
+
+/// Any rows of an image. The paper's bytes 0 and 1 tint red and green; blue takes none.
+void sketchOnPaper(const alg::Call& call) {
+  const PictureView& picture = call.pictures[0];
+  alg::StretchedRows paper(picture.width, picture.height, call.width, call.rowsOfImage(),
+                           alg::StretchedPixels::kPacked);
+  if (!paper.any() || call.height < 1) {
+    return;
+  }
+  sketchOn(
+      [&](const uint8_t* lines, int y, uint8_t* out, std::size_t count) {
+        const uint8_t* tints = paper.row(picture.pixels, call.firstRow + y);
+        alg::tintGreyRow(lines, tints + alg::kPackedBytes, out, count);
+      },
+      call.src, call.dst, call.width, call.height);
 }
 
 }  // namespace
 
 void Sketch(unsigned char* src, unsigned char* dst, int width, int height) {
   if (width >= 1 && height >= 1) {
-    sketchOn(WhitePaper{}, src, dst, width, height);
+    sketchOn([](const uint8_t* lines, int /*y*/, uint8_t* out,
+                std::size_t count) { alg::spreadGreyRow(lines, out, count); },
+             src, dst, width, height);
   }
 }
 
 void newsketch(unsigned char* src, unsigned char* dst, int width, int height,
                unsigned char* auxImage, int auxWidth, int auxHeight) {
-  if (width >= 1 && height >= 1 && auxWidth >= 1 && auxHeight >= 1) {
-    sketchOn(PaperPicture(auxImage, auxWidth, auxHeight, width, height), src, dst, width, height);
-  }
+  sketchOnPaper({.src = src,
+                 .dst = dst,
+                 .width = width,
+                 .height = height,
+                 .pictures = {{auxImage, auxWidth, auxHeight}}});
 }
 
 namespace alg::operation {
@@ -94,7 +87,8 @@ constinit const Operation kSketch{
     .reach = Reach::kNeighbours,
     .radius = 1,
     .overlap = Overlap::kApart,
-    .bands = Bands::kWholeImage,
+    .bands = Bands::kNear,
+    .halo = 2,
     .readsDestination = true,
     .pipeline = {.name = "sketch", .identifier = 13},
     .run = runPlain<Sketch>,
@@ -115,19 +109,15 @@ constinit const Operation kNewSketch{
     .reach = Reach::kNeighbours,
     .radius = 1,
     .overlap = Overlap::kApart,
-    .bands = Bands::kWholeImage,
+    .bands = Bands::kNear,
+    .halo = 2,
     .readsDestination = true,
     .pictures = kNewSketchPictures,
     .pipeline = {.name = "newsketch_effect",
                  .identifier = 14,
                  .loadsPicture = true,
                  .onMissing = PipelineName::OnMissing::kKeepLastPicture},
-    .run =
-        [](const Call& call) {
-          const PictureView& paper = call.pictures[0];
-          newsketch(call.src, call.dst, call.width, call.height, const_cast<uint8_t*>(paper.pixels),
-                    paper.width, paper.height);
-        },
+    .run = sketchOnPaper,
 };
 
 }  // namespace alg::operation

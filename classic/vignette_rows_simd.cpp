@@ -11,6 +11,7 @@
 #define HWY_TARGET_INCLUDE "classic/vignette_rows_simd.cpp"
 #include "hwy/foreach_target.h"  // IWYU pragma: keep
 #include "hwy/highway.h"
+#include "kernels/block_ops-inl.h"
 #include "kernels/row_blocks-inl.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -73,7 +74,7 @@ class Shader {
         const std::size_t i = kPackedBytes * k + c * kLanes;
         const auto each = hn::SetTableIndices(Floats(), thirds_ + c * kLanes);
         const FloatVector value = hn::ConvertTo(Floats(), wide(bytes + i));
-        storeInts(truncated(hn::Mul(value, hn::TableLookupLanes(bright, each))), i, ints);
+        storeInts(ops::truncated(hn::Mul(value, hn::TableLookupLanes(bright, each))), i, ints);
       }
     }
   }
@@ -94,15 +95,6 @@ class Shader {
     const auto outside = hn::Add(hn::Mul(half, u), hn::Mul(half, hn::Mul(u, u)));
     const auto isOutside = hn::RebindMask(floats, hn::Gt(far2, hn::Set(d, v_.inner)));
     return hn::IfThenElse(isOutside, outside, hn::Set(floats, 1.0f));
-  }
-
-  // Of values from 0 to 255.
-  static HWY_INLINE IntVector truncated(FloatVector v) {
-#if ALG_IS_NEON()
-    return hn::ConvertTo(Ints(), v);
-#else
-    return IntVector{_mm256_cvttps_epi32(v.raw)};
-#endif
   }
 
   const Vignette v_;

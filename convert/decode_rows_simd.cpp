@@ -52,29 +52,39 @@ constexpr uint32_t offsetOf(int32_t factors) {
                                factors * bt601::kChromaOffset);
 }
 
-// factor * sample + offset; a factor of more than 16 bits is multiplied in two parts.
+// The least number that divides a factor less one into a factor of 16 bits.
+constexpr int32_t divisorOf(int32_t factor) {
+  int32_t divisor = 1;
+  while ((factor - 1) % divisor != 0 || (factor - 1) / divisor > 0xFFFF) ++divisor;
+  return divisor;
+}
+
+// factor * sample + offset, as a product of 16 bits and the sample itself.
 template <int32_t kFactor>
-HWY_INLINE ChromaTerm gain(uint8x8_t sample) {
-  constexpr auto kHalf = static_cast<uint16_t>(kFactor / 2 < 0xFFFF ? kFactor / 2 : 0xFFFF);
-  constexpr auto kRest = static_cast<uint16_t>(kFactor - 2 * kHalf);
-  const uint16x8_t once = vmovl_u8(sample), twice = vshll_n_u8(sample, 1);
+HWY_INLINE ChromaTerm gain(uint16x8_t sample) {
+  constexpr int32_t kDivisor = divisorOf(kFactor);
+  static_assert(kDivisor == 2 || kDivisor == 3);
+  constexpr auto kRest = static_cast<uint16_t>(kFactor / kDivisor);
+  const uint16x8_t twice = vshlq_n_u16(sample, 1);
+  // Of a plain addition clang makes a product, which takes longer.
+  const uint16x8_t times = kDivisor == 2 ? twice : vqaddq_u16(twice, sample);
   const uint32x4_t offset = vdupq_n_u32(offsetOf(kFactor));
-  return {vmlal_n_u16(vmlal_n_u16(offset, vget_low_u16(twice), kHalf), vget_low_u16(once), kRest),
-          vmlal_high_n_u16(vmlal_high_n_u16(offset, twice, kHalf), once, kRest)};
+  return {vmlal_n_u16(vaddw_u16(offset, vget_low_u16(sample)), vget_low_u16(times), kRest),
+          vmlal_high_n_u16(vaddw_high_u16(offset, sample), times, kRest)};
 }
 
 template <RowFormat kFormat>
 HWY_INLINE ChromaTerms chromaTerms(const uint8_t* chroma) {
-  const uint8x8x2_t pairs = vld2_u8(chroma);
-  const uint8x8_t u = pairs.val[kFormat == RowFormat::kArgbVU ? 1 : 0];
-  const uint8x8_t v = pairs.val[kFormat == RowFormat::kArgbVU ? 0 : 1];
+  const uint16x8_t pairs = vreinterpretq_u16_u8(vld1q_u8(chroma));
+  const uint16x8_t first = vandq_u16(pairs, vdupq_n_u16(0xFF)), second = vshrq_n_u16(pairs, 8);
+  const uint16x8_t u = hasVFirst(kFormat) ? second : first;
+  const uint16x8_t v = hasVFirst(kFormat) ? first : second;
   constexpr auto kFromU = static_cast<uint16_t>(-bt601::kGreenFromU);
   constexpr auto kFromV = static_cast<uint16_t>(-bt601::kGreenFromV);
-  const uint16x8_t u16 = vmovl_u8(u), v16 = vmovl_u8(v);
   const uint32x4_t offset = vdupq_n_u32(offsetOf(bt601::kGreenFromU + bt601::kGreenFromV));
   const ChromaTerm green = {
-      vmlsl_n_u16(vmlsl_n_u16(offset, vget_low_u16(u16), kFromU), vget_low_u16(v16), kFromV),
-      vmlsl_high_n_u16(vmlsl_high_n_u16(offset, u16, kFromU), v16, kFromV)};
+      vmlsl_n_u16(vmlsl_n_u16(offset, vget_low_u16(u), kFromU), vget_low_u16(v), kFromV),
+      vmlsl_high_n_u16(vmlsl_high_n_u16(offset, u, kFromU), v, kFromV)};
   return {gain<bt601::kBlueFromU>(u), green, gain<bt601::kRedFromV>(v)};
 }
 
@@ -112,7 +122,8 @@ HWY_INLINE void decodeBlock(const uint8_t* luma, const ChromaTerms& terms, uint8
     const uint8x16x3_t packed{both(terms.b), both(terms.g), both(terms.r)};
     vst3q_u8(pixels, packed);
   } else {
-    const uint8x16x4_t words{both(terms.b), both(terms.g), both(terms.r), vdupq_n_u8(0xFF)};
+    const uint8x16x4_t words{both(hasRedFirst(kFormat) ? terms.r : terms.b), both(terms.g),
+                             both(hasRedFirst(kFormat) ? terms.b : terms.r), vdupq_n_u8(0xFF)};
     vst4q_u8(pixels, words);
   }
 }
@@ -217,8 +228,8 @@ HWY_INLINE ChromaTerms chromaTerms(const uint8_t* chroma) {
   const ShortVector pairs = loadSamples<kFormat>(chroma);
   const ShortVector first = fiveTimes<bt601::kChromaOffset, false>(pairs);
   const ShortVector second = fiveTimes<bt601::kChromaOffset, true>(pairs);
-  const ShortVector u = kFormat == RowFormat::kArgbVU ? second : first;
-  const ShortVector v = kFormat == RowFormat::kArgbVU ? first : second;
+  const ShortVector u = hasVFirst(kFormat) ? second : first;
+  const ShortVector v = hasVFirst(kFormat) ? first : second;
   return {gain<bt601::kBlueFromU>(u), greenTerm(u, v), gain<bt601::kRedFromV>(v)};
 }
 
@@ -306,7 +317,9 @@ HWY_INLINE void decodeBlock(const uint8_t* luma, const ChromaTerms& terms, uint8
   if constexpr (kFormat == RowFormat::kPackedUV) {
     storePacked(both(terms.b), both(terms.g), both(terms.r), pixels);
   } else {
-    storeWords(both(terms.b), both(terms.g), both(terms.r), pixels);
+    constexpr bool kRedFirst = hasRedFirst(kFormat);
+    storeWords(both(kRedFirst ? terms.r : terms.b), both(terms.g),
+               both(kRedFirst ? terms.b : terms.r), pixels);
   }
 }
 
@@ -358,6 +371,10 @@ void decodeAny(RowFormat format, const uint8_t* const (&luma)[2], const uint8_t*
       return decodeFormat<RowFormat::kArgbUV, kTwo>(luma, chroma, pixels, width);
     case RowFormat::kArgbVU:
       return decodeFormat<RowFormat::kArgbVU, kTwo>(luma, chroma, pixels, width);
+    case RowFormat::kRgbaUV:
+      return decodeFormat<RowFormat::kRgbaUV, kTwo>(luma, chroma, pixels, width);
+    case RowFormat::kRgbaVU:
+      return decodeFormat<RowFormat::kRgbaVU, kTwo>(luma, chroma, pixels, width);
     case RowFormat::kPackedUV:
       return decodeFormat<RowFormat::kPackedUV, kTwo>(luma, chroma, pixels, width);
   }

@@ -11,7 +11,7 @@ struct Rgb {
 };
 
 Rgb loadPixel(RowFormat format, const uint8_t* p) {
-  return format == RowFormat::kPackedUV ? Rgb{p[0], p[1], p[2]} : Rgb{p[2], p[1], p[0]};
+  return encodesRedFirst(format) ? Rgb{p[0], p[1], p[2]} : Rgb{p[2], p[1], p[0]};
 }
 
 }  // namespace
@@ -26,7 +26,7 @@ void encodeLumaRowPlain(RowFormat format, const uint8_t* pixels, uint8_t* luma, 
 void encodeRowPlain(RowFormat format, const uint8_t* pixels, uint8_t* luma, uint8_t* chroma,
                     std::size_t width) {
   encodeLumaRowPlain(format, pixels, luma, width);
-  const std::size_t uIndex = format == RowFormat::kArgbVU ? 1 : 0;
+  const std::size_t uIndex = hasVFirst(format) ? 1 : 0;
   for (std::size_t x = 0; x < width; x += 2) {
     const Rgb p = loadPixel(format, pixels + pixelBytes(format) * x);
     chroma[x + uIndex] = static_cast<uint8_t>(bt601::kU.apply(p.r, p.g, p.b));

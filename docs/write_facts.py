@@ -3,7 +3,7 @@
 
 usage: write_facts.py TOOL [--check]
 
-In docs/effects.md and in EffectAlgorithm.java it fills the blocks between the lines with "catalogue:" and
+In docs/effects.md, EffectAlgorithm.java and Effect.java it fills the blocks between the lines with "catalogue:" and
 "end of catalogue". With --check it writes nothing, and fails when a block is not what it would write.
 """
 import json
@@ -14,7 +14,7 @@ from pathlib import Path
 
 ROOT = Path(__file__).resolve().parents[1]
 PAGE = ROOT / "docs/effects.md"
-JAVA = ROOT / "java/com/orvik/camera/common/Native/EffectAlgorithm.java"
+JAVA = ROOT / "java/com/orvik/camera/common/Native"
 OVERLAPS = {"apart": "must not overlap", "in place": "may be the same, but not overlap otherwise",
             "any": "may overlap in any way"}
 PIXELS = {"words": "32-bit words", "ints": "one int a channel"}
@@ -98,15 +98,44 @@ def java_table(operations: list[dict], _: str) -> str:
                    + f"</td>\n   *     <td>{shown}</td></tr>\n" for shown, names in by_picture.items())
 
 
+def java_text(text: str | None) -> str:
+    return "null" if text is None else json.dumps(text)
+
+
+def java_list(items: list[str]) -> str:
+    return "list(" + "".join(f"\n          {item}," for item in items)[:-1] + ")"
+
+
+def java_constant(operation: dict) -> str:
+    """An effect as a constant of Effect.java."""
+    words = re.sub(r"(?<=[a-z])(?=[A-Z])|-", " ", operation["name"]).split()
+    rows = {"any": "ALONE", "near": "NEAR", "whole": "ALL"}[operation["bands"]]
+    parameters = [f"new Parameter({java_text(row['name'])}, {row['least']}, {row['most']}, {row['preset']}, "
+                  f"{str(row['whole']).lower()}, {java_text(row['unit'])},\n              {java_text(row['help'])})"
+                  for row in operation["parameters"]]
+    shown = [f"new Picture({java_text(row['name'])}, Picture.SizeRule.{row['size'].replace(' ', '_').upper()},"
+             f" {java_text(row['help'])})" for row in operation["pictures"] if row["read"]]
+    label = " ".join(words).lower().capitalize()
+    return (f"  /** {operation['shows']} */\n  {'_'.join(words).upper()}({java_text(operation['name'])}, "
+            f"{java_text(label)},\n      {java_text(operation['shows'])},\n      Rows.{rows}, "
+            f"{str(operation['runs']).lower()}, {java_list(parameters)}, {java_list(shown)})")
+
+
+def java_constants(operations: list[dict], _: str) -> str:
+    effects = [row for row in operations if row["family"] not in ("geometry", "blend")]
+    return ",\n".join(map(java_constant, effects)) + ";\n"
+
+
 def fill(text: str, operations: list[dict], block) -> str:
-    pattern = r"(?ms)^([ *]*<!-- catalogue: (\w+) -->\n).*?(^[ *]*<!-- end of catalogue -->$)"
+    pattern = r"(?ms)^([ */]*<!-- catalogue: (\w+) -->\n).*?(^[ */]*<!-- end of catalogue -->$)"
     return re.sub(pattern, lambda match: match[1] + block(operations, match[2]) + match[3], text)
 
 
 def main() -> int:
     catalogue = json.loads(subprocess.run([sys.argv[1], "catalogue"], capture_output=True, text=True, check=True).stdout)
     wrong = []
-    for path, block in ((PAGE, sections), (JAVA, java_table)):
+    for path, block in ((PAGE, sections), (JAVA / "EffectAlgorithm.java", java_table),
+                        (JAVA / "Effect.java", java_constants)):
         before = path.read_text(encoding="utf-8")
         after = fill(before, catalogue, block)
         if sys.argv[2:] != ["--check"]:

@@ -33,15 +33,29 @@ class BandedStrip {
   void run() {
     for (int row = 0; row < rows_.height; row += bandRows_) {
       const Frame band = rowsOf(rows_, {row, std::min(bandRows_, rows_.height - row)});
-      decodeFrame(RowFormat::kPackedUV, band_.get(), {band.y, band.uv, band.yStride, band.uvStride},
-                  band.width, band.height);
+      forEachPart(band, [](const Frame& part, uint8_t* pixels) {
+        decodeFrame(RowFormat::kPackedUV, pixels, {part.y, part.uv, part.yStride, part.width},
+                    part.width, part.height);
+      });
       effect_.mapRows(band_.get(), band_.get(), row, band.height);
-      encodeFrame(RowFormat::kPackedUV, band_.get(), {band.y, band.uv, band.yStride, band.uvStride},
-                  band.width, band.height);
+      forEachPart(band, [](const Frame& part, uint8_t* pixels) {
+        encodeFrame(RowFormat::kPackedUV, pixels, {part.y, part.uv, part.yStride, part.width},
+                    part.width, part.height);
+      });
     }
   }
 
  private:
+  /// Parts whose chroma has no padding: the whole band, or each of its chroma rows.
+  template <class Convert>
+  void forEachPart(const Frame& band, const Convert& convert) {
+    const int rows = band.uvStride == band.width ? band.height : 2;
+    for (int row = 0; row < band.height; row += rows) {
+      convert(rowsOf(band, {row, std::min(rows, band.height - row)}),
+              band_.get() + std::ptrdiff_t{kPackedBytes} * band.width * row);
+    }
+  }
+
   Frame rows_;
   StripEffect effect_;
   Block band_;
@@ -50,8 +64,9 @@ class BandedStrip {
 
 }  // namespace
 
-bool bandsFit(const Frame& frame) {
-  return frame.width % 2 == 0 && frame.height % 2 == 0 && frame.uvStride == frame.width;
+bool bandsFit(const Frame& frame, bool truePadding) {
+  return frame.width % 2 == 0 && frame.height % 2 == 0 &&
+         (truePadding || frame.uvStride == frame.width);
 }
 
 bool runBands(const ChosenEffect& effect, const Frame& frame) {

@@ -14,8 +14,9 @@ namespace alg {
 
 /// Whether the frame can be processed in one pass: no band may read a sample that another band
 /// writes. That requires even sizes and unpadded chroma rows: with padding, the conversions' chroma
-/// cursor does not land on the start of the next row.
-bool bandsFit(const Frame& frame);
+/// cursor does not land on the start of the next row, unless the frame is meant to have true
+/// padding.
+bool bandsFit(const Frame& frame, bool truePadding = false);
 
 /// Runs the effect on such a frame. The effect must have independent rows (Bands::kAny). When
 /// memory is short, returns false or throws std::bad_alloc, with the frame untouched.

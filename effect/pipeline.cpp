@@ -14,10 +14,10 @@ namespace {
 /// Returns false, with the frame untouched, when memory is short.
 bool run(const EffectRequest& request, const Frame& frame, Passes passes, const WorkImages& images,
          bool& lacksPicture) {
-  if (passes == Passes::kFewest && bandsFit(frame)) {
+  if (passes == Passes::kFewest && bandsFit(frame, request.truePadding)) {
     const ChosenEffect effect(request, frame.width, frame.height);
     lacksPicture = effect.lacksPicture();
-    return runBands(effect, frame);
+    return (lacksPicture && request.needsPicture) || runBands(effect, frame);
   }
   return images.ready() && runPhases(request, frame, lacksPicture);
 }
@@ -29,7 +29,7 @@ Outcome runEffect(const EffectRequest& request, const Frame& frame, Passes passe
     return Outcome::kDone;
   }
   // One run at a time: the work images, the picture and the pool are single instances.
-  const std::lock_guard lock(poolMutex());
+  const std::lock_guard lock(poolLock());
   const WorkImages images(frame.width, frame.height);
   bool lacksPicture = false;
   try {

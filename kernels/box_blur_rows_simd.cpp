@@ -283,42 +283,56 @@ void finishSquaresVector(const BlurRun* runs, int runCount, const uint16_t* ring
 
 // Words ------------------------------------------------------------------------------------------
 
-// Steps of four pixels, 16 bytes read and written each, of which the row has a word's four for each
-// pixel, four steps in a row. What a step writes behind its pixels, the next one or the definition
-// overwrites.
-template <std::size_t kFromBytes, std::size_t kToBytes>
-HWY_INLINE std::size_t shufflePixels(const uint8_t* from, std::size_t width, uint8_t* to,
-                                     const uint8_t (&indices)[16]) {
-  constexpr std::size_t kSteps = 4, kPixels = kSteps * kStep;
-  const Bytes16 d;
-  const auto index = hn::Load(d, indices);
-  const auto shuffle = [=](const uint8_t* source, uint8_t* target) HWY_ATTR {
-    hn::StoreU(hn::TableLookupBytesOr0(hn::LoadU(d, source), index), d, target);
-  };
-  std::size_t x = 0;
-  for (; x + kPixels <= width;
-       x += kPixels, from += kFromBytes * kPixels, to += kToBytes * kPixels) {
-    for (std::size_t step = 0; step < kSteps; ++step) {
-      shuffle(from + kFromBytes * kStep * step, to + kToBytes * kStep * step);
-    }
-  }
-  for (; x + kStep <= width; x += kStep, from += kFromBytes * kStep, to += kToBytes * kStep) {
-    shuffle(from, to);
-  }
-  return x;
+#if ALG_IS_NEON()
+
+constexpr std::size_t kWordStep = 16;
+
+HWY_INLINE void dropAlphas(const uint8_t* words, uint8_t* bytes) {
+  const uint8x16x4_t all = vld4q_u8(words);
+  const uint8x16x3_t colours{all.val[0], all.val[1], all.val[2]};
+  vst3q_u8(bytes, colours);
 }
 
-void dropAlphaVector(const uint8_t* words, std::size_t width, uint8_t* bytes) {
+HWY_INLINE void addAlphas(const uint8_t* bytes, uint8_t* words) {
+  const uint8x16x3_t colours = vld3q_u8(bytes);
+  const uint8x16x4_t all{colours.val[0], colours.val[1], colours.val[2], vdupq_n_u8(0)};
+  vst4q_u8(words, all);
+}
+
+#else
+
+// 16 bytes are read and written each; those of the row end with the last word.
+constexpr std::size_t kWordStep = kStep;
+
+HWY_INLINE void dropAlphas(const uint8_t* words, uint8_t* bytes) {
   HWY_ALIGN static constexpr uint8_t kFrom[16] = {0,  1,  2,  4,  5,     6,     8,     9,
                                                   10, 12, 13, 14, kNone, kNone, kNone, kNone};
-  const std::size_t x = shufflePixels<kArgbBytes, kBlurElements>(words, width, bytes, kFrom);
+  const Bytes16 d;
+  hn::StoreU(hn::TableLookupBytesOr0(hn::LoadU(d, words), hn::Load(d, kFrom)), d, bytes);
+}
+
+HWY_INLINE void addAlphas(const uint8_t* bytes, uint8_t* words) {
+  HWY_ALIGN static constexpr uint8_t kFrom[16] = {0, 1, 2, kNone, 3, 4,  5,  kNone,
+                                                  6, 7, 8, kNone, 9, 10, 11, kNone};
+  const Bytes16 d;
+  hn::StoreU(hn::TableLookupBytesOr0(hn::LoadU(d, bytes), hn::Load(d, kFrom)), d, words);
+}
+
+#endif
+
+void dropAlphaVector(const uint8_t* words, std::size_t width, uint8_t* bytes) {
+  std::size_t x = 0;
+  for (; x + kWordStep <= width; x += kWordStep) {
+    dropAlphas(words + kArgbBytes * x, bytes + kBlurElements * x);
+  }
   dropAlphaPlain(words + kArgbBytes * x, width - x, bytes + kBlurElements * x);
 }
 
 void addAlphaVector(const uint8_t* bytes, std::size_t width, uint8_t* words) {
-  HWY_ALIGN static constexpr uint8_t kFrom[16] = {0, 1, 2, kNone, 3, 4,  5,  kNone,
-                                                  6, 7, 8, kNone, 9, 10, 11, kNone};
-  const std::size_t x = shufflePixels<kBlurElements, kArgbBytes>(bytes, width, words, kFrom);
+  std::size_t x = 0;
+  for (; x + kWordStep <= width; x += kWordStep) {
+    addAlphas(bytes + kBlurElements * x, words + kArgbBytes * x);
+  }
   addAlphaPlain(bytes + kBlurElements * x, width - x, words + kArgbBytes * x);
 }
 

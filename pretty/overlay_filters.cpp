@@ -105,7 +105,7 @@ template <auto kEffect>
 void runSoftLight(const Call& call) {
   const PictureView& overlay = call.pictures[0];
   SoftLightImage(kEffect(), {overlay.pixels, overlay.width, overlay.height}, call.width,
-                 call.imageHeight != 0 ? call.imageHeight : call.height)
+                 call.rowsOfImage())
       .mapRows(call.src, call.dst, call.firstRow, call.height);
 }
 

@@ -38,7 +38,8 @@ constinit const Operation kBlur{
     .reach = Reach::kNeighbours,
     .radius = 24,
     .overlap = Overlap::kInPlace,
-    .bands = Bands::kWholeImage,
+    .bands = Bands::kNear,
+    .halo = 24,
     .run =
         [](const Call& call) {
           blur(call.dst, reinterpret_cast<const uint32_t*>(call.src), call.width, call.height);
@@ -57,7 +58,8 @@ constinit const Operation kActiveBlur{
     .reach = Reach::kNeighbours,
     .radius = 12,
     .overlap = Overlap::kApart,
-    .bands = Bands::kWholeImage,
+    .bands = Bands::kNear,
+    .halo = 12,
     .run =
         [](const Call& call) {
           ActiveBlur(reinterpret_cast<uint32_t*>(call.dst),

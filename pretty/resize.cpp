@@ -4,12 +4,14 @@
 // 65535, and every step truncates. Source rows are first mixed along the row, to the destination's
 // width; neighbouring rows of the destination mostly share the two that they lie between.
 #include <cstddef>
+#include <new>
 #include <utility>
 
 #include "base/block.h"
 #include "catalogue/operations.h"
 #include "kernels/overlap.h"
 #include "libalgorithm/pretty_filters.h"
+#include "pretty/resize.h"
 #include "pretty/resize_rows.h"
 
 namespace alg {
@@ -28,20 +30,7 @@ int wholePart(int32_t position, int size) {
   return whole < 0 ? 0 : whole < size ? whole : size - 1;
 }
 
-struct Image {
-  const uint32_t* words;
-  int width, height;
-
-  const uint8_t* bytes() const { return reinterpret_cast<const uint8_t*>(words); }
-  std::size_t byteCount() const {
-    return sizeof(uint32_t) * static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
-  }
-
-  /// The last row instead of any behind it.
-  const uint32_t* row(int y) const {
-    return words + static_cast<std::ptrdiff_t>(y < height ? y : height - 1) * width;
-  }
-};
+using Image = ResizeSource;
 
 /// How many columns of source row y have their right-hand neighbour for row j of the destination;
 /// others only themselves. Neighbours end before source row j + 1, whatever y is.
@@ -66,8 +55,10 @@ void resizeRow(const Image& src, int y, int64_t neighbours, uint32_t fractionY, 
   }
 }
 
+}  // namespace
+
 /// Mixes rows of the destination from whole rows of the source.
-class RowMixer {
+class Resizer::RowMixer {
  public:
   RowMixer(const Image& source, int dstWidth, int32_t step)
       : src(source),
@@ -110,7 +101,8 @@ class RowMixer {
                .fractions = fractions,
                .count = count,
                .sourceWidth = src.width,
-               .reach = reach};
+               .reach = reach,
+               .step = step};
     int32_t position = 0;
     for (int i = 0; i < count; ++i, position += step) {
       index[i] = wholePart(position, src.width);
@@ -142,27 +134,27 @@ class RowMixer {
   ResizeColumns columns;
 };
 
-void resize(const Image& src, uint32_t* dst, int dstWidth, int dstHeight) {
-  const int32_t xStep = stepOf(src.width, dstWidth);
-  const int32_t yStep = stepOf(src.height, dstHeight);
-  RowMixer mixer(src, dstWidth, xStep);
-  // A source that is written to is read pixel by pixel.
-  const Image target{dst, dstWidth, dstHeight};
-  const bool apart = !overlap(src.bytes(), src.byteCount(), target.bytes(), target.byteCount());
-  int32_t position = 0;
-  for (int j = 0; j < dstHeight; ++j, position += yStep, dst += dstWidth) {
-    const int y = wholePart(position, src.height);
-    const uint32_t fraction = static_cast<uint32_t>(position) & kFraction;
-    const int64_t neighbours = neighboursOf(src, y, j);
-    if (apart && mixer.can(neighbours)) {
-      mixer.mixRow(y, neighbours, fraction, dst);
-    } else {
-      resizeRow(src, y, neighbours, fraction, xStep, dst, dstWidth);
-    }
-  }
-}
+Resizer::Resizer(const ResizeSource& source, int dstWidth, int dstHeight, bool apart)
+    : src_(source),
+      dstWidth_(dstWidth),
+      xStep_(stepOf(source.width, dstWidth)),
+      yStep_(stepOf(source.height, dstHeight)),
+      mixer_(apart ? new (std::nothrow) RowMixer(source, dstWidth, xStep_) : nullptr) {}
 
-}  // namespace
+Resizer::~Resizer() = default;
+
+void Resizer::nextRow(uint32_t* out) {
+  const int y = wholePart(position_, src_.height);
+  const uint32_t fraction = static_cast<uint32_t>(position_) & kFraction;
+  const int64_t neighbours = neighboursOf(src_, y, row_);
+  if (mixer_ != nullptr && mixer_->can(neighbours)) {
+    mixer_->mixRow(y, neighbours, fraction, out);
+  } else {
+    resizeRow(src_, y, neighbours, fraction, xStep_, out, dstWidth_);
+  }
+  ++row_;
+  position_ += yStep_;
+}
 
 }  // namespace alg
 
@@ -171,7 +163,17 @@ void Resize(uint32_t* dst, int dstWidth, int dstHeight, const uint32_t* src, int
   if (dstWidth < 1 || dstHeight < 1 || srcWidth < 1 || srcHeight < 1) {
     return;
   }
-  alg::resize({src, srcWidth, srcHeight}, dst, dstWidth, dstHeight);
+  const auto bytesOf = [](int width, int height) {
+    return sizeof(uint32_t) * static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
+  };
+  // A source that is written to is read pixel by pixel.
+  const bool apart = !alg::overlap(
+      reinterpret_cast<const uint8_t*>(src), bytesOf(srcWidth, srcHeight),
+      reinterpret_cast<const uint8_t*>(dst), bytesOf(dstWidth, dstHeight));
+  alg::Resizer resizer({src, srcWidth, srcHeight, srcWidth}, dstWidth, dstHeight, apart);
+  for (int j = 0; j < dstHeight; ++j, dst += dstWidth) {
+    resizer.nextRow(dst);
+  }
 }
 
 namespace alg::operation {

@@ -20,7 +20,10 @@ ALLOWED = {
     "codec": {"base", "platform"},
     "sfb": {"base", "platform"},
     "effect": {"base", "catalogue", "platform", "kernels", "convert", "threadpool", "pretty", PUBLIC},
-    "jni": {"base", "platform", "codec", "sfb", "effect", PUBLIC},
+    "android": {PUBLIC},
+    "images": {"base", "catalogue", "platform", "kernels", "convert", "camerautil", "threadpool", "pretty", "codec",
+               PUBLIC},
+    "jni": {"base", "platform", "catalogue", "codec", "sfb", "effect", "images", PUBLIC},
 }
 
 

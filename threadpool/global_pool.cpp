@@ -2,6 +2,7 @@
 
 #include <android/log.h>
 
+#include <mutex>
 #include <new>
 
 #include "platform/dynamic_loader.h"
@@ -10,20 +11,22 @@ namespace {
 
 constexpr char kTag[] = "Defog";
 
-/// At the end of the process it waits for whoever holds it: a run may still be reading its picture.
-struct PoolMutex {
-  std::recursive_mutex mutex;
-  PoolMutex() = default;
-  ~PoolMutex() { mutex.lock(); }
-  PoolMutex(const PoolMutex&) = delete;
-  PoolMutex& operator=(const PoolMutex&) = delete;
+/// At the end of the process it waits for whoever holds the lock: a run may still be reading its
+/// picture.
+struct WaitAtExit {
+  WaitAtExit() = default;
+  ~WaitAtExit() { alg::poolLock().lock(); }
+  WaitAtExit(const WaitAtExit&) = delete;
+  WaitAtExit& operator=(const WaitAtExit&) = delete;
 };
+
+constinit alg::PoolLock lockOfPool;
 
 }  // namespace
 
-std::recursive_mutex& alg::poolMutex() {
-  static PoolMutex pool;
-  return pool.mutex;
+alg::PoolLock& alg::poolLock() {
+  static const WaitAtExit kWaitAtExit;
+  return lockOfPool;
 }
 
 void alg::runRecordsOnPool(std::span<tagT_ThreadPoolTaskInput> records,
@@ -47,7 +50,7 @@ int HALThreadPoolInit() {
   if (__atomic_load_n(&g_hal_threadpool_init, __ATOMIC_ACQUIRE) != 0) {
     return 0;
   }
-  const std::lock_guard lock(alg::poolMutex());
+  const std::lock_guard lock(alg::poolLock());
   if (g_hal_threadpool_init != 0) {
     return 0;
   }
@@ -70,7 +73,7 @@ int HALThreadPoolInit() {
 }
 
 int HALThreadPoolDestroy() {
-  const std::lock_guard lock(alg::poolMutex());
+  const std::lock_guard lock(alg::poolLock());
   if (g_hal_threadpool_init != 1) {
     return 0;
   }

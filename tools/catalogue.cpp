@@ -16,6 +16,8 @@ constexpr std::string_view kFamilies[] = {"pretty",  "tone",     "light", "drawi
                                           "picture", "geometry", "blend"};
 constexpr std::string_view kPixels[] = {"rgb", "bgr", "words", "ints", "frame"};
 constexpr std::string_view kOverlaps[] = {"apart", "in place", "any"};
+constexpr std::string_view kBands[] = {"any", "near", "whole"};
+constexpr std::string_view kSizes[] = {"any", "covers the first", "same as image"};
 
 template <std::size_t kCount, class Enum>
 std::string_view nameOf(const std::string_view (&names)[kCount], Enum value) {
@@ -33,9 +35,10 @@ std::string json(const Parameter& parameter) {
 }
 
 std::string json(const PictureRole& picture) {
-  return fmt::format(R"({{"name": {}, "file": {}, "landscapeFile": {}, "read": {}, "help": {}}})",
-                     json(picture.name), json(picture.file), json(picture.landscapeFile),
-                     picture.read, json(picture.help));
+  return fmt::format(
+      R"({{"name": {}, "file": {}, "landscapeFile": {}, "size": "{}", "read": {}, "help": {}}})",
+      json(picture.name), json(picture.file), json(picture.landscapeFile),
+      nameOf(kSizes, picture.size), picture.read, json(picture.help));
 }
 
 template <class Item>
@@ -51,11 +54,12 @@ std::string json(const Operation& operation) {
   const PipelineName& pipeline = operation.pipeline;
   return fmt::format(
       R"({{"name": {}, "routine": {}, "family": "{}", "shows": {}, "formula": {}, "pixels": "{}", )"
-      R"("overlap": "{}", "parameters": {}, "pictures": {}, "pipeline": {}, "runs": {}}})",
+      R"("overlap": "{}", "bands": "{}", "parameters": {}, "pictures": {}, "pipeline": {}, "runs": {}}})",
       json(operation.name), json(operation.routine), nameOf(kFamilies, operation.family),
       json(operation.shows), json(operation.formula), nameOf(kPixels, operation.pixels),
-      nameOf(kOverlaps, operation.overlap), jsonList(operation.parameters),
-      jsonList(operation.pictures), json(pipeline.name), pipeline.runs);
+      nameOf(kOverlaps, operation.overlap), nameOf(kBands, operation.bands),
+      jsonList(operation.parameters), jsonList(operation.pictures), json(pipeline.name),
+      pipeline.runs);
 }
 
 }  // namespace

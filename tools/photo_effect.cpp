@@ -76,23 +76,6 @@ void runOnWords(const Operation& operation, Call& call, Photo& photo) {
   makeOpaque(photo);
 }
 
-void runOnFrame(const Operation& operation, const PictureView& picture, Photo& photo) {
-  auto outcome = Outcome::kDone;
-  throughFrame(photo, [&](const Frame& frame) {
-    outcome = runEffect(
-        {.operation = &operation, .picture = picture.pixels != nullptr ? &picture : nullptr},
-        frame);
-  });
-  if (outcome == Outcome::kNoMemory) {
-    throw std::bad_alloc();  // what could be decoded also fits the pipeline's limits
-  }
-  if (outcome == Outcome::kNoPicture) {
-    throw PictureError(fmt::format("{}: its {} has {} rows, but needs at least {}", operation.name,
-                                   operation.pictures[0].name, picture.height,
-                                   operation.pipeline.strips));
-  }
-}
-
 /// "--offset 3 --ramp 40"
 std::string asOptions(const Operation& operation, const Call& call) {
   std::string text;
@@ -113,6 +96,19 @@ std::vector<const Operation*> effects() {
   return found;
 }
 
+void runOnFrame(const Operation& operation, const PictureView& picture, const Frame& frame) {
+  const Outcome outcome = runEffect(
+      {.operation = &operation, .picture = picture.pixels != nullptr ? &picture : nullptr}, frame);
+  if (outcome == Outcome::kNoMemory) {
+    throw std::bad_alloc();  // what could be decoded also fits the pipeline's limits
+  }
+  if (outcome == Outcome::kNoPicture) {
+    throw PictureError(fmt::format("{}: its {} has {} rows, but needs at least {}", operation.name,
+                                   operation.pictures[0].name, picture.height,
+                                   operation.pipeline.strips));
+  }
+}
+
 void runOnPixels(const Operation& operation, Call call, Photo& photo) {
   call.width = photo.width;
   call.height = photo.height;
@@ -129,13 +125,14 @@ void applyEffect(const Operation& operation, Call call, EffectPictures& pictures
   call.width = photo.width;
   call.height = photo.height;
   if (const char* why = operation.misfit != nullptr ? operation.misfit(call) : nullptr) {
-    throw UserError(fmt::format("{}: {} does not go with the photo's {} rows of {} pixels: {}",
-                                operation.name, asOptions(operation, call), photo.height,
-                                photo.width, why));
+    throw BadInput(fmt::format("{}: {} does not go with the photo's {} rows of {} pixels: {}",
+                               operation.name, asOptions(operation, call), photo.height,
+                               photo.width, why));
   }
   std::ranges::copy(pictures.of(operation, photo.width, photo.height), call.pictures);
   if (takesFrames(operation)) {
-    runOnFrame(operation, call.pictures[0], photo);
+    throughFrame(photo,
+                 [&](const Frame& frame) { runOnFrame(operation, call.pictures[0], frame); });
   } else {
     runOnPixels(operation, call, photo);
   }
