@@ -26,14 +26,16 @@ void sketchOn(Paint paint, const uint8_t* src, uint8_t* dst, int width, int heig
     return;
   }
   const alg::PackedImage image{dst, width, height};
+  alg::FetchAhead ahead(src, image, alg::WindowTarget::kCentre);
   int y = 0;  // the written row
   alg::walkWindows(
       alg::greyRows(src, width, work, kLuminance), image, alg::WindowTarget::kCentre,
-      [&paint, &y, lines = work.row(3)](const uint8_t* top, const uint8_t* middle,
-                                        const uint8_t* bottom, uint8_t* out, int windows) {
-        const auto count = static_cast<std::size_t>(windows);
-        alg::lineRow(top, middle, bottom, lines, count);
-        paint(lines, ++y, out, count);
+      [&paint, &ahead, &y, lines = work.row(3)](const uint8_t* top, const uint8_t* middle,
+                                                const uint8_t* bottom, uint8_t* out, int windows) {
+        ahead.drawRow(windows, [=](int x, int count) {
+          alg::lineRow(top + x, middle + x, bottom + x, lines + x, static_cast<std::size_t>(count));
+        });
+        paint(lines, ++y, out, static_cast<std::size_t>(windows));
       });
   alg::copyEdges(image);
 }
