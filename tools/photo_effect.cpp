@@ -55,6 +55,7 @@ void runOnPixels(const Operation& operation, const Call& call, Photo& photo) {
   };
   Job job;
   job.operation = &operation;
+  job.onPool = false;  // a batch has a thread for each of its photos
   std::ranges::copy(call.values, job.values);
   std::ranges::transform(call.pictures, job.pictures, [&](const PictureView& picture) {
     return imageOf(const_cast<uint8_t*>(picture.pixels), picture.width, picture.height, true);
