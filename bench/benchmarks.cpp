@@ -89,6 +89,7 @@ int main(int count, char** arguments) {
   if (benchmark::ReportUnrecognizedArguments(count, options.data())) return 2;
   std::ranges::for_each(alg::bench::routines(), alg::bench::addAll);
   alg::bench::addNatives();
+  alg::bench::addJpeg();
   benchmark::RunSpecifiedBenchmarks();
   benchmark::Shutdown();
 }

@@ -49,6 +49,9 @@ double secondsToCopy(std::size_t moved);
 /// Registers the natives' benchmarks.
 void addNatives();
 
+/// Registers those of JPEG.
+void addJpeg();
+
 /// Makes the compiler believe that all memory is read and written here.
 inline void clobberMemory() { asm volatile("" : : : "memory"); }
 

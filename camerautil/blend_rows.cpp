@@ -17,6 +17,18 @@ void addSharesPlain(const uint8_t* src, uint16_t srcShare, uint8_t* dst, uint16_
   }
 }
 
+void takeGreaterPlain(const uint8_t* src, uint8_t* dst, std::size_t n) {
+  for (std::size_t i = 0; i < n; ++i) {
+    dst[i] = dst[i] < src[i] ? src[i] : dst[i];
+  }
+}
+
+void takeLesserPlain(const uint8_t* src, uint8_t* dst, std::size_t n) {
+  for (std::size_t i = 0; i < n; ++i) {
+    dst[i] = dst[i] > src[i] ? src[i] : dst[i];
+  }
+}
+
 void takeNearerPlain(const uint8_t* a, const uint8_t* b, const uint8_t* c, uint8_t* out,
                      std::size_t n) {
   for (std::size_t i = 0; i < n; ++i) {

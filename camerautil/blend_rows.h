@@ -13,6 +13,12 @@ void addShares(const uint8_t* src, uint16_t srcShare, uint8_t* dst, uint16_t dst
 void addSharesPlain(const uint8_t* src, uint16_t srcShare, uint8_t* dst, uint16_t dstShare,
                     std::size_t n);
 
+/// dst[i] = the greater, or the lesser, of src[i] and dst[i].
+void takeGreater(const uint8_t* src, uint8_t* dst, std::size_t n);
+void takeGreaterPlain(const uint8_t* src, uint8_t* dst, std::size_t n);
+void takeLesser(const uint8_t* src, uint8_t* dst, std::size_t n);
+void takeLesserPlain(const uint8_t* src, uint8_t* dst, std::size_t n);
+
 /// out[i] = of b[i] and c[i] the one nearer to a[i], c[i] if both are equally near.
 void takeNearer(const uint8_t* a, const uint8_t* b, const uint8_t* c, uint8_t* out, std::size_t n);
 void takeNearerPlain(const uint8_t* a, const uint8_t* b, const uint8_t* c, uint8_t* out,

@@ -1,8 +1,7 @@
 // Blending of images as byte arrays, and the copy of a rectangle.
 //
 // Buffers may overlap: each loop reads and writes in memory order, and what a loop has written is
-// what it reads later on. Maximum and minimum are left to the compiler, whose vectors come with
-// overlap checks of their own.
+// what it reads later on.
 #include <cstddef>
 #include <cstring>
 
@@ -64,15 +63,11 @@ void CameraUtil::add2Image(const uint8_t* src, int srcWeight, uint8_t* dst, unsi
 }
 
 void CameraUtil::add2ImageByBrightness(const uint8_t* src, uint8_t* dst, unsigned int n) {
-  for (std::size_t i = 0; i < n; ++i) {
-    dst[i] = dst[i] < src[i] ? src[i] : dst[i];
-  }
+  (alg::feedsBack(src, dst, n) ? alg::takeGreaterPlain : alg::takeGreater)(src, dst, n);
 }
 
 void CameraUtil::add2ImageByDarkness(const uint8_t* src, uint8_t* dst, unsigned int n) {
-  for (std::size_t i = 0; i < n; ++i) {
-    dst[i] = dst[i] > src[i] ? src[i] : dst[i];
-  }
+  (alg::feedsBack(src, dst, n) ? alg::takeLesserPlain : alg::takeLesser)(src, dst, n);
 }
 
 void CameraUtil::replaceImageContent(const uint8_t* src, uint8_t* dst, int width, int* rect) {

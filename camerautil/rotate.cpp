@@ -32,9 +32,14 @@ void rotate(Turn turn, std::size_t elementBytes, Rows<const uint8_t> src, Rows<u
     case Turn::kClockwise:
       return alg::transpose(elementBytes, upwards(src, width), dst, height, width);
     case Turn::kHalf:
+      const auto columns = static_cast<std::size_t>(width);
+      const auto rowBytes = static_cast<std::ptrdiff_t>(elementBytes * columns);
+      if (src.pitch == rowBytes && dst.pitch == rowBytes) {  // all rows are one
+        return alg::mirror(elementBytes, src.first, dst.first,
+                           columns * static_cast<std::size_t>(height));
+      }
       for (int y = 0; y < height; ++y) {
-        alg::mirror(elementBytes, src.row(height - 1 - y), dst.row(y),
-                    static_cast<std::size_t>(width));
+        alg::mirror(elementBytes, src.row(height - 1 - y), dst.row(y), columns);
       }
   }
 }

@@ -10,6 +10,7 @@
 #include "hwy/cache_control.h"
 #include "hwy/foreach_target.h"  // IWYU pragma: keep
 #include "hwy/highway.h"
+#include "kernels/row_blocks-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace alg::HWY_NAMESPACE {
@@ -94,7 +95,8 @@ struct Turn {
 
   // Interleaving row i with row i + n / 2 rotates the bits of (row, column) by one; log2(n) times
   // exchange row and column.
-  static HWY_INLINE void transposeBlock(const uint8_t* src, std::ptrdiff_t pitch, uint8_t* tile) {
+  static HWY_INLINE void transposeBlock(const uint8_t* src, std::ptrdiff_t pitch, uint8_t* to,
+                                        std::ptrdiff_t toPitch) {
     const Vector d;
     hn::Vec<Vector> v[std::size_t{kColumns}];
     hn::Vec<Vector> w[std::size_t{kColumns}];
@@ -116,7 +118,10 @@ struct Turn {
     }
     HWY_UNROLL(16)
     for (int i = 0; i < kColumns; ++i) {
-      hn::StoreU(v[i], d, reinterpret_cast<Element*>(tile + kTilePitch * i));
+#if ALG_IS_NEON()  // else clang makes slower stores, of interleaved halves, of the last stage
+      v[i].raw = opaque(v[i].raw);
+#endif
+      hn::StoreU(v[i], d, reinterpret_cast<Element*>(to + toPitch * i));
     }
   }
 
@@ -129,14 +134,40 @@ struct Turn {
         __builtin_prefetch(from + src.pitch * i + kPrefetchBytes);
       }
       cover(0, columns, kColumns, [&](int c) HWY_ATTR {
-        transposeBlock(from + kSize * c, src.pitch, tile + kTilePitch * c + kSize * r);
+        transposeBlock(from + kSize * c, src.pitch, tile + kTilePitch * c + kSize * r, kTilePitch);
       });
     });
   }
 
+  // Without a tile, which costs a store and a load of every byte: one cache line of each of a few
+  // destination rows is written at once, from blocks one below the other.
+  static void transposeStraight(Rows<const uint8_t> src, Rows<uint8_t> dst, int columns, int rows) {
+    const int stripRows = std::min(rows, kLine);
+    cover(0, rows, stripRows, [&](int x) HWY_ATTR {
+      cover(0, columns, kColumns, [&](int k) HWY_ATTR {
+        const uint8_t* from = src.row(x) + std::ptrdiff_t{kSize} * k;
+        uint8_t* to = dst.row(k) + std::ptrdiff_t{kSize} * x;
+        if (k % kLine == 0) {
+          for (int i = 0; i < stripRows; ++i) {
+            __builtin_prefetch(from + src.pitch * i + kPrefetchBytes);
+          }
+        }
+        cover(0, stripRows, kRows, [&](int r) HWY_ATTR {
+          transposeBlock(from + src.pitch * r, src.pitch, to + kSize * r, dst.pitch);
+        });
+      });
+    });
+  }
+
+  // Rows that many bytes apart fall on the same places of a first-level cache.
+  static bool collides(std::ptrdiff_t pitch) { return pitch % 1024 == 0; }
+
   static void transpose(Rows<const uint8_t> src, Rows<uint8_t> dst, int columns, int rows) {
     if (columns < kColumns || rows < kRows) {
       return transposePlain(kSize, src, dst, columns, rows);
+    }
+    if (ALG_IS_NEON() && !collides(src.pitch) && !collides(dst.pitch)) {
+      return transposeStraight(src, dst, columns, rows);
     }
     const bool stream = int64_t{columns} * rows * kSize >= kStreamedBytes;
     // Strips of about equal height, so that moving the last one back repeats little.
@@ -167,22 +198,34 @@ struct Turn {
     }
   }
 
-  // A vector at a time from the end: reverses the elements of each block, then the blocks.
+  // Vectors from the end: reverses the elements of each block, then the blocks. Four at a time, so
+  // that in-order cores need not wait for each.
   static void mirror(const uint8_t* src, uint8_t* dst, std::size_t count) {
     const Bytes d;
-    constexpr std::size_t kStep = kVectorBytes;
+    constexpr std::size_t kStep = kVectorBytes, kSteps = 4 * kStep;
     HWY_ALIGN uint8_t order[kBlockBytes];
     for (unsigned i = 0; i < kBlockBytes; ++i) {
       order[i] = static_cast<uint8_t>(i ^ (kBlockBytes - kSize));
     }
     const auto pattern = hn::LoadDup128(d, order);
-    std::size_t rest = kSize * count;
-    for (; rest >= kStep; rest -= kStep, dst += kStep) {
-      auto v = hn::TableLookupBytes(hn::LoadU(d, src + rest - kStep), pattern);
+    const auto reversed = [&](const uint8_t* from) HWY_ATTR {
+      const auto v = hn::TableLookupBytes(hn::LoadU(d, from), pattern);
       if constexpr (kVectorBytes > kBlockBytes) {
-        v = hn::ConcatLowerUpper(d, v, v);
+        return hn::ConcatLowerUpper(d, v, v);
+      } else {
+        return v;
       }
-      hn::StoreU(v, d, dst);
+    };
+    std::size_t rest = kSize * count;
+    for (; rest >= kSteps; rest -= kSteps, dst += kSteps) {
+      const uint8_t* from = src + rest - kSteps;
+      const auto first = reversed(from + 3 * kStep), second = reversed(from + 2 * kStep);
+      const auto third = reversed(from + kStep), fourth = reversed(from);
+      storePair(first, second, dst);
+      storePair(third, fourth, dst + 2 * kStep);
+    }
+    for (; rest >= kStep; rest -= kStep, dst += kStep) {
+      hn::StoreU(reversed(src + rest - kStep), d, dst);
     }
     mirrorPlain(kSize, src, dst, rest / kSize);
   }

@@ -12,6 +12,7 @@
 
 #include "classic/grey_rows.h"
 #include "hwy/highway.h"
+#include "kernels/block_ops-inl.h"
 #include "kernels/vector_frame.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -33,7 +34,7 @@ using IntVector = hn::Vec<Ints>;
 constexpr std::size_t kBlock = hn::MaxLanes(Bytes());  // windows a step
 static_assert(kBlock + 2 <= kRowPadding);
 
-// One value for each byte of a vector. With AVX2 every widening and narrowing step stays within the
+// One value for each byte of a vector. On x86 every widening and narrowing step stays within the
 // blocks of 16 bytes, so that the order in between does not matter.
 struct Shorts2 {
   ShortVector lower, upper;
@@ -47,6 +48,12 @@ struct Ints4 {
 
 #if ALG_IS_NEON()
 
+HWY_INLINE Shorts2 difference(ByteVector a, ByteVector b) {
+  const uint16x8_t lower = vsubl_u8(vget_low_u8(a.raw), vget_low_u8(b.raw));
+  const uint16x8_t upper = vsubl_high_u8(a.raw, b.raw);
+  return {ShortVector(vreinterpretq_s16_u16(lower)), ShortVector(vreinterpretq_s16_u16(upper))};
+}
+
 // sum + kWeight x (plus - minus)
 template <int kWeight>
 HWY_INLINE Shorts2 addDifference(Shorts2 sum, ByteVector plus, ByteVector minus) {
@@ -56,15 +63,6 @@ HWY_INLINE Shorts2 addDifference(Shorts2 sum, ByteVector plus, ByteVector minus)
   lower = vmlal_u8(lower, vget_low_u8(plus.raw), vget_low_u8(weight));
   lower = vmlsl_u8(lower, vget_low_u8(minus.raw), vget_low_u8(weight));
   upper = vmlsl_high_u8(vmlal_high_u8(upper, plus.raw, weight), minus.raw, weight);
-  return {ShortVector(vreinterpretq_s16_u16(lower)), ShortVector(vreinterpretq_s16_u16(upper))};
-}
-
-// a + 3 x b
-HWY_INLINE Shorts2 plusThrice(ByteVector a, ByteVector b) {
-  const uint8x16_t three = vdupq_n_u8(3);
-  const uint16x8_t lower =
-      vmlal_u8(vmovl_u8(vget_low_u8(a.raw)), vget_low_u8(b.raw), vget_low_u8(three));
-  const uint16x8_t upper = vmlal_high_u8(vmovl_high_u8(a.raw), b.raw, three);
   return {ShortVector(vreinterpretq_s16_u16(lower)), ShortVector(vreinterpretq_s16_u16(upper))};
 }
 
@@ -98,66 +96,40 @@ HWY_INLINE ByteVector scaled(ByteVector a, ByteVector b) {
 
 #else
 
-// Bytes x, y of each pair times kX and kY, added.
-template <int kX, int kY>
-HWY_INLINE Shorts2 weighPairs(ByteVector x, ByteVector y) {
-  const Bytes d;
-  const __m256i weights = _mm256_set1_epi16(static_cast<int16_t>((kX & 0xFF) | kY * 256));
-  return {ShortVector{_mm256_maddubs_epi16(hn::InterleaveLower(d, x, y).raw, weights)},
-          ShortVector{_mm256_maddubs_epi16(hn::InterleaveUpper(d, x, y).raw, weights)}};
-}
-
 // sum + kWeight x (plus - minus)
 template <int kWeight>
 HWY_INLINE Shorts2 addDifference(Shorts2 sum, ByteVector plus, ByteVector minus) {
-  const Shorts2 difference = weighPairs<kWeight, -kWeight>(plus, minus);
-  return {hn::Add(sum.lower, difference.lower), hn::Add(sum.upper, difference.upper)};
+  const Bytes d;
+  const auto lower = ops::weighPairs<kWeight, -kWeight>(hn::InterleaveLower(d, plus, minus));
+  const auto upper = ops::weighPairs<kWeight, -kWeight>(hn::InterleaveUpper(d, plus, minus));
+  return {hn::Add(sum.lower, lower), hn::Add(sum.upper, upper)};
 }
 
-// a + 3 x b
-HWY_INLINE Shorts2 plusThrice(ByteVector a, ByteVector b) { return weighPairs<1, 3>(a, b); }
-
 HWY_INLINE Ints4 sumsOfSquares(Shorts2 a, Shorts2 b) {
-  const auto squares = [](ShortVector pairs)
-                           HWY_ATTR { return IntVector{_mm256_madd_epi16(pairs.raw, pairs.raw)}; };
   const Shorts d;
-  return {{squares(hn::InterleaveLower(d, a.lower, b.lower)),
-           squares(hn::InterleaveUpper(d, a.lower, b.lower)),
-           squares(hn::InterleaveLower(d, a.upper, b.upper)),
-           squares(hn::InterleaveUpper(d, a.upper, b.upper))}};
+  return {{ops::sumSquares(hn::InterleaveLower(d, a.lower, b.lower)),
+           ops::sumSquares(hn::InterleaveUpper(d, a.lower, b.lower)),
+           ops::sumSquares(hn::InterleaveLower(d, a.upper, b.upper)),
+           ops::sumSquares(hn::InterleaveUpper(d, a.upper, b.upper))}};
 }
 
 // Limited to 0..255.
 HWY_INLINE ByteVector narrow(const Ints4& v) {
-  return ByteVector{_mm256_packus_epi16(_mm256_packs_epi32(v.part[0].raw, v.part[1].raw),
-                                        _mm256_packs_epi32(v.part[2].raw, v.part[3].raw))};
+  return ops::join(ops::join(v.part[0], v.part[1]), ops::join(v.part[2], v.part[3]));
 }
 
 // (a x b) >> 7, where b is below 128
 HWY_INLINE ByteVector scaled(ByteVector a, ByteVector b) {
-  const __m256i evenBytes = _mm256_set1_epi16(0xFF);
-  const __m256i even = _mm256_maddubs_epi16(a.raw, _mm256_and_si256(b.raw, evenBytes));
-  const __m256i odd = _mm256_maddubs_epi16(a.raw, _mm256_andnot_si256(evenBytes, b.raw));
-  return ByteVector{_mm256_or_si256(_mm256_srli_epi16(even, 7),
-                                    _mm256_andnot_si256(evenBytes, _mm256_slli_epi16(odd, 1)))};
+  const Bytes d;
+  const Shorts shorts;
+  const ByteVector evenBytes = hn::BitCast(d, hn::Set(shorts, int16_t{0xFF}));
+  const ShortVector even = ops::weighPairs(a, hn::And(b, evenBytes));
+  const ShortVector odd = ops::weighPairs(a, hn::AndNot(evenBytes, b));
+  return hn::Or(hn::BitCast(d, hn::ShiftRight<7>(even)),
+                hn::AndNot(evenBytes, hn::BitCast(d, hn::ShiftLeft<1>(odd))));
 }
 
 #endif
-
-HWY_INLINE Ints4 widened(Shorts2 v) {
-  const Ints d;
-  const ShortVector zero = hn::Zero(Shorts());
-  return {{hn::ZipLower(d, v.lower, zero), hn::ZipUpper(d, v.lower, zero),
-           hn::ZipLower(d, v.upper, zero), hn::ZipUpper(d, v.upper, zero)}};
-}
-
-HWY_INLINE Ints4 widened(ByteVector v) {
-  const hn::RebindToUnsigned<Shorts> d;
-  const Shorts shorts;
-  const ByteVector zero = hn::Zero(Bytes());
-  return widened(Shorts2{hn::BitCast(shorts, hn::ZipLower(d, v, zero)),
-                         hn::BitCast(shorts, hn::ZipUpper(d, v, zero))});
-}
 
 HWY_INLINE Ints4 load4(const int32_t* from) {
   const Ints d;
@@ -171,6 +143,24 @@ struct Gradient {
 };
 
 // The gradient of bytes, times kScale; the middle row and column weigh kMiddle.
+#if ALG_IS_NEON()
+// Across the diagonals there are two differences, which both components are made of.
+template <int kScale, int kMiddle>
+HWY_INLINE Gradient gradient(const uint8_t* top, const uint8_t* middle, const uint8_t* bottom) {
+  const Bytes d;
+  const Shorts2 falling = difference(hn::LoadU(d, top), hn::LoadU(d, bottom + 2));
+  const Shorts2 rising = difference(hn::LoadU(d, top + 2), hn::LoadU(d, bottom));
+  const auto join = [](Shorts2 diagonals, ByteVector plus, ByteVector minus) HWY_ATTR {
+    const Shorts2 sum = addDifference<kMiddle>(diagonals, plus, minus);
+    return Shorts2{ShortVector(vmulq_n_s16(sum.lower.raw, kScale)),  // shifts
+                   ShortVector(vmulq_n_s16(sum.upper.raw, kScale))};
+  };
+  return {join({hn::Sub(falling.lower, rising.lower), hn::Sub(falling.upper, rising.upper)},
+               hn::LoadU(d, middle), hn::LoadU(d, middle + 2)),
+          join({hn::Add(falling.lower, rising.lower), hn::Add(falling.upper, rising.upper)},
+               hn::LoadU(d, top + 1), hn::LoadU(d, bottom + 1))};
+}
+#else
 template <int kScale, int kMiddle>
 HWY_INLINE Gradient gradient(const uint8_t* top, const uint8_t* middle, const uint8_t* bottom) {
   const Bytes d;
@@ -186,6 +176,8 @@ HWY_INLINE Gradient gradient(const uint8_t* top, const uint8_t* middle, const ui
   g.y = addDifference<kScale>(g.y, topRight, bottomRight);
   return g;
 }
+
+#endif
 
 #endif
 

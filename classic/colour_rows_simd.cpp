@@ -7,6 +7,7 @@
 //
 // Coarse weights fit 7 bits and fine ones 4, so that all stays below 2^16, and values above 255 are
 // limited when they become bytes. AVX2's sums of two products end at 2^15 - 1, which is 255 then.
+#define ALG_ALSO_AVX512
 #include "classic/colour_rows.h"
 #include "kernels/vector_frame.h"
 
@@ -14,6 +15,7 @@
 #define HWY_TARGET_INCLUDE "classic/colour_rows_simd.cpp"
 #include "hwy/foreach_target.h"  // IWYU pragma: keep
 #include "hwy/highway.h"
+#include "kernels/block_ops-inl.h"
 #include "kernels/packed_planes-inl.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -76,40 +78,48 @@ HWY_INLINE ByteVector mix(const Halves& p) {
 
 #else
 
+namespace hn = hwy::HWY_NAMESPACE;
+
+using planes::Bytes;
+using Shorts = hn::Repartition<int16_t, Bytes>;
+using ShortVector = hn::Vec<Shorts>;
+
 // Half a vector of pixels: pairs of bytes, red and green, blue and 0.
 struct Half {
-  __m256i redGreen, blue;
+  ByteVector redGreen, blue;
 };
 
 struct Halves {
   // All channels in the home order of channel 1.
   explicit Halves(const Planes& p) {
-    const __m256i b = planes::rehome<0, 1>(p.of[0]).raw;
-    const __m256i g = p.of[1].raw;
-    const __m256i r = planes::rehome<2, 1>(p.of[2]).raw;
-    lower = {_mm256_unpacklo_epi8(r, g), _mm256_unpacklo_epi8(b, _mm256_setzero_si256())};
-    upper = {_mm256_unpackhi_epi8(r, g), _mm256_unpackhi_epi8(b, _mm256_setzero_si256())};
+    const Bytes d;
+    const ByteVector b = planes::rehome<0, 1>(p.of[0]);
+    const ByteVector g = p.of[1];
+    const ByteVector r = planes::rehome<2, 1>(p.of[2]);
+    lower = {hn::InterleaveLower(d, r, g), hn::InterleaveLower(d, b, hn::Zero(d))};
+    upper = {hn::InterleaveUpper(d, r, g), hn::InterleaveUpper(d, b, hn::Zero(d))};
   }
 
   Half lower, upper;
 };
 
 template <MixWeights kWeights>
-HWY_INLINE __m256i weigh(const Half& p) {
-  const __m256i redGreen = _mm256_set1_epi16(kWeights.green * 256 + kWeights.red);
-  return _mm256_add_epi16(_mm256_maddubs_epi16(p.redGreen, redGreen),
-                          _mm256_maddubs_epi16(p.blue, _mm256_set1_epi16(kWeights.blue)));
+HWY_INLINE ShortVector weigh(const Half& p) {
+  return hn::Add(ops::weighPairs<kWeights.red, kWeights.green>(p.redGreen),
+                 ops::weighPairs<kWeights.blue, 0>(p.blue));
 }
 
 template <MixWeights kWeights>
-HWY_INLINE __m256i mixHalf(const Half& p) {
-  const __m256i rest = _mm256_srli_epi16(weigh<fine(kWeights)>(p), fineBits(kWeights));
-  return _mm256_srli_epi16(_mm256_add_epi16(weigh<coarse(kWeights)>(p), rest), 7);
+HWY_INLINE ShortVector mixHalf(const Half& p) {
+  const hn::RebindToUnsigned<Shorts> d;
+  const auto rest = hn::ShiftRight<fineBits(kWeights)>(weigh<fine(kWeights)>(p));
+  const auto sum = hn::BitCast(d, hn::Add(weigh<coarse(kWeights)>(p), rest));
+  return hn::BitCast(Shorts(), hn::ShiftRight<7>(sum));
 }
 
 template <MixWeights kWeights>
 HWY_INLINE ByteVector mix(const Halves& p) {
-  return ByteVector{_mm256_packus_epi16(mixHalf<kWeights>(p.lower), mixHalf<kWeights>(p.upper))};
+  return ops::join(mixHalf<kWeights>(p.lower), mixHalf<kWeights>(p.upper));
 }
 
 #endif

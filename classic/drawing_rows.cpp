@@ -12,12 +12,12 @@ namespace alg {
 namespace {
 
 int inkGrey(int energy, const EdgeSteps& edges) {
-  const int argument = (energy + EdgeSteps::kOffset) << 8;
-  const auto number = static_cast<float>(argument);  // exact
+  const auto number = static_cast<float>(energy + EdgeSteps::kOffset);  // exact
   int bits;
   std::memcpy(&bits, &number, sizeof bits);
   const int entry = edges.entries[(bits >> EdgeSteps::kBlockShift) - EdgeSteps::kFirstBlock];
-  return (entry & 0xFF) - (argument > entry ? 1 : 0);
+  const auto rank = static_cast<int16_t>(bits >> EdgeSteps::kRankShift);
+  return (entry & 0xFF) - (rank > entry >> 16 ? 1 : 0);
 }
 
 /// Overlay blend of v over the edge map's grey.
@@ -79,8 +79,10 @@ void cartoonRowPlain(const PlaneWindow& rows, uint8_t* out, std::size_t count,
     }
     const int brightest = std::max({most[0], most[1], most[2]});
     for (int c = 0; c < kPackedBytes; ++c) {
-      const auto factor = static_cast<uint32_t>(factors.entries[(3 * most[c]) + brightest]);
-      out[2 - c] = static_cast<uint8_t>((rows.plane(c).middle[left + 1] * factor) >> 24);
+      const uint32_t factor = factors.entries[(3 * most[c]) + brightest];
+      const uint32_t v = rows.plane(c).middle[left + 1];
+      const uint32_t fine = (v * (factor & 0xFFFF)) >> CartoonFactors::kFineBits;
+      out[2 - c] = static_cast<uint8_t>((v * (factor >> 16) + fine) >> 8);
     }
   }
 }

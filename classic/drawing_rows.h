@@ -33,17 +33,18 @@ struct PlaneWindow {
 };
 
 /// A falling function of a squared gradient whose steps are 1: its arguments plus kOffset are cut
-/// into blocks of which none has more than one step, 64 to each power of two. A block's number is
-/// that of the argument's float, without the lower bits of the mantissa.
+/// into blocks of which none has more than one step, 64 to each power of two. As floats, they show
+/// their block in the upper bits, and below them where in the block they are:
 ///
-///     entry   0 | 22 bits: last argument before the step, plus kOffset | 8 bits: value before it
-///
-/// so that (argument + kOffset) << 8 is greater than the entry just behind the step.
+///     float     0 | exponent, and 6 bits of the mantissa | 17 bits, the lowest 3 of them 0
+///     rank      bits 17 to 2, of which the highest is the same for all arguments of a block
+///     entry     16 bits: the rank of the last argument before the step | 16 bits: value before it
 struct EdgeSteps {
   static constexpr int kOffset = 1024;
-  static constexpr int kBlockShift = 17;                   // of a float's bits
-  static constexpr int kFirstBlock = (127 + 8 + 10) << 6;  // of kOffset << 8
-  static constexpr int kStrongest = 350 * 350;             // nothing changes beyond
+  static constexpr int kBlockShift = 17;               // of a float's bits
+  static constexpr int kRankShift = 2;                 // the same
+  static constexpr int kFirstBlock = (127 + 10) << 6;  // of kOffset
+  static constexpr int kStrongest = 350 * 350;         // nothing changes beyond
   static constexpr int kBlocks = 11 << 6;  // up to 2^21, which is beyond the greatest argument
 
   int32_t entries[kBlocks];
@@ -54,9 +55,14 @@ void inkRow(const PlaneWindow& rows, uint8_t* out, std::size_t count, const Edge
 void inkRowPlain(const PlaneWindow& rows, uint8_t* out, std::size_t count, const EdgeSteps& edges);
 
 /// Entry 3 x (a channel's brightest neighbour) + (the brightest of all channels' neighbours) is the
-/// channel's factor in 24 fractional bits, modulo 2^32.
+/// channel's factor modulo 256 in 23 fractional bits, in two parts whose products with a byte take
+/// 16 bits:
+///
+///     entry   16 bits: in 8 fractional bits | 0 | 15 bits: the rest
 struct CartoonFactors {
-  int32_t entries[4 * 255 + 1];
+  static constexpr int kFineBits = 15;
+
+  uint32_t entries[4 * 255 + 1];
 };
 
 /// Each channel times its factor, modulo 256; the channels are crossed on their way.

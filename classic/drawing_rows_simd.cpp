@@ -1,5 +1,7 @@
 // Vector twins of the drawing effects' row kernels, compiled once per vector target. Each works on
 // a whole vector of bytes at a time, which become two vectors of 16-bit and four of 32-bit lanes.
+#define ALG_ALSO_AVX512
+#include <algorithm>
 #include <cstring>
 
 #include "base/image_size.h"
@@ -12,7 +14,8 @@
 #include "hwy/highway.h"
 // After Highway, which defines the target.
 #include "classic/byte_lanes-inl.h"
-#include "kernels/row_blocks-inl.h"
+#include "kernels/block_ops-inl.h"
+#include "kernels/packed_planes-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace alg::HWY_NAMESPACE {
@@ -26,6 +29,8 @@ constexpr auto& inkRowVector = inkRowPlain;
 constexpr auto& cartoonRowVector = cartoonRowPlain;
 
 #else
+
+using planes::storeOrdered;
 
 // Emboss ---------------------------------------------------------------------------------------
 
@@ -99,44 +104,112 @@ void lineRowVector(const uint8_t* top, const uint8_t* middle, const uint8_t* bot
 // be looked up, the entries, and what follows from them.
 constexpr std::size_t kChunk = 256;  // windows
 
-// Gradients times 16 make energies times 256, which is what entries compare with.
-HWY_INLINE void takeEnergies(const PlaneWindow& w, std::size_t x, int32_t* energies,
-                             int32_t* blocks) {
+// What the steps between need of a block of windows: ranks to compare with, and numbers to look
+// entries up by.
+#if ALG_IS_NEON()
+
+using Rank = int16_t;
+using Number = uint16_t;
+
+// Entries' offsets in bytes, as if the table began with float 0.
+constexpr int kFirstNumber = EdgeSteps::kFirstBlock * static_cast<int>(sizeof(int32_t));
+
+HWY_INLINE void storeSearch(const Ints4& energies, Rank* ranks, Number* numbers) {
+  const auto bits = [&](std::size_t i) HWY_ATTR {
+    return vreinterpretq_s32_f32(vcvtq_f32_s32(energies.part[i].raw));
+  };
+  const auto eight = [&](std::size_t i) HWY_ATTR {
+    constexpr int kRank = EdgeSteps::kRankShift, kOffset = EdgeSteps::kBlockShift - 2;
+    const int32x4_t low = bits(i), high = bits(i + 1);
+    vst1q_s16(ranks + 4 * i, vshrn_high_n_s32(vshrn_n_s32(low, kRank), high, kRank));
+    const int16x8_t offset = vshrn_high_n_s32(vshrn_n_s32(low, kOffset), high, kOffset);
+    vst1q_u16(numbers + 4 * i, vbicq_u16(vreinterpretq_u16_s16(offset), vdupq_n_u16(3)));
+  };
+  eight(0);
+  eight(2);
+}
+
+// Sixteen at a time, four out of a register. Numbers are offsets in bytes, which take an
+// instruction less than counts; that of the first entry is kFirst.
+template <int kFirst, class Entry>
+HWY_INLINE void lookUp(const Entry* table, const uint16_t* numbers, Entry* entries,
+                       std::size_t count) {
+  const uintptr_t base = reinterpret_cast<uintptr_t>(table) - kFirst;
+  for (std::size_t i = 0; i < count; i += kBlock) {
+    uint64_t fours[kBlock / 4];
+    std::memcpy(fours, numbers + i, sizeof fours);
+    for (std::size_t k = 0; k < kBlock / 4; ++k) {
+      const auto at = [base, four = fours[k]](int which) HWY_ATTR {
+        return *reinterpret_cast<const Entry*>(base + (four >> (16 * which) & 0xFFFF));
+      };
+      const Entry found[4] = {at(0), at(1), at(2), at(3)};  // before any is stored
+      std::copy_n(found, 4, entries + i + 4 * k);
+    }
+  }
+}
+
+HWY_INLINE ByteVector edgeGreys(const Rank* ranks, const int32_t* entries) {
+  const auto eight = [](const Rank* own, const int32_t* found) HWY_ATTR {
+    const int16x8x2_t halves = vld2q_s16(reinterpret_cast<const int16_t*>(found));
+    const uint16x8_t stepped = vcgtq_s16(vld1q_s16(own), halves.val[1]);
+    return vreinterpretq_u8_u16(vaddq_u16(vreinterpretq_u16_s16(halves.val[0]), stepped));
+  };
+  return ByteVector(vuzp1q_u8(eight(ranks, entries), eight(ranks + 8, entries + 8)));
+}
+
+#else
+
+using Rank = int32_t;  // in the upper half, as in entries
+using Number = int32_t;
+
+constexpr int kFirstNumber = 0;
+
+HWY_INLINE void storeSearch(const Ints4& energies, Rank* ranks, Number* numbers) {
   const Ints d;
-  const Gradient g = gradient<16, 2>(w.top + x, w.middle + x, w.bottom + x);
-  const Ints4 sums = sumsOfSquares(g.x, g.y);
   for (std::size_t i = 0; i < 4; ++i) {
-    const IntVector energy = hn::Add(sums.part[i], hn::Set(d, EdgeSteps::kOffset << 8));
-    const IntVector bits = hn::BitCast(d, hn::ConvertTo(Floats(), energy));
+    const IntVector bits = hn::BitCast(d, hn::ConvertTo(Floats(), energies.part[i]));
     const IntVector block =
         hn::Sub(hn::ShiftRight<EdgeSteps::kBlockShift>(bits), hn::Set(d, EdgeSteps::kFirstBlock));
-    hn::Store(energy, d, energies + i * kBlock / 4);
-    hn::Store(block, d, blocks + i * kBlock / 4);
+    hn::Store(hn::ShiftLeft<16 - EdgeSteps::kRankShift>(bits), d, ranks + i * kBlock / 4);
+    hn::Store(block, d, numbers + i * kBlock / 4);
   }
 }
 
 // Two numbers out of a register at a time, low half first; two registers a step, which is a tenth
 // faster than one. `count` is a multiple of 4.
-HWY_INLINE void lookUp(const int32_t* table, int32_t* values, std::size_t count) {
+template <int kFirst>
+HWY_INLINE void lookUp(const int32_t* table, const int32_t* numbers, int32_t* entries,
+                       std::size_t count) {
   for (std::size_t i = 0; i < count; i += 4) {
     uint64_t pairs[2];
-    std::memcpy(pairs, values + i, sizeof pairs);
+    std::memcpy(pairs, numbers + i, sizeof pairs);
     for (std::size_t k = 0; k < 2; ++k) {
-      values[i + 2 * k] = table[static_cast<uint32_t>(pairs[k])];
-      values[i + 2 * k + 1] = table[pairs[k] >> 32];
+      entries[i + 2 * k] = table[static_cast<uint32_t>(pairs[k])];
+      entries[i + 2 * k + 1] = table[pairs[k] >> 32];
     }
   }
 }
 
-HWY_INLINE ByteVector edgeGreys(const int32_t* energies, const int32_t* entries) {
+HWY_INLINE ByteVector edgeGreys(const Rank* ranks, const int32_t* entries) {
   const Ints d;
   Ints4 greys = load4(entries);
   for (std::size_t i = 0; i < 4; ++i) {
-    const auto stepped = hn::Gt(hn::Load(d, energies + i * kBlock / 4), greys.part[i]);
+    const auto stepped = hn::Gt(hn::Load(d, ranks + i * kBlock / 4), greys.part[i]);
     const IntVector moved = hn::Add(greys.part[i], hn::VecFromMask(d, stepped));
     greys.part[i] = hn::And(moved, hn::Set(d, 0xFF));
   }
   return narrow(greys);
+}
+
+#endif
+
+HWY_INLINE void search(const PlaneWindow& w, std::size_t x, Rank* ranks, Number* numbers) {
+  const Gradient g = gradient<1, 2>(w.top + x, w.middle + x, w.bottom + x);
+  Ints4 energies = sumsOfSquares(g.x, g.y);
+  for (IntVector& energy : energies.part) {
+    energy = hn::Add(energy, hn::Set(Ints(), EdgeSteps::kOffset));
+  }
+  storeSearch(energies, ranks, numbers);
 }
 
 // Both halves of the overlay are the same product of v and grey, mirrored in the upper one.
@@ -151,13 +224,15 @@ HWY_INLINE ByteVector overlay(ByteVector v, ByteVector grey) {
 HWY_INLINE void inkPlane(const PlaneWindow& w, std::size_t from, std::size_t count,
                          const EdgeSteps& edges, uint8_t* inked) {
   const Bytes d;
-  HWY_ALIGN int32_t energies[kChunk], entries[kChunk];
+  HWY_ALIGN Rank ranks[kChunk];
+  HWY_ALIGN Number numbers[kChunk];
+  HWY_ALIGN int32_t entries[kChunk];
   for (std::size_t x = 0; x < count; x += kBlock) {
-    takeEnergies(w, from + x, energies + x, entries + x);
+    search(w, from + x, ranks + x, numbers + x);
   }
-  lookUp(edges.entries, entries, hwy::RoundUpTo(count, kBlock));
+  lookUp<kFirstNumber>(edges.entries, numbers, entries, hwy::RoundUpTo(count, kBlock));
   for (std::size_t x = 0; x < count; x += kBlock) {
-    const ByteVector grey = edgeGreys(energies + x, entries + x);
+    const ByteVector grey = edgeGreys(ranks + x, entries + x);
     hn::Store(overlay(hn::LoadU(d, w.middle + from + x + 1), grey), d, inked + x);
   }
 }
@@ -172,8 +247,8 @@ void inkRowVector(const PlaneWindow& rows, uint8_t* out, std::size_t count,
     }
     const auto join = [&](std::size_t x, uint8_t* to) HWY_ATTR {
       const Bytes d;
-      hn::StoreInterleaved3(hn::Load(d, inked[2] + x), hn::Load(d, inked[1] + x),
-                            hn::Load(d, inked[0] + x), d, to);
+      storeOrdered(hn::Load(d, inked[2] + x), hn::Load(d, inked[1] + x), hn::Load(d, inked[0] + x),
+                   to);
     };
     forEachBlock<kBlock>(part, join, Writes<kPackedBytes>{out + kPackedBytes * from});
   }
@@ -204,50 +279,56 @@ HWY_INLINE Brightest brightest(const PlaneWindow& rows, std::size_t x) {
 
 #if ALG_IS_NEON()
 
-// The numbers of a block's factors; planes of them are a chunk apart.
-HWY_INLINE void takeNumbers(const PlaneWindow& rows, std::size_t x, int32_t* numbers) {
+// Where a block's factors lie in their table, in bytes.
+HWY_INLINE void takeOffsets(const PlaneWindow& rows, std::size_t x,
+                            uint16_t (&offsets)[kPackedBytes][kBlock]) {
   const Brightest most = brightest(rows, x);
+  const uint8x16_t one = vdupq_n_u8(sizeof(uint32_t)), three = vdupq_n_u8(3 * sizeof(uint32_t));
   for (std::size_t c = 0; c < kPackedBytes; ++c) {
-    const Ints4 number = widened(plusThrice(most.all, most.of[c]));
-    for (std::size_t i = 0; i < 4; ++i) {
-      hn::Store(number.part[i], Ints(), numbers + c * kChunk + i * kBlock / 4);
-    }
+    const uint8x16_t all = most.all.raw, own = most.of[c].raw;
+    vst1q_u16(offsets[c], vmlal_u8(vmull_u8(vget_low_u8(all), vget_low_u8(one)), vget_low_u8(own),
+                                   vget_low_u8(three)));
+    vst1q_u16(offsets[c] + 8, vmlal_high_u8(vmull_high_u8(all, one), own, three));
   }
 }
 
-// The high bytes of the products.
-HWY_INLINE ByteVector scaledBy(const int32_t* factors, ByteVector v) {
-  const Ints d;
-  const hn::RebindToUnsigned<Ints> u;
-  Ints4 products = widened(v);
-  for (std::size_t i = 0; i < 4; ++i) {
-    const IntVector product = hn::Mul(products.part[i], hn::Load(d, factors + i * kBlock / 4));
-    products.part[i] = hn::BitCast(d, hn::ShiftRight<24>(hn::BitCast(u, product)));
+HWY_INLINE uint8x8_t scaledBy(const uint32_t* factors, uint16x8_t v) {
+  const uint16x8x2_t halves = vld2q_u16(reinterpret_cast<const uint16_t*>(factors));
+  const int16x8_t fine =
+      vqdmulhq_s16(vreinterpretq_s16_u16(v), vreinterpretq_s16_u16(halves.val[0]));
+  return vshrn_n_u16(vmlaq_u16(vreinterpretq_u16_s16(fine), v, halves.val[1]), 8);
+}
+
+HWY_INLINE ByteVector scaledBy(const uint32_t* factors, ByteVector v) {
+  return ByteVector(vcombine_u8(scaledBy(factors, vmovl_u8(vget_low_u8(v.raw))),
+                                scaledBy(factors + 8, vmovl_high_u8(v.raw))));
+}
+
+HWY_INLINE void cartoonBlock(const PlaneWindow& rows, std::size_t x, uint8_t* out,
+                             const uint32_t* factors) {
+  HWY_ALIGN uint16_t offsets[kPackedBytes][kBlock];
+  HWY_ALIGN uint32_t looked[kPackedBytes][kBlock];
+  takeOffsets(rows, x, offsets);
+  for (int c = 0; c < kPackedBytes; ++c) {
+    lookUp<0>(factors, offsets[c], looked[c], kBlock);
   }
-  return narrow(products);
+  const auto scaled = [&](int c) HWY_ATTR {
+    return scaledBy(looked[c], hn::LoadU(Bytes(), rows.plane(c).middle + x + 1));
+  };
+  storeOrdered(scaled(2), scaled(1), scaled(0), out);
 }
 
 void cartoonRowVector(const PlaneWindow& rows, uint8_t* out, std::size_t count,
                       const CartoonFactors& factors) {
-  HWY_ALIGN int32_t looked[kPackedBytes][kChunk];  // at first the numbers of the factors
-  for (std::size_t from = 0; from < count; from += kChunk) {
-    const std::size_t part = HWY_MIN(count - from, kChunk);
-    for (std::size_t x = 0; x < part; x += kBlock) {
-      takeNumbers(rows, from + x, looked[0] + x);
-    }
-    for (int c = 0; c < kPackedBytes; ++c) {
-      lookUp(factors.entries, looked[c], hwy::RoundUpTo(part, kBlock));
-    }
-    const auto scale = [&](std::size_t x, uint8_t* to) HWY_ATTR {
-      const Bytes d;
-      ByteVector result[kPackedBytes];
-      for (int c = 0; c < kPackedBytes; ++c) {
-        const ByteVector v = hn::LoadU(d, rows.plane(c).middle + from + x + 1);
-        result[c] = scaledBy(looked[c] + x, v);
-      }
-      hn::StoreInterleaved3(result[2], result[1], result[0], d, to);
-    };
-    forEachBlock<kBlock>(part, scale, Writes<kPackedBytes>{out + kPackedBytes * from});
+  const PlaneWindow planes = rows;  // which no store can change
+  const std::size_t whole = count - count % kBlock;
+  for (std::size_t x = 0; x < whole; x += kBlock) {
+    cartoonBlock(planes, x, out + kPackedBytes * x, factors.entries);
+  }
+  if (whole < count) {
+    uint8_t tail[kPackedBytes * kBlock];
+    cartoonBlock(planes, whole, tail, factors.entries);
+    std::memcpy(out + kPackedBytes * whole, tail, kPackedBytes * (count - whole));
   }
 }
 
@@ -263,61 +344,64 @@ HWY_INLINE IntVector quotient(IntVector n, IntVector v) {
   const auto number = hn::ConvertTo(d, n), one = hn::Set(d, 1.0f);
   const auto factor = hn::Div(one, number);
   const auto excess = hn::MulSub(number, factor, one);
-  const hn::Vec<Floats> half{
-      _mm256_blendv_ps(_mm256_set1_ps(0.5f), _mm256_set1_ps(-0.5f), excess.raw)};
+  const auto half = hn::CopySignToAbs(hn::Set(d, 0.5f), excess);
   const auto dividend = hn::MulAdd(hn::ConvertTo(d, v), hn::Set(d, 1020.0f), half);
-  return IntVector{_mm256_cvttps_epi32(hn::Mul(dividend, factor).raw)};  // never out of range
+  return ops::truncated(hn::Mul(dividend, factor));  // never out of range
 }
 
 // Byte kByte of each lane.
 template <int kByte>
 HWY_INLINE IntVector pick(ByteVector v) {
-  const __m256i lanes = _mm256_setr_epi32(0, 4, 8, 12, 0, 4, 8, 12);
-  const __m256i zeros = _mm256_set1_epi32(kByte - 256);  // but for the low byte
-  return IntVector{_mm256_shuffle_epi8(v.raw, _mm256_or_si256(lanes, zeros))};
+  const Ints d;
+  const IntVector lanes = hn::And(hn::ShiftLeft<2>(hn::Iota(d, 0)), hn::Set(d, 12));
+  const IntVector zeros = hn::Set(d, kByte - 256);  // but for the low byte
+  return hn::BitCast(d, hn::TableLookupBytesOr0(v, hn::BitCast(Bytes(), hn::Or(lanes, zeros))));
 }
 
 // The low halves of lanes a, and of lanes b above them.
-HWY_INLINE __m256i joined(IntVector a, IntVector b) {
-  return _mm256_blend_epi16(a.raw, hn::ShiftLeft<16>(b).raw, 0xAA);
+HWY_INLINE ShortVector joined(IntVector a, IntVector b) {
+  const Shorts d;
+  return hn::OddEven(hn::BitCast(d, hn::ShiftLeft<16>(b)), hn::BitCast(d, a));
 }
 
 // Bytes stay in their lanes: n is that of the even bytes and that of the odd ones.
 HWY_INLINE ByteVector quotients(const Shorts2& n, ByteVector v) {
   const Ints d;
+  const Shorts shorts;
   const auto low = hn::Set(d, 0xFFFF);
   const IntVector even = hn::BitCast(d, n.lower), odd = hn::BitCast(d, n.upper);
   const IntVector q0 = quotient(hn::And(even, low), pick<0>(v));
   const IntVector q2 = quotient(hn::ShiftRight<16>(even), pick<2>(v));
-  const __m256i evenBytes = _mm256_and_si256(joined(q0, q2), _mm256_set1_epi16(0xFF));
+  const ShortVector evenBytes = hn::And(joined(q0, q2), hn::Set(shorts, int16_t{0xFF}));
   const IntVector q1 = quotient(hn::And(odd, low), pick<1>(v));
   const IntVector q3 = quotient(hn::ShiftRight<16>(odd), pick<3>(v));
-  return ByteVector{_mm256_or_si256(evenBytes, _mm256_slli_epi16(joined(q1, q3), 8))};
+  return hn::BitCast(Bytes(), hn::Or(evenBytes, hn::ShiftLeft<8>(joined(q1, q3))));
 }
 
 void cartoonRowVector(const PlaneWindow& rows, uint8_t* out, std::size_t count,
                       const CartoonFactors& /*factors*/) {
   const auto divide = [&](std::size_t x, uint8_t* to) HWY_ATTR {
     const Bytes d;
-    const __m256i one = _mm256_set1_epi16(1);
+    const Shorts shorts;
+    const auto one = hn::Set(shorts, int16_t{1});
     const Brightest most = brightest(rows, x);
-    const __m256i evenLimit =
-        _mm256_add_epi16(_mm256_and_si256(most.all.raw, _mm256_set1_epi16(0xFF)), one);
-    const __m256i oddLimit = _mm256_add_epi16(_mm256_srli_epi16(most.all.raw, 8), one);
+    const ShortVector all = hn::BitCast(shorts, most.all);
+    const ShortVector evenLimit = hn::Add(hn::And(all, hn::Set(shorts, int16_t{0xFF})), one);
+    const ShortVector oddLimit = hn::Add(
+        hn::BitCast(shorts, hn::ShiftRight<8>(hn::BitCast(hn::RebindToUnsigned<Shorts>(), all))),
+        one);
     ByteVector result[kPackedBytes];
     for (int c = 0; c < kPackedBytes; ++c) {
-      const __m256i evenThrice = _mm256_maddubs_epi16(most.of[c].raw, _mm256_set1_epi16(3));
-      const __m256i oddThrice = _mm256_maddubs_epi16(most.of[c].raw, _mm256_set1_epi16(3 << 8));
-      const Shorts2 n = {ShortVector{_mm256_add_epi16(evenLimit, evenThrice)},
-                         ShortVector{_mm256_add_epi16(oddLimit, oddThrice)}};
+      const Shorts2 n = {hn::Add(evenLimit, ops::weighPairs<3, 0>(most.of[c])),
+                         hn::Add(oddLimit, ops::weighPairs<0, 3>(most.of[c]))};
       result[c] = quotients(n, hn::LoadU(d, rows.plane(c).middle + x + 1));
     }
-    hn::StoreInterleaved3(result[2], result[1], result[0], d, to);
+    storeOrdered(result[2], result[1], result[0], to);
   };
   forEachBlock<kBlock>(count, divide, Writes<kPackedBytes>{out});
 }
 
-#endif  // NEON or AVX2
+#endif  // NEON or x86
 
 #endif  // vectors or not
 

@@ -44,12 +44,17 @@ void Emboss(unsigned char* src, unsigned char* dst, int width, int height) {
     return;
   }
   const PackedImage image{dst, width, height};
-  alg::walkWindows(alg::greyRows(src, width, work, kLuminance), image,
-                   alg::WindowTarget::kBottomRight,
-                   [grey = work.row(3)](const uint8_t* top, const uint8_t* /*middle*/,
-                                        const uint8_t* bottom, uint8_t* out, int count) {
-                     alg::reliefRow(top, bottom, grey, static_cast<std::size_t>(count));
-                     alg::spreadGreyRow(grey, out, static_cast<std::size_t>(count));
+  constexpr auto kTarget = alg::WindowTarget::kBottomRight;
+  alg::FetchAhead ahead(src, image, kTarget);
+  alg::walkWindows(alg::greyRows(src, width, work, kLuminance), image, kTarget,
+                   [&ahead, grey = work.row(3)](const uint8_t* top, const uint8_t* /*middle*/,
+                                                const uint8_t* bottom, uint8_t* out, int windows) {
+                     ahead.drawRow(windows, [=](int x, int part) {
+                       const auto count = static_cast<std::size_t>(part);
+                       alg::reliefRow(top + x, bottom + x, grey, count);
+                       alg::spreadGreyRow(grey, out + (std::ptrdiff_t{x} * alg::kPackedBytes),
+                                          count);
+                     });
                    });
   smearRows(image);
   alg::copyEdgeColumns(image);

@@ -1,6 +1,8 @@
 // The definitions of the grey row kernels.
 #include "classic/grey_rows.h"
 
+#include <algorithm>
+
 #include "base/image_size.h"
 
 namespace alg {
@@ -17,6 +19,15 @@ void greyRowPlain(const uint8_t* pixels, uint8_t* grey, std::size_t width,
 void spreadGreyRowPlain(const uint8_t* grey, uint8_t* pixels, std::size_t width) {
   for (std::size_t x = 0; x < width; ++x, pixels += kPackedBytes) {
     pixels[0] = pixels[1] = pixels[2] = grey[x];
+  }
+}
+
+void tintGreyRowPlain(const uint8_t* grey, const uint8_t* tints, uint8_t* pixels,
+                      std::size_t width) {
+  for (std::size_t x = 0; x < width; ++x, tints += kPackedBytes, pixels += kPackedBytes) {
+    pixels[0] = static_cast<uint8_t>(std::min(grey[x] + tints[0], 255));
+    pixels[1] = static_cast<uint8_t>(std::min(grey[x] + tints[1], 255));
+    pixels[2] = grey[x];
   }
 }
 

@@ -10,7 +10,7 @@
 
 namespace alg {
 
-inline constexpr std::size_t kRowPadding = 64;
+inline constexpr std::size_t kRowPadding = 128;
 
 /// The weights of a pixel's bytes 0, 1 and 2 in 16 fractional bits. They add up to 1, their low
 /// bytes to 256 at most; checked where they are built.
@@ -30,6 +30,11 @@ void greyRowPlain(const uint8_t* pixels, uint8_t* grey, std::size_t width,
 /// Writes each grey into all three bytes of its pixel.
 void spreadGreyRow(const uint8_t* grey, uint8_t* pixels, std::size_t width);
 void spreadGreyRowPlain(const uint8_t* grey, uint8_t* pixels, std::size_t width);
+
+/// The same with a tint: bytes 0 and 1 of a pixel gain those of its tint, up to 255.
+void tintGreyRow(const uint8_t* grey, const uint8_t* tints, uint8_t* pixels, std::size_t width);
+void tintGreyRowPlain(const uint8_t* grey, const uint8_t* tints, uint8_t* pixels,
+                      std::size_t width);
 
 /// Byte c of pixel x goes to planes[c * pitch + x].
 void splitRow(const uint8_t* pixels, uint8_t* planes, std::ptrdiff_t pitch, std::size_t width);

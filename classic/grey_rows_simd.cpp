@@ -6,6 +6,7 @@
 //     (256 x H + L) >> 16  =  (H + (L >> 8)) >> 8
 //
 // exactly, for 256 x H is a multiple of 256. H + (L >> 8) is 65280 at most.
+#define ALG_ALSO_AVX512
 #include "base/image_size.h"
 #include "classic/grey_rows.h"
 #include "kernels/vector_frame.h"
@@ -14,7 +15,8 @@
 #define HWY_TARGET_INCLUDE "classic/grey_rows_simd.cpp"
 #include "hwy/foreach_target.h"  // IWYU pragma: keep
 #include "hwy/highway.h"
-#include "kernels/row_blocks-inl.h"
+#include "kernels/block_ops-inl.h"
+#include "kernels/packed_planes-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace alg::HWY_NAMESPACE {
@@ -24,6 +26,7 @@ namespace {
 
 constexpr auto& greyRowVector = greyRowPlain;
 constexpr auto& spreadGreyRowVector = spreadGreyRowPlain;
+constexpr auto& tintGreyRowVector = tintGreyRowPlain;
 constexpr auto& splitRowVector = splitRowPlain;
 
 #else
@@ -35,6 +38,11 @@ using ByteVector = hn::Vec<Bytes>;
 
 constexpr std::size_t kBlock = hn::MaxLanes(Bytes());  // pixels a step
 static_assert(kBlock <= kRowPadding);
+
+// A block of pixels: their planes with three-way loads and stores, otherwise as it is in memory.
+struct Pixels {
+  ByteVector v0, v1, v2;
+};
 
 #if ALG_IS_NEON()
 
@@ -88,7 +96,8 @@ class Weigher {
  public:
   explicit Weigher(const GreyWeights& weights) {
     const auto pair = [](unsigned first, unsigned second) HWY_ATTR {
-      return _mm256_set1_epi16(static_cast<int16_t>((first & 0xFF) | ((second & 0xFF) << 8)));
+      const auto both = static_cast<uint16_t>((first & 0xFF) | ((second & 0xFF) << 8));
+      return hn::BitCast(Bytes(), hn::Set(hn::Repartition<uint16_t, Bytes>(), both));
     };
     highBlue_ = pair(weights.of[0] >> 8, 0);
     lowBlue_ = pair(weights.of[0], 0);
@@ -96,40 +105,58 @@ class Weigher {
     lowRest_ = pair(weights.of[1], weights.of[2]);
   }
 
+#if ALG_IS_AVX512()
+  void block(const uint8_t* pixels, uint8_t* grey) const {
+    const Bytes d;
+    const planes::Planes p = planes::load(pixels);
+    const ByteVector blue = flipped(planes::rehome<0, 1>(p.of[0]));
+    const ByteVector red = flipped(planes::rehome<2, 1>(p.of[2])), green = flipped(p.of[1]);
+    const auto lower = sum(hn::InterleaveLower(d, green, red), hn::InterleaveLower(d, blue, blue));
+    const auto upper = sum(hn::InterleaveUpper(d, green, red), hn::InterleaveUpper(d, blue, blue));
+    hn::StoreU(planes::ordered<1>(bytesOf(lower, upper)), d, grey);
+  }
+#else
   // The lanes hold pixels 0..15 and 16..31.
   void block(const uint8_t* pixels, uint8_t* grey) const {
-    const __m256i few = sums(pixels), more = sums(pixels + 8 * kPackedBytes);
-    const __m256i bytes = _mm256_packs_epi16(_mm256_srai_epi16(few, 8), _mm256_srai_epi16(more, 8));
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(grey), flipped(bytes));
+    hn::StoreU(bytesOf(sums(pixels), sums(pixels + 8 * kPackedBytes)), Bytes(), grey);
   }
+#endif
 
  private:
-  static __m256i flipped(__m256i v) { return _mm256_xor_si256(v, _mm256_set1_epi8(-128)); }
+  static ByteVector flipped(ByteVector v) { return hn::Xor(v, hn::Set(Bytes(), 0x80)); }
 
+  static ByteVector bytesOf(ops::ShortVector few, ops::ShortVector more) {
+    return flipped(ops::joinSigned(hn::ShiftRight<8>(few), hn::ShiftRight<8>(more)));
+  }
+
+  ops::ShortVector sum(ByteVector rest, ByteVector blue) const {
+    const auto high = hn::Add(ops::weighPairs(highRest_, rest), ops::weighPairs(highBlue_, blue));
+    const auto low = hn::Add(ops::weighPairs(lowRest_, rest), ops::weighPairs(lowBlue_, blue));
+    return hn::Add(high, hn::ShiftRight<8>(low));
+  }
+
+#if ALG_IS_AVX2()
   static __m256i load(const uint8_t* from) {
     const auto* lower = reinterpret_cast<const __m128i*>(from);
     const auto* upper = reinterpret_cast<const __m128i*>(from + 16 * kPackedBytes);
-    return flipped(_mm256_inserti128_si256(_mm256_castsi128_si256(_mm_loadu_si128(lower)),
-                                           _mm_loadu_si128(upper), 1));
+    const __m256i both = _mm256_inserti128_si256(_mm256_castsi128_si256(_mm_loadu_si128(lower)),
+                                                 _mm_loadu_si128(upper), 1);
+    return flipped(ByteVector{both}).raw;
   }
 
   // Of 8 pixels in each lane. The second load begins 4 bytes early, so as to end with its pixels.
-  __m256i sums(const uint8_t* pixels) const {
+  ops::ShortVector sums(const uint8_t* pixels) const {
     const __m256i first = _mm256_broadcastsi128_si256(
         _mm_setr_epi8(1, 2, 4, 5, 7, 8, 10, 11, 0, -1, 3, -1, 6, -1, 9, -1));
     const __m256i second = _mm256_broadcastsi128_si256(
         _mm_setr_epi8(5, 6, 8, 9, 11, 12, 14, 15, 4, -1, 7, -1, 10, -1, 13, -1));
     const __m256i p = _mm256_shuffle_epi8(load(pixels), first);
     const __m256i q = _mm256_shuffle_epi8(load(pixels + 8), second);
-    const __m256i rest = _mm256_unpacklo_epi64(p, q), blue = _mm256_unpackhi_epi64(p, q);
-    const __m256i high = _mm256_add_epi16(_mm256_maddubs_epi16(highRest_, rest),
-                                          _mm256_maddubs_epi16(highBlue_, blue));
-    const __m256i low = _mm256_add_epi16(_mm256_maddubs_epi16(lowRest_, rest),
-                                         _mm256_maddubs_epi16(lowBlue_, blue));
-    return _mm256_add_epi16(high, _mm256_srai_epi16(low, 8));
+    return sum(ByteVector{_mm256_unpacklo_epi64(p, q)}, ByteVector{_mm256_unpackhi_epi64(p, q)});
   }
+#endif
 
-  __m256i highBlue_, lowBlue_, highRest_, lowRest_;
+  ByteVector highBlue_, lowBlue_, highRest_, lowRest_;
 };
 
 #endif
@@ -142,42 +169,104 @@ void greyRowVector(const uint8_t* pixels, uint8_t* grey, std::size_t width,
   forEachBlock<kBlock>(width, weigh, Reads<kPackedBytes>{pixels});
 }
 
-void splitRowVector(const uint8_t* pixels, uint8_t* planes, std::ptrdiff_t pitch,
-                    std::size_t width) {
+void splitRowVector(const uint8_t* pixels, uint8_t* to, std::ptrdiff_t pitch, std::size_t width) {
   const auto split = [&](std::size_t x, const uint8_t* from) HWY_ATTR {
     const Bytes d;
-    ByteVector p0, p1, p2;
-    hn::LoadInterleaved3(d, from, p0, p1, p2);
-    hn::StoreU(p0, d, planes + x);
-    hn::StoreU(p1, d, planes + pitch + x);
-    hn::StoreU(p2, d, planes + 2 * pitch + x);
+    const planes::Planes p = planes::loadOrdered(from);
+    hn::StoreU(p.of[0], d, to + x);
+    hn::StoreU(p.of[1], d, to + pitch + x);
+    hn::StoreU(p.of[2], d, to + 2 * pitch + x);
   };
   forEachBlock<kBlock>(width, split, Reads<kPackedBytes>{pixels});
 }
 
-HWY_INLINE void spreadBlock(const uint8_t* grey, uint8_t* pixels) {
+#if !ALG_IS_NEON()
+// Which grey byte i of its pixels takes; of AVX2's, in each half of a vector.
+struct Thirds {
+  constexpr Thirds() {
+    for (std::size_t i = 0; i < sizeof of; ++i) {
+      of[i] = static_cast<uint8_t>(i / kPackedBytes);
+    }
+  }
+  alignas(64) uint8_t of[kPackedBytes * (ALG_IS_AVX512() ? 64 : 16)] = {};
+};
+constexpr Thirds kThirds;
+
+// Bytes i with i % 3 < 2.
+struct Tinted {
+  constexpr Tinted() {
+    for (std::size_t i = 0; i < sizeof of; ++i) {
+      of[i] = i % kPackedBytes < 2 ? 255 : 0;
+    }
+  }
+  alignas(64) uint8_t of[kBlock + 2] = {};
+};
+constexpr Tinted kTinted;
+#endif
+
+// Greys as they lie in the three vectors of their pixels.
+HWY_INLINE Pixels spread(const uint8_t* grey) {
   const Bytes d;
   const ByteVector v = hn::LoadU(d, grey);
 #if ALG_IS_NEON()
-  hn::StoreInterleaved3(v, v, v, d, pixels);
+  return {v, v, v};
+#elif ALG_IS_AVX512()
+  const auto part = [&](std::size_t k) HWY_ATTR {
+    return ByteVector{_mm512_permutexvar_epi8(hn::Load(d, kThirds.of + kBlock * k).raw, v.raw)};
+  };
+  return {part(0), part(1), part(2)};
 #else
-  // Byte i of a lane's 48 is its grey i / 3.
-  alignas(16) static constexpr uint8_t kThirds[48] = {
-      0, 0, 0, 1, 1, 1, 2,  2,  2,  3,  3,  3,  4,  4,  4,  5,  5,  5,  6,  6,  6,  7,  7,  7,
-      8, 8, 8, 9, 9, 9, 10, 10, 10, 11, 11, 11, 12, 12, 12, 13, 13, 13, 14, 14, 14, 15, 15, 15};
-  const auto first = hn::LoadDup128(d, kThirds), second = hn::LoadDup128(d, kThirds + 16),
-             third = hn::LoadDup128(d, kThirds + 32);
+  const auto first = hn::LoadDup128(d, kThirds.of), second = hn::LoadDup128(d, kThirds.of + 16),
+             third = hn::LoadDup128(d, kThirds.of + 32);
   const ByteVector lower = hn::ConcatLowerLower(d, v, v), upper = hn::ConcatUpperUpper(d, v, v);
-  hn::StoreU(hn::TableLookupBytes(lower, hn::ConcatUpperLower(d, second, first)), d, pixels);
-  hn::StoreU(hn::TableLookupBytes(v, hn::ConcatUpperLower(d, first, third)), d, pixels + kBlock);
-  hn::StoreU(hn::TableLookupBytes(upper, hn::ConcatUpperLower(d, third, second)), d,
-             pixels + 2 * kBlock);
+  return {hn::TableLookupBytes(lower, hn::ConcatUpperLower(d, second, first)),
+          hn::TableLookupBytes(v, hn::ConcatUpperLower(d, first, third)),
+          hn::TableLookupBytes(upper, hn::ConcatUpperLower(d, third, second))};
+#endif
+}
+
+// Bytes 0 and 1 of each pixel, and 0 for byte 2.
+HWY_INLINE Pixels loadTints(const uint8_t* tints) {
+  const Bytes d;
+#if ALG_IS_NEON()
+  ByteVector t0, t1, t2;
+  hn::LoadInterleaved3(d, tints, t0, t1, t2);
+  return {t0, t1, hn::Zero(d)};
+#else
+  const auto masked = [&](std::size_t k) HWY_ATTR {
+    return hn::And(hn::LoadU(d, tints + kBlock * k),
+                   hn::LoadU(d, kTinted.of + kBlock * k % kPackedBytes));
+  };
+  return {masked(0), masked(1), masked(2)};
+#endif
+}
+
+HWY_INLINE void storePixels(const Pixels& p, uint8_t* to) {
+  const Bytes d;
+#if ALG_IS_NEON()
+  hn::StoreInterleaved3(p.v0, p.v1, p.v2, d, to);
+#else
+  hn::StoreU(p.v0, d, to);
+  hn::StoreU(p.v1, d, to + kBlock);
+  hn::StoreU(p.v2, d, to + 2 * kBlock);
 #endif
 }
 
 void spreadGreyRowVector(const uint8_t* grey, uint8_t* pixels, std::size_t width) {
-  const auto spread = [&](std::size_t x, uint8_t* to) HWY_ATTR { spreadBlock(grey + x, to); };
-  forEachBlock<kBlock>(width, spread, Writes<kPackedBytes>{pixels});
+  const auto block = [&](std::size_t x, uint8_t* to)
+                         HWY_ATTR { storePixels(spread(grey + x), to); };
+  forEachBlock<kBlock>(width, block, Writes<kPackedBytes>{pixels});
+}
+
+void tintGreyRowVector(const uint8_t* grey, const uint8_t* tints, uint8_t* pixels,
+                       std::size_t width) {
+  const auto block = [&](std::size_t x, const uint8_t* from, uint8_t* to) HWY_ATTR {
+    const Pixels greys = spread(grey + x), added = loadTints(from);
+    storePixels({hn::SaturatedAdd(greys.v0, added.v0), hn::SaturatedAdd(greys.v1, added.v1),
+                 hn::SaturatedAdd(greys.v2, added.v2)},
+                to);
+  };
+  forEachBlock<kBlock>(width, block, Reads<kPackedBytes>{tints}, Writes<kPackedBytes>{pixels});
 }
 
 #endif  // vectors or not
@@ -195,6 +284,10 @@ void greyRow(const uint8_t* pixels, uint8_t* grey, std::size_t width, const Grey
 
 void spreadGreyRow(const uint8_t* grey, uint8_t* pixels, std::size_t width) {
   ALG_DISPATCH(spreadGreyRowVector)(grey, pixels, width);
+}
+
+void tintGreyRow(const uint8_t* grey, const uint8_t* tints, uint8_t* pixels, std::size_t width) {
+  ALG_DISPATCH(tintGreyRowVector)(grey, tints, pixels, width);
 }
 
 void splitRow(const uint8_t* pixels, uint8_t* planes, std::ptrdiff_t pitch, std::size_t width) {

@@ -225,20 +225,46 @@ class LightTerms {
   const IntVector iota_ = hn::Iota(Ints(), 0);
 };
 
-/// Lights `bytes` bytes and perhaps some more up to `room`, to be lit again. The gains of five
-/// pixels are `step` bytes after those of the five before: 15, or 0 to take the same ones again.
-HWY_NOINLINE void lightUp(const uint8_t* src, uint8_t* dst, std::size_t bytes, std::size_t room,
-                          const uint8_t* gains, std::size_t step) {
+/// Lights the 5 pixels at each of kSteps places, 15 bytes apart. All are read before any is
+/// written, so that cores which take instructions in order don't wait for each.
+template <std::size_t kSteps>
+HWY_INLINE void lightSteps(const uint8_t* src, uint8_t* dst, const uint8_t* gains,
+                           std::size_t step) {
   HWY_ALIGN static constexpr uint8_t kTurned[16] = {2, 1,  0,  5, 4,  3,  8,  7,
                                                     6, 11, 10, 9, 14, 13, 12, 15};
   const Bytes16 d;
   const auto turned = hn::Load(d, kTurned);
-  std::size_t at = 0;
-  for (; at < bytes && at + 18 <= room; at += 15, gains += step) {
-    const auto pixels = hn::TableLookupBytes(hn::LoadU(d, src + at), turned);
-    hn::StoreU(hn::SaturatedAdd(pixels, hn::LoadU(d, gains)), d, dst + at);
+  const auto lit = [&](std::size_t i) HWY_ATTR {
+    const auto pixels = hn::TableLookupBytes(hn::LoadU(d, src + 15 * i), turned);
+    return hn::SaturatedAdd(pixels, hn::LoadU(d, gains + step * i));
+  };
+  if constexpr (kSteps == 1) {
+    hn::StoreU(lit(0), d, dst);
+  } else {
+    const auto first = lit(0), second = lit(1), third = lit(2), fourth = lit(3);
+    hn::StoreU(first, d, dst);
+    hn::StoreU(second, d, dst + 15);
+    hn::StoreU(third, d, dst + 30);
+    hn::StoreU(fourth, d, dst + 45);
   }
-  for (; at < bytes; at += kPackedBytes, gains += step / 5) {
+}
+
+/// Lights `bytes` bytes and perhaps some more up to `room`, to be lit again. The gains of five
+/// pixels are `step` bytes after those of the five before: 15, or 0 to take the same ones again.
+HWY_NOINLINE void lightUp(const uint8_t* src, uint8_t* dst, std::size_t bytes, std::size_t room,
+                          const uint8_t* gains, std::size_t step) {
+  constexpr std::size_t kUnroll = 4;
+  const std::size_t within = room < 18 ? 0 : (room - 18) / 15 + 1;
+  const std::size_t steps = HWY_MIN((bytes + 14) / 15, within);
+  std::size_t i = 0;
+  for (; i + kUnroll <= steps; i += kUnroll) {
+    lightSteps<kUnroll>(src + 15 * i, dst + 15 * i, gains + step * i, step);
+  }
+  for (; i < steps; ++i) {
+    lightSteps<1>(src + 15 * i, dst + 15 * i, gains + step * i, step);
+  }
+  gains += step * steps;
+  for (std::size_t at = 15 * steps; at < bytes; at += kPackedBytes, gains += step / 5) {
     for (std::size_t k = 0; k < kPackedBytes; ++k) {
       dst[at + k] = static_cast<uint8_t>(std::min(src[at + 2 - k] + gains[k], 255));
     }

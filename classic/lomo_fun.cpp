@@ -10,13 +10,13 @@
 namespace {
 
 /// Rows firstRow..firstRow + rows - 1 of an image; src and dst point at the first of them.
-void shadeRows(int* src, int* dst, int width, int height, int firstRow, int rows) {
+void shadeRows(const int* src, int* dst, int width, int imageHeight, int firstRow, int rows) {
   static const alg::Curves kCurves = alg::makeCurves(alg::lomoBlue, alg::lomoGreen, alg::lomoRed);
   if (width < 1 || rows < 1) {
     return;
   }
-  const alg::Vignette vignette(width, height);
-  const auto shade = alg::Vignette::fits(width, height) ? alg::shadeRow : alg::shadeRowPlain;
+  const alg::Vignette vignette(width, imageHeight);
+  const auto shade = alg::Vignette::fits(width, imageHeight) ? alg::shadeRow : alg::shadeRowPlain;
   const std::ptrdiff_t pitch = std::ptrdiff_t{width} * alg::kPackedBytes;
   for (int y = 0; y < rows; ++y) {
     shade(vignette, vignette.rowTerm(firstRow + y), kCurves, src + y * pitch, dst + y * pitch,

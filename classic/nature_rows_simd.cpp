@@ -22,6 +22,7 @@
 #define HWY_TARGET_INCLUDE "classic/nature_rows_simd.cpp"
 #include "hwy/foreach_target.h"  // IWYU pragma: keep
 #include "hwy/highway.h"
+#include "kernels/block_ops-inl.h"
 #include "kernels/packed_planes-inl.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -83,18 +84,7 @@ struct Saturation {
     const FloatVector rounding = hn::NegMulAdd(k, s, ks);
     const FloatVector errors = hn::MulSub(rounding, m, hn::Mul(taken, error));
     const FloatVector n = hn::NegMulAdd(taken, difference, hn::Mul(c, m));
-    return truncated(nudged(n, errors, r));
-  }
-
-  // Of values from 0 to 255.
-  static HWY_INLINE WordVector truncated(FloatVector v) {
-#if ALG_IS_AVX2()
-    return WordVector{_mm256_cvttps_epi32(v.raw)};
-#elif ALG_IS_AVX512()
-    return WordVector{_mm512_cvttps_epi32(v.raw)};
-#else
-    return hn::BitCast(Words(), hn::ConvertTo(Ints(), v));
-#endif
+    return hn::BitCast(Words(), ops::truncated(nudged(n, errors, r)));
   }
 
   FloatVector m, difference, r, s, half, error;

@@ -20,8 +20,6 @@ using alg::EdgeSteps;
 using alg::PlaneWindow;
 
 constexpr int kPlanes = 3 * alg::kPackedBytes;
-constexpr int kStretch = 256;   // windows a step
-constexpr int kCacheLine = 64;  // bytes
 
 /// The grey of a squared gradient: 255 without an edge, 2 on a strong one, falling in steps of 1.
 /// Any C library's exp and pow give these: errors of up to 64 units in the last place in either,
@@ -35,29 +33,35 @@ int edgeGrey(int energy) {
 
 /// The first argument of a block, plus kOffset.
 int blockStart(int block) {
-  const int bits = (block + EdgeSteps::kFirstBlock - (8 << 6)) << EdgeSteps::kBlockShift;
+  const int bits = (block + EdgeSteps::kFirstBlock) << EdgeSteps::kBlockShift;
   float start;
   std::memcpy(&start, &bits, sizeof start);
   return static_cast<int>(start);
 }
 
+/// Of an argument plus kOffset, in the upper half.
+int rankOf(int argument) {
+  const auto number = static_cast<float>(argument);
+  int bits;
+  std::memcpy(&bits, &number, sizeof bits);
+  return (bits >> EdgeSteps::kRankShift) << 16;
+}
+
 /// Not constant for the compiler, which would put the table into the library file.
 EdgeSteps findEdgeSteps() {
-  constexpr int kNever = 1 << 22;
   EdgeSteps edges;
   for (int block = 0; block < EdgeSteps::kBlocks; ++block) {
-    int first = blockStart(block), end = blockStart(block + 1);
+    int first = blockStart(block), last = blockStart(block + 1) - 1;
     const int grey = edgeGrey(first - EdgeSteps::kOffset);
-    if (edgeGrey(end - 1 - EdgeSteps::kOffset) == grey) {
-      first = kNever - 1;
-    } else {
-      --end;
+    while (first < last) {  // the last argument before the step, or of the block
+      const int middle = (first + last + 1) / 2;
+      if (edgeGrey(middle - EdgeSteps::kOffset) == grey) {
+        first = middle;
+      } else {
+        last = middle - 1;
+      }
     }
-    while (first + 1 < end) {  // the step is behind `first`, at `end` at the latest
-      const int middle = (first + end) / 2;
-      (edgeGrey(middle - EdgeSteps::kOffset) == grey ? first : end) = middle;
-    }
-    edges.entries[block] = (first << 8) | grey;
+    edges.entries[block] = rankOf(first) | grey;
   }
   return edges;
 }
@@ -76,14 +80,17 @@ const EdgeSteps& edgeSteps() {
 /// n divides 1020 x v and f is rounded down. A fixed-point factor just above 1020 / n, or just
 /// below it where f is rounded down, gives the same for each v (all n and v have been tried).
 CartoonFactors findCartoonFactors() {
-  constexpr uint64_t kDividend = uint64_t{4 * 255} << 24;
+  constexpr uint64_t kDividend = uint64_t{4 * 255} << (8 + CartoonFactors::kFineBits);
   CartoonFactors factors;
   for (int i = 0; i < static_cast<int>(std::size(factors.entries)); ++i) {
     const int n = i + 1;
     const auto f = static_cast<float>(4.0 / n);
     const bool roundedDown = static_cast<double>(f) * n < 4.0;
     const uint64_t below = (kDividend - 1) / static_cast<unsigned>(n);
-    factors.entries[i] = static_cast<int32_t>(roundedDown ? below : below + 1);
+    const uint64_t factor = roundedDown ? below : below + 1;
+    constexpr int kFineBits = CartoonFactors::kFineBits;
+    const auto fine = static_cast<uint32_t>(factor & ((1 << kFineBits) - 1));
+    factors.entries[i] = static_cast<uint32_t>(factor >> kFineBits) << 16 | fine;
   }
   return factors;
 }
@@ -93,16 +100,7 @@ const CartoonFactors& cartoonFactors() {
   return kFactors;
 }
 
-/// Prefetches a stretch of the source row that is split next, and of the row that is written next.
-void fetchAhead(const uint8_t* src, const uint8_t* dst, int pixels) {
-  for (int i = 0; i < pixels * alg::kPackedBytes; i += kCacheLine) {
-    __builtin_prefetch(src + i);
-    __builtin_prefetch(dst + i, 1);
-  }
-}
-
-/// Runs a row kernel over the inner pixels, then copies the edges. The kernels take long and the
-/// split waits for memory: what follows is fetched while a stretch of windows is computed.
+/// Runs a row kernel over the inner pixels, then copies the edges.
 template <class Kernel>
 void draw(const uint8_t* src, uint8_t* dst, int width, int height, Kernel kernel) {
   if (width < 1 || height < 1) {
@@ -113,24 +111,18 @@ void draw(const uint8_t* src, uint8_t* dst, int width, int height, Kernel kernel
     return;
   }
   const alg::PackedImage image{dst, width, height};
-  const auto sourceRow = alg::packedRows(src, width);
-  int y = 0;  // the written row
+  alg::FetchAhead ahead(src, image, alg::WindowTarget::kCentre);
   alg::walkWindows(alg::planeRows(src, width, work), image, alg::WindowTarget::kCentre,
                    [&](const uint8_t* top, const uint8_t* middle, const uint8_t* bottom,
-                       uint8_t* out, int count) {
-                     ++y;
-                     const uint8_t* nextSource = sourceRow(std::min(y + 2, height - 1));
-                     const uint8_t* nextTarget = image.at(y + 1, 0);
-                     for (int x = 0; x < count; x += kStretch) {
-                       const int part = std::min(count - x, kStretch);
-                       const std::ptrdiff_t byte = std::ptrdiff_t{x} * alg::kPackedBytes;
-                       fetchAhead(nextSource + byte, nextTarget + byte, part);
+                       uint8_t* out, int windows) {
+                     ahead.drawRow(windows, [&](int x, int count) {
                        kernel(PlaneWindow{.top = top + x,
                                           .middle = middle + x,
                                           .bottom = bottom + x,
                                           .pitch = work.pitch()},
-                              out + byte, static_cast<std::size_t>(part));
-                     }
+                              out + (std::ptrdiff_t{x} * alg::kPackedBytes),
+                              static_cast<std::size_t>(count));
+                     });
                    });
   alg::copyEdges(image);
 }

@@ -1,5 +1,4 @@
 // Sketch and newsketch: dark edge lines on white or on paper.
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
@@ -8,7 +7,7 @@
 #include "classic/drawing_rows.h"
 #include "classic/grey_rows.h"
 #include "classic/neighbourhood.h"
-#include "kernels/nearest_steps.h"
+#include "kernels/stretched_rows.h"
 #include "libalgorithm/classic_effects.h"
 
 namespace {
@@ -19,77 +18,51 @@ using alg::PictureView;
 constexpr alg::GreyWeights kLuminance{{74 << 6, 732 << 6, 218 << 6}};
 static_assert(kLuminance.fit());
 
-struct WhitePaper {
-  static void drawRow(const uint8_t* lines, uint8_t* out, int count) {
-    alg::spreadGreyRow(lines, out, static_cast<std::size_t>(count));
-  }
-};
-
-/// A picture of 4 bytes a pixel, stretched over the image. Its bytes 0 and 1 tint red and green;
-/// blue takes none.
-class PaperPicture {
- public:
-  /// @param firstRow  the image's row at which drawing begins
-  PaperPicture(const PictureView& picture, int imageWidth, int imageHeight, int firstRow)
-      : pixels_(picture.pixels),
-        width_(picture.width),
-        firstColumn_(picture.width, imageWidth),
-        row_(picture.height, imageHeight) {
-    firstColumn_.advance();  // drawing starts in column 1 ...
-    for (int y = 0; y < firstRow; ++y) {
-      row_.advance();
-    }
-  }
-
-  void drawRow(const uint8_t* lines, uint8_t* out, int count) {
-    row_.advance();  // ... and in row 1
-    const uint8_t* tints = pixels_ + (std::ptrdiff_t{row_.index()} * width_ * alg::kArgbBytes);
-    alg::NearestSteps column = firstColumn_;
-    for (int x = 0; x < count; ++x, out += alg::kPackedBytes) {
-      const uint8_t* tint = tints + (std::ptrdiff_t{column.index()} * alg::kArgbBytes);
-      out[0] = static_cast<uint8_t>(std::min(lines[x] + tint[0], 255));
-      out[1] = static_cast<uint8_t>(std::min(lines[x] + tint[1], 255));
-      out[2] = lines[x];
-      column.advance();
-    }
-  }
-
- private:
-  const uint8_t* pixels_;
-  int width_;
-  alg::NearestSteps firstColumn_, row_;
-};
-
-template <class Paper>
-void sketchOn(Paper paper, const uint8_t* src, uint8_t* dst, int width, int height) {
+/// Rows of lines become rows of the image by paint(lines, y, out, count), from column 1 on.
+template <class Paint>
+void sketchOn(Paint paint, const uint8_t* src, uint8_t* dst, int width, int height) {
   const alg::WorkRows work(4, width);
   if (!work) {
     return;
   }
   const alg::PackedImage image{dst, width, height};
-  alg::walkWindows(alg::greyRows(src, width, work, kLuminance), image, alg::WindowTarget::kCentre,
-                   [&paper, lines = work.row(3)](const uint8_t* top, const uint8_t* middle,
-                                                 const uint8_t* bottom, uint8_t* out, int count) {
-                     alg::lineRow(top, middle, bottom, lines, static_cast<std::size_t>(count));
-                     paper.drawRow(lines, out, count);
-                   });
+  alg::FetchAhead ahead(src, image, alg::WindowTarget::kCentre);
+  int y = 0;  // the written row
+  alg::walkWindows(
+      alg::greyRows(src, width, work, kLuminance), image, alg::WindowTarget::kCentre,
+      [&paint, &ahead, &y, lines = work.row(3)](const uint8_t* top, const uint8_t* middle,
+                                                const uint8_t* bottom, uint8_t* out, int windows) {
+        ahead.drawRow(windows, [=](int x, int count) {
+          alg::lineRow(top + x, middle + x, bottom + x, lines + x, static_cast<std::size_t>(count));
+        });
+        paint(lines, ++y, out, static_cast<std::size_t>(windows));
+      });
   alg::copyEdges(image);
 }
 
-/// Any rows of an image.
+/// Any rows of an image. The paper's bytes 0 and 1 tint red and green; blue takes none.
 void sketchOnPaper(const alg::Call& call) {
-  const PictureView& paper = call.pictures[0];
-  if (call.width >= 1 && call.height >= 1 && paper.width >= 1 && paper.height >= 1) {
-    sketchOn(PaperPicture(paper, call.width, call.rowsOfImage(), call.firstRow), call.src, call.dst,
-             call.width, call.height);
+  const PictureView& picture = call.pictures[0];
+  alg::StretchedRows paper(picture.width, picture.height, call.width, call.rowsOfImage(),
+                           alg::StretchedPixels::kPacked);
+  if (!paper.any() || call.height < 1) {
+    return;
   }
+  sketchOn(
+      [&](const uint8_t* lines, int y, uint8_t* out, std::size_t count) {
+        const uint8_t* tints = paper.row(picture.pixels, call.firstRow + y);
+        alg::tintGreyRow(lines, tints + alg::kPackedBytes, out, count);
+      },
+      call.src, call.dst, call.width, call.height);
 }
 
 }  // namespace
 
 void Sketch(unsigned char* src, unsigned char* dst, int width, int height) {
   if (width >= 1 && height >= 1) {
-    sketchOn(WhitePaper{}, src, dst, width, height);
+    sketchOn([](const uint8_t* lines, int /*y*/, uint8_t* out,
+                std::size_t count) { alg::spreadGreyRow(lines, out, count); },
+             src, dst, width, height);
   }
 }
 

@@ -18,4 +18,4 @@ configure_file(cmake/Algorithm.pc.in Algorithm.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/Algorithm.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
 install(FILES CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libalgorithm)
-install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libalgorithm)
+install(DIRECTORY examples/sepia DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libalgorithm/examples)

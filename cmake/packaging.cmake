@@ -15,6 +15,7 @@ set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "libvips42")  # WebP, TIFF, HEIC and AVIF; loaded when one comes
 set(CPACK_DEBIAN_PACKAGE_SUGGESTS "g++, pkg-config, bash-completion, default-jre-headless")
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 # Its dependencies are those of its binaries, including the log library in Debian's separate folder.

@@ -14,21 +14,51 @@
 namespace alg {
 namespace {
 
-/// Bytes of a band, if that is a row or more.
+/// Bytes of a band. Bands of half as many cost 2 % more CPU, for waking the other thread.
 constexpr std::size_t kBandBytes = std::size_t{192} << 10;
-/// Bands that may wait for the encoder.
+/// Bands that may wait for the encoder. With fewer than two of the codec's own rows of blocks (16
+/// rows of pixels each) in all, one thread waits while the other is in the middle of such a row.
 constexpr int kSlots = 4;
+constexpr int kFewestRows = 8;  // of a band then
+/// What bands may wait in; wider images do without, so that they take little memory, too.
+constexpr std::size_t kMostSlotBytes = std::size_t{2} << 20;
 /// Images of fewer bytes are done before a second thread would have begun.
 constexpr std::size_t kWorthAThread = std::size_t{1} << 20;
+
+/// Memory for rows, a number of times. The codec stores to rows that lie on multiples of 16 or 32
+/// bytes past the caches (x86-64), from where the encoder would have to fetch them again: half as
+/// slow again. From an odd address few rows lie so, but pixels of four bytes are to be words.
+class Rows {
+ public:
+  bool allocate(std::size_t bytes, int times, JpegPixels pixels) {
+    constexpr std::size_t kLine = 64;  // bytes, of the caches
+    lead_ = bytesPerPixel(pixels) == 4 ? 4 : 1;
+    each_ = (bytes + kLine - 1) / kLine * kLine;
+    block_ = allocateBlock(lead_ + each_ * static_cast<std::size_t>(times));
+    return block_ != nullptr;
+  }
+  uint8_t* at(int time) const {
+    return block_.get() + lead_ + each_ * static_cast<std::size_t>(time);
+  }
+
+ private:
+  Block block_;
+  std::size_t lead_ = 0;
+  std::size_t each_ = 0;
+};
 
 /// The shape of the bands.
 struct Layout {
   Layout(const JpegReader& reader, const JpegBandOptions& options);
 
+  std::size_t bandBytes() const { return resultStride * static_cast<std::size_t>(rows); }
+
   int width, height;
+  JpegPixels source, result;
   int halo;
   bool apart;  ///< source and result have buffers of their own
   std::size_t sourceStride, resultStride;
+  bool overlap;
   int rows;  ///< of a band; the last one may have fewer
   int bands;
 };
@@ -36,12 +66,18 @@ struct Layout {
 Layout::Layout(const JpegReader& reader, const JpegBandOptions& options)
     : width(reader.width()),
       height(reader.height()),
+      source(options.source),
+      result(options.result),
       halo(std::clamp(options.halo, 0, height)),
       apart(!options.inPlace || options.halo > 0),
       sourceStride(static_cast<std::size_t>(width) * bytesPerPixel(options.source)),
       resultStride(static_cast<std::size_t>(width) * bytesPerPixel(options.result)) {
+  const auto all = sourceStride * static_cast<std::size_t>(height);
+  overlap = options.overlap && all >= kWorthAThread &&
+            kSlots * kFewestRows * resultStride <= kMostSlotBytes;
   const auto fitting = static_cast<int>(kBandBytes / std::max(sourceStride, resultStride));
-  rows = std::clamp(options.bandRows > 0 ? options.bandRows : fitting, 1, height);
+  const int chosen = std::max(fitting, overlap ? kFewestRows : 1);
+  rows = std::min(options.bandRows > 0 ? options.bandRows : chosen, height);
   bands = (height + rows - 1) / rows;
 }
 
@@ -62,28 +98,26 @@ class BandMaker {
   JpegReader& reader_;
   const Layout& layout_;
   const JpegBandWork& work_;
-  Block source_;       ///< if apart: a band with its halo
+  Rows source_;        ///< if apart: a band with its halo
   int sourceRow_ = 0;  ///< the image's row that is the first in source_
   int first_ = 0;      ///< the next band's first row
 };
 
 bool BandMaker::allocate() {
-  if (layout_.apart) {
-    const int rows = std::min(layout_.height, layout_.rows + 2 * layout_.halo);
-    source_ = allocateBlock(layout_.sourceStride * static_cast<std::size_t>(rows));
-  }
-  return !layout_.apart || source_;
+  const int rows = std::min(layout_.height, layout_.rows + 2 * layout_.halo);
+  return !layout_.apart ||
+         source_.allocate(layout_.sourceStride * static_cast<std::size_t>(rows), 1, layout_.source);
 }
 
 /// Decodes what the band and its halo lack.
 bool BandMaker::readApart(JpegBand& band) {
   const auto at = [&](int row) {
-    return source_.get() + static_cast<std::size_t>(row - sourceRow_) * layout_.sourceStride;
+    return source_.at(0) + static_cast<std::size_t>(row - sourceRow_) * layout_.sourceStride;
   };
   const int top = std::max(0, first_ - layout_.halo);
   const int bottom = std::min(layout_.height, first_ + band.rows + layout_.halo);
   const int decoded = reader_.row();
-  std::memmove(source_.get(), at(top), static_cast<std::size_t>(at(decoded) - at(top)));
+  std::memmove(source_.at(0), at(top), static_cast<std::size_t>(at(decoded) - at(top)));
   sourceRow_ = top;
   band.src = at(first_);
   band.rowsAbove = first_ - top;
@@ -114,7 +148,7 @@ class BandQueue {
   BandQueue(const BandQueue&) = delete;
   BandQueue& operator=(const BandQueue&) = delete;
 
-  bool allocate();
+  bool allocate() { return slots_.allocate(layout_.bandBytes(), slotCount(), layout_.result); }
   /// False if the system has no thread left.
   bool start();
   /// The next band's result, which stays until the next call; null after a fault.
@@ -124,17 +158,12 @@ class BandQueue {
  private:
   void makeAll();
   bool waitForSlot();
-  uint8_t* slot(int band) const {
-    return slots_.get() + static_cast<std::size_t>(band % slotCount()) * bandBytes();
-  }
+  uint8_t* slot(int band) const { return slots_.at(band % slotCount()); }
   int slotCount() const { return std::min(kSlots, layout_.bands); }
-  std::size_t bandBytes() const {
-    return layout_.resultStride * static_cast<std::size_t>(layout_.rows);
-  }
 
   BandMaker& maker_;
   const Layout& layout_;
-  Block slots_;
+  Rows slots_;
   pthread_t thread_{};
   bool threaded_ = false;
   std::mutex lock_;  // for what follows
@@ -155,11 +184,6 @@ BandQueue::~BandQueue() {
     slotsFree_.notify_one();
     pthread_join(thread_, nullptr);
   }
-}
-
-bool BandQueue::allocate() {
-  slots_ = allocateBlock(bandBytes() * static_cast<std::size_t>(slotCount()));
-  return slots_ != nullptr;
 }
 
 bool BandQueue::start() {
@@ -223,7 +247,7 @@ class Transcoder {
   Transcoder(JpegReader& reader, JpegWriter& writer, const Layout& layout, const JpegBandWork& work)
       : reader_(reader), writer_(writer), layout_(layout), maker_(reader, layout, work) {}
 
-  JpegFault run(bool overlap);
+  JpegFault run();
 
  private:
   JpegFault encodeAlone();
@@ -240,12 +264,13 @@ class Transcoder {
 };
 
 JpegFault Transcoder::encodeAlone() {
-  const Block result = allocateBlock(layout_.resultStride * static_cast<std::size_t>(layout_.rows));
-  JpegFault fault = result ? JpegFault::kNone : JpegFault::kNoMemory;
+  Rows result;
+  JpegFault fault = result.allocate(layout_.bandBytes(), 1, layout_.result) ? JpegFault::kNone
+                                                                            : JpegFault::kNoMemory;
   for (int band = 0; band < layout_.bands && fault == JpegFault::kNone; ++band) {
-    fault = maker_.make(result.get());
+    fault = maker_.make(result.at(0));
     if (fault == JpegFault::kNone) {
-      fault = write(band, result.get());
+      fault = write(band, result.at(0));
     }
   }
   return fault;
@@ -265,14 +290,13 @@ JpegFault Transcoder::encodeBeside(BandQueue& queue) {
   return JpegFault::kNone;
 }
 
-JpegFault Transcoder::run(bool overlap) {
+JpegFault Transcoder::run() {
   if (!maker_.allocate()) {
     return JpegFault::kNoMemory;
   }
   JpegFault fault = JpegFault::kNone;
-  const std::size_t bytes = layout_.sourceStride * static_cast<std::size_t>(layout_.height);
   if (BandQueue queue(maker_, layout_);
-      overlap && layout_.bands > 1 && bytes >= kWorthAThread && queue.allocate() && queue.start()) {
+      layout_.overlap && layout_.bands > 1 && queue.allocate() && queue.start()) {
     fault = encodeBeside(queue);
   } else {
     fault = encodeAlone();
@@ -310,7 +334,7 @@ JpegFault transcode(JpegReader& reader, JpegOutput& output, const JpegBandOption
       return fault;
     }
   }
-  return Transcoder(reader, writer, layout, work).run(options.overlap);
+  return Transcoder(reader, writer, layout, work).run();
 }
 
 }  // namespace

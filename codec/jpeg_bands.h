@@ -42,8 +42,8 @@ struct JpegBandOptions {
   bool carrySegments = true;
   /// Used if not carried: what the writer is to put first (JpegWriter::Options::segments).
   std::span<const uint8_t> segments = {};
-  /// Decodes and works on a second thread while this one encodes. Images too small to gain from it,
-  /// and systems that have no thread left, do without.
+  /// Decodes and works on a second thread while this one encodes. Images too small to gain from it
+  /// or too wide for little memory, and systems that have no thread left, do without.
   bool overlap = true;
   int bandRows = 0;  ///< 0: as many as make a good size
 };
@@ -56,11 +56,11 @@ struct JpegBandResult {
 };
 
 /// Decodes a file, works on it and encodes it. The result has the same bytes as decoding, working
-/// and encoding the image as a whole, whatever the size of the bands. Beside input and output this
-/// takes at most 4 MB for files in one scan up to 24,000 pixels wide (without halo), some 130 bytes
-/// for each pixel of a row beyond that; JpegReader says what others take. `input` is read on the
-/// thread that works, `output` is filled on the caller's. With a fault, part of the output may have
-/// been taken.
+/// and encoding the image as a whole, whatever the size of the bands. Beside input, output and the
+/// work's own memory this takes at most 4 MB for files in one scan up to 50,000 pixels wide, and 5
+/// MB for wider ones; a halo adds its rows, twice. JpegReader says what other files take. `input` is
+/// read on the caller's thread first and then on the one that works, `output` is filled on the
+/// caller's. With a fault, part of the output may have been taken.
 JpegBandResult transcodeJpeg(JpegInput& input, JpegOutput& output, const JpegBandOptions& options,
                              const JpegBandWork& work);
 

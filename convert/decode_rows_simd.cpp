@@ -52,29 +52,39 @@ constexpr uint32_t offsetOf(int32_t factors) {
                                factors * bt601::kChromaOffset);
 }
 
-// factor * sample + offset; a factor of more than 16 bits is multiplied in two parts.
+// The least number that divides a factor less one into a factor of 16 bits.
+constexpr int32_t divisorOf(int32_t factor) {
+  int32_t divisor = 1;
+  while ((factor - 1) % divisor != 0 || (factor - 1) / divisor > 0xFFFF) ++divisor;
+  return divisor;
+}
+
+// factor * sample + offset, as a product of 16 bits and the sample itself.
 template <int32_t kFactor>
-HWY_INLINE ChromaTerm gain(uint8x8_t sample) {
-  constexpr auto kHalf = static_cast<uint16_t>(kFactor / 2 < 0xFFFF ? kFactor / 2 : 0xFFFF);
-  constexpr auto kRest = static_cast<uint16_t>(kFactor - 2 * kHalf);
-  const uint16x8_t once = vmovl_u8(sample), twice = vshll_n_u8(sample, 1);
+HWY_INLINE ChromaTerm gain(uint16x8_t sample) {
+  constexpr int32_t kDivisor = divisorOf(kFactor);
+  static_assert(kDivisor == 2 || kDivisor == 3);
+  constexpr auto kRest = static_cast<uint16_t>(kFactor / kDivisor);
+  const uint16x8_t twice = vshlq_n_u16(sample, 1);
+  // Of a plain addition clang makes a product, which takes longer.
+  const uint16x8_t times = kDivisor == 2 ? twice : vqaddq_u16(twice, sample);
   const uint32x4_t offset = vdupq_n_u32(offsetOf(kFactor));
-  return {vmlal_n_u16(vmlal_n_u16(offset, vget_low_u16(twice), kHalf), vget_low_u16(once), kRest),
-          vmlal_high_n_u16(vmlal_high_n_u16(offset, twice, kHalf), once, kRest)};
+  return {vmlal_n_u16(vaddw_u16(offset, vget_low_u16(sample)), vget_low_u16(times), kRest),
+          vmlal_high_n_u16(vaddw_high_u16(offset, sample), times, kRest)};
 }
 
 template <RowFormat kFormat>
 HWY_INLINE ChromaTerms chromaTerms(const uint8_t* chroma) {
-  const uint8x8x2_t pairs = vld2_u8(chroma);
-  const uint8x8_t u = pairs.val[hasVFirst(kFormat) ? 1 : 0];
-  const uint8x8_t v = pairs.val[hasVFirst(kFormat) ? 0 : 1];
+  const uint16x8_t pairs = vreinterpretq_u16_u8(vld1q_u8(chroma));
+  const uint16x8_t first = vandq_u16(pairs, vdupq_n_u16(0xFF)), second = vshrq_n_u16(pairs, 8);
+  const uint16x8_t u = hasVFirst(kFormat) ? second : first;
+  const uint16x8_t v = hasVFirst(kFormat) ? first : second;
   constexpr auto kFromU = static_cast<uint16_t>(-bt601::kGreenFromU);
   constexpr auto kFromV = static_cast<uint16_t>(-bt601::kGreenFromV);
-  const uint16x8_t u16 = vmovl_u8(u), v16 = vmovl_u8(v);
   const uint32x4_t offset = vdupq_n_u32(offsetOf(bt601::kGreenFromU + bt601::kGreenFromV));
   const ChromaTerm green = {
-      vmlsl_n_u16(vmlsl_n_u16(offset, vget_low_u16(u16), kFromU), vget_low_u16(v16), kFromV),
-      vmlsl_high_n_u16(vmlsl_high_n_u16(offset, u16, kFromU), v16, kFromV)};
+      vmlsl_n_u16(vmlsl_n_u16(offset, vget_low_u16(u), kFromU), vget_low_u16(v), kFromV),
+      vmlsl_high_n_u16(vmlsl_high_n_u16(offset, u, kFromU), v, kFromV)};
   return {gain<bt601::kBlueFromU>(u), green, gain<bt601::kRedFromV>(v)};
 }
 

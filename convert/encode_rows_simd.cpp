@@ -9,6 +9,7 @@
 #define HWY_TARGET_INCLUDE "convert/encode_rows_simd.cpp"
 #include "hwy/foreach_target.h"  // IWYU pragma: keep
 #include "hwy/highway.h"
+#include "kernels/row_blocks-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace alg::HWY_NAMESPACE {
@@ -31,14 +32,6 @@ struct ByteWeights {
 constexpr ByteWeights byteWeights(RowFormat format, const bt601::Weights& w) {
   return encodesRedFirst(format) ? ByteWeights{w.red, w.green, w.blue}
                                  : ByteWeights{w.blue, w.green, w.red};
-}
-
-constexpr bt601::Weights firstOfPair(RowFormat format) {
-  return hasVFirst(format) ? bt601::kV : bt601::kU;
-}
-
-constexpr bt601::Weights secondOfPair(RowFormat format) {
-  return hasVFirst(format) ? bt601::kU : bt601::kV;
 }
 
 #if ALG_IS_NEON()
@@ -67,53 +60,68 @@ HWY_INLINE Pixels loadPixels(const uint8_t* pixels) {
 //   sum of lower products                llll llll llll llll
 //   luma                       yyyy yyyy
 //
-// Both sums stay below 65536, and the lower one's low byte never affects the luma.
+// Both sums stay below 65536, and the lower one's low byte never affects the luma. Offsets are
+// added last, by the instruction that narrows; clang would put them into copies that products add
+// to.
 template <RowFormat kFormat>
 HWY_INLINE uint8x16_t lumaOf(const Pixels& p) {
   constexpr ByteWeights kWeights = byteWeights(kFormat, bt601::kY);
   static_assert(kWeights.first >= 0 && kWeights.middle >= 0 && kWeights.last >= 0);
-  const auto upperHalf = [](int32_t w) { return vdupq_n_u8(static_cast<uint8_t>(w >> 8)); };
-  const auto lowerHalf = [](int32_t w) { return vdupq_n_u8(static_cast<uint8_t>(w)); };
-  const auto sum = [&](auto half, bool upper) HWY_ATTR {
-    const uint8x16_t first = half(kWeights.first), middle = half(kWeights.middle),
-                     last = half(kWeights.last);
-    if (upper) {
-      return vmlal_high_u8(vmlal_high_u8(vmull_high_u8(p.first, first), p.middle, middle), p.last,
-                           last);
-    }
-    return vmlal_u8(vmlal_u8(vmull_u8(vget_low_u8(p.first), vget_low_u8(first)),
-                             vget_low_u8(p.middle), vget_low_u8(middle)),
-                    vget_low_u8(p.last), vget_low_u8(last));
+  // The factor's lower byte that is a power of two takes no product.
+  constexpr bool kBlueFirst = !encodesRedFirst(kFormat);
+  constexpr int kShift = 4;
+  static_assert((bt601::kY.blue & 0xFF) == 1 << kShift);
+  constexpr int32_t kOther = kBlueFirst ? kWeights.last : kWeights.first;
+  const uint8x16_t blue = kBlueFirst ? p.first : p.last, other = kBlueFirst ? p.last : p.first;
+  const auto upperOf = [](int32_t w) { return vdup_n_u8(static_cast<uint8_t>(w >> 8)); };
+  const auto lowerOf = [](int32_t w) { return vdup_n_u8(static_cast<uint8_t>(w)); };
+  const auto half = [&](auto of) HWY_ATTR {
+    const uint8x8_t middle = of(p.middle);
+    const uint16x8_t upper = vmlal_u8(
+        vmlal_u8(vmull_u8(of(p.first), upperOf(kWeights.first)), middle, upperOf(kWeights.middle)),
+        of(p.last), upperOf(kWeights.last));
+    const uint16x8_t lower =
+        vmlal_u8(vmlal_u8(vshll_n_u8(of(blue), kShift), middle, lowerOf(kWeights.middle)),
+                 of(other), lowerOf(kOther));
+    return opaque(vsraq_n_u16(upper, lower, 8));
   };
+  const auto low = [](uint8x16_t v) HWY_ATTR { return vget_low_u8(v); };
+  const auto high = [](uint8x16_t v) HWY_ATTR { return vget_high_u8(v); };
   const uint16x8_t offset = vdupq_n_u16(static_cast<uint16_t>(bt601::kY.offset >> 8));
-  const auto half = [&](bool upper) HWY_ATTR {
-    return vsraq_n_u16(sum(upperHalf, upper), sum(lowerHalf, upper), 8);
-  };
-  return vaddhn_high_u16(vaddhn_u16(half(false), offset), half(true), offset);
+  return vaddhn_high_u16(vaddhn_u16(half(low), offset), half(high), offset);
 }
 
-// Even pixels as 16-bit lanes.
+// Differences of even pixels' colours as 16-bit lanes. As the factors of a chroma sample cancel
+// out, two differences make one.
 struct EvenPixels {
-  int16x8_t first, middle, last;
+  int16x8_t blueGreen, blueRed, redGreen;
 };
 
-HWY_INLINE int16x8_t evenBytes(uint8x16_t bytes) {
-  return vreinterpretq_s16_u16(vandq_u16(vreinterpretq_u16_u8(bytes), vdupq_n_u16(0xFF)));
+template <RowFormat kFormat>
+HWY_INLINE EvenPixels evenPixels(const Pixels& p) {
+  constexpr bool kBlueFirst = !encodesRedFirst(kFormat);
+  const auto even = [](uint8x16_t bytes) HWY_ATTR {
+    return vreinterpretq_s16_u16(vandq_u16(vreinterpretq_u16_u8(bytes), vdupq_n_u16(0xFF)));
+  };
+  const int16x8_t blue = even(kBlueFirst ? p.first : p.last), green = even(p.middle);
+  const int16x8_t red = even(kBlueFirst ? p.last : p.first);
+  return {vsubq_s16(blue, green), vsubq_s16(blue, red), vsubq_s16(red, green)};
 }
 
 // One sample of eight chroma pairs: 32-bit sums, their upper halves.
-template <RowFormat kFormat>
-HWY_INLINE uint16x8_t chromaOf(const EvenPixels& p, const bt601::Weights& weights) {
-  const ByteWeights w = byteWeights(kFormat, weights);
-  const auto first = static_cast<int16_t>(w.first), middle = static_cast<int16_t>(w.middle),
-             last = static_cast<int16_t>(w.last);
-  const int32x4_t low = vmlal_n_s16(
-      vmlal_n_s16(vmull_n_s16(vget_low_s16(p.first), first), vget_low_s16(p.middle), middle),
-      vget_low_s16(p.last), last);
-  const int32x4_t high = vmlal_high_n_s16(
-      vmlal_high_n_s16(vmull_high_n_s16(p.first, first), p.middle, middle), p.last, last);
-  const int32x4_t offset = vdupq_n_s32(weights.offset);
-  return vreinterpretq_u16_s16(vaddhn_high_s32(vaddhn_s32(low, offset), high, offset));
+template <bool kIsU>
+HWY_INLINE uint16x8_t chromaOf(const EvenPixels& p) {
+  constexpr bt601::Weights kWeights = kIsU ? bt601::kU : bt601::kV;
+  static_assert(kWeights.red + kWeights.green + kWeights.blue == 0);
+  const int16x8_t fromGreen = kIsU ? p.blueGreen : p.redGreen;
+  constexpr auto kGreen = static_cast<int16_t>(-kWeights.green);
+  constexpr auto kRest = static_cast<int16_t>(kIsU ? -kWeights.red : kWeights.blue);
+  const int32x4_t low =
+      vmlal_n_s16(vmull_n_s16(vget_low_s16(fromGreen), kGreen), vget_low_s16(p.blueRed), kRest);
+  const int32x4_t high = vmlal_high_n_s16(vmull_high_n_s16(fromGreen, kGreen), p.blueRed, kRest);
+  const int32x4_t offset = vdupq_n_s32(kWeights.offset);
+  return vreinterpretq_u16_s16(
+      vaddhn_high_s32(vaddhn_s32(opaque(low), offset), opaque(high), offset));
 }
 
 template <RowFormat kFormat, bool kChroma>
@@ -121,10 +129,10 @@ HWY_INLINE void encodeBlock(const uint8_t* pixels, uint8_t* luma, uint8_t* chrom
   const Pixels p = loadPixels<kFormat>(pixels);
   vst1q_u8(luma, lumaOf<kFormat>(p));
   if constexpr (kChroma) {
-    const EvenPixels even = {evenBytes(p.first), evenBytes(p.middle), evenBytes(p.last)};
-    const uint16x8_t first = chromaOf<kFormat>(even, firstOfPair(kFormat));
-    const uint16x8_t second = chromaOf<kFormat>(even, secondOfPair(kFormat));
-    vst1q_u8(chroma, vreinterpretq_u8_u16(vsliq_n_u16(first, second, 8)));
+    const EvenPixels even = evenPixels<kFormat>(p);
+    constexpr bool kUFirst = !hasVFirst(kFormat);
+    vst1q_u8(chroma, vreinterpretq_u8_u16(
+                         vsliq_n_u16(chromaOf<kUFirst>(even), chromaOf<!kUFirst>(even), 8)));
   }
 }
 
@@ -141,6 +149,14 @@ using IntVector = hn::Vec<Ints>;
 
 constexpr std::size_t kBlock = hn::MaxLanes(Bytes());  // pixels a step
 constexpr std::size_t kPart = kBlock / 4;              // pixels of a vector of 32-bit lanes
+
+constexpr bt601::Weights firstOfPair(RowFormat format) {
+  return hasVFirst(format) ? bt601::kV : bt601::kU;
+}
+
+constexpr bt601::Weights secondOfPair(RowFormat format) {
+  return hasVFirst(format) ? bt601::kU : bt601::kV;
+}
 
 // Eight pixels, each in a 32-bit lane of two shorts: its first and last byte; its middle byte and
 // one that is ignored.

@@ -126,6 +126,60 @@ HWY_INLINE void store(const Planes& p, uint8_t* to) {
 
 #endif
 
+// Planes in the order of pixels, which kernels of neighbours need.
+#if ALG_IS_AVX512()
+
+// The home of each pixel's byte 0, and the pixel whose byte 0 is at home in each lane; of byte c
+// that many lanes further up.
+struct Orders {
+  constexpr Orders() {
+    for (std::size_t i = 0; i < kLanes; ++i) {
+      home[i] = static_cast<uint8_t>(kPackedBytes * i % kLanes);
+      pixel[home[i]] = static_cast<uint8_t>(i);
+    }
+  }
+  alignas(64) uint8_t home[kLanes] = {};
+  alignas(64) uint8_t pixel[kLanes] = {};
+};
+inline constexpr Orders kOrders;
+
+// From the home order of channel kChannel to that of pixels.
+template <int kChannel>
+HWY_INLINE ByteVector ordered(ByteVector v) {
+  const Bytes d;
+  const ByteVector from = hn::Add(hn::Load(d, kOrders.home), hn::Set(d, kChannel));
+  return ByteVector{_mm512_permutexvar_epi8(from.raw, v.raw)};
+}
+
+template <int kChannel>
+HWY_INLINE ByteVector unordered(ByteVector v) {
+  const ByteVector placed{_mm512_permutexvar_epi8(hn::Load(Bytes(), kOrders.pixel).raw, v.raw)};
+  return rotateDown<-kChannel>(placed);
+}
+
+HWY_INLINE Planes loadOrdered(const uint8_t* from) {
+  const Planes p = load(from);
+  return {{ordered<0>(p.of[0]), ordered<1>(p.of[1]), ordered<2>(p.of[2])}};
+}
+
+HWY_INLINE void storeOrdered(ByteVector v0, ByteVector v1, ByteVector v2, uint8_t* to) {
+  store({{unordered<0>(v0), unordered<1>(v1), unordered<2>(v2)}}, to);
+}
+
+#else
+
+HWY_INLINE Planes loadOrdered(const uint8_t* from) {
+  ByteVector v0, v1, v2;
+  hn::LoadInterleaved3(Bytes(), from, v0, v1, v2);
+  return {{v0, v1, v2}};
+}
+
+HWY_INLINE void storeOrdered(ByteVector v0, ByteVector v1, ByteVector v2, uint8_t* to) {
+  hn::StoreInterleaved3(v0, v1, v2, Bytes(), to);
+}
+
+#endif
+
 // dst = map(planes of src), a vector of pixels at a time.
 template <class Map>
 HWY_INLINE void mapPixels(const uint8_t* src, uint8_t* dst, std::size_t pixels, Map map) {

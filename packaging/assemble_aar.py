@@ -4,7 +4,7 @@
 usage: assemble_aar.py BUILD_FOLDER... [--output FOLDER]
 
 The build folders are those of the presets android-arm64 and android-x86_64, one or both, each with
-libAlgorithm.so and libAlgorithm.jar. What is written is a Maven repository, build/maven unless told
+libAlgorithm.so, libAlgorithmAndroid.so and a jar of either. What is written is a Maven repository, build/maven unless told
 otherwise, that Gradle takes an archive from: the AAR, its POM and Gradle metadata, sources, API pages and
 native symbols. They are the same for the same contents.
 """
@@ -18,12 +18,11 @@ import re
 import subprocess
 import sys
 import tempfile
-import zipfile
 
 import maven
 import verify_aar
 from maven import zipped
-from verify_aar import HEADERS, JNI, LIBRARY, METADATA, NOTICE, PACKAGE, PREFAB, ROOT
+from verify_aar import HEADERS, JNI, LIBRARIES, LIBRARY, METADATA, NOTICE, PACKAGE, PREFAB, ROOT, SOURCES
 
 MANIFEST = """<?xml version="1.0" encoding="utf-8"?>
 <manifest xmlns:android="http://schemas.android.com/apk/res/android" package="{package}">
@@ -41,6 +40,7 @@ minCompileSdkExtension=0
 minAndroidGradlePluginVersion=1.0.0
 coreLibraryDesugaringEnabled=false
 """
+JARS = [name.replace(".so", ".jar") for name in LIBRARIES]
 NOTICE_HEAD = """Linked into libAlgorithm.so, each with its own licence, which follows:
 {names}
 """
@@ -57,7 +57,7 @@ class Build:
 
     @functools.cached_property
     def cache(self) -> dict[str, str]:
-        for name in ("CMakeCache.txt", LIBRARY, "libAlgorithm.jar"):
+        for name in ("CMakeCache.txt", *LIBRARIES, *JARS):
             if not (self.folder / name).exists():
                 raise Unfit(f"{self.folder} has no {name}")
         text = (self.folder / "CMakeCache.txt").read_text(encoding="utf-8")
@@ -77,17 +77,17 @@ class Build:
             ("version", "CMAKE_PROJECT_VERSION"), ("API level", "ALGORITHM_ANDROID_API"),
             ("NDK", "ALGORITHM_ANDROID_NDK"))}
 
-    def stripped(self, option: str) -> bytes:
-        """What strip makes of the library."""
+    def stripped(self, library: str, option: str) -> bytes:
+        """What strip makes of a library."""
         with tempfile.TemporaryDirectory() as folder:
-            output = pathlib.Path(folder, LIBRARY)
-            subprocess.run([self.cache["ALGORITHM_ANDROID_STRIP"], option, "-o", output, self.folder / LIBRARY],
+            output = pathlib.Path(folder, library)
+            subprocess.run([self.cache["ALGORITHM_ANDROID_STRIP"], option, "-o", output, self.folder / library],
                            check=True)
             return output.read_bytes()
 
     def classes(self) -> dict[str, bytes]:
-        with zipfile.ZipFile(self.folder / "libAlgorithm.jar") as jar:
-            return {name: jar.read(name) for name in jar.namelist() if name.endswith(".class")}
+        jars = [maven.unzipped((self.folder / name).read_bytes()) for name in JARS]
+        return {name: content for jar in jars for name, content in jar.items() if name.endswith(".class")}
 
     def notice(self) -> bytes:
         texts = dict(notice.split("=", 1) for notice in self.cache["ALGORITHM_NOTICES"].split(";"))
@@ -129,8 +129,9 @@ def aar(builds: list[Build]) -> dict[str, bytes]:
     files = {}
     for build in builds:
         place = f"{PREFAB}modules/Algorithm/libs/android.{build.abi}/"
-        files[f"{JNI}{build.abi}/{LIBRARY}"] = library = build.stripped("--strip-unneeded")
-        files[place + LIBRARY] = library
+        for library in LIBRARIES:
+            files[f"{JNI}{build.abi}/{library}"] = build.stripped(library, "--strip-unneeded")
+        files[place + LIBRARY] = files[f"{JNI}{build.abi}/{LIBRARY}"]  # the other one has nothing to call
         # The C++ runtime is linked in and hidden, so that callers may use whichever they like. Prefab
         # lets them only when it is told that there is none.
         texts[place + "abi.json"] = json.dumps(
@@ -143,20 +144,22 @@ def aar(builds: list[Build]) -> dict[str, bytes]:
     return files
 
 
-def javadoc(program: str) -> dict[str, bytes]:
+def javadoc(build: Build) -> dict[str, bytes]:
     with tempfile.TemporaryDirectory() as folder:
-        subprocess.run([program, "-quiet", "-notimestamp", "-encoding", "UTF-8", "-d", folder,
-                        "-sourcepath", f"{ROOT / 'java'}:{ROOT / 'java/compile_only'}", PACKAGE], check=True)
+        subprocess.run([build.cache["Java_JAVADOC_EXECUTABLE"], "-quiet", "-notimestamp", "-encoding", "UTF-8",
+                        "-d", folder, "-sourcepath", ":".join(map(str, [*SOURCES, ROOT / "java/compile_only"])),
+                        "-classpath", build.cache["ALGORITHM_ANDROID_CLASSES"], PACKAGE], check=True)
         return maven.tree(pathlib.Path(folder))
 
 
 def assemble(builds: list[Build], repository: pathlib.Path) -> None:
-    symbols = {f"{build.abi}/{LIBRARY}.dbg": build.stripped("--only-keep-debug")
-               for build in builds}
+    symbols = {f"{build.abi}/{library}.dbg": build.stripped(library, "--only-keep-debug")
+               for build in builds for library in LIBRARIES}
+    sources = {name: text for folder in SOURCES for name, text in maven.tree(folder, "com/**/*.java").items()}
     maven.publish(repository, builds[0].cache["CMAKE_PROJECT_VERSION"], {
         ".aar": zipped(aar(builds)),
-        "-sources.jar": zipped(maven.tree(ROOT / "java", "com/**/*.java")),
-        "-javadoc.jar": zipped(javadoc(builds[0].cache["Java_JAVADOC_EXECUTABLE"])),
+        "-sources.jar": zipped(sources),
+        "-javadoc.jar": zipped(javadoc(builds[0])),
         "-native-debug-symbols.zip": zipped(symbols),
     })
 
@@ -176,14 +179,14 @@ def main() -> int:
         print(fault, file=sys.stderr)
         return 1
     version = builds[0].cache["CMAKE_PROJECT_VERSION"]
-    link_maps = {build.abi: build.folder / "libAlgorithm.link-map" for build in builds}
-    faults = list(verify_aar.verify(options.output, version, link_maps))
+    folders = {build.abi: build.folder for build in builds}
+    faults = list(verify_aar.verify(options.output, version, folders))
     for fault in faults:
         print(f"{options.output}: {fault}", file=sys.stderr)
     if faults:
         maven.withdraw(options.output, version)
         return 1
-    print(f"{maven.folder(options.output, version)}: {', '.join(link_maps)}, verified")
+    print(f"{maven.folder(options.output, version)}: {', '.join(folders)}, verified")
     return 0
 
 

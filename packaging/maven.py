@@ -52,6 +52,11 @@ def zipped(files: dict[str, bytes]) -> bytes:
     return target.getvalue()
 
 
+def unzipped(content: bytes) -> dict[str, bytes]:
+    with zipfile.ZipFile(io.BytesIO(content)) as archive:
+        return {name: archive.read(name) for name in archive.namelist() if not name.endswith("/")}
+
+
 def folder(repository: pathlib.Path, version: str) -> pathlib.Path:
     return repository.joinpath(*GROUP.split("."), ARTIFACT, version)
 

@@ -2,7 +2,6 @@
 Gradle's metadata on to the archive, and in that Java's compiler, the packager, prefab and the shrinker."""
 
 import hashlib
-import io
 import json
 import pathlib
 import re
@@ -10,16 +9,17 @@ import struct
 import sys
 import tempfile
 import xml.etree.ElementTree as xml
-import zipfile
 
 import maven
+from maven import unzipped
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 sys.path.insert(0, str(ROOT / "scripts"))
 import check_library  # noqa: E402  (it lives beside the other scripts)
 
 PACKAGE = "com.orvik.camera.common.Native"
-LIBRARY = check_library.NAME
+LIBRARY, LIBRARIES = check_library.NAME, list(check_library.LIBRARIES)  # the one for native callers, and all
+SOURCES = [ROOT / "java", ROOT / "android/java"]
 JNI, PREFAB, NOTICE = "jni/", "prefab/", "NOTICE.txt"
 METADATA = "META-INF/com/android/build/gradle/aar-metadata.properties"
 HEADERS = f"{PREFAB}modules/Algorithm/include/"
@@ -27,11 +27,6 @@ NEWEST_CLASSES = 55  # Java 11
 # What each licence text that has to come along says.
 LICENCES = {"libjpeg-turbo": "Independent JPEG Group", "libpng": "libpng", "zlib": "Jean-loup Gailly",
             "highway": "Apache License|Redistribution and use", "cxx-runtime": "LLVM"}
-
-
-def unzip(content: bytes) -> dict[str, bytes]:
-    with zipfile.ZipFile(io.BytesIO(content)) as archive:
-        return {name: archive.read(name) for name in archive.namelist() if not name.endswith("/")}
 
 
 def variant_file(files: dict[str, bytes], module: dict, **attributes: str) -> bytes | None:
@@ -76,8 +71,8 @@ def check_classes(jar: dict[str, bytes], rules: str, sources: dict[str, bytes], 
         elif f"{place}{name}.html" not in pages and re.search(rb"(?m)^public ", source):
             yield f"the API pages lack {name}"
     prefix = "Java_" + PACKAGE.replace(".", "_") + "_"
-    natives = [name.removeprefix(prefix).partition("_") for name in check_library.listed_exports()
-               if name.startswith(prefix)]
+    natives = [name.removeprefix(prefix).partition("_") for library in LIBRARIES
+               for name in check_library.listed_exports(library) if name.startswith(prefix)]
     for name, _, encoded in natives:
         method = encoded.partition("__")[0].replace("_1", "_")  # overloads have their types behind
         if name not in classes or method.encode() not in jar[f"{place}{name}.class"]:
@@ -135,24 +130,25 @@ def build_id(library: pathlib.Path) -> str | None:
     return found and found[1]
 
 
-def check_libraries(files: dict[str, bytes], symbols: dict[str, bytes], link_maps: dict[str, pathlib.Path]):
-    for abi, link_map in link_maps.items():
+def check_libraries(files: dict[str, bytes], symbols: dict[str, bytes], builds: dict[str, pathlib.Path]):
+    for abi, name in ((abi, name) for abi in builds for name in LIBRARIES):
         with tempfile.TemporaryDirectory() as folder:
-            library, debug = pathlib.Path(folder, LIBRARY), pathlib.Path(folder, "debug")
-            library.write_bytes(files[f"{JNI}{abi}/{LIBRARY}"])
-            debug.write_bytes(symbols.get(f"{abi}/{LIBRARY}.dbg", b""))
+            library, debug = pathlib.Path(folder, name), pathlib.Path(folder, "debug")
+            library.write_bytes(files[f"{JNI}{abi}/{name}"])
+            debug.write_bytes(symbols.get(f"{abi}/{name}.dbg", b""))
             if ".debug_info" in check_library.run("readelf", "-SW", str(library)):
-                yield f"the library for {abi} is not stripped"
+                yield f"{name} for {abi} is not stripped"
             if not debug.stat().st_size or ".symtab" not in check_library.run("readelf", "-SW", str(debug)):
-                yield f"there are no native symbols for {abi}"
+                yield f"there are no native symbols of {name} for {abi}"
             elif not build_id(library) or build_id(library) != build_id(debug):
-                yield f"the native symbols for {abi} are of another library"
+                yield f"the native symbols of {name} for {abi} are of another library"
+            link_map = (builds[abi] / name).with_suffix(".link-map")
             for fault in check_library.check(str(library), "android", link_map=link_map):
-                yield f"the library for {abi}: {fault}"
+                yield f"{name} for {abi}: {fault}"
 
 
-def verify(repository: pathlib.Path, version: str, link_maps: dict[str, pathlib.Path]):
-    """What is wrong, a line each; link_maps has the linker's map for each ABI."""
+def verify(repository: pathlib.Path, version: str, builds: dict[str, pathlib.Path]):
+    """What is wrong, a line each; builds has the build folder for each ABI, which has the linker's maps."""
     stem = maven.stem(version)
     files = maven.tree(maven.folder(repository, version))
     module = json.loads(files[f"{stem}.module"])
@@ -164,10 +160,10 @@ def verify(repository: pathlib.Path, version: str, link_maps: dict[str, pathlib.
     if None in parts:
         yield "has not all of archive, sources, API pages and native symbols"
         return
-    aar, sources, pages, symbols = map(unzip, parts)
+    aar, sources, pages, symbols = map(unzipped, parts)
     required = {"AndroidManifest.xml", "R.txt", "classes.jar", "proguard.txt", METADATA, NOTICE,
                 f"{PREFAB}prefab.json", f"{PREFAB}modules/Algorithm/module.json",
-                *(f"{JNI}{abi}/{LIBRARY}" for abi in link_maps)}
+                *(f"{JNI}{abi}/{library}" for abi in builds for library in LIBRARIES)}
     if missing := required - aar.keys():
         yield f"the archive lacks {sorted(missing)}"
         return
@@ -177,9 +173,9 @@ def verify(repository: pathlib.Path, version: str, link_maps: dict[str, pathlib.
     android = "{http://schemas.android.com/apk/res/android}"
     manifest = xml.fromstring(aar["AndroidManifest.xml"])
     api = int(manifest.find("uses-sdk").get(android + "minSdkVersion"))
-    yield from check_classes(unzip(aar["classes.jar"]), aar["proguard.txt"].decode(), sources, pages)
+    yield from check_classes(unzipped(aar["classes.jar"]), aar["proguard.txt"].decode(), sources, pages)
     yield from check_prefab(aar, version, api, {name.split("/")[1] for name in aar if name.startswith(JNI)})
-    yield from check_libraries(aar, symbols, link_maps)
+    yield from check_libraries(aar, symbols, builds)
     notice = aar[NOTICE].decode(errors="replace")
     texts = dict(re.findall(r"^={78}\n(\S+)\n={78}\n\n((?:(?!={78}\n).*\n?)*)", notice, re.MULTILINE))
     for name, words in LICENCES.items():

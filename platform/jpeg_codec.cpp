@@ -38,7 +38,7 @@ void stayQuiet(j_common_ptr) {}
 
 }  // namespace
 
-JpegErrors::JpegErrors() : failed(), fault(JpegFault::kNone) {
+JpegErrors::JpegErrors() : failed() {
   jpeg_std_error(&base);
   base.error_exit = leave;
   base.output_message = stayQuiet;

@@ -19,7 +19,7 @@ namespace alg {
 struct JpegErrors {
   jpeg_error_mgr base;
   std::jmp_buf failed;
-  JpegFault fault;  ///< of the last failure
+  JpegFault fault = JpegFault::kNone;  ///< of the last failure
 
   JpegErrors();
   static JpegErrors& of(j_common_ptr codec) { return *reinterpret_cast<JpegErrors*>(codec->err); }

@@ -57,8 +57,9 @@ struct JpegInfo {
 struct JpegDamage {
   int warnings = 0;        ///< times that data could not be read; 0: nothing is lost
   bool truncated = false;  ///< the file ends before the image does
-  int firstRow = -1;       ///< of the decoded rows, the first that may be wrong (to within a few
-                           ///< rows; 0 where `wholeImage` is set); -1: nothing is lost
+  /// Of the decoded rows, the first that is lost, to within a few rows, where the file just ends
+  /// early; 0 where it can't be told; -1: nothing is lost.
+  int firstRow = -1;
 
   explicit operator bool() const { return warnings > 0; }
 };

@@ -3,19 +3,15 @@
 #include <jerror.h>
 
 #include <algorithm>
-#include <cstring>
-#include <limits>
 #include <new>
-#include <string_view>
 
 #include "base/image_size.h"
 #include "platform/jpeg_codec.h"
+#include "platform/jpeg_header.h"
 #include "platform/jpeg_source.h"
 
 namespace alg {
 namespace {
-
-using std::literals::operator""sv;
 
 /// The most scans that a file of so many pixels may have: a few kilobytes can ask for thousands of
 /// passes over the whole image. Ordinary progressive files have about ten.
@@ -52,73 +48,7 @@ void convertCmyk(const uint8_t* row, uint8_t* to, std::size_t pixels, JpegPixels
   }
 }
 
-JpegColours coloursOf(const jpeg_decompress_struct& jpeg) {
-  switch (jpeg.jpeg_color_space) {
-    case JCS_GRAYSCALE:
-      return JpegColours::kGrey;
-    case JCS_CMYK:
-    case JCS_YCCK:
-      return JpegColours::kCmyk;
-    default:
-      return JpegColours::kRgb;
-  }
-}
-
-JpegSampling samplingOf(const jpeg_decompress_struct& jpeg) {
-  if (jpeg.num_components < 3) {
-    return JpegSampling::k420;
-  }
-  const jpeg_component_info* parts = jpeg.comp_info;
-  const bool half = parts[0].h_samp_factor >= 2 * parts[1].h_samp_factor;
-  const bool halfRows = parts[0].v_samp_factor >= 2 * parts[1].v_samp_factor;
-  return !half ? JpegSampling::k444 : halfRows ? JpegSampling::k420 : JpegSampling::k422;
-}
-
-/// The quality whose table for luma is nearest to the file's.
-int qualityOf(const jpeg_decompress_struct& jpeg) {
-  // The JPEG standard's example (ITU-T T.81, table K.1), which qualities scale.
-  constexpr int kLuma[] = {16, 11, 10, 16, 24,  40,  51,  61,  12, 12, 14, 19, 26,  58,  60,  55,
-                           14, 13, 16, 24, 40,  57,  69,  56,  14, 17, 22, 29, 51,  87,  80,  62,
-                           18, 22, 37, 56, 68,  109, 103, 77,  24, 35, 55, 64, 81,  104, 113, 92,
-                           49, 64, 78, 87, 103, 121, 120, 101, 72, 92, 95, 98, 112, 100, 103, 99};
-  const int number = jpeg.comp_info[0].quant_tbl_no;  // any byte of the file's
-  const JQUANT_TBL* table = number < NUM_QUANT_TBLS ? jpeg.quant_tbl_ptrs[number] : nullptr;
-  int nearest = 0;
-  int least = std::numeric_limits<int>::max();
-  for (int quality = 1; table != nullptr && quality <= 100; ++quality) {
-    int distance = 0;
-    for (std::size_t i = 0; i < std::size(kLuma); ++i) {
-      const int scaled = (kLuma[i] * jpeg_quality_scaling(quality) + 50) / 100;
-      distance += std::abs(std::clamp(scaled, 1, 255) - table->quantval[i]);
-    }
-    if (distance < least) {
-      least = distance;
-      nearest = quality;
-    }
-  }
-  return nearest;
-}
-
-/// Whether a segment tells how the file is made rather than what the picture is. Multi-picture
-/// files have an index of offsets to what comes behind the first picture.
-bool describesFile(const jpeg_marker_struct& segment) {
-  const auto begins = [&](int marker, std::string_view with) {
-    return segment.marker == marker && segment.data_length >= with.size() &&
-           std::memcmp(segment.data, with.data(), with.size()) == 0;
-  };
-  return begins(JPEG_APP0 + 14, "Adobe"sv) || begins(JPEG_APP0 + 2, "MPF\0"sv);
-}
-
 }  // namespace
-
-int JpegInfo::reductionFor(int keepSide) const {
-  const int side = std::max(width, height);
-  int reduction = 1;
-  while (keepSide > 0 && reduction < 8 && side / (2 * reduction) >= keepSide) {
-    reduction *= 2;
-  }
-  return reduction;
-}
 
 struct JpegReader::Codec {
   Codec(JpegInput& input, Segments keep);
@@ -129,7 +59,6 @@ struct JpegReader::Codec {
   static Codec& of(j_common_ptr codec) { return *static_cast<Codec*>(codec->client_data); }
   void warn();
   bool readHeader(std::size_t mostBytes);
-  void describe();
   void prepare();
   bool startOnce();
   void start(const Options& chosen);
@@ -176,8 +105,9 @@ void JpegReader::Codec::warn() {
   ++damage.warnings;
   damage.truncated |= source.ranOut();
   if (damage.firstRow < 0) {
-    // What is too much behind the last row does not tell where reading went wrong.
-    damage.firstRow = finishing || info.wholeImage ? 0 : static_cast<int>(jpeg.output_scanline);
+    // Damaged codes are often read as others, and show only where those end.
+    const bool here = source.ranOut() && !info.wholeImage;
+    damage.firstRow = here ? static_cast<int>(jpeg.output_scanline) : 0;
   }
 }
 
@@ -207,20 +137,11 @@ bool JpegReader::Codec::readHeader(std::size_t mostBytes) {
   if (source.nothingLeft()) {
     leaveJpeg(errors, JpegFault::kDamaged);
   }
-  describe();
+  info = describeJpeg(jpeg);
   if (!isPictureSize(jpeg.image_width, jpeg.image_height)) {
     leaveJpeg(errors, JpegFault::kTooLarge);
   }
   return true;
-}
-
-void JpegReader::Codec::describe() {
-  info.width = static_cast<int>(jpeg.image_width);
-  info.height = static_cast<int>(jpeg.image_height);
-  info.colours = coloursOf(jpeg);
-  info.sampling = samplingOf(jpeg);
-  info.wholeImage = jpeg_has_multiple_scans(&jpeg) != FALSE;
-  info.quality = qualityOf(jpeg);
 }
 
 /// Tells the codec what is wanted of the file whose header it has read.

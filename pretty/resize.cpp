@@ -101,7 +101,8 @@ class Resizer::RowMixer {
                .fractions = fractions,
                .count = count,
                .sourceWidth = src.width,
-               .reach = reach};
+               .reach = reach,
+               .step = step};
     int32_t position = 0;
     for (int i = 0; i < count; ++i, position += step) {
       index[i] = wholePart(position, src.width);

@@ -7,6 +7,7 @@
 namespace alg {
 
 inline constexpr uint32_t kFraction = 0xFFFF;
+inline constexpr uint32_t kHalfWay = 0x8000;
 inline constexpr uint32_t kNoAlpha = 0x00FFFFFF;
 
 /// Two bytes of a word, each in 32 bits of its own: 8-bit values times 16-bit weights can't carry
@@ -34,8 +35,9 @@ struct ResizeColumns {
   const uint32_t* fractions = nullptr;
   int count = 0;
   int sourceWidth = 0;
-  int paired = 0;  // the leading columns for which index never falls and index + 1 is in the row
-  int reach = 0;   // any n neighbours among these are reach x n source columns at most; 0: more
+  int paired = 0;    // the leading columns for which index never falls and index + 1 is in the row
+  int reach = 0;     // any n neighbours among these are reach x n source columns at most; 0: more
+  int32_t step = 0;  // between two of these, in 65536ths of a source column; the first one is 0
 
   /// The columns from `first` on, for the definitions: without what only the twins ask for.
   ResizeColumns from(int first) const {

@@ -22,6 +22,7 @@ constexpr auto& takeRowsVector = takeRowsPlain;
 namespace hn = hwy::HWY_NAMESPACE;
 
 using Words = hn::ScalableTag<uint32_t>;
+using Bytes = hn::Repartition<uint8_t, Words>;
 using Ints = hn::RebindToSigned<Words>;
 using Halves = hn::Repartition<uint16_t, Words>;
 using Signed = hn::RebindToSigned<Halves>;
@@ -66,6 +67,59 @@ HWY_INLINE WordVector mix(WordVector a, WordVector b, WordVector fractions) {
   return hn::BitCast(w, hn::Or(even, hn::ShiftLeft<8>(odd)));
 }
 
+// Each byte less by one of `by`, but not below 0. A mix of a byte v with itself, or with any other
+// one at the fraction 0, is v x 65535 >> 16: one less.
+HWY_INLINE WordVector less(WordVector words, uint32_t by) {
+  return hn::BitCast(Words(), hn::SaturatedSub(hn::BitCast(Bytes(), words),
+                                               hn::BitCast(Bytes(), hn::Set(Words(), by))));
+}
+
+constexpr uint32_t kOne = 0x01010101, kTwo = 0x02020202;
+constexpr uint32_t kAlpha = 0xFF000000;  // to remove it
+
+// The mix at the fraction 1/2, (a x 32767 + b x 32768) >> 16. That is half of a + b, rounded down,
+// where a is 0, else half of a + b - 1: each time half of less(a, 1) + b.
+HWY_INLINE WordVector mixHalfWay(WordVector a, WordVector b) {
+  const Bytes d;
+  const auto x = hn::BitCast(d, less(a, kOne)), y = hn::BitCast(d, b);
+#if ALG_IS_NEON()
+  return hn::BitCast(Words(), hn::Vec<Bytes>(vhaddq_u8(x.raw, y.raw)));
+#else
+  const auto up = hn::AverageRound(x, y);
+  return hn::BitCast(Words(), hn::Sub(up, hn::And(hn::Xor(x, y), hn::Set(d, 1))));
+#endif
+}
+
+// Words 0, 2, 4, ... from `row` on.
+HWY_INLINE WordVector everySecond(const uint32_t* row) {
+  const Words d;
+  const auto low = hn::LoadU(d, row), high = hn::LoadU(d, row + kLanes);
+#if ALG_IS_NEON()
+  return WordVector(vuzp1q_u32(low.raw, high.raw));
+#else
+  return hn::ConcatEven(d, high, low);
+#endif
+}
+
+/// out[i] = make(i), for kLanes of them at a time from `i` on; returns how many that makes. Several
+/// are made before they are stored, so that in-order cores need not wait for each.
+template <class Make>
+HWY_INLINE int storeAll(int i, int count, uint32_t* out, Make make) {
+  const Words d;
+  for (; i + 4 * kLanes <= count; i += 4 * kLanes) {
+    const WordVector first = make(i), second = make(i + kLanes);
+    const WordVector third = make(i + 2 * kLanes), fourth = make(i + 3 * kLanes);
+    hn::StoreU(first, d, out + i);
+    hn::StoreU(second, d, out + i + kLanes);
+    hn::StoreU(third, d, out + i + 2 * kLanes);
+    hn::StoreU(fourth, d, out + i + 3 * kLanes);
+  }
+  for (; i + kLanes <= count; i += kLanes) {
+    hn::StoreU(make(i), d, out + i);
+  }
+  return i;
+}
+
 // row[index[0]], row[index[1]], ...
 HWY_INLINE WordVector gather(const uint32_t* row, const int32_t* index) {
 #if ALG_IS_NEON()
@@ -107,11 +161,13 @@ HWY_INLINE WordVector pick(const uint32_t* first, hn::Vec<Ints> place) {
 #endif
 }
 
-/// Calls use(i, load) for each kLanes columns of the first `count`, load(row) being row[index[i]],
-/// row[index[i + 1]], ...; returns how many columns that were. Close columns are picked from whole
-/// vectors of the row as long as these, `spare` words longer, are inside the row.
-template <int kReach, class Use>
-HWY_INLINE int forEachLanes(const ResizeColumns& columns, int count, int spare, Use use) {
+/// out[i] = mixed(i, load) for each kLanes columns of the first `count`, load(row) being
+/// row[index[i]], row[index[i + 1]], ...; returns how many columns that were. Close columns are
+/// picked from whole vectors of the row as long as these, `spare` words longer, are inside the row.
+template <int kReach, class Mixed>
+HWY_INLINE int forEachLanes(const ResizeColumns& columns, int count, int spare, uint32_t* out,
+                            Mixed mixed) {
+  const Words d;
   const Ints ints;
   int i = 0;
   if constexpr (kReach > 0) {
@@ -121,64 +177,100 @@ HWY_INLINE int forEachLanes(const ResizeColumns& columns, int count, int spare, 
         break;
       }
       const auto place = hn::Sub(hn::LoadU(ints, columns.index + i), hn::Set(ints, first));
-      use(i, [&](const uint32_t* row) HWY_ATTR { return pick<kReach>(row + first, place); });
+      const auto load = [&](const uint32_t* row)
+                            HWY_ATTR { return pick<kReach>(row + first, place); };
+      hn::StoreU(mixed(i, load), d, out + i);
     }
   }
   for (; i + kLanes <= count; i += kLanes) {
-    use(i, [&](const uint32_t* row) HWY_ATTR { return gather(row, columns.index + i); });
+    const auto load = [&](const uint32_t* row) HWY_ATTR { return gather(row, columns.index + i); };
+    hn::StoreU(mixed(i, load), d, out + i);
   }
   return i;
 }
 
-template <class Use>
-HWY_INLINE int forEachLanes(const ResizeColumns& columns, int count, int spare, Use use) {
-  return columns.reach == 1   ? forEachLanes<1>(columns, count, spare, use)
-         : columns.reach == 2 ? forEachLanes<2>(columns, count, spare, use)
-                              : forEachLanes<0>(columns, count, spare, use);
+template <class Mixed>
+HWY_INLINE int forEachLanes(const ResizeColumns& columns, int count, int spare, uint32_t* out,
+                            Mixed mixed) {
+  return columns.reach == 1   ? forEachLanes<1>(columns, count, spare, out, mixed)
+         : columns.reach == 2 ? forEachLanes<2>(columns, count, spare, out, mixed)
+                              : forEachLanes<0>(columns, count, spare, out, mixed);
+}
+
+// Between columns half a source column apart: each word of the source, then halfway to the next.
+HWY_INLINE int mixDoubled(const uint32_t* row, int count, uint32_t* out) {
+  const Words d;
+  int i = 0;
+  for (; i + 2 * kLanes <= count; i += 2 * kLanes) {
+    const auto here = hn::LoadU(d, row + i / 2);
+    const auto between = mixHalfWay(here, hn::LoadU(d, row + i / 2 + 1));
+    const auto low = hn::InterleaveLower(d, less(here, kOne), between);
+    const auto high = hn::InterleaveUpper(d, less(here, kOne), between);
+#if ALG_IS_NEON()
+    hn::StoreU(low, d, out + i);
+    hn::StoreU(high, d, out + i + kLanes);
+#else  // interleaved within halves of vectors
+    hn::StoreU(hn::ConcatLowerLower(d, high, low), d, out + i);
+    hn::StoreU(hn::ConcatUpperUpper(d, high, low), d, out + i + kLanes);
+#endif
+  }
+  return i;
 }
 
 void mixColumnsVector(const uint32_t* row, uint32_t end, const ResizeColumns& columns,
                       uint32_t* out) {
-  const auto mixLanes = [&](int i, auto load) HWY_ATTR {
-    const Words d;
-    hn::StoreU(mix(load(row), load(row + 1), hn::LoadU(d, columns.fractions + i)), d, out + i);
-  };
-  const int done = forEachLanes(columns, columns.paired, 1, mixLanes);
+  int done;
+  if (columns.step == 1 << 15) {
+    done = mixDoubled(row, columns.paired, out);
+  } else {
+    const uint32_t* fractions = columns.fractions;
+    done = forEachLanes(columns, columns.paired, 1, out, [=](int i, auto load) HWY_ATTR {
+      return mix(load(row), load(row + 1), hn::LoadU(Words(), fractions + i));
+    });
+  }
   mixColumnsPlain(row, end, columns.from(done), out + done);
 }
 
 void takeRowsVector(const uint32_t* top, const uint32_t* bottom, uint32_t fraction,
                     const ResizeColumns& columns, uint32_t* out) {
-  // A mix of a byte v with itself is v x 65535 >> 16: one less, but not below 0.
-  const auto less = [](WordVector words, uint8_t by) HWY_ATTR {
-    const hn::Repartition<uint8_t, Words> bytes;
-    return hn::BitCast(Words(), hn::SaturatedSub(hn::BitCast(bytes, words), hn::Set(bytes, by)));
+  const auto fractions = hn::Set(Words(), fraction * 0x10001);
+  const auto noAlpha = hn::Set(Words(), kNoAlpha);
+  const auto takeTop = [=](int /*i*/, auto load)
+                           HWY_ATTR { return less(load(top), kTwo | kAlpha); };
+  const auto takeBoth = [=](int /*i*/, auto load) HWY_ATTR {
+    return hn::And(mix(less(load(top), kOne), less(load(bottom), kOne), fractions), noAlpha);
   };
-  const auto noAlpha = hn::Set(Words(), 0x00FFFFFF);
-  const auto takeTop = [&](int i, auto load) HWY_ATTR {
-    hn::StoreU(hn::And(less(load(top), 2), noAlpha), Words(), out + i);
-  };
-  const auto takeBoth = [&](int i, auto load) HWY_ATTR {
-    const auto mixed =
-        mix(less(load(top), 1), less(load(bottom), 1), hn::Set(Words(), fraction * 0x10001));
-    hn::StoreU(hn::And(mixed, noAlpha), Words(), out + i);
-  };
-  const int done = fraction == 0 ? forEachLanes(columns, columns.paired, 0, takeTop)
-                                 : forEachLanes(columns, columns.paired, 0, takeBoth);
+  int done;
+  if (columns.step == 2 << 16 && fraction == 0) {  // every second word of one row
+    done = storeAll(0, columns.paired, out,
+                    [=](int i) HWY_ATTR { return less(everySecond(top + 2 * i), kTwo | kAlpha); });
+  } else if (fraction == 0) {
+    done = forEachLanes(columns, columns.paired, 0, out, takeTop);
+  } else {
+    done = forEachLanes(columns, columns.paired, 0, out, takeBoth);
+  }
   takeRowsPlain(top, bottom, fraction, columns.from(done), out + done);
 }
 
 void mixRowsVector(const uint32_t* top, const uint32_t* bottom, uint32_t fraction, int count,
                    uint32_t* out) {
   const Words d;
-  const auto fractions = hn::Set(d, fraction * 0x10001);
-  const auto noAlpha = hn::Set(d, 0x00FFFFFF);
-  int i = 0;
-  for (; i + kLanes <= count; i += kLanes) {
-    const auto mixed = mix(hn::LoadU(d, top + i), hn::LoadU(d, bottom + i), fractions);
-    hn::StoreU(hn::And(mixed, noAlpha), d, out + i);
+  const auto noAlpha = hn::Set(d, kNoAlpha);
+  int done;
+  if (fraction == 0) {
+    done = storeAll(0, count, out,
+                    [=](int i) HWY_ATTR { return less(hn::LoadU(d, top + i), kOne | kAlpha); });
+  } else if (fraction == kHalfWay) {
+    done = storeAll(0, count, out, [=](int i) HWY_ATTR {
+      return hn::And(mixHalfWay(hn::LoadU(d, top + i), hn::LoadU(d, bottom + i)), noAlpha);
+    });
+  } else {
+    const auto fractions = hn::Set(d, fraction * 0x10001);
+    done = storeAll(0, count, out, [=](int i) HWY_ATTR {
+      return hn::And(mix(hn::LoadU(d, top + i), hn::LoadU(d, bottom + i), fractions), noAlpha);
+    });
   }
-  mixRowsPlain(top + i, bottom + i, fraction, count - i, out + i);
+  mixRowsPlain(top + done, bottom + done, fraction, count - done, out + done);
 }
 
 #endif  // vectors or not

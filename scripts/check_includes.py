@@ -20,6 +20,7 @@ ALLOWED = {
     "codec": {"base", "platform"},
     "sfb": {"base", "platform"},
     "effect": {"base", "catalogue", "platform", "kernels", "convert", "threadpool", "pretty", PUBLIC},
+    "android": {PUBLIC},
     "images": {"base", "catalogue", "platform", "kernels", "convert", "camerautil", "threadpool", "pretty", "codec",
                PUBLIC},
     "jni": {"base", "platform", "catalogue", "codec", "sfb", "effect", "images", PUBLIC},

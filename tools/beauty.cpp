@@ -10,7 +10,7 @@
 #include "platform/device_path.h"
 #include "sfb/beauty_engine.h"
 #include "tools/console.h"
-#include "tools/photo.h"
+#include "tools/photo_file.h"
 #include "tools/photo_pipeline.h"
 
 namespace fs = std::filesystem;
@@ -63,10 +63,10 @@ void beautifyPhoto(const BeautyRequest& request) {
     note("all levels are 0: the photo stays as it is, up to rounding");
   }
   const std::string engine = enginePath(request.engine);
-  auto [photo, metadata] = readPhoto(request.input);
-  cropToEven(photo, request.input);
+  PhotoFile file = readPhoto(request.input, request.options);
+  cropToEven(file.photo, request.input);
   __android_log_set_logger(dropLogLine);
-  const SfbRun run = runEngine(engine, levels, photo);
+  const SfbRun run = runEngine(engine, levels, file.photo);
   if (run.whyNotLoaded != nullptr) {
     failToLoad(request.engine, engine, run.whyNotLoaded);
   }
@@ -74,7 +74,7 @@ void beautifyPhoto(const BeautyRequest& request) {
     throw UserError(fmt::format("{}: the face-beauty engine failed with code {}",
                                 request.input.string(), run.result));
   }
-  writePhoto(request.output, photo, metadata, request.quality);
+  writePhoto(request.output, file, request.options);
 }
 
 }  // namespace alg::tool

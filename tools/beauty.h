@@ -3,7 +3,7 @@
 
 #include <filesystem>
 
-#include "tools/photo.h"
+#include "tools/photo_options.h"
 
 namespace alg::tool {
 
@@ -14,7 +14,7 @@ struct BeautyRequest {
   std::filesystem::path engine;  ///< engine library; empty for the one below the device root
   std::filesystem::path input;
   std::filesystem::path output;
-  int quality = kDefaultQuality;
+  PhotoOptions options;
 };
 
 /// Throws UserError.

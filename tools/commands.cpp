@@ -8,6 +8,7 @@
 #include <string>
 #include <utility>
 
+#include "tools/apply_options.h"
 #include "tools/catalogue.h"
 #include "tools/completion.h"
 #include "tools/effect_names.h"
@@ -22,13 +23,6 @@ constexpr char kFrameSize[] = "size of the input in pixels, both even";
 /// Chooses `work` when the user names this command. It is done after parsing.
 void setWork(CLI::App& command, Options& options, std::function<bool()> work) {
   command.callback([&options, work = std::move(work)] { options.work = work; });
-}
-
-void addQuality(CLI::App& command, int& quality) {
-  command.add_option("--quality", quality, "JPEG quality, 0 to 100")
-      ->type_name("N")
-      ->capture_default_str()
-      ->check(CLI::Range(0, 100));
 }
 
 void addFile(CLI::App& command, const char* name, FileKind kind, std::filesystem::path& path,
@@ -55,36 +49,33 @@ std::string notANumber(const std::string& text) {
 }
 
 void addApply(CLI::App& app, Options& options) {
-  CLI::App& apply = *app.add_subcommand("apply", "Apply an effect to photos");
+  CLI::App& apply = *app.add_subcommand("apply", "Apply effects to photos");
   ApplyRequest& request = options.apply;
-  apply.add_option("NAME", request.effect, "effect name, see \"camera-effects list\"")
-      ->type_name("")
-      ->required();
-  apply
-      .add_option("FILES", request.paths,
-                  "input and output file; or several inputs, or a folder of JPEGs, and last the "
-                  "output folder")
-      ->type_name(kJpegFile.typeName)
-      ->required()
-      ->expected(2, CLI::detail::expected_max_vector_size);
-  addQuality(apply, request.quality);
-  apply
-      .add_option("--jobs", request.threads,
-                  "photos to work on at once; by default, one for each processor")
-      ->type_name("N")
-      ->check(CLI::Range(1, kMostThreads));
-  apply.add_flag("--recursive", request.recursive,
-                 "also take photos from sub-folders; the output folder gets the same ones");
+  addApplyOptions(apply, request);
+  addReadOptions(apply, request.options);
+  addWriteOptions(apply, request.options);
   addEffectOptions(apply, request.choices);
   apply.footer(
-      "Pretty effects crop odd sides by one pixel. Photos are turned upright and keep their\n"
-      "metadata: Exif, XMP, IPTC, comment and colour profile. Their orientation tag then says\n"
-      "upright, and thumbnails of the old picture are left out.\n\n"
+      "Pretty effects crop odd sides by one pixel. Photos are turned upright and keep all that\n"
+      "their files say; their orientation tag then says upright, and thumbnails of the old "
+      "picture\n"
+      "are left out. The ending of an output's name decides its format. An output has the access\n"
+      "rights of its input; one that is replaced keeps its own.\n\n"
+      "A photo that fails never stops the others. An output appears under its name when it is\n"
+      "complete, so that a run that was ended goes on with --skip-existing. Each line of a report\n"
+      "has the keys in, out, status (done, skipped, failed, planned), code (as the exit code of a\n"
+      "run for this photo alone), ms and notes.\n\n"
       "Examples:\n"
       "  camera-effects apply PrettyBlue photo.jpg blue.jpg\n"
+      "  camera-effects apply sepia,lomo --mix 60 photo.jpg faint.jpg\n"
       "  camera-effects apply PrettyJapan --quality 85 --jobs 2 holiday/ holiday-japan/\n"
-      "  camera-effects apply sepia photo.jpg sepia.jpg\n"
-      "  camera-effects apply color-paint --picture wash.png photo.jpg washed.jpg");
+      "  camera-effects apply sepia - - <photo.jpg >sepia.jpg\n"
+      "  camera-effects apply color-paint --picture wash.png photo.jpg washed.jpg\n"
+      "  find holiday -name '*.jpg' -print0 | camera-effects apply sepia --files-from - -0 "
+      "--output "
+      "'sepia/{dir}/{name}'\n"
+      "  camera-effects apply sepia holiday/ --output '{dir}/{stem}-{effect}{ext}' --shard 1/2 "
+      "--report part1.jsonl");
   setWork(apply, options, [&request] { return applyToFiles(request); });
 }
 
@@ -99,7 +90,8 @@ void addConvert(CLI::App& app, Options& options) {
   convert.add_option("--to", request.to, "format of the output")
       ->required()
       ->check(CLI::IsMember({"nv12", "nv21", "argb", "jpg"}));
-  addQuality(convert, request.quality);
+  addReadOptions(convert, request.options);
+  addWriteOptions(convert, request.options);
   addFile(convert, "IN", kAnyFile, request.input, "raw file of exactly one frame, or JPEG file");
   addFile(convert, "OUT", kAnyFile, request.output, "file to write");
   convert.footer(
@@ -110,6 +102,33 @@ void addConvert(CLI::App& app, Options& options) {
       "  camera-effects convert --from jpg --to nv21 photo.jpg photo.nv21");
   setWork(convert, options, [&request] {
     convertFrame(request);
+    return true;
+  });
+}
+
+void addFrames(CLI::App& app, Options& options) {
+  CLI::App& frames = *app.add_subcommand(
+      "frames", "Apply effects to a stream of frames, as a camera delivers them");
+  FramesRequest& request = options.frames;
+  frames
+      .add_option("NAME", request.effects,
+                  "effect name, see \"camera-effects list\", or several with commas between them")
+      ->type_name("")
+      ->required();
+  frames.add_option("--size", request.size, "size of raw frames in pixels, both even")
+      ->type_name("WxH");
+  frames.add_option("--format", request.format, "format of raw frames; nv21 when not given")
+      ->check(CLI::IsMember({"nv12", "nv21"}));
+  addEffectOptions(frames, request.choices);
+  frames.footer(
+      "Takes frames on the standard input and gives them on the standard output, each as soon as\n"
+      "it is done: raw ones with --size, else a Y4M stream of 8-bit 4:2:0, which says its size. A\n"
+      "last frame that is cut off is an error (exit code 3); all whole ones are written before.\n\n"
+      "Examples:\n"
+      "  camera-effects frames PrettySweet --size 640x480 <frame.nv21 >sweet.nv21\n"
+      "  camera-effects frames sepia --size 640x480 --format nv12 <frame.nv21 >sepia.nv12");
+  setWork(frames, options, [&request] {
+    filterFrames(request);
     return true;
   });
 }
@@ -141,8 +160,9 @@ void addResize(CLI::App& app, Options& options) {
   CLI::App& resize = *app.add_subcommand("resize", "Resize a photo");
   ResizeRequest& request = options.resize;
   addSize(resize, request.size, "size of the output in pixels");
-  addQuality(resize, request.quality);
-  addFile(resize, "IN", kJpegFile, request.input, "JPEG file");
+  addReadOptions(resize, request.options);
+  addWriteOptions(resize, request.options);
+  addFile(resize, "IN", kPhotoFile, request.input, "photo");
   addFile(resize, "OUT", kAnyFile, request.output, "file to write");
   resize.footer(
       "The photo is turned upright and stretched to the size, whatever its shape. It keeps its\n"
@@ -164,9 +184,10 @@ void addBlend(CLI::App& app, Options& options) {
   blend.add_option("--weight", request.weight, "of the first photo, for mix; 128 is half")
       ->type_name("N")
       ->check(CLI::Range(0, 256));
-  addQuality(blend, request.quality);
-  addFile(blend, "A", kJpegFile, request.first, "JPEG file");
-  addFile(blend, "B", kJpegFile, request.second, "JPEG file");
+  addReadOptions(blend, request.options);
+  addWriteOptions(blend, request.options);
+  addFile(blend, "A", kPhotoFile, request.first, "photo");
+  addFile(blend, "B", kPhotoFile, request.second, "photo");
   addFile(blend, "OUT", kAnyFile, request.output, "file to write");
   blend.footer(
       "Both are turned upright. The result has the metadata of A.\n\n"
@@ -194,8 +215,9 @@ void addBeauty(CLI::App& app, Options& options) {
       .add_option("--engine", request.engine,
                   "engine library; without it, system/lib64/libSFB.so in ALGORITHM_DEVICE_ROOT")
       ->type_name(kAnyFile.typeName);
-  addQuality(beauty, request.quality);
-  addFile(beauty, "IN", kJpegFile, request.input, "JPEG file");
+  addReadOptions(beauty, request.options);
+  addWriteOptions(beauty, request.options);
+  addFile(beauty, "IN", kPhotoFile, request.input, "photo");
   addFile(beauty, "OUT", kAnyFile, request.output, "file to write");
   beauty.footer(
       "The engine is a closed library of the device; none comes with this tool. It gets the photo\n"
@@ -213,10 +235,11 @@ void addGallery(CLI::App& app, Options& options) {
   CLI::App& gallery =
       *app.add_subcommand("gallery", "Make a web page that shows a photo under every effect");
   GalleryRequest& request = options.gallery;
-  addFile(gallery, "IN", kJpegFile, request.photo, "JPEG file");
+  addFile(gallery, "IN", kPhotoFile, request.photo, "photo");
   addFile(gallery, "OUTDIR", kFolder, request.folder,
           "folder to make; an earlier gallery is replaced");
-  addQuality(gallery, request.quality);
+  addReadOptions(gallery, request.options);
+  addWriteOptions(gallery, request.options);
   gallery.footer(
       "The photo is turned upright and, if large, reduced; its longer side keeps at least 1600\n"
       "pixels. The pictures carry no metadata.\n\n"
@@ -331,6 +354,7 @@ void addCommands(CLI::App& app, Options& options) {
   addList(app, options);
   addApply(app, options);
   addConvert(app, options);
+  addFrames(app, options);
   addRotate(app, options);
   addResize(app, options);
   addBlend(app, options);

@@ -9,6 +9,7 @@
 #include "tools/beauty.h"
 #include "tools/bench.h"
 #include "tools/curves.h"
+#include "tools/frame_stream.h"
 #include "tools/gallery.h"
 #include "tools/raw_frames.h"
 #include "tools/resize_blend.h"
@@ -24,6 +25,7 @@ struct Options {
   BlendRequest blend;
   BeautyRequest beauty;
   GalleryRequest gallery;
+  FramesRequest frames;
   CurvesRequest curves;
   BenchRequest bench;
   std::string shell;  ///< of completion

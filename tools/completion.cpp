@@ -74,7 +74,7 @@ std::vector<std::string> commandNames(const CLI::App& app) {
 
 /// The endings of the files that an option takes; empty when it takes none.
 std::string_view endingsOf(const CLI::Option& option) {
-  for (const FileKind& kind : {kJpegFile, kPngFile, kAnyFile, kFolder}) {
+  for (const FileKind& kind : {kPhotoFile, kPngFile, kAnyFile, kFolder}) {
     if (option.get_type_name() == kind.typeName) {
       return kind.endings;
     }

@@ -14,7 +14,8 @@ struct FileKind {
   const char* endings;  ///< of file names; "any" for all files, "folders" for none
 };
 
-inline constexpr FileKind kJpegFile{"JPEG", "jpg jpeg JPG JPEG"};
+inline constexpr FileKind kPhotoFile{
+    "PHOTO", "jpg jpeg png webp tif tiff heic avif JPG JPEG PNG WEBP TIF TIFF HEIC AVIF"};
 inline constexpr FileKind kPngFile{"PNG", "png PNG"};
 inline constexpr FileKind kAnyFile{"FILE", "any"};
 inline constexpr FileKind kFolder{"FOLDER", "folders"};

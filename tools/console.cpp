@@ -20,6 +20,10 @@ std::mutex consoleMutex;  // for stderr and what is known about it
 // A line that is to stay must not be glued to the progress line.
 bool progressLineOpen = false;
 
+Verbosity shown = Verbosity::kNormal;  // set before there are threads
+
+thread_local NoteCollector* collector = nullptr;
+
 void clearProgressLine() {
   if (progressLineOpen) {
     std::fputs("\r\x1b[K", stderr);
@@ -69,22 +73,48 @@ std::string duration(double seconds) {
          fmt::format("{:02}", whole % 60);
 }
 
+/// With the lock held.
+void printLine(std::string_view text) {
+  clearProgressLine();
+  // Not fmt::print(): it throws when stderr is full or closed, and nobody could be told.
+  std::fputs(fmt::format("camera-effects: {}\n", printable(text)).c_str(), stderr);
+}
+
 }  // namespace
 
 void complain(std::string_view text) {
   const std::lock_guard lock(consoleMutex);
   static std::set<std::string, std::less<>> told;
   if (told.emplace(text).second) {
-    clearProgressLine();
-    // Not fmt::print(): it throws when stderr is full or closed, and nobody could be told.
-    std::fputs(fmt::format("camera-effects: {}\n", printable(text)).c_str(), stderr);
+    printLine(text);
   }
 }
 
-void note(std::string_view text) { complain(fmt::format("note: {}", text)); }
+void note(std::string_view text) {
+  if (collector != nullptr) {
+    collector->notes_.emplace_back(text);
+  }
+  if (shown != Verbosity::kQuiet) {
+    complain(fmt::format("note: {}", text));
+  }
+}
+
+void say(std::string_view text) {
+  if (shown == Verbosity::kVerbose) {
+    const std::lock_guard lock(consoleMutex);
+    printLine(text);
+  }
+}
+
+void setVerbosity(Verbosity verbosity) { shown = verbosity; }
+
+NoteCollector::NoteCollector() : outer_(collector) { collector = this; }
+
+NoteCollector::~NoteCollector() { collector = outer_; }
 
 Progress::Progress(std::size_t total)
-    : total_(total), shown_(total > 1 && isatty(STDERR_FILENO) == 1) {}
+    : total_(total),
+      shown_(total > 1 && shown != Verbosity::kQuiet && isatty(STDERR_FILENO) == 1) {}
 
 Progress::~Progress() {
   const std::lock_guard lock(consoleMutex);

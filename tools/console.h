@@ -3,33 +3,51 @@
 
 #include <chrono>
 #include <cstddef>
-#include <stdexcept>
+#include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
+
+#include "tools/failure.h"
 
 namespace alg::tool {
-
-/// Something the user asked for that can't be done. what() is the whole explanation, on one line.
-class UserError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
-
-/// A command line that is wrong whatever the files hold.
-class WrongUse : public UserError {
- public:
-  using UserError::UserError;
-};
 
 /// Prints "camera-effects: text" as one line, each text once per run: a batch would repeat it per
 /// file. Control characters (in file names) become '?'. From any thread.
 void complain(std::string_view text);
 
-/// Complains about what is not an error.
+/// Complains about what is not an error, unless notes are off.
 void note(std::string_view text);
 
+/// Says that all is well, as a line of its own: only for users who want to know.
+void say(std::string_view text);
+
+enum class Verbosity : uint8_t {
+  kQuiet,   ///< errors only: no notes, no progress
+  kNormal,  ///< errors, notes and progress
+  kVerbose  ///< and what say() says
+};
+void setVerbosity(Verbosity verbosity);
+
+/// Collects the notes of one thread, beside printing them.
+class NoteCollector {
+ public:
+  NoteCollector();
+  ~NoteCollector();
+  NoteCollector(const NoteCollector&) = delete;
+  NoteCollector& operator=(const NoteCollector&) = delete;
+
+  std::vector<std::string> take() { return std::move(notes_); }
+
+ private:
+  friend void note(std::string_view text);
+  std::vector<std::string> notes_;
+  NoteCollector* outer_;
+};
+
 /// One line, rewritten in place: "[=====>    ] 5/9  55 %  0:03 left  name.jpg". Silent when stderr
-/// is no terminal or there is only one step.
+/// is no terminal, there is only one step, or notes are off.
 class Progress {
  public:
   explicit Progress(std::size_t total);

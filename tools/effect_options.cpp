@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <string_view>
 #include <utility>
 
@@ -85,15 +86,18 @@ std::vector<std::pair<std::string, std::string>> picturesThatGoTogether() {
   return pairs;
 }
 
-[[noreturn]] void failForeign(const std::string& option, const Operation& effect) {
+[[noreturn]] void failForeign(const std::string& option,
+                              const std::vector<const Operation*>& chosen) {
   std::vector<std::string_view> owners;
   for (const Operation* other : effects()) {
     if (std::ranges::count(optionNames(*other), option) > 0) {
       owners.emplace_back(other->name);
     }
   }
+  std::vector<std::string_view> names;
+  std::ranges::transform(chosen, std::back_inserter(names), &Operation::name);
   throw WrongUse(fmt::format("{} is an option of {}, not of {}", option, fmt::join(owners, ", "),
-                             effect.name));
+                             fmt::join(names, ", ")));
 }
 
 }  // namespace
@@ -135,28 +139,36 @@ std::vector<std::string> optionNames(const Operation& effect) {
   return names;
 }
 
-Call callWith(const EffectChoices& choices, const Operation& effect) {
-  const std::vector<std::string> names = optionNames(effect);
+void checkOwners(const EffectChoices& choices, const std::vector<const Operation*>& effects) {
   const auto check = [&](const std::string& name) {
-    if (std::ranges::count(names, "--" + name) == 0) {
-      failForeign("--" + name, effect);
+    const std::string option = "--" + name;
+    if (std::ranges::none_of(effects, [&](const Operation* effect) {
+          return std::ranges::count(optionNames(*effect), option) > 0;
+        })) {
+      failForeign(option, effects);
     }
   };
   for (const auto& [name, file] : choices.pictures) {
     check(name);
   }
-  Call call = presetCall(effect);
   for (const auto& [name, value] : choices.values) {
     check(name);
-    const auto parameters = effect.parameters;
-    const auto parameter = std::ranges::find(
-        parameters, name, [](const Parameter& p) { return std::string_view(p.name); });
-    if (!isAllowed(*parameter, value)) {
-      throw WrongUse(fmt::format("--{} {}: {} takes {}{}", name, value, effect.name,
-                                 isWhole(*parameter) ? "whole numbers, " : "",
-                                 rangeOf(*parameter)));
+  }
+}
+
+Call callWith(const EffectChoices& choices, const Operation& effect) {
+  Call call = presetCall(effect);
+  std::size_t i = 0;
+  for (const Parameter& parameter : effect.parameters) {
+    if (const auto chosen = choices.values.find(parameter.name); chosen != choices.values.end()) {
+      if (!isAllowed(parameter, chosen->second)) {
+        throw WrongUse(fmt::format("--{} {}: {} takes {}{}", chosen->first, chosen->second,
+                                   effect.name, isWhole(parameter) ? "whole numbers, " : "",
+                                   rangeOf(parameter)));
+      }
+      call.values[i] = chosen->second;
     }
-    call.values[parameter - parameters.begin()] = value;
+    ++i;
   }
   return call;
 }

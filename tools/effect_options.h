@@ -24,8 +24,11 @@ void addEffectOptions(CLI::App& command, EffectChoices& choices);
 /// The names of an effect's options: "--offset".
 std::vector<std::string> optionNames(const Operation& effect);
 
-/// A call with the chosen values. Throws WrongUse for choices that the effect does not have, and
-/// for values out of its ranges.
+/// Throws WrongUse for choices that none of the effects has.
+void checkOwners(const EffectChoices& choices, const std::vector<const Operation*>& effects);
+
+/// A call with those of the chosen values that the effect has. Throws WrongUse for values out of
+/// its ranges.
 Call callWith(const EffectChoices& choices, const Operation& effect);
 
 }  // namespace alg::tool

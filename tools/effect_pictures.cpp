@@ -60,10 +60,10 @@ PictureView EffectPictures::find(const Operation& operation, const PictureRole& 
   }
   if (users != users_.end()) {
     if (std::error_code error; fs::is_fifo(path, error) || fs::is_character_file(path, error)) {
-      throw UserError(fmt::format("{}: not a regular file", path));  // reading it might wait
+      throw BadInput(fmt::format("{}: not a regular file", path));  // reading it might wait
     }
     readFile(path);  // throws with the reason when it can't be read
-    throw UserError(fmt::format("{}: not a PNG, or damaged beyond decoding", path));
+    throw BadInput(fmt::format("{}: not a PNG, or damaged beyond decoding", path));
   }
   throw PictureError(fmt::format("{}: cannot read its picture {}", operation.name, path));
 }

@@ -1,123 +1,156 @@
 #include "tools/files.h"
 
+#include <fcntl.h>
 #include <fmt/format.h>
+#include <sys/random.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cerrno>
-#include <csignal>
 #include <cstdio>
-#include <cstring>
 #include <memory>
+#include <optional>
+#include <string>
 #include <utility>
 
-#include "tools/console.h"
+#include "tools/failure.h"
+#include "tools/file_errors.h"
+#include "tools/interrupts.h"
+#include "tools/new_file.h"
+#include "tools/output_target.h"
 
 namespace fs = std::filesystem;
 
 namespace alg::tool {
 namespace {
 
-std::atomic<int> pendingSignal = 0;  // set by the handler, read by all threads
-static_assert(std::atomic<int>::is_always_lock_free);
-
 struct CloseFile {
   void operator()(std::FILE* file) const { std::fclose(file); }
 };
 using File = std::unique_ptr<std::FILE, CloseFile>;
 
-[[noreturn]] void fail(std::string_view action, const fs::path& path, int error) {
-  throwIfInterrupted();  // the reason why a blocking call came back
-  throw UserError(fmt::format("cannot {} {}: {}", action, path.string(), std::strerror(error)));
-}
-
-/// A hidden name in `folder` that no file has had in this run.
-fs::path temporaryName(const fs::path& folder) {
-  static std::atomic<int> count = 0;
-  return folder / fmt::format(".camera-effects-{}-{}", getpid(), count++);
-}
+// Asked for before there are threads, because asking sets it.
+const mode_t fileMask = [] {
+  const mode_t mask = umask(0);
+  umask(mask);
+  return mask;
+}();
 
 fs::path folderOf(const fs::path& path) {
   return path.has_parent_path() ? path.parent_path() : fs::path(".");
 }
 
-/// Where the bytes really go: links resolved, and nothing replaced that is more than a file.
-fs::path replaceableFile(const fs::path& path) {
-  std::error_code error;
-  fs::path target = fs::canonical(path, error);
-  if (error) {
-    return path;  // new, or a link to nothing
-  }
-  if (!fs::is_regular_file(target)) {
-    throw UserError(fmt::format("cannot write {}: not a regular file", path.string()));
-  }
-  if (access(target.c_str(), W_OK) != 0) {
-    fail("write", path, errno);
-  }
-  return target;
+std::optional<struct stat> statusOf(const fs::path& path) {
+  struct stat status {};
+  return stat(path.c_str(), &status) == 0 ? std::optional(status) : std::nullopt;
 }
 
-/// Removes the file when it goes out of scope; after a rename there is nothing to remove.
-struct RemoveFile {
-  fs::path path;
-  ~RemoveFile() { std::remove(path.c_str()); }
-};
+/// Access rights and owner of what the file replaces, or else the rights of what it is made from.
+void setAccess(int file, const std::optional<struct stat>& replaced,
+               const std::optional<struct stat>& source) {
+  constexpr mode_t kRights = 0777;
+  if (replaced) {
+    if (replaced->st_uid != geteuid() || replaced->st_gid != getegid()) {
+      std::ignore = fchown(file, replaced->st_uid, replaced->st_gid);  // allowed to root only
+    }
+    fchmod(file, replaced->st_mode & kRights);
+  } else {
+    const mode_t rights = source && S_ISREG(source->st_mode) ? source->st_mode & kRights : 0666U;
+    fchmod(file, rights & ~fileMask);
+  }
+}
+
+void writeStream(const OutputTarget& target, const fs::path& path, std::span<const uint8_t> bytes) {
+  if (target.kind == OutputTarget::Kind::kDescriptor) {
+    if (path == kStandardStream && isatty(target.descriptor) == 1) {
+      throw WrongUse("a photo on a terminal is no use; redirect the standard output");
+    }
+    std::fflush(stdout);
+    if (!writeAll(target.descriptor, bytes)) {
+      failFile("write", path, errno);
+    }
+    return;
+  }
+  const int file = open(target.path.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC);
+  if (file < 0) {
+    failFile("write", path, errno);
+  }
+  const bool written = writeAll(file, bytes);
+  const int error = errno;
+  if (close(file) != 0 || !written) {
+    failFile("write", path, written ? errno : error);
+  }
+}
 
 }  // namespace
 
-void deferInterrupts() {
-  struct sigaction action {};
-  action.sa_handler = [](int signal) { pendingSignal = signal; };
-  action.sa_flags = static_cast<int>(SA_RESETHAND);  // no SA_RESTART: a blocked read comes back
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-    struct sigaction before {};
-    if (sigaction(signal, nullptr, &before) == 0 && before.sa_handler != SIG_IGN) {
-      sigaction(signal, &action, nullptr);
-    }
-  }
-}
-
-void throwIfInterrupted() {
-  if (const int signal = pendingSignal; signal != 0) {
-    throw Interrupted{signal};
-  }
-}
-
 std::vector<uint8_t> readFile(const fs::path& path) {
-  const File file(std::fopen(path.c_str(), "rb"));
-  if (!file) {
-    fail("read", path, errno);
+  const bool standard = path == kStandardStream;
+  const File opened(standard ? nullptr : std::fopen(path.c_str(), "rbe"));
+  std::FILE* const file = standard ? stdin : opened.get();
+  if (file == nullptr) {
+    failFile("read", path, errno);
   }
-  std::error_code noSize;  // of a pipe
-  const std::uintmax_t expected = fs::file_size(path, noSize);
-  constexpr std::size_t kLargestGuess = 1U << 30U;
+  struct stat status {};
+  const bool regular = fstat(fileno(file), &status) == 0 && S_ISREG(status.st_mode);
+  const std::size_t expected = regular ? static_cast<std::size_t>(status.st_size) : 0;
   std::vector<uint8_t> bytes;
   std::size_t size = 0;
   do {  // one byte more than expected shows that the file has ended
     constexpr std::size_t kFirstPiece = 1U << 20U;
-    const auto guess = noSize ? kFirstPiece : std::min<std::size_t>(expected, kLargestGuess) + 1;
-    bytes.resize(std::max(guess, 2 * size));
-    size += std::fread(bytes.data() + size, 1, bytes.size() - size, file.get());
+    if (std::max(size, expected) > kMostFileBytes) {
+      throw BadInput(fmt::format("{}: longer than any photo, at most {} bytes are read",
+                                 path.string(), kMostFileBytes));
+    }
+    bytes.resize(std::max(regular ? expected + 1 : kFirstPiece, 2 * size));
+    size += std::fread(bytes.data() + size, 1, bytes.size() - size, file);
   } while (size == bytes.size());
-  if (std::ferror(file.get()) != 0) {
-    fail("read", path, errno);
+  if (std::ferror(file) != 0) {
+    failFile("read", path, errno);
   }
   bytes.resize(size);
   return bytes;
 }
 
-void writeFile(const fs::path& path, std::span<const uint8_t> bytes) {
-  const fs::path target = replaceableFile(path);
-  const RemoveFile temporary{temporaryName(folderOf(target))};
-  File file(std::fopen(temporary.path.c_str(), "wbx"));
-  if (!file || std::fwrite(bytes.data(), 1, bytes.size(), file.get()) != bytes.size() ||
-      std::fclose(file.release()) != 0) {
-    fail("write", path, errno);
+void writeFile(const fs::path& path, std::span<const uint8_t> bytes, const WriteOptions& options) {
+  const OutputTarget target = outputTarget(path);
+  if (target.kind != OutputTarget::Kind::kFile) {
+    writeStream(target, path, bytes);
+    return;
+  }
+  if (target.exists && !options.replace) {
+    failFile("write", path, EEXIST);
+  }
+  if (target.exists && access(target.path.c_str(), W_OK) != 0) {
+    failFile("write", path, errno);
+  }
+  const auto replaced = target.exists ? statusOf(target.path) : std::nullopt;
+  const auto source = options.source.empty() ? std::nullopt : statusOf(options.source);
+  NewFile file(folderOf(target.path));
+  if (file.descriptor() < 0 || !writeAll(file.descriptor(), bytes)) {
+    failFile("write", path, errno);
+  }
+  setAccess(file.descriptor(), replaced, source);
+  if (options.keepTimes && source) {
+    const timespec times[] = {source->st_atim, source->st_mtim};
+    futimens(file.descriptor(), times);
+  }
+  // A file that is replaced may be the only copy.
+  if ((options.durable || target.exists) && fdatasync(file.descriptor()) != 0 && errno != EINVAL) {
+    failFile("write", path, errno);
   }
   throwIfInterrupted();
-  if (std::rename(temporary.path.c_str(), target.c_str()) != 0) {
-    fail("write", path, errno);
+  if (!file.moveTo(target.path, options.replace)) {
+    failFile("write", path, errno);
+  }
+}
+
+void createFolders(const fs::path& folder) {
+  std::error_code error;
+  fs::create_directories(folder, error);
+  if (!fs::is_directory(folder)) {
+    failFile("create the folder", folder, error ? error.value() : EEXIST);
   }
 }
 
@@ -125,7 +158,7 @@ TemporaryFolder::TemporaryFolder(fs::path target) : target_(std::move(target)) {
   path_ = temporaryName(folderOf(target_));
   std::error_code error;
   if (!fs::create_directory(path_, error)) {
-    fail("create", target_, error ? error.value() : EEXIST);
+    failFile("create", target_, error ? error.value() : EEXIST);
   }
 }
 
@@ -150,7 +183,7 @@ void TemporaryFolder::moveToTarget() {
     }
   }
   if (error) {
-    fail("create", target_, error.value());
+    failFile("create", target_, error.value());
   }
   fs::remove_all(old, error);
 }

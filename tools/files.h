@@ -1,31 +1,43 @@
 // Reading and writing whole files and folders so that nothing half-written is ever left behind.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <span>
+#include <string_view>
 #include <vector>
 
 namespace alg::tool {
 
-/// Thrown by throwIfInterrupted(); not an error, so not derived from one.
-struct Interrupted {
-  int signal;
-};
+/// As an input it stands for the standard input, as an output for the standard output.
+inline constexpr std::string_view kStandardStream = "-";
 
-/// From now on SIGINT, SIGTERM and SIGHUP are only noted, so that temporary files can be removed on
-/// the way out. A second signal of the same kind ends the process at once.
-void deferInterrupts();
-/// Throws Interrupted when a signal has come. Call it between steps of long work.
-void throwIfInterrupted();
+/// The largest file that is read: no photo or frame is larger.
+inline constexpr std::size_t kMostFileBytes = std::size_t{1} << 31U;
 
-/// The bytes of a file. Throws UserError.
+/// The bytes of a file, of a stream up to its end, or of the standard input. Throws UserError.
 std::vector<uint8_t> readFile(const std::filesystem::path& path);
 
-/// Writes a whole file: to a temporary one in the same folder first, which then takes the target's
-/// place, so the target is either the old file or the complete new one. Follows a symbolic link;
-/// refuses devices, pipes and write-protected files. Throws UserError.
-void writeFile(const std::filesystem::path& path, std::span<const uint8_t> bytes);
+struct WriteOptions {
+  /// What the file is made from: a new file gets no wider access rights than this one has. Empty or
+  /// a stream for none.
+  std::filesystem::path source{};
+  bool keepTimes = false;  ///< those of the source
+  bool replace = true;     ///< else an existing file is an error, even one that comes meanwhile
+  bool durable = false;    ///< on the disk before it takes its name, to survive a power cut
+};
+
+/// Writes a whole file: to a nameless or hidden one in the same folder first, which then takes the
+/// target's place, so the target is either the old file or the complete new one. Follows symbolic
+/// links, those to nothing too; a file that it replaces passes on its access rights and owner.
+/// What is no file (pipe, device, the standard output, a descriptor of this process by its name in
+/// /dev/fd) is written to as a stream. Refuses write-protected files. Throws UserError.
+void writeFile(const std::filesystem::path& path, std::span<const uint8_t> bytes,
+               const WriteOptions& options = {});
+
+/// Creates a folder, and those that it is in. Throws UserError.
+void createFolders(const std::filesystem::path& folder);
 
 /// A folder under construction beside its target.
 class TemporaryFolder {

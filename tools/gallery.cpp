@@ -10,7 +10,10 @@
 #include "tools/console.h"
 #include "tools/files.h"
 #include "tools/gallery_page.h"
+#include "tools/interrupts.h"
+#include "tools/jpeg_photo.h"
 #include "tools/photo_effect.h"
+#include "tools/photo_file.h"
 
 namespace fs = std::filesystem;
 
@@ -64,19 +67,24 @@ void fillIn(std::string& page, std::string_view placeholder, std::string_view va
 /// Collects pictures in the folder and their entries for the page.
 class GalleryWriter {
  public:
-  GalleryWriter(const fs::path& folder, int quality) : folder_(folder), quality_(quality) {
+  /// @param photo  whose colour profile all pictures get
+  GalleryWriter(const fs::path& folder, const PhotoFile& photo, const PhotoOptions& options)
+      : folder_(folder),
+        quality_(options.quality.value_or(photo.origin.quality)),
+        sampling_(options.sampling.value_or(photo.origin.sampling)),
+        segments_(Metadata().withProfile(photo.metadata.profile()).segments(0, 0, folder)) {
     fs::create_directories(folder / "pictures/small");
   }
 
   void add(const Entry& entry, const Photo& photo) {
     const std::string file = fmt::format("pictures/{}.jpg", entry.name);
-    const EncodedJpeg jpeg = encodePhoto(photo, quality_);
-    writeFile(folder_ / file, bytesOf(jpeg));
+    const std::vector<uint8_t> jpeg = encodeJpegPhoto(photo, quality_, sampling_, segments_);
+    writeFile(folder_ / file, jpeg);
 
     // The codec reduces while it decodes, which is the quickest way to a small picture.
     const std::string small = fmt::format("pictures/small/{}.jpg", entry.name);
-    const DecodedJpeg card = decodeJpeg(bytesOf(jpeg), {.keepSide = kCardSide}).value();
-    writeFile(folder_ / small, bytesOf(encodePhoto(card, quality_)));
+    const DecodedJpeg card = decodeJpeg(jpeg, {.keepSide = kCardSide}).value();
+    writeFile(folder_ / small, encodeJpegPhoto(card, quality_, sampling_, segments_));
 
     entries_ += fmt::format(
         "{}\n{{\"name\": {}, \"about\": {}, \"group\": {}, \"file\": {}, \"width\": {}, "
@@ -96,6 +104,8 @@ class GalleryWriter {
  private:
   fs::path folder_;
   int quality_;
+  JpegSampling sampling_;
+  std::vector<uint8_t> segments_;
   std::string entries_;  // the elements of a JSON array
 };
 
@@ -131,10 +141,11 @@ fs::path galleryFolder(const fs::path& wanted) {
 
 void makeGallery(const GalleryRequest& request) {
   const fs::path target = galleryFolder(request.folder);
-  Photo photo = readPhoto(request.photo, kPhotoSide).photo;
+  PhotoFile file = readPhoto(request.photo, request.options, kPhotoSide);
+  Photo& photo = file.photo;
   cropToEven(photo, request.photo);
   TemporaryFolder folder(target);
-  GalleryWriter gallery(folder.path(), request.quality);
+  GalleryWriter gallery(folder.path(), file, request.options);
   gallery.add({"Original", request.photo.filename().string(), "original"}, photo);
 
   const std::vector<const Operation*> shown = effects();

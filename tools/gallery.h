@@ -3,14 +3,14 @@
 
 #include <filesystem>
 
-#include "tools/photo.h"
+#include "tools/photo_options.h"
 
 namespace alg::tool {
 
 struct GalleryRequest {
   std::filesystem::path photo;
   std::filesystem::path folder;
-  int quality = kDefaultQuality;
+  PhotoOptions options;
 };
 
 /// Makes the folder with index.html and pictures/. An existing one is replaced when it is empty or

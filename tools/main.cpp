@@ -7,17 +7,18 @@
 #include <functional>
 #include <new>
 #include <string>
+#include <system_error>
 
 #include "tools/commands.h"
 #include "tools/console.h"
 #include "tools/device_root.h"
-#include "tools/files.h"
+#include "tools/file_errors.h"
+#include "tools/interrupts.h"
 
 namespace alg::tool {
 namespace {
 
-constexpr int kFailed = 1;
-constexpr int kWrongUse = 2;
+int codeOf(ExitCode code) { return static_cast<int>(code); }
 
 /// The exit code of a command line that asks for no work: help, version or wrong use.
 int explain(const CLI::App& app, const CLI::ParseError& error) {
@@ -28,32 +29,36 @@ int explain(const CLI::App& app, const CLI::ParseError& error) {
   const auto unknown = app.remaining();
   if (chosen.empty() && !unknown.empty()) {
     complain("unknown command or option \"" + unknown.front() + "\"; see camera-effects --help");
-    return kWrongUse;
+    return codeOf(ExitCode::kWrongUse);
   }
   const std::string command = chosen.empty() ? "" : " " + chosen.front()->get_name();
   complain(std::string(error.what()) + "; see camera-effects" + command + " --help");
-  return kWrongUse;
+  return codeOf(ExitCode::kWrongUse);
 }
 
 int work(const std::function<bool()>& command) {
   try {
     const bool succeeded = command();
     if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
-      throw UserError("cannot write to the standard output");
+      throw TryAgain("cannot write to the standard output");
     }
-    return succeeded ? EXIT_SUCCESS : kFailed;
+    return codeOf(succeeded ? ExitCode::kDone : ExitCode::kFailed);
   } catch (const Interrupted& interrupted) {
     std::signal(interrupted.signal, SIG_DFL);
     std::raise(interrupted.signal);  // so that the caller sees what ended us
-  } catch (const WrongUse& error) {
+  } catch (const UserError& error) {
     complain(error.what());
-    return kWrongUse;
+    return codeOf(error.code());
   } catch (const std::bad_alloc&) {
     complain("not enough memory");
+    return codeOf(ExitCode::kTryAgain);
+  } catch (const std::system_error& error) {  // printing has failed
+    complain(error.what());
+    return codeOf(mayPass(error.code().value()) ? ExitCode::kTryAgain : ExitCode::kFailed);
   } catch (const std::exception& error) {
     complain(error.what());
   }
-  return kFailed;
+  return codeOf(ExitCode::kFailed);
 }
 
 }  // namespace
@@ -65,8 +70,11 @@ int run(int argc, char** argv) {
   app.require_subcommand(1);
   app.footer(
       "\"camera-effects COMMAND --help\" shows the options of a command and examples.\n\n"
-      "Exit codes: 0, all is done; 1, something failed: a file could not be read, decoded or\n"
-      "written, a picture is missing, the engine failed; 2, the command line is wrong.");
+      "Exit codes: 0, all is done; 1, some photos of several failed, or a place can't be written, "
+      "a\n"
+      "picture is missing, the engine failed; 2, the command line is wrong; 3, the input is "
+      "missing\n"
+      "or damaged, for good; 75, no memory, no room or an I/O error, worth another try.");
   Options options;
   addCommands(app, options);
   try {

@@ -30,10 +30,17 @@ constexpr char kTail[] = R"(.SH EXIT STATUS
 What was asked for is done.
 .TP
 .B 1
-It could not be done, or not for every photo; standard error says why.
+Some photos of several failed; or a place can't be written, a picture is missing, the engine failed. Standard
+error says why.
 .TP
 .B 2
 The command line is wrong.
+.TP
+.B 3
+The input is missing or damaged, for good.
+.TP
+.B 75
+No memory, no room, or an I/O error: worth another try.
 .SH ENVIRONMENT
 .TP
 .B ALGORITHM_DEVICE_ROOT
@@ -70,7 +77,7 @@ std::string signature(const CLI::Option& option) {
     const bool many = option.get_items_expected_max() > 1;
     return fmt::format("\\fI{}\\fR{}", roff(option.get_name()), many ? "..." : "");
   }
-  std::string text = fmt::format("\\fB{}\\fR", roff(option.get_name()));
+  std::string text = fmt::format("\\fB{}\\fR", roff(option.get_name(false, true)));
   if (takesValue(option)) {
     const auto choices = choicesOf(option);
     const std::string type = option.get_type_name();  // "N:INT in [0 - 100]"

@@ -1,78 +1,56 @@
 #include "tools/metadata.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
-#include <exiv2/exiv2.hpp>
-#include <mutex>
-#include <string>
+#include <optional>
 #include <string_view>
+#include <utility>
 
 #include "tools/console.h"
+#include "tools/exif_block.h"
+#include "tools/photoshop_block.h"
+#include "tools/xmp_packet.h"
 
 namespace alg::tool {
 namespace {
 
-constexpr int kUpright = 1;
+using std::string_view_literals::operator""sv;
 
-// Exiv2 keeps tables and a log handler for the whole process. It has little to do beside the codec,
-// so one thread at a time is enough.
-std::mutex exiv2Mutex;
-std::string firstTrouble;  // that Exiv2 has reported since `withExiv2` began
+constexpr std::string_view kJfifBegin = "JFIF\0"sv;
+constexpr std::string_view kJfifExtension = "JFXX\0"sv;
+constexpr std::string_view kExifBegin = "Exif\0\0"sv;
+constexpr std::string_view kXmpBegin = "http://ns.adobe.com/xap/1.0/\0"sv;
+constexpr std::string_view kProfileBegin = "ICC_PROFILE\0"sv;
+constexpr std::string_view kPhotoshopBegin = "Photoshop 3.0\0"sv;
+constexpr std::string_view kMultiPicture = "MPF\0"sv;
+constexpr std::string_view kAdobe = "Adobe"sv;
 
-void keepTrouble(int level, const char* text) {
-  const std::string_view line(text);
-  // Warnings are about quirks of cameras, except those about a part that is lost.
-  if (firstTrouble.empty() && (level >= Exiv2::LogMsg::error || line.starts_with("Failed to"))) {
-    firstTrouble = line.substr(0, line.find_last_not_of(" .\n") + 1);
-  }
+constexpr uint8_t kApp0 = 0xE0, kApp1 = 0xE1, kApp2 = 0xE2, kApp13 = 0xED, kApp14 = 0xEE;
+constexpr uint8_t kComment = 0xFE;
+constexpr std::size_t kJfifBytes = 14;  // without a thumbnail
+
+enum class Kind : uint8_t { kJfif, kExif, kXmp, kProfile, kPhotoshop, kOther };
+
+struct Piece {
+  Kind kind;
+  uint8_t marker;
+  std::vector<uint8_t> content;  ///< of kJfif, kOther: the segment's; else without what begins it
+};
+
+std::vector<uint8_t> toVector(Bytes bytes) { return {bytes.begin(), bytes.end()}; }
+
+/// Whether a segment describes the pictures and not the coding, for which the writer has its own.
+bool isCarried(const JpegSegment& segment) {
+  const bool app = segment.marker >= kApp0 && segment.marker <= 0xEF;
+  return (app && !segment.is(kApp0, kJfifExtension) && !segment.is(kApp14, kAdobe) &&
+          !segment.is(kApp2, kMultiPicture)) ||
+         segment.marker == kComment;
 }
 
-/// Does `work`, and notes what went wrong.
-template <typename Work>
-void withExiv2(const std::filesystem::path& path, const Work& work) {
-  const std::lock_guard lock(exiv2Mutex);
-  Exiv2::LogMsg::setHandler(keepTrouble);
-  firstTrouble.clear();
-  try {
-    work();
-  } catch (const std::exception& error) {  // out of memory, too: a file may claim any size
-    firstTrouble = error.what();
-  }
-  if (!firstTrouble.empty()) {
-    note(fmt::format("{}: damaged metadata are left out: {}", path.string(), firstTrouble));
-  }
-}
-
-template <typename Data>
-int orientationIn(const Data& data, std::string_view key) {
-  for (const auto& datum : data) {
-    if (datum.key() == key && datum.count() > 0) {
-      const auto value = static_cast<int>(datum.toLong());
-      return value >= 1 && value <= 8 ? value : kUpright;
-    }
-  }
-  return 0;
-}
-
-/// Corrects what Exif or XMP data say about the picture, by the names of `prefixes`.
-template <typename Data>
-void describe(Data& data, std::initializer_list<std::string_view> prefixes, uint32_t width,
-              uint32_t height) {
-  for (auto& datum : data) {
-    const std::string name = datum.tagName();
-    const std::string key = datum.key();
-    const bool about = std::ranges::any_of(
-        prefixes, [&](std::string_view prefix) { return key == std::string(prefix) + name; });
-    if (about && name == "Orientation") {
-      datum = uint16_t{kUpright};
-    } else if (about && (name == "PixelXDimension" || name == "ImageWidth")) {
-      datum = width;
-    } else if (about && (name == "PixelYDimension" || name == "ImageLength")) {
-      datum = height;
-    }
-  }
-}
+/// A profile is cut into segments, which say their number and how many there are.
+constexpr std::size_t kProfilePart = 65533 - kProfileBegin.size() - 2;
 
 /// Whether an ICC profile is whole and made for colours as the codec delivers them.
 bool isForRgb(const std::vector<uint8_t>& profile) {
@@ -80,113 +58,269 @@ bool isForRgb(const std::vector<uint8_t>& profile) {
   if (profile.size() < kHeader) {
     return false;
   }
-  const auto* text = reinterpret_cast<const char*>(profile.data());
-  return Exiv2::getULong(profile.data(), Exiv2::bigEndian) == profile.size() &&
-         std::string_view(text + 16, 4) == "RGB ";
+  const std::size_t size = std::size_t{profile[0]} << 24U | std::size_t{profile[1]} << 16U |
+                           std::size_t{profile[2]} << 8U | profile[3];
+  return size == profile.size() && asText(profile).substr(16, 4) == "RGB ";
+}
+
+void noteLoss(const std::filesystem::path& path, std::string_view what) {
+  note(fmt::format("{}: {}", path.string(), what));
 }
 
 }  // namespace
 
 struct Metadata::Parts {
-  Exiv2::ExifData exif;
-  Exiv2::XmpData xmp;
-  Exiv2::IptcData iptc;
-  Exiv2::ByteOrder byteOrder = Exiv2::invalidByteOrder;
-  std::string comment;
+  std::vector<Piece> pieces;  ///< in the file's order; of a profile's and Photoshop's segments, all
+                              ///< in the place of the first
+  std::optional<ExifBlock> exif;
+  std::string xmp;
   std::vector<uint8_t> profile;
-  int orientation = kUpright;
+  int orientation = 1;
 
-  void read(Exiv2::Image& image);
-  void dropOldPictures();
-  /// The JPEG file with these. What Exiv2 writes anew may no longer fit a segment: unless `all`,
-  /// XMP and the comment, which are the largest then, are left out. Throws Exiv2::Error.
-  std::vector<uint8_t> addedTo(std::span<const uint8_t> jpeg, int width, int height,
-                               bool all) const;
+  void addJpeg(const JpegLayout& jpeg, const std::filesystem::path& path);
+  void add(Kind kind, uint8_t marker, Bytes content);
+  void addProfilePart(Bytes content, std::size_t& expected);
+  void understand(const std::filesystem::path& path);
+  std::string xmpFor(int width, int height) const;
+  void append(std::vector<uint8_t>& to, const Piece& piece, int width, int height,
+              const std::filesystem::path& path) const;
 };
 
-void Metadata::Parts::read(Exiv2::Image& image) {
-  image.readMetadata();
-  exif = image.exifData();
-  xmp = image.xmpData();
-  iptc = image.iptcData();
-  byteOrder = image.byteOrder();
-  comment = image.comment();
-  if (const Exiv2::DataBuf& bytes = *image.iccProfile(); bytes.size_ > 0) {
-    profile.assign(bytes.pData_, bytes.pData_ + bytes.size_);
-  }
-  const int exifs = orientationIn(exif, "Exif.Image.Orientation");
-  orientation = exifs != 0 ? exifs : std::max(kUpright, orientationIn(xmp, "Xmp.tiff.Orientation"));
-}
-
-/// Takes out thumbnails, and what refers to XMP beyond the first packet.
-void Metadata::Parts::dropOldPictures() {
-  Exiv2::ExifThumb(exif).erase();
-  for (auto datum = xmp.begin(); datum != xmp.end();) {
-    const std::string key = datum->key();
-    const bool old = key.starts_with("Xmp.xmp.Thumbnails") || key == "Xmp.xmpNote.HasExtendedXMP";
-    datum = old ? xmp.erase(datum) : datum + 1;
+void Metadata::Parts::add(Kind kind, uint8_t marker, Bytes content) {
+  const auto earlier = std::ranges::find(pieces, kind, &Piece::kind);
+  const bool joined = kind == Kind::kPhotoshop || kind == Kind::kProfile;
+  if (joined && earlier != pieces.end()) {
+    earlier->content.insert(earlier->content.end(), content.begin(), content.end());
+  } else if (earlier != pieces.end() && (kind == Kind::kExif || kind == Kind::kXmp)) {
+    // A second one is not what readers go by.
+    pieces.push_back({Kind::kOther, marker,
+                      toVector(kind == Kind::kExif ? asBytes(kExifBegin) : asBytes(kXmpBegin))});
+    auto& whole = pieces.back().content;
+    whole.insert(whole.end(), content.begin(), content.end());
+  } else {
+    pieces.push_back({kind, marker, toVector(content)});
   }
 }
 
-std::vector<uint8_t> Metadata::Parts::addedTo(std::span<const uint8_t> jpeg, int width, int height,
-                                              bool all) const {
-  const auto image = Exiv2::ImageFactory::open(jpeg.data(), static_cast<long>(jpeg.size()));
-  Exiv2::ExifData newExif = exif;
-  describe(newExif, {"Exif.Image.", "Exif.Photo."}, static_cast<uint32_t>(width),
-           static_cast<uint32_t>(height));
-  image->setByteOrder(byteOrder);
-  image->setExifData(newExif);
-  image->setIptcData(iptc);
-  if (all) {
-    Exiv2::XmpData newXmp = xmp;
-    describe(newXmp, {"Xmp.tiff.", "Xmp.exif."}, static_cast<uint32_t>(width),
-             static_cast<uint32_t>(height));
-    image->setXmpData(newXmp);
-    image->setComment(comment);
+void Metadata::Parts::addProfilePart(Bytes content, std::size_t& expected) {
+  // Out of order or incomplete: then it does not have the size that it says.
+  if (content.size() > 2 && content[0] == expected + 1) {
+    ++expected;
+    add(Kind::kProfile, kApp2, content.subspan(2));
+  } else {
+    add(Kind::kProfile, kApp2, {});
   }
-  if (!profile.empty()) {
-    Exiv2::DataBuf bytes(profile.data(), static_cast<long>(profile.size()));
-    image->setIccProfile(bytes);
-  }
-  image->writeMetadata();
-  Exiv2::BasicIo& io = image->io();
-  const auto size = static_cast<std::size_t>(io.size());
-  const Exiv2::byte* bytes = io.mmap();
-  return {bytes, bytes + size};
 }
 
-Metadata::Metadata(std::span<const uint8_t> jpeg, const std::filesystem::path& path) {
-  const auto parts = std::make_shared<Parts>();
-  withExiv2(path, [&] {
-    const auto image = Exiv2::ImageFactory::open(jpeg.data(), static_cast<long>(jpeg.size()));
-    parts->read(*image);
-    parts->dropOldPictures();
+void Metadata::Parts::addJpeg(const JpegLayout& jpeg, const std::filesystem::path& path) {
+  std::size_t profileParts = 0;
+  for (const JpegSegment& segment : jpeg.segments) {
+    const Bytes content = segment.content;
+    if (!isCarried(segment)) {
+      continue;
+    }
+    if (segment.is(kApp0, kJfifBegin) && content.size() >= kJfifBytes) {
+      add(Kind::kJfif, kApp0, content.first(kJfifBytes));
+    } else if (segment.is(kApp1, kExifBegin)) {
+      add(Kind::kExif, kApp1, content.subspan(kExifBegin.size()));
+    } else if (segment.is(kApp1, kXmpBegin)) {
+      add(Kind::kXmp, kApp1, content.subspan(kXmpBegin.size()));
+    } else if (segment.is(kApp2, kProfileBegin)) {
+      addProfilePart(content.subspan(kProfileBegin.size()), profileParts);
+    } else if (segment.is(kApp13, kPhotoshopBegin)) {
+      add(Kind::kPhotoshop, kApp13, content.subspan(kPhotoshopBegin.size()));
+    } else {
+      add(Kind::kOther, segment.marker, content);
+    }
+  }
+  understand(path);
+}
+
+/// Takes from the pieces what has to be known of them, and drops those that are broken.
+void Metadata::Parts::understand(const std::filesystem::path& path) {
+  std::erase_if(pieces, [&](Piece& piece) {
+    if (piece.kind == Kind::kExif) {
+      exif = ExifBlock::parse(piece.content);
+      if (!exif) {
+        noteLoss(path, "its Exif is left out: damaged");
+        return true;
+      }
+      orientation = std::max(orientation, exif->orientation());
+      exif->dropThumbnail();
+    } else if (piece.kind == Kind::kXmp) {
+      const auto packet = XmpPacket::parse(asText(piece.content));
+      if (!packet) {
+        noteLoss(path, "its XMP is left out: damaged");
+        return true;
+      }
+      xmp = asText(piece.content);
+    } else if (piece.kind == Kind::kProfile) {
+      if (!isForRgb(piece.content)) {
+        noteLoss(path, "its colour profile is left out: damaged or not for RGB");
+        return true;
+      }
+      profile = std::move(piece.content);
+    } else if (piece.kind == Kind::kJfif) {
+      piece.content[kJfifBytes - 2] = piece.content[kJfifBytes - 1] = 0;  // no thumbnail
+    } else if (piece.kind == Kind::kPhotoshop) {
+      dropThumbnails(piece.content);
+    }
+    return false;
   });
-  if (!parts->profile.empty() && !isForRgb(parts->profile)) {
-    note(fmt::format("{}: its colour profile is left out: damaged or not for RGB", path.string()));
-    parts->profile.clear();
+  if ((!exif || exif->orientation() == 0) && !xmp.empty()) {
+    orientation = std::max(1, XmpPacket::parse(xmp)->orientation());
   }
+}
+
+std::string Metadata::Parts::xmpFor(int width, int height) const {
+  if (xmp.empty()) {
+    return {};
+  }
+  std::optional<XmpPacket> packet = XmpPacket::parse(xmp);
+  packet->describe(static_cast<uint32_t>(width), static_cast<uint32_t>(height));
+  packet->dropThumbnails();
+  return packet->changed() ? packet->text() : xmp;
+}
+
+void Metadata::Parts::append(std::vector<uint8_t>& to, const Piece& piece, int width, int height,
+                             const std::filesystem::path& path) const {
+  const auto inParts = [&](std::string_view begin, Bytes content, std::size_t most) {
+    const std::size_t parts = (content.size() + most - 1) / most;
+    for (std::size_t i = 0; i < parts; ++i) {
+      std::string head(begin);
+      if (piece.kind == Kind::kProfile) {
+        head += {static_cast<char>(i + 1), static_cast<char>(parts)};
+      }
+      const std::size_t at = i * most;
+      appendSegment(to, piece.marker, head,
+                    content.subspan(at, std::min(most, content.size() - at)));
+    }
+  };
+  bool fits = true;
+  if (piece.kind == Kind::kExif) {
+    ExifBlock block = *exif;
+    block.describe(static_cast<uint32_t>(width), static_cast<uint32_t>(height));
+    fits = appendSegment(to, kApp1, kExifBegin, block.bytes());
+  } else if (piece.kind == Kind::kXmp) {
+    fits = appendSegment(to, kApp1, kXmpBegin, asBytes(xmpFor(width, height)));
+  } else if (piece.kind == Kind::kProfile) {
+    inParts(kProfileBegin, profile, kProfilePart);
+  } else if (piece.kind == Kind::kPhotoshop) {
+    inParts(kPhotoshopBegin, piece.content, 65533 - kPhotoshopBegin.size());
+  } else {
+    fits = appendSegment(to, piece.marker, {}, piece.content);
+  }
+  if (!fits) {
+    noteLoss(path, fmt::format("its {} is left out: larger than a JPEG segment",
+                               piece.kind == Kind::kExif  ? "Exif"
+                               : piece.kind == Kind::kXmp ? "XMP"
+                                                          : "comment"));
+  }
+}
+
+Metadata::Metadata(const JpegLayout& jpeg, const std::filesystem::path& path) {
+  const auto parts = std::make_shared<Parts>();
+  parts->addJpeg(jpeg, path);
   parts_ = parts;
 }
 
-int Metadata::orientation() const { return parts_ ? parts_->orientation : kUpright; }
+Metadata::Metadata(const MetadataBlocks& blocks, const std::filesystem::path& path) {
+  const auto parts = std::make_shared<Parts>();
+  const auto add = [&](Kind kind, uint8_t marker, Bytes content) {
+    if (!content.empty()) {
+      parts->add(kind, marker, content);
+    }
+  };
+  add(Kind::kExif, kApp1, blocks.exif);
+  add(Kind::kXmp, kApp1, asBytes(blocks.xmp));
+  add(Kind::kProfile, kApp2, blocks.profile);
+  add(Kind::kPhotoshop, kApp13, blocks.photoshop);
+  add(Kind::kOther, kComment, asBytes(blocks.comment));
+  parts->understand(path);
+  parts_ = parts;
+}
 
-std::vector<uint8_t> Metadata::addedTo(std::span<const uint8_t> jpeg, int width, int height,
-                                       const std::filesystem::path& path) const {
+int Metadata::orientation() const { return parts_ ? parts_->orientation : 1; }
+
+const std::vector<uint8_t>& Metadata::profile() const {
+  static const std::vector<uint8_t> kNone;
+  return parts_ ? parts_->profile : kNone;
+}
+
+Metadata Metadata::withOrientation(int orientation) const {
+  const auto parts = parts_ ? std::make_shared<Parts>(*parts_) : std::make_shared<Parts>();
+  parts->orientation = orientation;
+  Metadata result;
+  result.parts_ = parts;
+  return result;
+}
+
+Metadata Metadata::withProfile(std::vector<uint8_t> profile) const {
+  const auto parts = parts_ ? std::make_shared<Parts>(*parts_) : std::make_shared<Parts>();
+  std::erase_if(parts->pieces, [](const Piece& piece) { return piece.kind == Kind::kProfile; });
+  if (!profile.empty()) {
+    parts->pieces.push_back({Kind::kProfile, kApp2, {}});
+  }
+  parts->profile = std::move(profile);
+  Metadata result;
+  result.parts_ = parts;
+  return result;
+}
+
+std::vector<uint8_t> Metadata::segments(int width, int height,
+                                        const std::filesystem::path& path) const {
   std::vector<uint8_t> result;
-  if (!parts_ || (parts_->exif.empty() && parts_->xmp.empty() && parts_->iptc.empty() &&
-                  parts_->comment.empty() && parts_->profile.empty())) {
+  if (parts_ == nullptr || parts_->pieces.empty()) {
     return result;
   }
-  withExiv2(path, [&] {
-    try {
-      result = parts_->addedTo(jpeg, width, height, true);
-    } catch (const Exiv2::Error& error) {
-      keepTrouble(Exiv2::LogMsg::error, error.what());
-      result = parts_->addedTo(jpeg, width, height, false);
-    }
-  });
+  const Kind first = parts_->pieces.front().kind;
+  if (first != Kind::kJfif && first != Kind::kExif) {
+    constexpr uint8_t kOnePixelIsSquare[] = {'J', 'F', 'I', 'F', 0, 1, 1, 0, 0, 1, 0, 1, 0, 0};
+    appendSegment(result, kApp0, {}, kOnePixelIsSquare);
+  }
+  for (const Piece& piece : parts_->pieces) {
+    parts_->append(result, piece, width, height, path);
+  }
   return result;
+}
+
+MetadataBlocks Metadata::blocks(int width, int height, const std::filesystem::path& path,
+                                const Place& place) const {
+  MetadataBlocks blocks;
+  if (!parts_) {
+    return blocks;
+  }
+  std::vector<std::string_view> lost;
+  const auto loses = [&](bool has, const char* what) {
+    if (has && std::ranges::count(lost, what) == 0) {
+      lost.emplace_back(what);
+    }
+  };
+  for (const Piece& piece : parts_->pieces) {
+    if (piece.kind == Kind::kExif && place.exif) {
+      ExifBlock block = *parts_->exif;
+      block.describe(static_cast<uint32_t>(width), static_cast<uint32_t>(height));
+      blocks.exif = block.bytes();
+    } else if (piece.kind == Kind::kXmp) {
+      blocks.xmp = parts_->xmpFor(width, height);
+    } else if (piece.kind == Kind::kProfile) {
+      blocks.profile = parts_->profile;
+    } else if (piece.kind == Kind::kPhotoshop) {
+      blocks.photoshop = place.photoshop ? piece.content : std::vector<uint8_t>();
+      loses(!place.photoshop, "IPTC and Photoshop's data");
+    } else if (piece.marker == kComment && place.comment) {
+      blocks.comment = asText(piece.content);
+    } else if (piece.kind != Kind::kJfif) {
+      loses(piece.kind == Kind::kExif, "Exif");
+      loses(piece.marker == kComment, "comment");
+      loses(piece.kind == Kind::kOther && piece.marker != kComment, "segments of its maker's");
+    }
+  }
+  if (!lost.empty()) {
+    noteLoss(path,
+             fmt::format("a {} file has no place for its {}", place.format, fmt::join(lost, ", ")));
+  }
+  return blocks;
 }
 
 }  // namespace alg::tool

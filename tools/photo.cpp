@@ -11,7 +11,6 @@
 #include "base/image_size.h"
 #include "libalgorithm/camera_util.h"
 #include "tools/console.h"
-#include "tools/files.h"
 
 namespace alg::tool {
 
@@ -24,7 +23,9 @@ void mirror(Photo& photo) {
   }
 }
 
-/// Undoes an orientation: a clockwise turn, then for every other one a mirror image.
+}  // namespace
+
+/// A clockwise turn, then for every other one a mirror image.
 ///
 ///   1     2     3     4     5     6     7     8
 ///   ab    ba    dc    cd    ac    ca    db    bd      where a photo "ab" of that orientation
@@ -45,19 +46,6 @@ Photo upright(Photo photo, int orientation) {
   return photo;
 }
 
-}  // namespace
-
-PhotoFile readPhoto(const std::filesystem::path& path, int keepSide) {
-  const std::vector<uint8_t> file = readFile(path);
-  std::optional<DecodedJpeg> photo = decodeJpeg(file, {.keepSide = keepSide});
-  if (!photo) {
-    throw UserError(fmt::format(
-        "{}: not a JPEG, damaged beyond decoding, or too large for the memory", path.string()));
-  }
-  Metadata metadata(file, path);
-  return {upright(std::move(*photo), metadata.orientation()), std::move(metadata)};
-}
-
 void cropToEven(Photo& photo, const std::filesystem::path& path) {
   const int width = photo.width & ~1;
   const int height = photo.height & ~1;
@@ -65,8 +53,8 @@ void cropToEven(Photo& photo, const std::filesystem::path& path) {
     return;
   }
   if (width == 0 || height == 0) {
-    throw UserError(fmt::format("{}: {}x{} pixels are too few, a frame has at least 2x2",
-                                path.string(), photo.width, photo.height));
+    throw BadInput(fmt::format("{}: {}x{} pixels are too few, a frame has at least 2x2",
+                               path.string(), photo.width, photo.height));
   }
   note(fmt::format("{}: cropped from {}x{} to {}x{}, frames have even sides", path.string(),
                    photo.width, photo.height, width, height));
@@ -102,25 +90,6 @@ void makeOpaque(Photo& photo) {
   for (std::size_t i = kArgbBytes - 1; i < bytes; i += kArgbBytes) {
     photo.pixels[i] = 255;
   }
-}
-
-EncodedJpeg encodePixels(const uint8_t* pixels, int width, int height, int quality) {
-  std::optional<EncodedJpeg> jpeg = encodeJpeg(pixels, width, height, quality);
-  if (!jpeg) {
-    throw UserError(fmt::format("cannot encode {}x{} pixels as JPEG", width, height));
-  }
-  return std::move(*jpeg);
-}
-
-EncodedJpeg encodePhoto(const Photo& photo, int quality) {
-  return encodePixels(photo.pixels.get(), photo.width, photo.height, quality);
-}
-
-void writePhoto(const std::filesystem::path& path, const Photo& photo, const Metadata& metadata,
-                int quality) {
-  const EncodedJpeg jpeg = encodePhoto(photo, quality);
-  const auto whole = metadata.addedTo(bytesOf(jpeg), photo.width, photo.height, path);
-  writeFile(path, whole.empty() ? bytesOf(jpeg) : whole);
 }
 
 }  // namespace alg::tool

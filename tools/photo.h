@@ -1,30 +1,20 @@
-// Photos: JPEG files as pixels.
+// The pixels of photos.
 #pragma once
 
 #include <cstdint>
 #include <filesystem>
-#include <span>
 
 #include "platform/jpeg.h"
-#include "tools/metadata.h"
 
 namespace alg::tool {
-
-inline constexpr int kDefaultQuality = 92;
 
 /// Pixels as B, G, R, A bytes, rows packed, alpha 255.
 using Photo = DecodedJpeg;
 
-struct PhotoFile {
-  Photo photo;
-  Metadata metadata;
-};
+/// Undoes an orientation, 1 to 8 as in Exif.
+Photo upright(Photo photo, int orientation);
 
-/// Decodes a JPEG file and turns the photo upright. Throws UserError.
-/// @param keepSide  as for decodeJpeg(): the photo may come reduced, down to this longer side
-PhotoFile readPhoto(const std::filesystem::path& path, int keepSide = 0);
-
-/// Crops an odd side by one row or column, with a note: frames have even sides. Throws UserError
+/// Crops an odd side by one row or column, with a note: frames have even sides. Throws BadInput
 /// when nothing would be left.
 void cropToEven(Photo& photo, const std::filesystem::path& path);
 
@@ -36,17 +26,5 @@ Photo copyOf(const Photo& photo);
 uint32_t* wordsOf(const Photo& photo);
 /// Sets alpha to 255 again after a routine that writes 0 there.
 void makeOpaque(Photo& photo);
-
-/// Encodes pixels (B, G, R, A). Throws UserError.
-EncodedJpeg encodePixels(const uint8_t* pixels, int width, int height, int quality);
-EncodedJpeg encodePhoto(const Photo& photo, int quality);
-/// Writes a JPEG file with the metadata of the photo it was made from. Throws UserError.
-void writePhoto(const std::filesystem::path& path, const Photo& photo, const Metadata& metadata,
-                int quality);
-
-/// The bytes of an encoded photo.
-inline std::span<const uint8_t> bytesOf(const EncodedJpeg& jpeg) {
-  return {jpeg.bytes.get(), jpeg.size};
-}
 
 }  // namespace alg::tool

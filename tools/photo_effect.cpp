@@ -16,23 +16,6 @@
 namespace alg::tool {
 namespace {
 
-void runOnFrame(const Operation& operation, const PictureView& picture, Photo& photo) {
-  auto outcome = Outcome::kDone;
-  throughFrame(photo, [&](const Frame& frame) {
-    outcome = runEffect(
-        {.operation = &operation, .picture = picture.pixels != nullptr ? &picture : nullptr},
-        frame);
-  });
-  if (outcome == Outcome::kNoMemory) {
-    throw std::bad_alloc();  // what could be decoded also fits the pipeline's limits
-  }
-  if (outcome == Outcome::kNoPicture) {
-    throw PictureError(fmt::format("{}: its {} has {} rows, but needs at least {}", operation.name,
-                                   operation.pictures[0].name, picture.height,
-                                   operation.pipeline.strips));
-  }
-}
-
 /// "--offset 3 --ramp 40"
 std::string asOptions(const Operation& operation, const Call& call) {
   std::string text;
@@ -53,12 +36,26 @@ std::vector<const Operation*> effects() {
   return found;
 }
 
+void runOnFrame(const Operation& operation, const PictureView& picture, const Frame& frame) {
+  const Outcome outcome = runEffect(
+      {.operation = &operation, .picture = picture.pixels != nullptr ? &picture : nullptr}, frame);
+  if (outcome == Outcome::kNoMemory) {
+    throw std::bad_alloc();  // what could be decoded also fits the pipeline's limits
+  }
+  if (outcome == Outcome::kNoPicture) {
+    throw PictureError(fmt::format("{}: its {} has {} rows, but needs at least {}", operation.name,
+                                   operation.pictures[0].name, picture.height,
+                                   operation.pipeline.strips));
+  }
+}
+
 void runOnPixels(const Operation& operation, const Call& call, Photo& photo) {
   const auto imageOf = [](uint8_t* pixels, int width, int height, bool redFirst) {
     return Image{pixels, width, height, std::ptrdiff_t{kArgbBytes} * width, redFirst};
   };
   Job job;
   job.operation = &operation;
+  job.onPool = false;  // a batch has a thread for each of its photos
   std::ranges::copy(call.values, job.values);
   std::ranges::transform(call.pictures, job.pictures, [&](const PictureView& picture) {
     return imageOf(const_cast<uint8_t*>(picture.pixels), picture.width, picture.height, true);
@@ -73,13 +70,14 @@ void applyEffect(const Operation& operation, Call call, EffectPictures& pictures
   call.width = photo.width;
   call.height = photo.height;
   if (const char* why = operation.misfit != nullptr ? operation.misfit(call) : nullptr) {
-    throw UserError(fmt::format("{}: {} does not go with the photo's {} rows of {} pixels: {}",
-                                operation.name, asOptions(operation, call), photo.height,
-                                photo.width, why));
+    throw BadInput(fmt::format("{}: {} does not go with the photo's {} rows of {} pixels: {}",
+                               operation.name, asOptions(operation, call), photo.height,
+                               photo.width, why));
   }
   std::ranges::copy(pictures.of(operation, photo.width, photo.height), call.pictures);
   if (takesFrames(operation)) {
-    runOnFrame(operation, call.pictures[0], photo);
+    throughFrame(photo,
+                 [&](const Frame& frame) { runOnFrame(operation, call.pictures[0], frame); });
   } else {
     runOnPixels(operation, call, photo);
   }

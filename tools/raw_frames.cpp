@@ -13,6 +13,7 @@
 #include "libalgorithm/yuv_convert.h"
 #include "tools/console.h"
 #include "tools/files.h"
+#include "tools/jpeg_photo.h"
 #include "tools/photo.h"
 #include "tools/size.h"
 
@@ -23,21 +24,13 @@ std::size_t bytesOf(Size size, std::string_view format) {
   return format == "argb" ? size.pixels() * kArgbBytes : size.pixels() * 3 / 2;
 }
 
-Size parseFrameSize(const std::string& text, std::string_view to) {
-  const Size size = to == "jpg" ? parseSize(text, kLongestJpegSide) : parseSize(text);
-  if (size.width % 2 != 0 || size.height % 2 != 0) {
-    throw WrongUse(fmt::format("--size {}: width and height must be even", text));
-  }
-  return size;
-}
-
 std::vector<uint8_t> readFrame(const std::filesystem::path& path, Size size,
                                std::string_view format) {
   std::vector<uint8_t> frame = readFile(path);
   if (frame.size() != bytesOf(size, format)) {
-    throw UserError(fmt::format("{}: has {} bytes, but {}x{} {} takes {}", path.string(),
-                                frame.size(), size.width, size.height, format,
-                                bytesOf(size, format)));
+    throw BadInput(fmt::format("{}: has {} bytes, but {}x{} {} takes {}", path.string(),
+                               frame.size(), size.width, size.height, format,
+                               bytesOf(size, format)));
   }
   return frame;
 }
@@ -49,13 +42,13 @@ std::vector<uint8_t> exchangeChroma(std::vector<uint8_t> frame, Size size) {
   return frame;
 }
 
-std::vector<uint32_t> toArgb(const std::vector<uint8_t>& frame, Size size, std::string_view from) {
-  std::vector<uint32_t> argb(size.pixels());
+Photo toArgb(const std::vector<uint8_t>& frame, Size size, std::string_view from) {
+  Photo argb = blankPhoto(size.width, size.height);
   if (from == "argb") {
-    std::memcpy(argb.data(), frame.data(), frame.size());
+    std::memcpy(argb.pixels.get(), frame.data(), frame.size());
   } else {
     const auto decode = from == "nv12" ? decodeYUV2ARGB_LUT : decodeYVU2ARGB_OpenGL;
-    decode(argb.data(), frame.data(), frame.data() + size.pixels(), size.width, size.height,
+    decode(wordsOf(argb), frame.data(), frame.data() + size.pixels(), size.width, size.height,
            size.width, size.width);
   }
   return argb;
@@ -77,7 +70,7 @@ void convertPhoto(const ConvertRequest& request) {
   if (request.to == "jpg" || !request.size.empty()) {
     throw WrongUse("--from jpg makes a raw frame, and goes without --size");
   }
-  Photo photo = readPhoto(request.input).photo;
+  Photo photo = readPhoto(request.input, request.options).photo;
   cropToEven(photo, request.input);
   const Size size{photo.width, photo.height};
   writeFile(request.output, fromArgb(wordsOf(photo), size, request.to));
@@ -95,26 +88,27 @@ void convertFrame(const ConvertRequest& request) {
     throw WrongUse(
         fmt::format("--size is needed: a raw {} file does not contain it", request.from));
   }
-  const Size size = parseFrameSize(request.size, request.to);
+  const Size size = request.to == "jpg" ? parseFrameSize(request.size, kLongestJpegSide)
+                                        : parseFrameSize(request.size);
   std::vector<uint8_t> frame = readFrame(request.input, size, request.from);
   if (request.to == request.from) {
     writeFile(request.output, frame);
   } else if (request.from != "argb" && (request.to == "nv12" || request.to == "nv21")) {
     writeFile(request.output, exchangeChroma(std::move(frame), size));
   } else {
-    const std::vector<uint32_t> argb = toArgb(frame, size, request.from);
+    const Photo argb = toArgb(frame, size, request.from);
     if (request.to == "jpg") {
-      const auto* pixels = reinterpret_cast<const uint8_t*>(argb.data());
-      writeFile(request.output,
-                bytesOf(encodePixels(pixels, size.width, size.height, request.quality)));
+      const PhotoOptions& options = request.options;
+      writeFile(request.output, encodeJpegPhoto(argb, options.quality.value_or(kDefaultQuality),
+                                                options.sampling.value_or(JpegSampling::k420)));
     } else {
-      writeFile(request.output, fromArgb(argb.data(), size, request.to));
+      writeFile(request.output, fromArgb(wordsOf(argb), size, request.to));
     }
   }
 }
 
 void rotateFrame(const RotateRequest& request) {
-  const Size source = parseFrameSize(request.size, request.format);
+  const Size source = parseFrameSize(request.size);
   const Size turned = request.degrees == 180 ? source : Size{source.height, source.width};
   const std::vector<uint8_t> frame = readFrame(request.input, source, request.format);
   std::vector<uint8_t> result(frame.size());

@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <string>
 
-#include "tools/photo.h"
+#include "tools/photo_options.h"
 
 namespace alg::tool {
 
@@ -16,7 +16,7 @@ struct ConvertRequest {
   std::string to;
   std::filesystem::path input;
   std::filesystem::path output;
-  int quality = kDefaultQuality;
+  PhotoOptions options;
 };
 
 /// Throws UserError. nv12 to nv21 and back exchanges the chroma bytes and loses nothing. For a

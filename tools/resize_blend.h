@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "tools/photo.h"
+#include "tools/photo_options.h"
 
 namespace alg::tool {
 
@@ -13,7 +13,7 @@ struct ResizeRequest {
   std::string size;  ///< "WIDTHxHEIGHT"
   std::filesystem::path input;
   std::filesystem::path output;
-  int quality = kDefaultQuality;
+  PhotoOptions options;
 };
 
 /// Throws UserError.
@@ -25,7 +25,7 @@ struct BlendRequest {
   std::filesystem::path first;
   std::filesystem::path second;
   std::filesystem::path output;
-  int quality = kDefaultQuality;
+  PhotoOptions options;
 };
 
 /// Throws UserError.

@@ -30,4 +30,12 @@ Size parseSize(const std::string& text, int longestSide) {
   return size;
 }
 
+Size parseFrameSize(const std::string& text, int longestSide) {
+  const Size size = parseSize(text, longestSide);
+  if (size.width % 2 != 0 || size.height % 2 != 0) {
+    throw WrongUse(fmt::format("--size {}: width and height must be even", text));
+  }
+  return size;
+}
+
 }  // namespace alg::tool

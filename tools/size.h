@@ -24,5 +24,7 @@ inline constexpr int kLongestSide = 32767;
 /// Parses "WIDTHxHEIGHT" of a --size option; the ARGB pixels fit into 2^31 - 1 bytes. Throws
 /// WrongUse.
 Size parseSize(const std::string& text, int longestSide = std::numeric_limits<int>::max());
+/// As parseSize(), of a frame, which has even sides.
+Size parseFrameSize(const std::string& text, int longestSide = std::numeric_limits<int>::max());
 
 }  // namespace alg::tool

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "tools/files.h"
+#include "tools/interrupts.h"
 
 namespace alg::tool {
 namespace {

@@ -14,18 +14,20 @@ constexpr std::size_t kBytes = 3 * kPixels;
 cv::Mat mat(Bytes& bytes) { return {kHeight, kWidth, CV_8UC3, bytes.data()}; }
 
 template <class Ours, class Theirs>
-Duel drawing(Scene& s, Bytes& from, const char* work, double required, double tolerance, Ours ours,
-             const char* name, Theirs theirs) {
-  return {work,
-          required,
-          2 * kBytes,
-          kBytes,
-          tolerance,
-          [&s, &from, ours] { ours(from.data(), s.ours.data(), kWidth, kHeight); },
-          {{name, [&s, &from, theirs]() mutable {
-              cv::Mat to = mat(s.theirs);
-              theirs(mat(from), to);
-            }}}};
+Duel drawing(Scene& s, Bytes& from, const char* work, double required, double tolerance,
+             double operations, Ours ours, const char* name, Theirs theirs) {
+  return {.work = work,
+          .required = required,
+          .moved = 2 * kBytes,
+          .result = kBytes,
+          .tolerance = tolerance,
+          .ours = [&s, &from, ours] { ours(from.data(), s.ours.data(), kWidth, kHeight); },
+          .peers = {{name,
+                     [&s, &from, theirs]() mutable {
+                       cv::Mat to = mat(s.theirs);
+                       theirs(mat(from), to);
+                     }}},
+          .operations = operations};
 }
 
 /// Grey of other weights than ours: the check takes a grey picture.
@@ -106,21 +108,21 @@ std::vector<Duel> drawingDuels(Scene& s) {
     for (std::size_t i = 0; i < kBytes; ++i) {
       if (s.theirs[i] == 255) s.ours[i] = 255;
     }
-    return meanDifference(s.ours, s.theirs, kBytes);
+    return difference(s.ours, s.theirs, kBytes);
   };
   const auto prague = [](auto* src, auto* dst, int w, int h) { Prague(src, dst, w, h, 0); };
   const auto cartoon = [](auto* src, auto* dst, int w, int h) { PragueCarton(src, dst, w, h, 0); };
   std::vector<Duel> duels = {
-      drawing(s, s.grey, "Emboss", 1.5, 1, Emboss, "OpenCV cvtColor + filter2D + cvtColor",
-              EmbossByFilter()),
-      drawing(s, s.grey, "Sketch", 3.0, 1, Sketch,
+      drawing(s, s.grey, "Emboss", 1.5, 1, per_pixel::kEmboss, Emboss,
+              "OpenCV cvtColor + filter2D + cvtColor", EmbossByFilter()),
+      drawing(s, s.grey, "Sketch", 3.0, 1, per_pixel::kSketch, Sketch,
               "OpenCV cvtColor + 2 sepFilter2D + magnitude + convertTo + cvtColor",
               SketchByGradients()),
-      drawing(s, s.packed, "Prague", 5.0, 1, prague,
+      drawing(s, s.packed, "Prague", 5.0, 1, per_pixel::kPrague, prague,
               "OpenCV 2 Sobel + magnitude + LUT + overlay of 6 calls + cvtColor",
               PragueByOverlay()),
-      drawing(s, s.grey, "PragueCarton", 1.0, 1, cartoon, "OpenCV dilate + divide + cvtColor",
-              CartoonByDivision()),
+      drawing(s, s.grey, "PragueCarton", 1.0, 1, per_pixel::kCartoon, cartoon,
+              "OpenCV dilate + divide + cvtColor", CartoonByDivision()),
   };
   duels.back().difference = whereNothingWraps;
   return duels;

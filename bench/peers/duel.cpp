@@ -16,38 +16,63 @@ Scene::Scene() : grey(3 * kPixels), frame(kPixels * 3 / 2) {
                         frame.data() + kPixels, kWidth, kHeight, kWidth, kWidth);
 }
 
-double meanDifference(const Bytes& a, const Bytes& b, std::size_t bytes) {
-  uint64_t sum = 0;
-  for (std::size_t i = 0; i < bytes; ++i) {
-    sum += static_cast<uint64_t>(std::abs(int{a[i]} - int{b[i]}));
+void Nearness::add(const uint8_t* a, const uint8_t* b, std::size_t count) {
+  uint64_t total = 0;
+  for (std::size_t i = 0; i < count; ++i) {
+    const int apart = std::abs(int{a[i]} - int{b[i]});
+    most = std::max(most, apart);
+    total += static_cast<uint64_t>(apart);
   }
-  return static_cast<double>(sum) / static_cast<double>(bytes);
+  sum += static_cast<double>(total);
+  bytes += count;
 }
 
-void checkResults(Scene& scene, const Duel& duel) {
+Nearness difference(const Bytes& a, const Bytes& b, std::size_t bytes) {
+  Nearness nearness;
+  nearness.add(a.data(), b.data(), bytes);
+  return nearness;
+}
+
+std::vector<Nearness> checkResults(Scene& scene, const Duel& duel) {
   const Bytes& before = duel.before != nullptr ? *duel.before : scene.before;
   std::ranges::copy(before, scene.ours.begin());
   duel.ours();
+  std::vector<Nearness> all;
   for (const Peer& peer : duel.peers) {
     std::ranges::copy(before, scene.theirs.begin());
     peer.run();
-    const double difference =
-        duel.difference ? duel.difference() : meanDifference(scene.ours, scene.theirs, duel.result);
-    if (difference > duel.tolerance) {
+    const Nearness nearness =
+        duel.difference ? duel.difference() : difference(scene.ours, scene.theirs, duel.result);
+    if (nearness.mean() > duel.tolerance) {
       std::fprintf(stderr, "%s and %s do different work: %.2f levels apart, at most %.2f\n",
-                   duel.work.c_str(), peer.name.c_str(), difference, duel.tolerance);
+                   duel.work.c_str(), peer.name.c_str(), nearness.mean(), duel.tolerance);
       std::exit(1);
     }
+    all.push_back(nearness);
   }
+  return all;
 }
 
 void forEachDuel(Scene& scene, const std::string& filter,
                  const std::function<void(const Duel&)>& measure) {
-  const std::regex wanted(filter, std::regex::icase);
-  for (const auto duels : {frameDuels, wordDuels, effectDuels, drawingDuels, pipelineDuels}) {
-    for (const Duel& duel : duels(scene)) {
-      if (std::regex_search(duel.work, wanted)) measure(duel);
+  std::vector<Duel> all;
+  for (const auto duels : {
+         frameDuels, wordDuels, effectDuels, drawingDuels, pipelineDuels,
+#if ALGORITHM_PEER_HALIDE
+             halideEffectDuels, halideFrameDuels,
+#endif
+#if ALGORITHM_PEER_SWSCALE
+             swscaleDuels,
+#endif
+       }) {
+    for (Duel& duel : duels(scene)) {
+      const auto same = std::ranges::find(all.rbegin(), all.rend(), duel.work, &Duel::work);
+      all.insert(same == all.rend() ? all.end() : same.base(), std::move(duel));
     }
+  }
+  const std::regex wanted(filter, std::regex::icase);
+  for (const Duel& duel : all) {
+    if (std::regex_search(duel.work, wanted)) measure(duel);
   }
 }
 

@@ -87,12 +87,14 @@ Duel grey(Scene& s) {
 
 /// The peer's radius is our peak everywhere, and it leaves the channels in place.
 Duel tiltShift(Scene& s, Bytes& swapped) {
-  return effectDuel(
+  Duel duel = effectDuel(
       s, "miniature", 1.0, 2.5, miniature,
       {{"OpenCV boxFilter 49 x 49", [&] {
           cv::Mat to = mat(s.theirs);
           cv::boxFilter(mat(swapped), to, CV_8U, {49, 49}, {-1, -1}, true, cv::BORDER_REPLICATE);
         }}});
+  duel.operations = per_pixel::kBox;
+  return duel;
 }
 
 /// Where each pixel comes from, found by sending coordinates through the effect.

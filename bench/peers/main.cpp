@@ -14,10 +14,22 @@
 
 #include "bench/measure.h"
 #include "bench/peers/duel.h"
+#include "bench/peers/peak.h"
 
 namespace alg::bench {
-
 namespace {
+
+constexpr char kOptionalPeers[] =
+#if ALGORITHM_PEER_HALIDE
+    "Halide"
+#else
+    "no Halide, which this system lacks"
+#endif
+#if ALGORITHM_PEER_SWSCALE
+    ", libswscale";
+#else
+    ", no libswscale, which this system lacks";
+#endif
 
 double millisecondsOf(const std::function<void()>& run, Clock clock, int runs) {
   const clockid_t id = clock == Clock::kWall ? CLOCK_MONOTONIC : CLOCK_PROCESS_CPUTIME_ID;
@@ -34,13 +46,39 @@ double medianOf(std::vector<double> values) {
   return values.size() % 2 == 1 ? values[middle] : (values[middle - 1] + values[middle]) / 2;
 }
 
+std::string worded(const Nearness& nearness) {
+  constexpr int kRounding = 3;  // levels: what other arithmetic of the same formula may differ by
+  char text[32] = "same bytes";
+  if (nearness.most > kRounding) {
+    std::snprintf(text, sizeof text, "%.2g on average", nearness.mean());
+  } else if (nearness.most > 0) {
+    std::snprintf(text, sizeof text, "within %d", nearness.most);
+  }
+  return text;
+}
+
+/// How near ours is to what bounds it.
+std::string boundOf(const Duel& duel, double milliseconds, double copying) {
+  char text[48] = "";
+  int length = 0;
+  if (duel.moved != 0) {
+    length = std::snprintf(text, sizeof text, "%.2f of memcpy", copying / milliseconds);
+  }
+  if (duel.operations != 0) {
+    const double rate = duel.operations * static_cast<double>(kPixels) / milliseconds * 1e3;
+    std::snprintf(text + length, sizeof text - static_cast<std::size_t>(length), ", %.2f of peak",
+                  rate / peakOperations());
+  }
+  return text;
+}
+
 /// Returns whether ours is as fast as required.
 bool measure(Scene& scene, const Duel& duel, int pairs) {
   static Bytes copied(6 * kPixels, 1), copies = copied;
   const auto copy = [&] {  // which moves each byte twice
     std::memcpy(copies.data(), copied.data(), duel.moved / 2);
   };
-  checkResults(scene, duel);
+  const std::vector<Nearness> nearness = checkResults(scene, duel);
   std::vector<double> ours, copying;
   std::vector<std::vector<double>> theirs(duel.peers.size());
   for (int pair = 0; pair < pairs; ++pair) {
@@ -53,17 +91,14 @@ bool measure(Scene& scene, const Duel& duel, int pairs) {
   std::vector<double> medians;
   std::ranges::transform(theirs, std::back_inserter(medians), medianOf);
   const auto best = std::ranges::min_element(medians);
-  const std::string& peer = duel.peers[static_cast<std::size_t>(best - medians.begin())].name;
+  const auto index = static_cast<std::size_t>(best - medians.begin());
   const double mine = medianOf(ours);
   const double ratio = std::round(*best / mine * 100) / 100;  // as it is shown
   const bool reached = ratio >= duel.required;
-  char ofCopy[16] = "";
-  if (duel.moved != 0) {
-    std::snprintf(ofCopy, sizeof ofCopy, "%.2f", medianOf(copying) / mine);
-  }
   const char* emphasis = reached ? "" : "**";
-  std::printf("| %s | %.2f | %s | %.2f | %s%.2f%s | %.1f | %s |\n", duel.work.c_str(), mine,
-              peer.c_str(), *best, emphasis, ratio, emphasis, duel.required, ofCopy);
+  std::printf("| %s | %.2f | %s | %s | %.2f | %s%.2f%s | %.2f | %s |\n", duel.work.c_str(), mine,
+              boundOf(duel, mine, medianOf(copying)).c_str(), duel.peers[index].name.c_str(), *best,
+              emphasis, ratio, emphasis, duel.required, worded(nearness[index]).c_str());
   std::fflush(stdout);
   return reached;
 }
@@ -85,8 +120,9 @@ int run(const std::string& filter, int pairs) {
   cv::setNumThreads(1);
   Scene scene;
   int rows = 0, reached = 0;
-  std::puts("| Work | Ours, ms | Peer | Peer, ms | Peer / ours | Required | Of memcpy |");
-  std::puts("|---|---:|---|---:|---:|---:|---:|");
+  std::puts(
+      "| Work | Ours, ms | Rate | Peer | Peer, ms | Peer / ours | Required | Its result |\n"
+      "|---|---:|---:|---|---:|---:|---:|---|");
   forEachDuel(scene, filter, [&](const Duel& duel) {
     ++rows;
     reached += measure(scene, duel, pairs) ? 1 : 0;
@@ -94,11 +130,14 @@ int run(const std::string& filter, int pairs) {
   std::printf(
       "\n%d of %d rows are as fast as required; the others are bold. %d x %d pixels, medians of %d "
       "pairs in turn, of the process's CPU time on one thread (the pipeline: of the time that "
-      "passed; "
-      "preview frames, 640 x 480: of CPU time on all threads). "
-      "Of memcpy: our rate as a fraction of memcpy's for as many bytes read and written. Peers: "
-      "libyuv %d, OpenCV %s.\n",
-      reached, rows, kWidth, kHeight, pairs, LIBYUV_VERSION, CV_VERSION);
+      "passed; preview frames, 640 x 480: of CPU time on all threads). Rate, of memcpy: our bytes "
+      "read and written a second, each once, as a fraction of memcpy's. Of peak, where arithmetic "
+      "is the bound: the operations of the definition (additions, multiplications, comparisons, "
+      "shifts, roots, look-ups; sums that neighbours share are kept) a second, as a fraction of "
+      "the most 16-bit additions in vectors, %.0f x 10^9 a second here. Its result: how "
+      "far the peer's bytes are from ours. Peers: libyuv %d, OpenCV %s, %s.\n",
+      reached, rows, kWidth, kHeight, pairs, peakOperations() / 1e9, LIBYUV_VERSION, CV_VERSION,
+      kOptionalPeers);
   return 0;
 }
 
@@ -107,6 +146,7 @@ int run(const std::string& filter, int pairs) {
 
 int main(int count, char** arguments) {
   setenv("ALGORITHM_DEVICE_ROOT", SAMPLE_DEVICE, 0);
+  setenv("HL_NUM_THREADS", "2", 0);  // Halide's
   std::string filter;
   int pairs = 15;
   for (int i = 1; i < count; i += 2) {

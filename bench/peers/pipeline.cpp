@@ -101,7 +101,7 @@ Frame frameOf(Bytes& bytes, const Size& size) {
 Duel preview(Scene& s, const char* effect, double required, Peer peer) {
   return {.work = std::string("preview frame with ") + effect,
           .required = required,
-          .moved = 0,
+          .moved = 2 * frameBytes(kPreview),
           .result = frameBytes(kPreview),
           .tolerance = 2.5,
           .ours = [&s, effect] { runPipeline(effect, s.ours.data(), kPreview); },
@@ -129,7 +129,8 @@ Duel besideSweet(Scene& s, const char* effect, double required) {
     Bytes defined = previewFrame(), passed = previewFrame();
     runEffect({.name = effect}, frameOf(defined, kPreview), Passes::kThree);
     runEffect({.name = "no effect"}, frameOf(passed, kPreview), Passes::kThree);
-    return defined == passed ? 255 : meanDifference(s.ours, defined, defined.size());
+    return defined == passed ? Nearness{.most = 255, .sum = 255, .bytes = 1}
+                             : difference(s.ours, defined, defined.size());
   };
   return duel;
 }
@@ -196,11 +197,11 @@ Duel jpegFile(Scene& s) {
   static JpegFile source, ours, theirs;
   auto jpeg = argbToJpeg(s.words.data(), kWidth, kHeight, kQuality);
   source = {std::move(jpeg->bytes), jpeg->size};
-  const auto difference = [] {
+  const auto nearness = [] {
     const auto a = jpegToArgb(ours.bytes.get(), ours.size);
     const auto b = jpegToArgb(theirs.bytes.get(), theirs.size);
-    return meanDifference({a->pixels.get(), a->pixels.get() + 4 * kPixels},
-                          {b->pixels.get(), b->pixels.get() + 4 * kPixels}, 4 * kPixels);
+    return difference({a->pixels.get(), a->pixels.get() + 4 * kPixels},
+                      {b->pixels.get(), b->pixels.get() + 4 * kPixels}, 4 * kPixels);
   };
   return {
       .work = "JPEG file -> PrettySweet -> JPEG file, quality 95",
@@ -211,7 +212,7 @@ Duel jpegFile(Scene& s) {
       .ours = [] { throughPipeline(source, ours); },
       .peers = {{"libjpeg alone, row by row, with tables",
                  [table = tableOf(PrettySweet)] { throughCodec(source, theirs, table.data()); }}},
-      .difference = difference};
+      .difference = nearness};
 }
 
 }  // namespace

@@ -51,16 +51,19 @@ Duel resizing(Scene& s, const char* work, Bytes& from, int width, int height, in
               int toHeight) {
   const std::size_t result = 4 * pixelsOf(toWidth, toHeight);
   return {
-      work,
-      0.8,
-      4 * pixelsOf(width, height) + result,
-      result,
-      2.5,
-      [=, &s, &from] { Resize(asWords(s.ours), toWidth, toHeight, asWords(from), width, height); },
-      {{"libyuv ARGBScale, kFilterBilinear", [=, &s, &from] {
-          libyuv::ARGBScale(from.data(), width * 4, width, height, s.theirs.data(), toWidth * 4,
-                            toWidth, toHeight, libyuv::kFilterBilinear);
-        }}}};
+      .work = work,
+      .required = 0.8,
+      .moved = 4 * pixelsOf(width, height) + result,
+      .result = result,
+      .tolerance = 2.5,
+      .ours = [=, &s,
+               &from] { Resize(asWords(s.ours), toWidth, toHeight, asWords(from), width, height); },
+      .peers = {{"libyuv ARGBScale, kFilterBilinear",
+                 [=, &s, &from] {
+                   libyuv::ARGBScale(from.data(), width * 4, width, height, s.theirs.data(),
+                                     toWidth * 4, toWidth, toHeight, libyuv::kFilterBilinear);
+                 }}},
+      .operations = toWidth > width ? per_pixel::kDoubled : 0};
 }
 
 /// In place on a picture of its own.
@@ -98,19 +101,21 @@ Duel picking(Scene& s, const char* work, Blend* ours, const char* name, Pick* th
 }
 
 /// The peer's radius is our peak everywhere.
-Duel blurring(Scene& s, const char* work, int radius, double tolerance,
-              std::function<void()> ours) {
-  return {work,
-          0.7,
-          2 * kBytes,
-          kBytes,
-          tolerance,
-          std::move(ours),
-          {{"libyuv ARGBBlur", [&s, radius, sums = std::vector<int32_t>()]() mutable {
-              sums.resize(std::size_t{kPitch} * (kHeight + 1));
-              libyuv::ARGBBlur(s.words.data(), kPitch, s.theirs.data(), kPitch, sums.data(), kPitch,
-                               kWidth, kHeight, radius);
-            }}}};
+Duel blurring(Scene& s, const char* work, double required, int radius, double tolerance,
+              double operations, std::function<void()> ours) {
+  return {.work = work,
+          .required = required,
+          .moved = 2 * kBytes,
+          .result = kBytes,
+          .tolerance = tolerance,
+          .ours = std::move(ours),
+          .peers = {{"libyuv ARGBBlur",
+                     [&s, radius, sums = std::vector<int32_t>()]() mutable {
+                       sums.resize(std::size_t{kPitch} * (kHeight + 1));
+                       libyuv::ARGBBlur(s.words.data(), kPitch, s.theirs.data(), kPitch,
+                                        sums.data(), kPitch, kWidth, kHeight, radius);
+                     }}},
+          .operations = operations};
 }
 
 }  // namespace
@@ -126,9 +131,10 @@ std::vector<Duel> wordDuels(Scene& s) {
       mixing(s),
       picking(s, "add2ImageByBrightness", CameraUtil::add2ImageByBrightness, "OpenCV max", cv::max),
       picking(s, "add2ImageByDarkness", CameraUtil::add2ImageByDarkness, "OpenCV min", cv::min),
-      blurring(s, "ActiveBlur", 12, 1.5,
+      blurring(s, "ActiveBlur", 1.0, 12, 1.5, per_pixel::kSquare,
                [&s] { ActiveBlur(asWords(s.ours), asWords(s.words), 0, kWidth, kHeight); }),
-      blurring(s, "blur", 24, 2, [&s] { blur(s.ours.data(), asWords(s.words), kWidth, kHeight); }),
+      blurring(s, "blur", 1.2, 24, 2, per_pixel::kBox,
+               [&s] { blur(s.ours.data(), asWords(s.words), kWidth, kHeight); }),
   };
 }
 

@@ -15,7 +15,7 @@ ROOT = HERE.parents[1]
 sys.path.insert(0, str(ROOT / "packaging"))
 import maven  # noqa: E402
 import verify_aar  # noqa: E402
-from maven import zipped  # noqa: E402
+from maven import unzipped, zipped  # noqa: E402
 
 folder = pathlib.Path(sys.argv[1])
 builds = [folder / "android-arm64", folder / "android-x86_64"]
@@ -23,6 +23,7 @@ version = re.search(r"^CMAKE_PROJECT_VERSION:\w+=(.*)$", (builds[0] / "CMakeCach
 repository = folder / "maven"
 place = maven.folder(repository, version)
 AAR, POM, MODULE = (f"{maven.stem(version)}.{end}" for end in ("aar", "pom", "module"))
+SDK = builds[0] / "android/stubs/android_stubs.jar"
 faults = []
 
 
@@ -46,30 +47,33 @@ def use(unpacked: pathlib.Path) -> None:
                        input=caller, text=True, check=True)
     java = unpacked / "Caller.java"
     java.write_text("import com.orvik.camera.common.Native.*; class Caller { Object f = CameraFrames.allocate(4, 4);"
-                    " Object call(java.nio.ByteBuffer b) { return YUVAlgorithm.YVU2ARGB(b, 4, 4); } }")
+                    " Object call(java.nio.ByteBuffer b) { return YUVAlgorithm.YVU2ARGB(b, 4, 4); }"
+                    " Object copy(android.graphics.Bitmap b) { return Bitmaps.copy(b); } }")
     classes, shrunk = unpacked / "classes.jar", unpacked / "shrunk.jar"
-    subprocess.run(["javac", "--release", "11", "-Werror", "-cp", classes, java], check=True)
+    subprocess.run(["javac", "--release", "11", "-Werror", "-cp", f"{classes}:{SDK}", java], check=True)
     caller_jar = unpacked / "caller.jar"
     caller_jar.write_bytes(zipped({"Caller.class": (unpacked / "Caller.class").read_bytes()}))
     subprocess.run(["proguard", "-injars", caller_jar, "-injars", classes, "-outjars", shrunk, "-dontoptimize",
                     "-dontwarn", "-dontnote", "-ignorewarnings", "-keep", "class Caller { *; }",
                     "-include", unpacked / "proguard.txt"], check=True, stdout=subprocess.DEVNULL)
-    left = verify_aar.unzip(shrunk.read_bytes())
-    natives = left.get("com/orvik/camera/common/Native/YUVAlgorithm.class", b"")
-    expect(b"YVU2ARGB" in natives, "a shrinker renames what natives are found by")
-    expect(b"ARGB2YVU" not in natives and not any("CodecDataAlgorithm" in name for name in left),
+    left = unzipped(shrunk.read_bytes())
+    natives, bitmaps = (left.get(f"com/orvik/camera/common/Native/{name}.class", b"")
+                        for name in ("YUVAlgorithm", "Bitmaps"))
+    expect(b"YVU2ARGB" in natives and b"unlock" in bitmaps, "a shrinker renames what natives are found by")
+    expect(b"ARGB2YVU" not in natives and b"decodeJpeg" not in bitmaps
+           and not any("CodecDataAlgorithm" in name for name in left),
            f"a shrinker has to keep what is not used: {sorted(left)}")
 
 
 def edited(content: bytes, name: str, old: bytes, new: bytes) -> bytes:
     """An archive in which a file has something else."""
-    files = verify_aar.unzip(content)
+    files = unzipped(content)
     assert old in files[name], (name, old)
     return zipped(files | {name: files[name].replace(old, new)})
 
 
 def without(content: bytes, name: str) -> bytes:
-    files = verify_aar.unzip(content)
+    files = unzipped(content)
     del files[name]
     return zipped(files)
 
@@ -89,7 +93,7 @@ def planted() -> None:
     metadata = "META-INF/com/android/build/gradle/aar-metadata.properties"
     native = "com/orvik/camera/common/Native/"
     aar, pom, module = ((place / name).read_bytes() for name in (AAR, POM, MODULE))
-    classes = verify_aar.unzip(aar)["classes.jar"]
+    classes = unzipped(aar)["classes.jar"]
     for name, old, new, message in (
         (f"{arm}abi.json", b'"none"', b'"c++_static"', "as a shared library it uses c++_static"),
         (f"{arm}abi.json", b'"none"', b'"c++_shared"', "callers with c++_static: as a shared library"),
@@ -98,6 +102,7 @@ def planted() -> None:
         ("classes.jar", classes, without(classes, f"{native}YUVAlgorithm.class"), "lacks YUVAlgorithm.YUV2ARGB"),
         ("classes.jar", classes, edited(classes, f"{native}CameraFrames.class", b"\0\0\0\x37", b"\0\0\0\x3d"),
          "CameraFrames.class of version 61"),
+        ("classes.jar", classes, without(classes, f"{native}Bitmaps.class"), "lacks Bitmaps.unlock"),
         ("proguard.txt", b"names", b"", "a shrinker may rename"),
         ("NOTICE.txt", b"Gailly", b"Somebody", "no licence text of zlib"),
     ):
@@ -127,6 +132,9 @@ def linkers() -> None:
                        text=True, check=True)
         expect(message in check_library(library), f"'{message}' was not found in {check_library(library)}")
 
+    shutil.copy(builds[0] / "libAlgorithmAndroid.so", library)  # counts as the other one now
+    expect("needs libjnigraphics.so" in check_library(library), "what only one of the libraries may need")
+
     mark = ["aarch64-linux-gnu-objcopy", "--remove-section=.note.gnu.property"]
     good, link_map = builds[0] / "libAlgorithm.so", builds[0] / "libAlgorithm.link-map"
     subprocess.run([*mark, good, stripped], check=True)
@@ -148,7 +156,7 @@ def main() -> None:
     unlicensed = folder / "unlicensed"
     shutil.rmtree(unlicensed, ignore_errors=True)
     unlicensed.mkdir()
-    for name in ("libAlgorithm.so", "libAlgorithm.jar"):
+    for name in (f"{library}.{end}" for library in ("libAlgorithm", "libAlgorithmAndroid") for end in ("so", "jar")):
         (unlicensed / name).symlink_to(builds[0] / name)
     cache = (builds[0] / "CMakeCache.txt").read_text(encoding="utf-8")
     (unlicensed / "CMakeCache.txt").write_text(re.sub("libpng=[^;]*", "libpng=X-NOTFOUND", cache))

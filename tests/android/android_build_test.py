@@ -13,6 +13,7 @@ from stand_ins import HERE, MACHINES, StandIns, home
 ROOT = HERE.parents[1]
 cmake, folder = sys.argv[1], pathlib.Path(sys.argv[2])
 PRESETS = {"arm64-v8a": "android-arm64", "x86_64": "android-x86_64"}
+SDK = folder / "android-arm64/android/stubs/android_stubs.jar"
 # What is refused: options, environment, what the message says.
 REFUSED = [
     (["-DANDROID_ABI=armeabi-v7a"], {}, "ANDROID_ABI is 'armeabi-v7a'"),
@@ -42,13 +43,14 @@ def symbols(objects: list[pathlib.Path], which: str) -> set[str]:
 
 def build_library(abi: str):
     """Builds the library and says what it would miss on a device. The codecs for devices come from vcpkg,
-    the emulator's from a prefix."""
+    the emulator's from a prefix; Android's classes are those of the first build, for the second as if they were an SDK's."""
     stand_ins, build = StandIns(folder, abi), folder / PRESETS[abi]
     vcpkg = {"VCPKG_ROOT": str(HERE / "vcpkg")} if abi == "arm64-v8a" else {}
-    result = configure(abi, build, *([] if vcpkg else [f"-DCMAKE_PREFIX_PATH={stand_ins.prefix}"]), **vcpkg)
+    prefix = [] if vcpkg else [f"-DCMAKE_PREFIX_PATH={stand_ins.prefix}", f"-DALGORITHM_ANDROID_JAR={SDK}"]
+    result = configure(abi, build, *prefix, **vcpkg)
     if result.returncode:
         sys.exit(result.stdout)
-    make(build, "algorithm_core", "algorithm_jni", "algorithm_jar")
+    make(build, "algorithm_core", "algorithm_jni", "algorithm_jar", "algorithm_android_jar")
     objects = sorted(build.rglob("*.o"))
     needed = sorted(symbols(objects, "--undefined-only") - symbols(objects, "--defined-only"))
     unknown = [name for name in needed if not home(name)]
@@ -59,7 +61,7 @@ def build_library(abi: str):
         yield f"the build for {abi} is not complete"
     if not unknown:
         stand_ins.archive(needed)
-        make(build, "Algorithm")
+        make(build, "Algorithm", "AlgorithmAndroid")
 
 
 def refusals():

@@ -10,6 +10,7 @@ from collections.abc import Iterable
 HERE = pathlib.Path(__file__).resolve().parent
 # Folder names of this machine's packages.
 MACHINES = {"arm64-v8a": "aarch64", "x86_64": "x86_64"}
+JNIGRAPHICS = HERE / "stubs/jnigraphics/android/bitmap.h"
 RUNTIME = ("libc++_static.a", "libc++abi.a")
 DOCUMENTS = {"libjpeg-turbo": "libjpeg62-turbo-dev", "libpng": "libpng-dev", "zlib": "zlib1g-dev",
              "highway": "libhwy-dev"}
@@ -38,7 +39,8 @@ class StandIns:
         for root in (self.sysroot, self.prefix):
             shutil.rmtree(root, ignore_errors=True)
         self.libraries = self.sysroot / "usr/lib"
-        self._link("usr/include/android", "/usr/include/android/android", self.sysroot)
+        for header in [*pathlib.Path("/usr/include/android/android").iterdir(), JNIGRAPHICS]:
+            self._link(f"usr/include/android/{header.name}", str(header), self.sysroot)
         self._link("usr/include/jni.h", "/usr/include/android/nativehelper/jni.h", self.sysroot)
         for header in ("jpeglib.h", "jmorecfg.h", "jerror.h", "png.h", "pngconf.h", "pnglibconf.h", "zlib.h",
                        "zconf.h", "hwy"):

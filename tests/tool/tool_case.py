@@ -21,7 +21,7 @@ class ToolCase(unittest.TestCase):
         env = {k: v for k, v in os.environ.items() if k != "ALGORITHM_DEVICE_ROOT"} | env
         result = subprocess.run([TOOL, *args], env=env, capture_output=True, text=True)
         self.assertEqual(result.returncode, code, (args, result.stderr))
-        self.assertRegex(result.stderr, rf"\Acamera-effects: .*{says}.*\n\Z" if says else r"\A\Z", args)
+        self.assertRegex(result.stderr, rf"(?s)\A(?=(camera-effects: [^\n]*\n)+\Z).*{says}" if says else r"\A\Z", args)
         self.said = sorted(result.stderr.splitlines())
         self.assertEqual(len(self.said), len(set(self.said)))
         return result.stdout

@@ -70,9 +70,22 @@ TEST(Composite, RectanglesAreCopiedColumnByColumn) {
 TEST(Resize, MixesFourNeighboursFarApartAndFeedsBack) {
   constexpr std::array<int, 4> kSizes[] = {
       // to, from: steps, positions and bounds leave 32 bits
-      {2, 2, 70000, 1},     {3, 2, 70000, 1},     {2, 3, 1, 70000},
-      {70000, 2, 40000, 1}, {2, 66000, 32767, 1}, {300, 7, 40000, 3},  // few columns far apart
-      {50000, 2, 40000, 3}};
+      {2, 2, 70000, 1},
+      {3, 2, 70000, 1},
+      {2, 3, 1, 70000},
+      {70000, 2, 40000, 1},
+      {2, 66000, 32767, 1},
+      {300, 7, 40000, 3},  // few columns far apart
+      {50000, 2, 40000, 3},
+      // twice as many and half as many columns and rows, together and alone
+      {140002, 2, 70001, 1},
+      {700, 600, 350, 300},
+      {145, 31, 72, 19},
+      {144, 30, 72, 19},
+      {33, 38, 70, 19},
+      {35, 20, 70, 40},
+      {36, 31, 72, 19},
+      {20000, 1, 40000, 2}};
   for (const auto& [dw, dh, sw, sh] : kSizes) {
     Trial trial(operationNamed("resize"), sw, sh);
     trial.call.resultWidth = dw, trial.call.resultHeight = dh;

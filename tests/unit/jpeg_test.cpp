@@ -1,76 +1,11 @@
 // JPEG files both ways; the fixtures come straight from the codec library.
-#include <cstdio>
-// jpeglib.h needs the types above.
-#include <jpeglib.h>
 #include <sys/resource.h>
 
 #include "guarded.h"
+#include "jpeg_files.h"
 #include "platform/jpeg.h"
 
 namespace {
-
-constexpr int kWidth = 96, kHeight = 64;
-
-/// A smooth picture whose channels all differ; the fourth is the key of CMYK files, 255 = no ink.
-int sample(int x, int y, int c) {
-  const int values[] = {x * 255 / kWidth, y * 255 / kHeight, (x + y) * 4 / 5 + 64, 255 - x};
-  return values[c];
-}
-
-const struct Fixture {
-  const char* name;
-  J_COLOR_SPACE input, file;
-  bool progressive, adobe;
-} kFixtures[] = {{"baseline", JCS_RGB, JCS_YCbCr, false, false},
-                 {"rgb", JCS_RGB, JCS_RGB, false, true},
-                 {"grey", JCS_GRAYSCALE, JCS_GRAYSCALE, false, false},
-                 {"progressive", JCS_RGB, JCS_YCbCr, true, false},
-                 {"progressive grey", JCS_GRAYSCALE, JCS_GRAYSCALE, true, false},
-                 {"inverted cmyk", JCS_CMYK, JCS_CMYK, false, true},
-                 {"plain cmyk", JCS_CMYK, JCS_CMYK, false, false},
-                 {"inverted ycck", JCS_CMYK, JCS_YCCK, false, true}};
-
-Bytes makeJpeg(const Fixture& fixture) {
-  jpeg_compress_struct codec;
-  jpeg_error_mgr errors;
-  codec.err = jpeg_std_error(&errors);
-  jpeg_create_compress(&codec);
-  unsigned char* file = nullptr;
-  unsigned long size = 0;
-  jpeg_mem_dest(&codec, &file, &size);
-  const int channels = fixture.input == JCS_CMYK ? 4 : fixture.input == JCS_RGB ? 3 : 1;
-  codec.image_width = kWidth, codec.image_height = kHeight;
-  codec.in_color_space = fixture.input, codec.input_components = channels;
-  jpeg_set_defaults(&codec);
-  jpeg_set_colorspace(&codec, fixture.file);
-  jpeg_set_quality(&codec, 95, TRUE);
-  codec.write_Adobe_marker = fixture.adobe ? TRUE : FALSE;
-  if (fixture.progressive) jpeg_simple_progression(&codec);
-  jpeg_start_compress(&codec, TRUE);
-  for (int y = 0; y < kHeight; ++y) {
-    uint8_t row[kWidth * 4], *line = row;
-    for (int i = 0; i < kWidth * channels; ++i) {
-      const int value = sample(i / channels, y, i % channels);
-      row[i] = uint8_t(channels == 4 && !fixture.adobe ? 255 - value : value);
-    }
-    jpeg_write_scanlines(&codec, &line, 1);
-  }
-  jpeg_finish_compress(&codec);
-  jpeg_destroy_compress(&codec);
-  Bytes bytes(file, file + size);
-  std::free(file);
-  return bytes;
-}
-
-/// Offset of the first marker of a kind.
-std::size_t find(const Bytes& file, char kind) {
-  return std::string(file.begin(), file.end()).find(std::string{'\xFF', kind});
-}
-
-/// Offset of the first byte behind the first scan header.
-std::size_t scanStart(const Bytes& file) {
-  return find(file, '\xDA') + 2 + file[find(file, '\xDA') + 3];
-}
 
 /// Decodes from a block that ends at a guard page.
 std::optional<alg::DecodedJpeg> decode(const Bytes& file, int keepSide = 0) {

@@ -1,0 +1,102 @@
+// Steps of vectors that Highway has no portable name for; included by kernel files, once per vector
+// target. Those of x86 work within blocks of 16 bytes, however long vectors are.
+#if defined(ALG_BLOCK_OPS_INL_H_) == defined(HWY_TARGET_TOGGLE)
+#ifdef ALG_BLOCK_OPS_INL_H_
+#undef ALG_BLOCK_OPS_INL_H_
+#else
+#define ALG_BLOCK_OPS_INL_H_
+#endif
+
+#include <cstdint>
+
+#include "hwy/highway.h"
+#include "kernels/vector_frame.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace alg::HWY_NAMESPACE {
+
+#if ALG_HAS_VECTORS()
+
+namespace ops {
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+using ByteVector = hn::Vec<hn::ScalableTag<uint8_t>>;
+using ShortVector = hn::Vec<hn::ScalableTag<int16_t>>;
+using IntVector = hn::Vec<hn::ScalableTag<int32_t>>;
+using FloatVector = hn::Vec<hn::ScalableTag<float>>;
+
+// To an integer, towards 0. What no int holds becomes anything.
+HWY_INLINE IntVector truncated(FloatVector v) {
+#if ALG_IS_AVX512()
+  return IntVector{_mm512_cvttps_epi32(v.raw)};
+#elif ALG_IS_AVX2()
+  return IntVector{_mm256_cvttps_epi32(v.raw)};
+#else
+  return hn::ConvertTo(hn::ScalableTag<int32_t>(), v);
+#endif
+}
+
+#if !ALG_IS_NEON()
+
+// Unsigned bytes of a times signed ones of b, those of each pair added and limited to 16 bits.
+HWY_INLINE ShortVector weighPairs(ByteVector a, ByteVector b) {
+#if ALG_IS_AVX512()
+  return ShortVector{_mm512_maddubs_epi16(a.raw, b.raw)};
+#else
+  return ShortVector{_mm256_maddubs_epi16(a.raw, b.raw)};
+#endif
+}
+
+// The same pair of weights for all.
+template <int kFirst, int kSecond>
+HWY_INLINE ShortVector weighPairs(ByteVector a) {
+  const auto weights = static_cast<int16_t>((kFirst & 0xFF) | kSecond * 256);
+  return weighPairs(
+      a, hn::BitCast(hn::ScalableTag<uint8_t>(), hn::Set(hn::ScalableTag<int16_t>(), weights)));
+}
+
+// The sum of both squares of each pair.
+HWY_INLINE IntVector sumSquares(ShortVector pairs) {
+#if ALG_IS_AVX512()
+  return IntVector{_mm512_madd_epi16(pairs.raw, pairs.raw)};
+#else
+  return IntVector{_mm256_madd_epi16(pairs.raw, pairs.raw)};
+#endif
+}
+
+// Limited to the narrower lanes; blocks of a and b take turns.
+HWY_INLINE ShortVector join(IntVector a, IntVector b) {
+#if ALG_IS_AVX512()
+  return ShortVector{_mm512_packs_epi32(a.raw, b.raw)};
+#else
+  return ShortVector{_mm256_packs_epi32(a.raw, b.raw)};
+#endif
+}
+
+HWY_INLINE ByteVector join(ShortVector a, ShortVector b) {
+#if ALG_IS_AVX512()
+  return ByteVector{_mm512_packus_epi16(a.raw, b.raw)};
+#else
+  return ByteVector{_mm256_packus_epi16(a.raw, b.raw)};
+#endif
+}
+
+HWY_INLINE ByteVector joinSigned(ShortVector a, ShortVector b) {
+#if ALG_IS_AVX512()
+  return ByteVector{_mm512_packs_epi16(a.raw, b.raw)};
+#else
+  return ByteVector{_mm256_packs_epi16(a.raw, b.raw)};
+#endif
+}
+
+#endif
+
+}  // namespace ops
+
+#endif
+
+}  // namespace alg::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#endif  // ALG_BLOCK_OPS_INL_H_

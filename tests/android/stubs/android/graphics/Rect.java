@@ -1,0 +1,16 @@
+package android.graphics;
+
+/** Stands in for Android's class of this name. */
+public final class Rect {
+  public int left;
+  public int top;
+  public int right;
+  public int bottom;
+
+  public Rect(int left, int top, int right, int bottom) {
+    this.left = left;
+    this.top = top;
+    this.right = right;
+    this.bottom = bottom;
+  }
+}

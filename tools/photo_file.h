@@ -1,0 +1,46 @@
+// Photos from and to files of several formats.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <vector>
+
+#include "platform/jpeg_format.h"
+#include "tools/files.h"
+#include "tools/metadata.h"
+#include "tools/photo.h"
+#include "tools/photo_options.h"
+#include "tools/picture_format.h"
+
+namespace alg::tool {
+
+/// What of its file has a say in how a photo is written.
+struct Origin {
+  std::filesystem::path path;
+  PictureFormat format = PictureFormat::kJpeg;
+  int quality = kDefaultQuality;               ///< of a JPEG: near the one it was written with
+  JpegSampling sampling = JpegSampling::k444;  ///< of a JPEG; others have all colours
+  bool damaged = false;                        ///< the photo is not all there
+};
+
+struct PhotoFile {
+  Photo photo;
+  Metadata metadata;
+  Origin origin;
+};
+
+/// Decodes a file of any format that is known and turns the photo upright. Throws UserError.
+/// @param keepSide  not 0: the photo may come reduced, down to this longer side
+PhotoFile readPhoto(const std::filesystem::path& path, const PhotoOptions& options = {},
+                    int keepSide = 0);
+
+/// The bytes of a file in the format that its name asks for. Throws UserError.
+/// @param path  of the output; what is left of a damaged photo never replaces it
+std::vector<uint8_t> encodeFor(const std::filesystem::path& path, const PhotoFile& file,
+                               const PhotoOptions& options);
+/// Encodes and writes. Throws UserError.
+/// @param how  made from the photo's own file unless it names another
+void writePhoto(const std::filesystem::path& path, const PhotoFile& file,
+                const PhotoOptions& options, WriteOptions how = {});
+
+}  // namespace alg::tool

@@ -1,0 +1,24 @@
+// The options of all commands that read or write photos.
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <optional>
+
+#include "platform/jpeg_format.h"
+
+namespace alg::tool {
+
+inline constexpr int kDefaultQuality = 92;
+
+struct PhotoOptions {
+  bool keepDamaged = false;                      ///< go on with what is left of a damaged photo
+  std::optional<int> quality = kDefaultQuality;  ///< 0 to 100; none: the source's
+  std::optional<JpegSampling> sampling;          ///< none: the source's
+};
+
+/// Adds --damaged. Parsing fills the options, which must outlive it.
+void addReadOptions(CLI::App& command, PhotoOptions& options);
+/// Adds --quality and --sampling.
+void addWriteOptions(CLI::App& command, PhotoOptions& options);
+
+}  // namespace alg::tool
