@@ -163,6 +163,7 @@ void Batch::changePhoto(const PhotoJob& job) {
   throwIfInterrupted();
   PhotoFile file = readPhoto(job.input, request_.options);
   effects_.applyTo(file.photo, job.input);
+  file.change.moved = effects_.movesPixels();
   if (job.makesFolder) {
     createFolders(fs::path(job.output).parent_path());
   }

@@ -74,6 +74,7 @@ void beautifyPhoto(const BeautyRequest& request) {
     throw UserError(fmt::format("{}: the face-beauty engine failed with code {}",
                                 request.input.string(), run.result));
   }
+  file.change.moved = request.slimming > 0;
   writePhoto(request.output, file, request.options);
 }
 

@@ -159,16 +159,37 @@ void addRotate(CLI::App& app, Options& options) {
 void addResize(CLI::App& app, Options& options) {
   CLI::App& resize = *app.add_subcommand("resize", "Resize a photo");
   ResizeRequest& request = options.resize;
-  addSize(resize, request.size, "size of the output in pixels");
+  resize
+      .add_option("--size", request.size,
+                  "of the output: WIDTHxHEIGHT; 400, the longer side; 400x, the width; x300, the "
+                  "height; 50%")
+      ->type_name("SIZE")
+      ->required();
+  CLI::Option* const fit = resize.add_flag_callback(
+      "--fit", [&request] { request.shape = ResizeRequest::Shape::kFit; },
+      "keep the photo's shape, within WIDTHxHEIGHT");
+  resize
+      .add_flag_callback(
+          "--crop", [&request] { request.shape = ResizeRequest::Shape::kCrop; },
+          "keep the photo's shape, and cut off what is beyond WIDTHxHEIGHT on both sides")
+      ->excludes(fit);
+  resize
+      .add_option("--filter", request.filter,
+                  "lanczos, which covers all that a pixel stands for; or bilinear, the library's, "
+                  "which looks at four pixels")
+      ->capture_default_str()
+      ->check(CLI::IsMember({"lanczos", "bilinear"}));
   addReadOptions(resize, request.options);
   addWriteOptions(resize, request.options);
   addFile(resize, "IN", kPhotoFile, request.input, "photo");
   addFile(resize, "OUT", kAnyFile, request.output, "file to write");
   resize.footer(
-      "The photo is turned upright and stretched to the size, whatever its shape. It keeps its\n"
-      "metadata.\n\n"
-      "Example:\n"
-      "  camera-effects resize --size 640x480 photo.jpg small.jpg");
+      "The photo is turned upright and, to WIDTHxHEIGHT without --fit or --crop, stretched. It\n"
+      "keeps all that its file says.\n\n"
+      "Examples:\n"
+      "  camera-effects resize --size 640x480 photo.jpg small.jpg\n"
+      "  camera-effects resize --size 50% photo.jpg half.png\n"
+      "  camera-effects resize --size 200x200 --crop photo.jpg square.jpg");
   setWork(resize, options, [&request] {
     resizePhoto(request);
     return true;
@@ -233,22 +254,21 @@ void addBeauty(CLI::App& app, Options& options) {
 
 void addGallery(CLI::App& app, Options& options) {
   CLI::App& gallery =
-      *app.add_subcommand("gallery", "Make a web page that shows a photo under every effect");
+      *app.add_subcommand("gallery", "Make web pages that show photos under every effect");
   GalleryRequest& request = options.gallery;
-  addFile(gallery, "IN", kPhotoFile, request.photo, "photo");
+  addFile(gallery, "IN", kPhotoFile, request.photo,
+          "photo, or a folder of photos: a page for each");
   addFile(gallery, "OUTDIR", kFolder, request.folder,
           "folder to make; an earlier gallery is replaced");
   addReadOptions(gallery, request.options);
   addWriteOptions(gallery, request.options);
   gallery.footer(
       "The photo is turned upright and, if large, reduced; its longer side keeps at least 1600\n"
-      "pixels. The pictures carry no metadata.\n\n"
-      "Example:\n"
-      "  camera-effects gallery photo.jpg gallery  # then open gallery/index.html in a browser");
-  setWork(gallery, options, [&request] {
-    makeGallery(request);
-    return true;
-  });
+      "pixels. The pictures carry its colour profile, and no other metadata.\n\n"
+      "Examples:\n"
+      "  camera-effects gallery photo.jpg gallery  # then open gallery/index.html in a browser\n"
+      "  camera-effects gallery holiday/ pages");
+  setWork(gallery, options, [&request] { return makeGallery(request); });
 }
 
 void addCurves(CLI::App& app, Options& options) {

@@ -8,11 +8,12 @@
 #include "tools/apply.h"
 #include "tools/beauty.h"
 #include "tools/bench.h"
+#include "tools/blend.h"
 #include "tools/curves.h"
 #include "tools/frame_stream.h"
 #include "tools/gallery.h"
 #include "tools/raw_frames.h"
-#include "tools/resize_blend.h"
+#include "tools/resize.h"
 
 namespace alg::tool {
 

@@ -73,6 +73,11 @@ void EffectChain::applyTo(Photo& photo, const std::filesystem::path& path) {
   }
 }
 
+bool EffectChain::movesPixels() const {
+  return std::ranges::any_of(
+      steps_, [](const Step& step) { return step.operation->reach == Reach::kAnything; });
+}
+
 bool EffectChain::needsPixels() const {
   return !std::ranges::all_of(steps_,
                               [](const Step& step) { return takesFrames(*step.operation); });

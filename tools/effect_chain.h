@@ -30,6 +30,8 @@ class EffectChain {
   /// the frame's pixels; without `mix`. Throws UserError.
   /// @param pixels  of the frame's size, for these; left in any state. Empty when not needed.
   void applyTo(const Frame& frame, Photo& pixels);
+  /// Whether a pixel may come from anywhere in the photo.
+  bool movesPixels() const;
   /// Whether a frame's pixels are needed.
   bool needsPixels() const;
 

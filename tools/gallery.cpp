@@ -14,6 +14,7 @@
 #include "tools/jpeg_photo.h"
 #include "tools/photo_effect.h"
 #include "tools/photo_file.h"
+#include "tools/photo_folder.h"
 
 namespace fs = std::filesystem;
 
@@ -72,7 +73,7 @@ class GalleryWriter {
       : folder_(folder),
         quality_(options.quality.value_or(photo.origin.quality)),
         sampling_(options.sampling.value_or(photo.origin.sampling)),
-        segments_(Metadata().withProfile(photo.metadata.profile()).segments(0, 0, folder)) {
+        segments_(Metadata().withProfile(photo.metadata.profile()).segments(0, 0, folder, {})) {
     fs::create_directories(folder / "pictures/small");
   }
 
@@ -94,9 +95,12 @@ class GalleryWriter {
         card.width, card.height);
   }
 
-  void writePage(const fs::path& photo) {
+  /// @param index  of the page that all photos are on; empty for none
+  void writePage(const fs::path& photo, std::string_view index) {
     std::string page(kGalleryPage);
     fillIn(page, "{{photo}}", htmlText(photo.filename().string()));
+    fillIn(page, "{{index}}",
+           index.empty() ? "" : fmt::format("<a href=\"{}\">All photos</a>. ", index));
     fillIn(page, "{{entries}}", entries_);
     writeFile(folder_ / "index.html", {reinterpret_cast<const uint8_t*>(page.data()), page.size()});
   }
@@ -117,6 +121,7 @@ bool replaceable(const fs::path& folder) {
   const bool onlyOurs = std::all_of(fs::directory_iterator(folder), fs::directory_iterator(),
                                     [](const fs::directory_entry& entry) {
                                       return entry.path().filename() == "index.html" ||
+                                             entry.path().filename() == "photos" ||
                                              entry.path().filename() == "pictures";
                                     });
   if (!onlyOurs || !fs::is_regular_file(folder / "index.html")) {
@@ -137,21 +142,15 @@ fs::path galleryFolder(const fs::path& wanted) {
   return folder.has_filename() ? folder : folder.parent_path();
 }
 
-}  // namespace
-
-void makeGallery(const GalleryRequest& request) {
-  const fs::path target = galleryFolder(request.folder);
-  PhotoFile file = readPhoto(request.photo, request.options, kPhotoSide);
+/// Draws a photo under every effect, and its page. Throws UserError.
+void drawPhoto(const fs::path& path, const fs::path& folder, const PhotoOptions& options,
+               std::string_view index, EffectPictures& pictures, Progress& progress) {
+  PhotoFile file = readPhoto(path, options, [](int, int) { return kPhotoSide; });
   Photo& photo = file.photo;
-  cropToEven(photo, request.photo);
-  TemporaryFolder folder(target);
-  GalleryWriter gallery(folder.path(), file, request.options);
-  gallery.add({"Original", request.photo.filename().string(), "original"}, photo);
-
-  const std::vector<const Operation*> shown = effects();
-  Progress progress(shown.size());
-  EffectPictures pictures;
-  for (const Operation* effect : shown) {
+  cropToEven(photo, path);
+  GalleryWriter gallery(folder, file, options);
+  gallery.add({"Original", path.filename().string(), "original"}, photo);
+  for (const Operation* effect : effects()) {
     throwIfInterrupted();
     progress.begin(effect->name);
     std::string about = effect->shows;
@@ -165,8 +164,74 @@ void makeGallery(const GalleryRequest& request) {
     gallery.add({effect->name, about, takesFrames(*effect) ? "filters" : "classic"}, changed);
     progress.end();
   }
-  gallery.writePage(request.photo);
+  gallery.writePage(path, index);
+}
+
+/// A file name as part of an address.
+std::string addressText(std::string_view name) {
+  constexpr std::string_view kPlain = "-._~";
+  std::string result;
+  for (const char c : name) {
+    const auto code = static_cast<unsigned char>(c);
+    const bool letter = (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+    result += letter || kPlain.find(c) != std::string_view::npos ? std::string(1, c)
+                                                                 : fmt::format("%{:02X}", code);
+  }
+  return result;
+}
+
+/// Draws all photos of a folder, each on a page of its own, and a page of them all. Returns whether
+/// every photo could be drawn. Throws UserError.
+bool drawFolder(const fs::path& photos, const fs::path& folder, const PhotoOptions& options) {
+  const std::vector<fs::path> found = photosIn(photos, folder, false).photos;
+  EffectPictures pictures;
+  Progress progress(found.size() * effects().size());
+  std::string cards;
+  std::size_t drawn = 0;
+  for (const fs::path& photo : found) {
+    const std::string name = photo.filename().string();
+    const fs::path own = folder / "photos" / photo.filename();
+    try {
+      drawPhoto(photo, own, options, "../../index.html", pictures, progress);
+    } catch (const UserError& error) {
+      complain(error.what());
+      std::error_code ignored;
+      fs::remove_all(own, ignored);
+      continue;
+    }
+    cards += fmt::format(
+        "\n<li><a href=\"photos/{0}/index.html\"><img "
+        "src=\"photos/{0}/pictures/small/Original.jpg\" alt=\"\" loading=\"lazy\">"
+        "<span>{1}</span></a></li>",
+        addressText(name), htmlText(name));
+    ++drawn;
+  }
+  if (drawn == 0) {
+    throw BadInput(fmt::format("{}: no photos in this folder", photos.string()));
+  }
+  std::string page(kGalleryIndex);
+  fillIn(page, "{{title}}", htmlText(fs::canonical(photos).filename().string()));
+  fillIn(page, "{{count}}", std::to_string(drawn));
+  fillIn(page, "{{photos}}", cards);
+  writeFile(folder / "index.html", {reinterpret_cast<const uint8_t*>(page.data()), page.size()});
+  return drawn == found.size();
+}
+
+}  // namespace
+
+bool makeGallery(const GalleryRequest& request) {
+  const fs::path target = galleryFolder(request.folder);
+  TemporaryFolder folder(target);
+  bool complete = true;
+  if (fs::is_directory(request.photo)) {
+    complete = drawFolder(request.photo, folder.path(), request.options);
+  } else {
+    EffectPictures pictures;
+    Progress progress(effects().size());
+    drawPhoto(request.photo, folder.path(), request.options, "", pictures, progress);
+  }
   folder.moveToTarget();
+  return complete;
 }
 
 }  // namespace alg::tool

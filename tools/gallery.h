@@ -1,4 +1,4 @@
-// camera-effects gallery: one photo under every effect, as a page.
+// camera-effects gallery: photos under every effect, as pages.
 #pragma once
 
 #include <filesystem>
@@ -13,8 +13,9 @@ struct GalleryRequest {
   PhotoOptions options;
 };
 
-/// Makes the folder with index.html and pictures/. An existing one is replaced when it is empty or
-/// holds nothing but an earlier gallery. Throws UserError.
-void makeGallery(const GalleryRequest& request);
+/// Makes the folder with index.html and pictures/; of a folder of photos, with an index.html of all
+/// and such a folder for each in photos/. Returns whether every photo could be drawn. An existing
+/// one is replaced when it is empty or holds nothing but an earlier gallery. Throws UserError.
+bool makeGallery(const GalleryRequest& request);
 
 }  // namespace alg::tool

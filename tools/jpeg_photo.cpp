@@ -41,6 +41,14 @@ void decodeRows(JpegReader& reader, const std::filesystem::path& path, const Jpe
   }
 }
 
+/// Damage of a photo that was decoded reduced, in rows of the whole one.
+JpegDamage inWhole(JpegDamage damage, int rows, int allRows) {
+  if (damage.firstRow > 0) {
+    damage.firstRow = static_cast<int>(int64_t{damage.firstRow} * allRows / rows);
+  }
+  return damage;
+}
+
 }  // namespace
 
 std::string whyRefused(const std::filesystem::path& path, JpegFault fault, const JpegInfo& info,
@@ -72,11 +80,13 @@ std::string whatIsLost(const JpegDamage& damage, int rows) {
 }
 
 PhotoFile decodeJpegPhoto(Bytes file, const std::filesystem::path& path,
-                          const PhotoOptions& options, int keepSide) {
+                          const PhotoOptions& options, const KeepSide& keepSide) {
   const JpegLayout layout = layoutOf(file);
   JpegBytes input(file);
   JpegReader reader(input);
-  reader.start({.reduction = reader.info().reductionFor(keepSide)});
+  const JpegInfo& info = reader.info();
+  const int side = keepSide ? keepSide(info.width, info.height) : 0;
+  reader.start({.reduction = info.reductionFor(side)});
   if (reader.fault() == JpegFault::kNoMemory) {
     throw std::bad_alloc();
   }
@@ -87,14 +97,18 @@ PhotoFile decodeJpegPhoto(Bytes file, const std::filesystem::path& path,
   decodeRows(reader, path, layout, photo);
   const JpegDamage damage = reader.damage();
   if (damage) {
-    refuseOrNote(path, options, whatIsLost(damage, photo.height));
+    refuseOrNote(path, options,
+                 whatIsLost(inWhole(damage, photo.height, info.height), info.height));
   }
   return {.photo = std::move(photo),
           .metadata = Metadata(layout, path),
           .origin = {.path = path,
                      .quality = reader.info().quality,
                      .sampling = reader.info().sampling,
-                     .damaged = static_cast<bool>(damage)}};
+                     .damaged = static_cast<bool>(damage),
+                     .width = info.width,
+                     .height = info.height},
+          .followers = Followers(file, layout)};
 }
 
 std::vector<uint8_t> encodeJpegPhoto(const Photo& photo, int quality, JpegSampling sampling,

@@ -18,7 +18,7 @@ std::string whatIsLost(const JpegDamage& damage, int rows);
 
 /// Decodes a file as it lies, not yet upright. Throws BadInput.
 PhotoFile decodeJpegPhoto(Bytes file, const std::filesystem::path& path,
-                          const PhotoOptions& options, int keepSide);
+                          const PhotoOptions& options, const KeepSide& keepSide);
 
 /// Throws UserError.
 std::vector<uint8_t> encodeJpegPhoto(const Photo& photo, int quality, JpegSampling sampling,

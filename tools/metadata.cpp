@@ -25,6 +25,7 @@ constexpr std::string_view kXmpBegin = "http://ns.adobe.com/xap/1.0/\0"sv;
 constexpr std::string_view kProfileBegin = "ICC_PROFILE\0"sv;
 constexpr std::string_view kPhotoshopBegin = "Photoshop 3.0\0"sv;
 constexpr std::string_view kMultiPicture = "MPF\0"sv;
+constexpr std::string_view kGainMapBegin = "urn:iso:std:iso:ts:21496:-1\0"sv;
 constexpr std::string_view kAdobe = "Adobe"sv;
 
 constexpr uint8_t kApp0 = 0xE0, kApp1 = 0xE1, kApp2 = 0xE2, kApp13 = 0xED, kApp14 = 0xEE;
@@ -81,9 +82,9 @@ struct Metadata::Parts {
   void add(Kind kind, uint8_t marker, Bytes content);
   void addProfilePart(Bytes content, std::size_t& expected);
   void understand(const std::filesystem::path& path);
-  std::string xmpFor(int width, int height) const;
+  std::string xmpFor(int width, int height, const Behind& behind) const;
   void append(std::vector<uint8_t>& to, const Piece& piece, int width, int height,
-              const std::filesystem::path& path) const;
+              const std::filesystem::path& path, const Behind& behind) const;
 };
 
 void Metadata::Parts::add(Kind kind, uint8_t marker, Bytes content) {
@@ -172,18 +173,19 @@ void Metadata::Parts::understand(const std::filesystem::path& path) {
   }
 }
 
-std::string Metadata::Parts::xmpFor(int width, int height) const {
+std::string Metadata::Parts::xmpFor(int width, int height, const Behind& behind) const {
   if (xmp.empty()) {
     return {};
   }
   std::optional<XmpPacket> packet = XmpPacket::parse(xmp);
   packet->describe(static_cast<uint32_t>(width), static_cast<uint32_t>(height));
   packet->dropThumbnails();
+  packet->describeFollowers(behind.gainMapBytes, behind.others);
   return packet->changed() ? packet->text() : xmp;
 }
 
 void Metadata::Parts::append(std::vector<uint8_t>& to, const Piece& piece, int width, int height,
-                             const std::filesystem::path& path) const {
+                             const std::filesystem::path& path, const Behind& behind) const {
   const auto inParts = [&](std::string_view begin, Bytes content, std::size_t most) {
     const std::size_t parts = (content.size() + most - 1) / most;
     for (std::size_t i = 0; i < parts; ++i) {
@@ -202,7 +204,7 @@ void Metadata::Parts::append(std::vector<uint8_t>& to, const Piece& piece, int w
     block.describe(static_cast<uint32_t>(width), static_cast<uint32_t>(height));
     fits = appendSegment(to, kApp1, kExifBegin, block.bytes());
   } else if (piece.kind == Kind::kXmp) {
-    fits = appendSegment(to, kApp1, kXmpBegin, asBytes(xmpFor(width, height)));
+    fits = appendSegment(to, kApp1, kXmpBegin, asBytes(xmpFor(width, height, behind)));
   } else if (piece.kind == Kind::kProfile) {
     inParts(kProfileBegin, profile, kProfilePart);
   } else if (piece.kind == Kind::kPhotoshop) {
@@ -267,8 +269,8 @@ Metadata Metadata::withProfile(std::vector<uint8_t> profile) const {
   return result;
 }
 
-std::vector<uint8_t> Metadata::segments(int width, int height,
-                                        const std::filesystem::path& path) const {
+std::vector<uint8_t> Metadata::segments(int width, int height, const std::filesystem::path& path,
+                                        const Behind& behind) const {
   std::vector<uint8_t> result;
   if (parts_ == nullptr || parts_->pieces.empty()) {
     return result;
@@ -279,7 +281,10 @@ std::vector<uint8_t> Metadata::segments(int width, int height,
     appendSegment(result, kApp0, {}, kOnePixelIsSquare);
   }
   for (const Piece& piece : parts_->pieces) {
-    parts_->append(result, piece, width, height, path);
+    const bool claim = asText(piece.content).starts_with(kGainMapBegin);
+    if (!claim || behind.gainMapBytes > 0) {
+      parts_->append(result, piece, width, height, path, behind);
+    }
   }
   return result;
 }
@@ -302,7 +307,7 @@ MetadataBlocks Metadata::blocks(int width, int height, const std::filesystem::pa
       block.describe(static_cast<uint32_t>(width), static_cast<uint32_t>(height));
       blocks.exif = block.bytes();
     } else if (piece.kind == Kind::kXmp) {
-      blocks.xmp = parts_->xmpFor(width, height);
+      blocks.xmp = parts_->xmpFor(width, height, {});
     } else if (piece.kind == Kind::kProfile) {
       blocks.profile = parts_->profile;
     } else if (piece.kind == Kind::kPhotoshop) {

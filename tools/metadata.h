@@ -43,9 +43,15 @@ class Metadata {
   /// The same with another profile, or with none.
   Metadata withProfile(std::vector<uint8_t> profile) const;
 
+  /// What stands behind a picture in its file, as XMP and others may say.
+  struct Behind {
+    uint64_t gainMapBytes = 0;
+    bool others = false;
+  };
   /// The segments of a JPEG file with these, which then describe it as upright and width x height.
   /// The first of them is JFIF's or Exif. Thumbnails stay behind, and profiles that aren't for RGB.
-  std::vector<uint8_t> segments(int width, int height, const std::filesystem::path& path) const;
+  std::vector<uint8_t> segments(int width, int height, const std::filesystem::path& path,
+                                const Behind& behind) const;
   /// Which blocks a format takes, beside XMP and profile.
   struct Place {
     const char* format;

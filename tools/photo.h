@@ -11,6 +11,8 @@ namespace alg::tool {
 /// Pixels as B, G, R, A bytes, rows packed, alpha 255.
 using Photo = DecodedJpeg;
 
+/// Whether an orientation exchanges width and height.
+constexpr bool isOnItsSide(int orientation) { return orientation >= 5; }
 /// Undoes an orientation, 1 to 8 as in Exif.
 Photo upright(Photo photo, int orientation);
 

@@ -2,8 +2,11 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <utility>
 
+#include "tools/colour.h"
+#include "tools/console.h"
 #include "tools/failure.h"
 #include "tools/files.h"
 #include "tools/jpeg_photo.h"
@@ -14,7 +17,7 @@ namespace alg::tool {
 namespace {
 
 PhotoFile decode(Bytes file, const std::filesystem::path& path, const PhotoOptions& options,
-                 int keepSide) {
+                 const KeepSide& keepSide) {
   switch (formatOf(file, path)) {
     case PictureFormat::kJpeg:
       return decodeJpegPhoto(file, path, options, keepSide);
@@ -31,12 +34,65 @@ PhotoFile decode(Bytes file, const std::filesystem::path& path, const PhotoOptio
   }
 }
 
+/// What of a file goes on behind the picture, with a note of what does not.
+Followers followersOf(const PhotoFile& file, const PhotoOptions& options) {
+  if (options.plain) {
+    return {};
+  }
+  Followers followers = file.followers;
+  const bool hadMap = followers.hasGainMap();
+  const std::string path = file.origin.path.string();
+  if (followers.hasViews()) {
+    note(fmt::format("{}: its other views are left out", path));
+  }
+  followers.follow(file.change);
+  if (hadMap && !followers.hasGainMap()) {
+    note(fmt::format("{}: its gain map (HDR) is left out: {}", path,
+                     file.change.moved ? "the pixels have moved" : "it can't be decoded"));
+  }
+  return followers;
+}
+
+std::vector<uint8_t> encodeWithFollowers(const PhotoFile& file, const PhotoOptions& options,
+                                         int quality) {
+  const Photo& photo = file.photo;
+  const Followers followers = followersOf(file, options);
+  std::vector<uint8_t> segments = file.metadata.segments(
+      photo.width, photo.height, file.origin.path, {followers.gainMapBytes(), followers.hasRest()});
+  const std::vector<uint8_t> index = followers.index();
+  segments.insert(segments.end(), index.begin(), index.end());
+  std::vector<uint8_t> bytes =
+      encodeJpegPhoto(photo, quality, options.sampling.value_or(file.origin.sampling), segments);
+  const auto place = index.empty()
+                         ? bytes.begin()
+                         : std::search(bytes.begin(), bytes.end(), index.begin(), index.end());
+  followers.appendTo(bytes, static_cast<std::size_t>(place - bytes.begin()));
+  return bytes;
+}
+
 }  // namespace
 
-PhotoFile readPhoto(const std::filesystem::path& path, const PhotoOptions& options, int keepSide) {
+PhotoFile readPhoto(const std::filesystem::path& path, const PhotoOptions& options,
+                    const KeepSide& keepSide) {
   const std::vector<uint8_t> bytes = readFile(path);
   PhotoFile file = decode(bytes, path, options, keepSide);
-  file.photo = upright(std::move(file.photo), file.metadata.orientation());
+  const int orientation = file.metadata.orientation();
+  Origin& origin = file.origin;
+  if (origin.width == 0) {
+    origin.width = file.photo.width;
+    origin.height = file.photo.height;
+  }
+  if (isOnItsSide(orientation)) {
+    std::swap(origin.width, origin.height);
+  }
+  file.photo = upright(std::move(file.photo), orientation);
+  file.change.orientation = orientation;
+  if (options.toSrgb && !file.metadata.profile().empty()) {
+    if (!convertColours(file.photo, file.metadata.profile(), {})) {
+      throw BadInput(fmt::format("{}: its colour profile can't be used", path.string()));
+    }
+    file.metadata = file.metadata.withProfile({});
+  }
   return file;
 }
 
@@ -56,6 +112,10 @@ std::vector<uint8_t> encodeFor(const std::filesystem::path& path, const PhotoFil
   const auto blocks = [&](const Metadata::Place& place) {
     return file.metadata.blocks(photo.width, photo.height, origin.path, place);
   };
+  if (format != PictureFormat::kJpeg && !file.followers.empty() && !options.plain) {
+    note(fmt::format("{}: a {} file has no place for its gain map, video or other pictures",
+                     origin.path.string(), nameOf(format)));
+  }
   switch (format) {
     case PictureFormat::kPng:
       return encodePngPhoto(photo, blocks({.format = "PNG", .exif = true, .comment = true}), path);
@@ -65,8 +125,7 @@ std::vector<uint8_t> encodeFor(const std::filesystem::path& path, const PhotoFil
       return encodeWithVips(format, photo, quality, blocks({.format = "TIFF", .photoshop = true}),
                             path);
     default:
-      return encodeJpegPhoto(photo, quality, options.sampling.value_or(origin.sampling),
-                             file.metadata.segments(photo.width, photo.height, origin.path));
+      return encodeWithFollowers(file, options, quality);
   }
 }
 

@@ -3,10 +3,12 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <vector>
 
 #include "platform/jpeg_format.h"
 #include "tools/files.h"
+#include "tools/followers.h"
 #include "tools/metadata.h"
 #include "tools/photo.h"
 #include "tools/photo_options.h"
@@ -21,18 +23,25 @@ struct Origin {
   int quality = kDefaultQuality;               ///< of a JPEG: near the one it was written with
   JpegSampling sampling = JpegSampling::k444;  ///< of a JPEG; others have all colours
   bool damaged = false;                        ///< the photo is not all there
+  int width = 0;  ///< of the whole photo, upright; the pixels may come reduced
+  int height = 0;
 };
 
 struct PhotoFile {
   Photo photo;
   Metadata metadata;
   Origin origin;
+  Followers followers{};   ///< what the file holds behind the picture
+  PictureChange change{};  ///< what has been done to the picture since
 };
 
+/// Tells from the size of a photo, as it lies in its file, to which longer side decoding may reduce
+/// it; 0: not at all.
+using KeepSide = std::function<int(int width, int height)>;
+
 /// Decodes a file of any format that is known and turns the photo upright. Throws UserError.
-/// @param keepSide  not 0: the photo may come reduced, down to this longer side
 PhotoFile readPhoto(const std::filesystem::path& path, const PhotoOptions& options = {},
-                    int keepSide = 0);
+                    const KeepSide& keepSide = {});
 
 /// The bytes of a file in the format that its name asks for. Throws UserError.
 /// @param path  of the output; what is left of a damaged photo never replaces it

@@ -33,6 +33,8 @@ void addReadOptions(CLI::App& command, PhotoOptions& options) {
           "what to do with a damaged photo: refuse it, or keep what is left")
       ->default_str("refuse")
       ->check(CLI::IsMember({"refuse", "keep"}));
+  command.add_flag("--to-srgb", options.toSrgb,
+                   "convert the colours from the photo's profile to sRGB");
 }
 
 void addWriteOptions(CLI::App& command, PhotoOptions& options) {
@@ -60,6 +62,8 @@ void addWriteOptions(CLI::App& command, PhotoOptions& options) {
           "resolution of a JPEG's colours: of the input, or half of it both ways, across, or full")
       ->default_str(std::string(kSame))
       ->check(CLI::IsMember({"same", "420", "422", "444"}));
+  command.add_flag("--plain", options.plain,
+                   "leave out what a JPEG file holds behind its photo: gain map, video, previews");
 }
 
 }  // namespace alg::tool

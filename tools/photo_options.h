@@ -11,14 +11,16 @@ namespace alg::tool {
 inline constexpr int kDefaultQuality = 92;
 
 struct PhotoOptions {
-  bool keepDamaged = false;                      ///< go on with what is left of a damaged photo
+  bool toSrgb = false;       ///< colours converted from the photo's profile
+  bool plain = false;        ///< without gain maps, videos and other pictures behind the photo
+  bool keepDamaged = false;  ///< go on with what is left of a damaged photo
   std::optional<int> quality = kDefaultQuality;  ///< 0 to 100; none: the source's
   std::optional<JpegSampling> sampling;          ///< none: the source's
 };
 
-/// Adds --damaged. Parsing fills the options, which must outlive it.
+/// Adds --damaged and --to-srgb. Parsing fills the options, which must outlive it.
 void addReadOptions(CLI::App& command, PhotoOptions& options);
-/// Adds --quality and --sampling.
+/// Adds --quality, --sampling and --plain.
 void addWriteOptions(CLI::App& command, PhotoOptions& options);
 
 }  // namespace alg::tool

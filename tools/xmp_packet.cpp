@@ -123,6 +123,14 @@ std::vector<pugi::xml_node> itemNodes(pugi::xml_node document) {
   return nodes;
 }
 
+/// Takes out an item with the element of the list that it stands in.
+void removeItem(pugi::xml_node item) {
+  while (item.parent() && !isNamed(item.parent().name(), item.parent(), kRdf, exactly("Seq"))) {
+    item = item.parent();
+  }
+  item.parent().remove_child(item);
+}
+
 }  // namespace
 
 XmpPacket::XmpPacket(std::unique_ptr<pugi::xml_document> document)
@@ -185,43 +193,33 @@ void XmpPacket::describe(uint32_t width, uint32_t height) {
 
 void XmpPacket::dropThumbnails() { remove(kXmp, "Thumbnails"); }
 
-std::vector<XmpPacket::Item> XmpPacket::items() const {
-  std::vector<Item> items;
-  for (const pugi::xml_node node : itemNodes(*document_)) {
-    const auto text = [&](std::string_view name) {
-      const Property property = propertyOf(node, kItem, exactly(name));
-      return property ? property.value() : std::string();
-    };
-    items.push_back(
-        {text("Mime"), text("Semantic"), asNumber(text("Length")), asNumber(text("Padding"))});
+void XmpPacket::describeFollowers(uint64_t gainMapBytes, bool others) {
+  std::size_t left = 0;
+  for (pugi::xml_node node : itemNodes(*document_)) {
+    const std::string semantic = propertyOf(node, kItem, exactly("Semantic")).value();
+    const bool map = semantic == "GainMap";
+    Property length = propertyOf(node, kItem, exactly("Length"));
+    if (map ? gainMapBytes == 0 : semantic != "Primary" && !others) {
+      removeItem(node);
+      changed_ = true;
+    } else if (map && length && asNumber(length.value()) != gainMapBytes) {
+      length.set(std::to_string(gainMapBytes));
+      changed_ = true;
+      ++left;
+    } else {
+      left += semantic == "Primary" ? 0U : 1U;
+    }
   }
-  return items;
-}
-
-void XmpPacket::setLength(std::size_t item, uint64_t length) {
-  Property property = propertyOf(itemNodes(*document_)[item], kItem, exactly("Length"));
-  if (property && asNumber(property.value()) != length) {
-    property.set(std::to_string(length));
-    changed_ = true;
+  if (left == 0) {
+    remove(kContainer, "Directory");
   }
-}
-
-uint64_t XmpPacket::videoBytes() const {
-  return asNumber(find(kCamera, "MicroVideoOffset").value_or("0"));
-}
-
-bool XmpPacket::claimsGainMap() const { return find(kGainMap, "Version").has_value(); }
-
-bool XmpPacket::claimsVideo() const {
-  return find(kCamera, "MotionPhoto").value_or("0") != "0" ||
-         find(kCamera, "MicroVideo").value_or("0") != "0";
-}
-
-void XmpPacket::dropClaims() {
-  remove(kContainer, "Directory");
-  remove(kCamera, "MicroVideo");
-  remove(kCamera, "MotionPhoto");
-  remove(kGainMap, "");
+  if (gainMapBytes == 0) {
+    remove(kGainMap, "");
+  }
+  if (!others) {
+    remove(kCamera, "MicroVideo");
+    remove(kCamera, "MotionPhoto");
+  }
 }
 
 std::string XmpPacket::text() const {

@@ -30,22 +30,10 @@ class XmpPacket {
   void describe(uint32_t width, uint32_t height);
   void dropThumbnails();
 
-  /// A file that stands behind the picture's, or the picture itself.
-  struct Item {
-    std::string mime;
-    std::string semantic;  ///< "Primary", "GainMap", "MotionPhoto", ...
-    uint64_t length = 0;   ///< in bytes; 0 for the picture itself
-    uint64_t padding = 0;  ///< bytes between it and the next
-  };
-  /// Those that the packet lists, in their order.
-  std::vector<Item> items() const;
-  void setLength(std::size_t item, uint64_t length);
-  /// Bytes from a video's begin to the file's end, as older cameras say; 0: no video.
-  uint64_t videoBytes() const;
-  bool claimsGainMap() const;
-  bool claimsVideo() const;
-  /// Takes out what the packet says of files behind the picture's.
-  void dropClaims();
+  /// Makes the packet say what stands behind the picture, where it says anything about that.
+  /// @param gainMapBytes  0: there is none
+  /// @param others        there are other bytes behind it: a video
+  void describeFollowers(uint64_t gainMapBytes, bool others);
 
   bool changed() const { return changed_; }
   std::string text() const;

@@ -30,7 +30,7 @@ def check(what, found, expected) -> None:
 
 def check_package(package) -> None:
     needed = {re.match(r"\S+", name)[0] for name in run("dpkg-deb", "-f", package, "Depends").split(", ")}
-    check("Depends", needed, {"android-liblog", "libc6", "libfmt9", "libgcc-s1", "libjpeg62-turbo",
+    check("Depends", needed, {"android-liblog", "libc6", "libfmt9", "libgcc-s1", "libjpeg62-turbo", "liblcms2-2",
                               "libpng16-16", "libpugixml1v5", "libstdc++6"})
     modes = {name: mode for mode, name in re.findall(r"^(\S+) .* \./(\S+)$", run("dpkg-deb", "-c", package), re.M)}
     samples = SOURCE / "samples"

@@ -225,7 +225,7 @@ class BatchTest(ToolCase):
                 ("sepia photo.jpg o.jpg --report=photo.jpg", 2, "no report"),
                 ("sepia photo.jpg o.jpg --report=no/r", 1, "no/r: No such"), ("sepia photo.jpg - --report=-", 2, "taken"),
                 ("sepia photo.jpg o.jpg --quiet --verbose", 2, "quiet"), ("sepia - photo.jpg out", 2, "- stands for"),
-                ("sepia photo.jpg mine/notes/o.jpg", 1, "Not a directory"), ("sepia mine o", 3, "no .jpg"),
+                ("sepia photo.jpg mine/notes/o.jpg", 1, "Not a directory"), ("sepia mine o", 3, "no photos"),
                 ("sepia mine mine", 2, "replaced"), ("sepia photo.jpg sepia.jpg mine/notes", 2, "is a file")):
             self.run_tool("apply", *command.split(), code=code, says=says)
             self.assertEqual(len(self.said), 1, self.said)

@@ -2,13 +2,14 @@
 import json
 import os
 import random
+import re
 import struct
 import subprocess
 import unittest
 from pathlib import Path
 
 from tool_case import ToolCase
-from tool_test import segments, tag, with_segments
+from tool_test import exif, segments, tag, with_segments
 
 XMP = b"http://ns.adobe.com/xap/1.0/\0"
 
@@ -185,13 +186,122 @@ class PhotosTest(ToolCase):
         for ending in ("heic", "avif"):
             subprocess.run(["vips", "copy", "rich.jpg", f"in.{ending}[Q=95]"], check=True)
             self.run_tool("apply", "negative", f"in.{ending}", "made.png")
-            self.assertEqual(self.tags("made.png")["PNG:ImageWidth"], 48)  # turned once
+            self.assertEqual(self.tags("made.png")["PNG:ImageWidth"], 64)  # Exif does not turn these
             self.assertEqual(self.tags("made.png")["IFD0:Orientation"], "Horizontal (normal)")
         os.makedirs("in")
         for name in ("made.png", "made.tif", "in.heic", "rich.jpg"):
             os.link(name, f"in/{name}")
-        self.run_tool("apply", "sepia", "in", "out", says="no place")
+        self.run_tool("apply", "sepia", "in", "out")
         self.assertEqual(sorted(os.listdir("out")), ["in.jpg", "made.png", "made.tif", "rich.jpg"])
+
+    def hdr_motion_photo(self, orientation):
+        """A photo with a gain map of 16 x 12 pixels and a video behind it, an index and claims in XMP."""
+        Path("argb").write_bytes(random.Random(4).randbytes(4 * 16 * 12))
+        self.run_tool("convert", "--size=16x12", "--from=argb", "--to=jpg", "argb", "map.jpg")
+        gain_map = with_segments(Path("map.jpg").read_bytes(), (0xe1, xmp(b'xmlns:hdrgm="http://ns.adobe.com/hdr-gain-map/1.0/" hdrgm:Version="1.0" hdrgm:GainMapMax="3"')))
+        video = b"\0\0\0\x18ftypmp42" + bytes(300)
+        def item(mime, semantic, length):
+            return (b'<rdf:li rdf:parseType="Resource"><Container:Item Item:Mime="%s" Item:Semantic="%s" Item:Length="%d"/></rdf:li>'
+                    % (mime, semantic, length))
+        packet = xmp(b'xmlns:hdrgm="http://ns.adobe.com/hdr-gain-map/1.0/" hdrgm:Version="1.0" '
+                     b'xmlns:GCamera="http://ns.google.com/photos/1.0/camera/" GCamera:MotionPhoto="1" '
+                     b'xmlns:Container="http://ns.google.com/photos/1.0/container/" xmlns:Item="http://ns.google.com/photos/1.0/container/item/"',
+                     b'<Container:Directory><rdf:Seq>' + item(b"image/jpeg", b"Primary", 0) + item(b"image/jpeg", b"GainMap", len(gain_map))
+                     + item(b"video/mp4", b"MotionPhoto", len(video)) + b'</rdf:Seq></Container:Directory>')
+        def index(first, place):
+            return (b"MPF\0MM\0*" + struct.pack(">IH", 8, 3) + struct.pack(">HHI4s", 0xb000, 7, 4, b"0100")
+                    + struct.pack(">HHII", 0xb001, 4, 1, 2) + struct.pack(">HHII", 0xb002, 7, 32, 50) + bytes(4)
+                    + struct.pack(">IIIHH", 0x030000, first, 0, 0, 0) + struct.pack(">IIIHH", 0, len(gain_map), place, 0, 0))
+        head = [(0xe1, exif(orientation)), (0xe1, packet)]
+        size = len(with_segments(self.photo, *head, (0xe2, index(0, 0))))
+        origin = 2 + sum(len(body) + 4 for _, body in head) + 8
+        return with_segments(self.photo, *head, (0xe2, index(size, size - origin))) + gain_map + video, gain_map, video
+
+    def test_gain_maps_and_videos_follow_their_photo(self):
+        def second(file):
+            return subprocess.run(["exiftool", "-b", "-MPImage2", file], check=True, capture_output=True).stdout
+        for orientation, size in ((1, (16, 12)), (6, (12, 16))):
+            content, gain_map, video = self.hdr_motion_photo(orientation)
+            Path("hdr.jpg").write_bytes(content)
+            self.assertEqual(second("hdr.jpg"), gain_map)
+            self.run_tool("apply", "sepia", "hdr.jpg", "made.jpg")
+            made, found, tags = Path("made.jpg").read_bytes(), second("made.jpg"), self.tags("made.jpg")
+            self.assertTrue(made.endswith(found + video))
+            self.assertEqual(found == gain_map, orientation == 1)
+            Path("found.jpg").write_bytes(found)
+            self.run_tool("resize", "--size=100%", "found.jpg", "found.png")
+            self.assertEqual(struct.unpack(">II", Path("found.png").read_bytes()[16:24]), size)
+            self.assertEqual(self.tags("found.jpg")["XMP-hdrgm:GainMapMax"], 3)
+            self.assertEqual(re.findall(rb'Item:Length="(\d+)"', made), [b"%d" % size for size in (0, len(found), len(video))])
+            self.assertEqual((tags["MPF0:NumberOfImages"], tags["XMP-GCamera:MotionPhoto"]), (2, 1))
+        self.run_tool("resize", "--size=24x24", "--crop", "hdr.jpg", "made.jpg")
+        Path("found.jpg").write_bytes(second("made.jpg"))
+        self.run_tool("resize", "--size=100%", "found.jpg", "found.png")
+        self.assertEqual(struct.unpack(">II", Path("found.png").read_bytes()[16:24]), (12, 12))
+        self.run_tool("apply", "fish-eye", "hdr.jpg", "made.jpg", says="gain map .*moved")
+        made = Path("made.jpg").read_bytes()
+        self.assertTrue(made.endswith(b"\xff\xd9" + video) and b"MPF\0" not in made and b"hdr-gain-map/1.0/\" hdrgm:" not in made)
+        self.assertEqual(re.findall(rb'Item:Semantic="(\w+)"', made), [b"Primary", b"MotionPhoto"])
+        for output, options, says in (("made.jpg", ["--plain"], ""), ("made.png", [], "no place for its gain map")):
+            self.run_tool("apply", "sepia", "hdr.jpg", output, *options, says=says)
+            self.assertFalse(video in Path(output).read_bytes())
+            self.assertFalse([name for name in self.tags(output) if re.search("MPF|hdrgm|GCamera|Container", name)])
+
+    def test_colours_go_by_their_profiles(self):
+        p3 = self.profile("p3")
+        def colour(*command):
+            self.run_tool(*command, "made.png")
+            self.run_tool("convert", "--from=jpg", "--to=argb", "made.png", "argb")
+            return tuple(Path("argb").read_bytes()[2::-1]), b"iCCP" in Path("made.png").read_bytes()
+        Path("argb").write_bytes(bytes((80, 90, 200, 255)) * (64 * 48))
+        self.run_tool("convert", "--size=64x48", "--from=argb", "--to=jpg", "--quality=100", "--sampling=444", "argb", "plain.jpg")
+        Path("wide.jpg").write_bytes(with_segments(Path("plain.jpg").read_bytes(), (0xe2, b"ICC_PROFILE\0\1\1" + p3)))
+        raw, _ = colour("resize", "--size=8x8", "plain.jpg")
+        self.assertEqual(colour("resize", "--size=8x8", "wide.jpg"), (raw, True))
+        (red, green, blue), profiled = colour("resize", "--size=8x8", "--to-srgb", "wide.jpg")
+        self.assertTrue(red > raw[0] + 8 and green < raw[1] and not profiled, (red, green, blue))
+        self.assertEqual(colour("blend", "plain.jpg", "wide.jpg", "--weight=0"), ((red, green, blue), False))
+        mixed, profiled = colour("blend", "wide.jpg", "plain.jpg", "--weight=0")
+        self.assertTrue(mixed[0] < raw[0] - 5 and profiled, mixed)
+        self.run_tool("gallery", "wide.jpg", "page")
+        for file in ("Original", "sepia", "small/PrettyBlue"):
+            self.assertIn(p3[:60], Path(f"page/pictures/{file}.jpg").read_bytes())
+        Path("wide.jpg").write_bytes(with_segments(Path("plain.jpg").read_bytes(), (0xe2, b"ICC_PROFILE\0\1\1" + p3[:128] + bytes(len(p3) - 128))))
+        self.run_tool("resize", "--size=8x8", "--to-srgb", "wide.jpg", "none.jpg", code=3, says="profile can't be used")
+
+    def test_resizing_keeps_shapes_and_does_not_alias(self):
+        def size(*options, of="photo.jpg", code=0, says=""):
+            self.run_tool("resize", of, "made.png", *options, code=code, says=says)
+            return code or struct.unpack(">II", Path("made.png").read_bytes()[16:24])
+        Path("side.jpg").write_bytes(with_segments(self.photo, (0xe1, exif(6))))
+        for options, wide, tall in (
+                ("32", (32, 24), (24, 32)), ("32x", (32, 24), (32, 43)), ("x12", (16, 12), (9, 12)), ("50%", (32, 24), (24, 32)),
+                ("12.5%", (8, 6), (6, 8)), ("30x30", (30, 30), (30, 30)), ("30x30 --fit", (30, 23), (23, 30)),
+                ("30x10 --crop", (30, 10), (30, 10)), ("128", (128, 96), (96, 128)), ("1x1", (1, 1), (1, 1)),
+                ("30x20 --filter=bilinear", (30, 20), (30, 20)), ("4", (4, 3), (3, 4))):
+            for photo, expected in (("photo.jpg", wide), ("side.jpg", tall)):
+                self.assertEqual(size("--size", *options.split(), of=photo), expected, (options, photo))
+        for options, says in (("0", "expected WIDTHxHEIGHT"), ("x", "expected"), ("-5%", "expected"), ("nan%", "expected"), ("4x4x", "expected"),
+                              ("70000", "65500"), ("5 --fit --crop", "excludes"), ("5x5 --crop --filter=bilinear", "does not crop"),
+                              ("200000%", "expected"), ("10000% --filter=none", "filter")):
+            size("--size", *options.split(), code=2, says=says)
+        # One-pixel stripes are grey from afar; in colour, and where the decoder has not reduced them.
+        Path("argb").write_bytes((bytes((0, 0, 255, 255)) + bytes((255, 255, 0, 255))) * (160 * 240))
+        self.run_tool("convert", "--size=320x240", "--from=argb", "--to=jpg", "--quality=100", "--sampling=444", "argb", "stripes.jpg")
+        self.run_tool("resize", "stripes.jpg", "made.jpg", "--size=97x71", "--quality=100", "--sampling=444")
+        self.run_tool("resize", "made.jpg", "made.png", "--size=96x70")
+        self.run_tool("convert", "--from=jpg", "--to=argb", "made.png", "argb")
+        pixels = Path("argb").read_bytes()
+        inner = [pixels[4 * (96 * y + x) + c] for y in range(8, 62) for x in range(8, 88) for c in range(3)]
+        self.assertLess(max(abs(v - 127.5) for v in inner), 12)
+        self.flat("flat.jpg", 200)
+        self.run_tool("resize", "flat.jpg", "made.png", "--size=36x92")
+        self.run_tool("convert", "--from=jpg", "--to=argb", "made.png", "argb")
+        self.assertEqual(set(Path("argb").read_bytes()), {200, 255})
+
+    def flat(self, name, level):
+        Path("argb").write_bytes(bytes((level, level, level, 255)) * (64 * 48))
+        self.run_tool("convert", "--size=64x48", "--from=argb", "--to=jpg", "--quality=100", "argb", name)
 
     def test_pictures_beyond_a_jpegs_means(self):
         import zlib

@@ -1,4 +1,4 @@
-// camera-effects resize and blend: whole photos to another size, or two into one.
+// camera-effects blend: two photos into one.
 #pragma once
 
 #include <filesystem>
@@ -8,16 +8,6 @@
 #include "tools/photo_options.h"
 
 namespace alg::tool {
-
-struct ResizeRequest {
-  std::string size;  ///< "WIDTHxHEIGHT"
-  std::filesystem::path input;
-  std::filesystem::path output;
-  PhotoOptions options;
-};
-
-/// Throws UserError.
-void resizePhoto(const ResizeRequest& request);
 
 struct BlendRequest {
   std::string mode = "mix";   ///< the operation: "mix", "lighten" or "darken"

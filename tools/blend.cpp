@@ -1,31 +1,27 @@
-#include "tools/resize_blend.h"
+#include "tools/blend.h"
 
 #include <fmt/format.h>
 
 #include <utility>
 
 #include "catalogue/operations.h"
-#include "libalgorithm/pretty_filters.h"
+#include "tools/colour.h"
 #include "tools/console.h"
 #include "tools/photo_file.h"
-#include "tools/size.h"
 
 namespace alg::tool {
+namespace {
 
-void resizePhoto(const ResizeRequest& request) {
-  const Size size = parseSize(request.size, kLongestJpegSide);
-  PhotoFile file = readPhoto(request.input, request.options);
-  const Photo& photo = file.photo;
-  if (photo.width > kLongestSide || photo.height > kLongestSide) {
-    throw BadInput(fmt::format("{} has {}x{} pixels; resize takes up to {} on a side",
-                               request.input.string(), photo.width, photo.height, kLongestSide));
+/// Values can be blended when they stand for colours of one profile.
+void matchColours(PhotoFile& file, const std::vector<uint8_t>& profile) {
+  if (file.metadata.profile() != profile &&
+      !convertColours(file.photo, file.metadata.profile(), profile)) {
+    throw BadInput(fmt::format("{}: can't be converted to the other photo's colour profile",
+                               file.origin.path.string()));
   }
-  Photo resized = blankPhoto(size.width, size.height);
-  ::Resize(wordsOf(resized), size.width, size.height, wordsOf(photo), photo.width, photo.height);
-  makeOpaque(resized);
-  file.photo = std::move(resized);
-  writePhoto(request.output, file, request.options);
 }
+
+}  // namespace
 
 void blendPhotos(const BlendRequest& request) {
   const Operation* const operation = findOperation(request.mode);
@@ -34,7 +30,9 @@ void blendPhotos(const BlendRequest& request) {
   }
   PhotoFile file = readPhoto(request.first, request.options);
   const Photo first = std::move(file.photo);
-  file.photo = readPhoto(request.second, request.options).photo;
+  PhotoFile other = readPhoto(request.second, request.options);
+  matchColours(other, file.metadata.profile());
+  file.photo = std::move(other.photo);
   const Photo& second = file.photo;
   if (first.width != second.width || first.height != second.height) {
     throw BadInput(fmt::format("{} has {}x{} pixels, but {} has {}x{}; only equal sizes blend",
@@ -48,6 +46,7 @@ void blendPhotos(const BlendRequest& request) {
   call.width = first.width;
   call.height = first.height;
   operation->run(call);
+  file.change.moved = true;  // half of them are another photo's
   writePhoto(request.output, file, request.options);
 }
 
