@@ -15,6 +15,8 @@
 
 #include "base/block.h"
 #include "base/image_size.h"
+#include "base/streamed.h"
+#include "hwy/cache_control.h"
 #include "kernels/box_blur_rows.h"
 
 namespace alg {
@@ -48,7 +50,9 @@ class Walk {
         rowBytes_(static_cast<std::size_t>(blur.pixels == BlurPixels::kWords ? kArgbBytes
                                                                              : kPackedBytes) *
                   static_cast<std::size_t>(blur.width)),
-        slots_(std::min(2 * blur.ramp.peak + 2, blur.height)) {}
+        slots_(std::min(2 * blur.ramp.peak + 3, blur.height)),
+        stream_(blur.pixels == BlurPixels::kWords &&
+                isStreamed(blur.dst, rowBytes_ * static_cast<std::size_t>(blur.height))) {}
 
   void run() {
     if (blur_.width < 1 || blur_.height < 1) {
@@ -62,10 +66,11 @@ class Walk {
     // A row of dst is written after that row of src was read: the two may be the same.
     for (int y = 0; y < blur_.height; ++y) {
       while (rows_ < blur_.height && rows_ <= y + blur_.ramp.peak) {
-        blurNextRow();
+        blurNextRows();
       }
       finishRow(y);
     }
+    if (stream_) hwy::FlushStream();
   }
 
  private:
@@ -100,12 +105,13 @@ class Walk {
     const std::size_t repeats = kBlurElements * static_cast<std::size_t>(2 * blur_.ramp.peak + 1);
     const std::size_t ring = pitch_ * static_cast<std::size_t>(slots_);
     Block block = allocateBlock(pitch_ * sizeof(Sum) + ring * sizeof(Row) +
-                                (elements + repeats) * sizeof(uint16_t) + 2 * elements);
+                                2 * (elements + repeats) * sizeof(uint16_t) + 2 * elements);
     if (block != nullptr) {
       sums_ = reinterpret_cast<Sum*>(block.get());
       ring_ = reinterpret_cast<Row*>(sums_ + pitch_);
-      prefixes_ = reinterpret_cast<uint16_t*>(ring_ + ring);
-      centres_ = reinterpret_cast<uint8_t*>(prefixes_ + elements + repeats);
+      prefixes_[0] = reinterpret_cast<uint16_t*>(ring_ + ring);
+      prefixes_[1] = prefixes_[0] + elements + repeats;
+      centres_ = reinterpret_cast<uint8_t*>(prefixes_[1] + elements + repeats);
       bytes_ = centres_ + elements;
       std::fill_n(sums_, pitch_, Sum{0});
     }
@@ -126,31 +132,37 @@ class Walk {
 
   /// Element i of the prefix sums belongs to the pixels before i, of a row with `peak` repeated
   /// pixels on either side.
-  void sumUpRow(const uint8_t* row) {
+  void sumUpRows(const uint8_t* first, const uint8_t* second) {
     const auto peak = static_cast<std::size_t>(blur_.ramp.peak);
     const auto width = static_cast<std::size_t>(blur_.width);
-    const std::size_t pixelBytes = rowBytes_ / width;
-    std::fill_n(prefixes_, kBlurElements, uint16_t{0});
-    uint16_t* prefix = prefixes_;
-    const auto repeat = [&](const uint8_t* pixel) {
-      for (std::size_t i = 0; i < peak; ++i, prefix += kBlurElements) {
-        sumUpPlain(blur_.pixels, pixel, 1, prefix);
-      }
+    RowSums at[2] = {{first, prefixes_[0]}, {second, prefixes_[1]}};
+    const auto go = [&](auto sumUpSome, std::size_t pixels) {
+      sumUpSome(blur_.pixels, at, pixels);
+      for (RowSums& sums : at) sums.prefix += kBlurElements * pixels;
     };
-    repeat(row);
-    sumUp(blur_.pixels, row, width, prefix);
-    prefix += kBlurElements * width;
-    repeat(row + rowBytes_ - pixelBytes);
+    const auto repeat = [&](std::size_t offset) {
+      at[0].row = first + offset, at[1].row = second + offset;
+      for (std::size_t i = 0; i < peak; ++i) go(sumUpPlain, 1);
+    };
+    for (uint16_t* prefix : prefixes_) std::fill_n(prefix, kBlurElements, uint16_t{0});
+    repeat(0);
+    go(sumUp, width);
+    repeat(rowBytes_ - rowBytes_ / width);
   }
 
-  void blurNextRow() {
-    sumUpRow(blur_.src + rowBytes_ * static_cast<std::size_t>(rows_));
-    setRadii(rows_);
-    Rule::kAcross(runs_, runCount_,
-                  prefixes_ + kBlurElements * static_cast<std::size_t>(blur_.ramp.peak),
-                  ring_ + pitch_ * static_cast<std::size_t>(nextSlot_));
-    ++rows_;
-    nextSlot_ = nextSlot_ + 1 == slots_ ? 0 : nextSlot_ + 1;
+  /// Two rows, or the last one; one more than is asked for at a time.
+  void blurNextRows() {
+    const uint8_t* first = blur_.src + rowBytes_ * static_cast<std::size_t>(rows_);
+    const int rows = std::min(2, blur_.height - rows_);
+    sumUpRows(first, rows == 2 ? first + rowBytes_ : first);
+    for (int i = 0; i < rows; ++i) {
+      setRadii(rows_);
+      Rule::kAcross(runs_, runCount_,
+                    prefixes_[i] + kBlurElements * static_cast<std::size_t>(blur_.ramp.peak),
+                    ring_ + pitch_ * static_cast<std::size_t>(nextSlot_));
+      ++rows_;
+      nextSlot_ = nextSlot_ + 1 == slots_ ? 0 : nextSlot_ + 1;
+    }
   }
 
   /// Adds the rows first..last `sign` times. All rows above the image are its first one, all rows
@@ -200,7 +212,7 @@ class Walk {
       finishMeans(runs_, runCount_, ring_, sums_, bytes_);
     }
     if (blur_.pixels == BlurPixels::kWords) {
-      addAlpha(bytes_, width, blur_.dst + offset);
+      addAlpha(bytes_, width, blur_.dst + offset, stream_);
     } else {
       std::memcpy(blur_.dst + offset, bytes_, rowBytes_);
     }
@@ -209,10 +221,11 @@ class Walk {
   const BoxBlur blur_;
   const std::size_t rowBytes_;  // of the pictures
   const int slots_;             // of the ring
+  const bool stream_;           // past the caches
   std::size_t pitch_ = 0;       // elements of a ring row
   Sum* sums_ = nullptr;
   Row* ring_ = nullptr;
-  uint16_t* prefixes_ = nullptr;
+  uint16_t* prefixes_[2] = {};  // of two rows
   uint8_t* centres_ = nullptr;
   uint8_t* bytes_ = nullptr;  // of the row to be written
   int rows_ = 0;              // blurred so far

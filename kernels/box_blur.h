@@ -1,5 +1,5 @@
 // Box blurs whose radius changes along one side of the image, in time that does not depend on the
-// radius and with work memory for 2 x peak + 2 rows, whatever the image's height.
+// radius and with work memory for 2 x peak + 3 rows, whatever the image's height.
 #pragma once
 
 #include <cstdint>

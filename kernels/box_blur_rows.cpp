@@ -19,11 +19,10 @@ void sumUpPixels(const uint8_t* pixel, std::size_t width, uint16_t* prefix) {
 
 }  // namespace
 
-void sumUpPlain(BlurPixels pixels, const uint8_t* row, std::size_t width, uint16_t* prefix) {
-  if (pixels == BlurPixels::kWords) {
-    sumUpPixels<kArgbBytes>(row, width, prefix);
-  } else {
-    sumUpPixels<kPackedBytes>(row, width, prefix);
+void sumUpPlain(BlurPixels pixels, const RowSums (&rows)[2], std::size_t width) {
+  for (const RowSums& sums : rows) {
+    (pixels == BlurPixels::kWords ? sumUpPixels<kArgbBytes>
+                                  : sumUpPixels<kPackedBytes>)(sums.row, width, sums.prefix);
   }
 }
 
@@ -91,7 +90,7 @@ void dropAlphaPlain(const uint8_t* words, std::size_t width, uint8_t* bytes) {
   }
 }
 
-void addAlphaPlain(const uint8_t* bytes, std::size_t width, uint8_t* words) {
+void addAlphaPlain(const uint8_t* bytes, std::size_t width, uint8_t* words, bool /*stream*/) {
   for (std::size_t x = 0; x < width; ++x, words += kArgbBytes, bytes += kBlurElements) {
     words[0] = bytes[0];
     words[1] = bytes[1];

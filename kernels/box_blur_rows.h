@@ -51,9 +51,13 @@ inline constexpr BlurMeans kBlurMeans = [] {
 
 // The kernels. What lies behind the last element, up to a block in work rows, is left undefined.
 
-/// Prefix sums of a row of pixels go on behind prefix[0..2], wrapping at 16 bits.
-void sumUp(BlurPixels pixels, const uint8_t* row, std::size_t width, uint16_t* prefix);
-void sumUpPlain(BlurPixels pixels, const uint8_t* row, std::size_t width, uint16_t* prefix);
+/// Prefix sums of two rows of pixels go on behind the prefix[0..2] of each, wrapping at 16 bits.
+struct RowSums {
+  const uint8_t* row;
+  uint16_t* prefix;
+};
+void sumUp(BlurPixels pixels, const RowSums (&rows)[2], std::size_t width);
+void sumUpPlain(BlurPixels pixels, const RowSums (&rows)[2], std::size_t width);
 
 /// Boxes across, from the prefix sums before pixel 0 and on: their means.
 void meansAcross(const BlurRun* runs, int runCount, const uint16_t* prefix, uint8_t* row);
@@ -80,8 +84,9 @@ void finishSquaresPlain(const BlurRun* runs, int runCount, const uint16_t* ring,
 void dropAlpha(const uint8_t* words, std::size_t width, uint8_t* bytes);
 void dropAlphaPlain(const uint8_t* words, std::size_t width, uint8_t* bytes);
 
-/// Words again, with an alpha of 0.
-void addAlpha(const uint8_t* bytes, std::size_t width, uint8_t* words);
-void addAlphaPlain(const uint8_t* bytes, std::size_t width, uint8_t* words);
+/// Words again, with an alpha of 0. With `stream` they go past the caches; hwy::FlushStream() then
+/// has to follow the last row.
+void addAlpha(const uint8_t* bytes, std::size_t width, uint8_t* words, bool stream);
+void addAlphaPlain(const uint8_t* bytes, std::size_t width, uint8_t* words, bool stream);
 
 }  // namespace alg

@@ -1,6 +1,6 @@
 // Vector twins of the box blur's row kernels, compiled once per vector target.
 //
-// Prefix sums go four pixels a step, two to a vector of 16-bit lanes. Only the short chain of
+// Prefix sums go four pixels a step, two to 128 bits of 16-bit lanes. Only the short chain of
 // carries is serial:
 //
 //   lanes       0    1    2    3     4     5     6 7
@@ -16,6 +16,7 @@
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "kernels/box_blur_rows_simd.cpp"
+#include "hwy/cache_control.h"
 #include "hwy/foreach_target.h"  // IWYU pragma: keep
 #include "hwy/highway.h"
 
@@ -55,9 +56,19 @@ constexpr uint8_t kNone = 0x80;   // the index of a zero
 
 // Prefix sums ------------------------------------------------------------------------------------
 
+#if ALG_IS_NEON()
+constexpr int kRowsAtOnce = 1;
+using SumBytes = hn::Full128<uint8_t>;
+#else
+constexpr int kRowsAtOnce = 2;  // one in each half of a vector
+using SumBytes = Bytes;
+#endif
+using SumShorts = hn::Repartition<uint16_t, SumBytes>;
+using SumVector = hn::Vec<SumShorts>;
+
 // Where the bytes of two pixels come from, the first one being pixel `first` of a vector.
 template <int kBytes>
-hn::Vec<Bytes16> pixelPair(int first) {
+hn::Vec<SumBytes> pixelPair(int first) {
   HWY_ALIGN uint8_t from[16];
   for (int lane = 0; lane < 8; ++lane) {
     const int k = kBytes == kPackedBytes ? 2 - lane % 3 : lane % 3;
@@ -65,50 +76,88 @@ hn::Vec<Bytes16> pixelPair(int first) {
     from[2 * lane] = lane < 6 ? static_cast<uint8_t>(byte) : kNone;
     from[2 * lane + 1] = kNone;
   }
-  return hn::Load(Bytes16(), from);
+  return hn::LoadDup128(SumBytes(), from);
+}
+
+HWY_INLINE hn::Vec<SumBytes> loadRows(const uint8_t* first, const uint8_t* second) {
+  const Bytes16 d;
+#if ALG_IS_NEON()
+  (void)second;
+  return hn::LoadU(d, first);
+#else
+  return hn::Combine(SumBytes(), hn::LoadU(d, second), hn::LoadU(d, first));
+#endif
+}
+
+HWY_INLINE void storeRows(SumVector sums, uint16_t* first, uint16_t* second) {
+  const Shorts8 d;
+#if ALG_IS_NEON()
+  (void)second;
+  hn::StoreU(sums, d, first);
+#else
+  hn::StoreU(hn::LowerHalf(sums), d, first);
+  hn::StoreU(hn::UpperHalf(d, sums), d, second);
+#endif
 }
 
 template <int kBytes>
-std::size_t sumUpSteps(const uint8_t* row, std::size_t width, uint16_t* prefix) {
-  const Bytes16 bytes;
-  const Shorts8 shorts;
+std::size_t sumUpSteps(const RowSums& first, const RowSums& second, std::size_t width) {
+  const SumBytes bytes;
+  const SumShorts shorts;
   const auto pair0 = pixelPair<kBytes>(0);
   const auto pair1 = pixelPair<kBytes>(2);
   HWY_ALIGN static constexpr uint8_t kSecond[16] = {6, 7, 8,  9,  10,    11,    6,     7,
                                                     8, 9, 10, 11, kNone, kNone, kNone, kNone};
   HWY_ALIGN static constexpr uint8_t kFirst[16] = {0, 1, 2, 3, 4,     5,     0,     1,
                                                    2, 3, 4, 5, kNone, kNone, kNone, kNone};
-  const auto second = hn::Load(bytes, kSecond);
+  const auto behind = hn::LoadDup128(bytes, kSecond);
   const auto lookUp = [&](auto from, auto index) HWY_ATTR {
-    return hn::BitCast(shorts, hn::TableLookupBytesOr0(hn::BitCast(bytes, from), index));
+    return hn::BitCast(shorts, hn::TableLookupBytesOr0(from, index));
   };
-  const auto scan = [&](auto pixels) HWY_ATTR {
+  const auto behindOf = [&](SumVector sums)
+                            HWY_ATTR { return lookUp(hn::BitCast(bytes, sums), behind); };
+  const auto scan = [&](SumVector pixels) HWY_ATTR {
     return hn::Add(pixels,
                    hn::BitCast(shorts, hn::ShiftLeftBytes<6>(bytes, hn::BitCast(bytes, pixels))));
   };
-  auto carry = lookUp(hn::LoadU(shorts, prefix), hn::Load(bytes, kFirst));
-  prefix += kBlurElements;
+  const auto* firstCarry = reinterpret_cast<const uint8_t*>(first.prefix);
+  const auto* secondCarry = reinterpret_cast<const uint8_t*>(second.prefix);
+  auto carry = lookUp(loadRows(firstCarry, secondCarry), hn::LoadDup128(bytes, kFirst));
+  // Copies, which no store can change.
+  const uint8_t *const row0 = first.row, *const row1 = second.row;
+  uint16_t *const prefix0 = first.prefix + kBlurElements, *const prefix1 =
+                                                              second.prefix + kBlurElements;
   // A load is 16 bytes, also where four pixels have only 12.
   constexpr std::size_t kReach = kBytes == kPackedBytes ? 6 : kStep;
   std::size_t x = 0;
   for (; x + kReach <= width; x += kStep) {
-    const auto pixels = hn::LoadU(bytes, row + kBytes * x);
+    const std::size_t at = kBlurElements * x;
+    const auto pixels = loadRows(row0 + kBytes * x, row1 + kBytes * x);
     const auto sums0 = scan(lookUp(pixels, pair0));
     const auto sums1 = scan(lookUp(pixels, pair1));
-    const auto carry1 = hn::Add(carry, lookUp(sums0, second));
-    hn::StoreU(hn::Add(sums0, carry), shorts, prefix + kBlurElements * x);
-    hn::StoreU(hn::Add(sums1, carry1), shorts, prefix + kBlurElements * x + 6);
-    carry = hn::Add(carry1, lookUp(sums1, second));
+    const auto carry1 = hn::Add(carry, behindOf(sums0));
+    storeRows(hn::Add(sums0, carry), prefix0 + at, prefix1 + at);
+    storeRows(hn::Add(sums1, carry1), prefix0 + at + 6, prefix1 + at + 6);
+    carry = hn::Add(carry1, behindOf(sums1));
   }
   return x;
 }
 
-void sumUpVector(BlurPixels pixels, const uint8_t* row, std::size_t width, uint16_t* prefix) {
-  const bool words = pixels == BlurPixels::kWords;
-  const std::size_t done = words ? sumUpSteps<kArgbBytes>(row, width, prefix)
-                                 : sumUpSteps<kPackedBytes>(row, width, prefix);
-  sumUpPlain(pixels, row + static_cast<std::size_t>(words ? kArgbBytes : kPackedBytes) * done,
-             width - done, prefix + kBlurElements * done);
+template <int kBytes>
+void sumUpRows(BlurPixels pixels, const RowSums (&rows)[2], std::size_t width) {
+  std::size_t done = 0;
+  for (int i = 0; i < 2; i += kRowsAtOnce) {
+    done = sumUpSteps<kBytes>(rows[i], rows[1], width);
+  }
+  const auto rest = [&](const RowSums& sums) {
+    return RowSums{sums.row + kBytes * done, sums.prefix + kBlurElements * done};
+  };
+  sumUpPlain(pixels, {rest(rows[0]), rest(rows[1])}, width - done);
+}
+
+void sumUpVector(BlurPixels pixels, const RowSums (&rows)[2], std::size_t width) {
+  (pixels == BlurPixels::kWords ? sumUpRows<kArgbBytes> : sumUpRows<kPackedBytes>)(pixels, rows,
+                                                                                   width);
 }
 
 // Means ------------------------------------------------------------------------------------------
@@ -286,6 +335,10 @@ HWY_INLINE void addAlphas(const uint8_t* bytes, uint8_t* words) {
   vst4q_u8(words, all);
 }
 
+HWY_INLINE std::size_t streamAlphas(const uint8_t* /*bytes*/, std::size_t, uint8_t* /*words*/) {
+  return 0;
+}
+
 #else
 
 // 16 bytes are read and written each; those of the row end with the last word.
@@ -298,11 +351,32 @@ HWY_INLINE void dropAlphas(const uint8_t* words, uint8_t* bytes) {
   hn::StoreU(hn::TableLookupBytesOr0(hn::LoadU(d, words), hn::Load(d, kFrom)), d, bytes);
 }
 
-HWY_INLINE void addAlphas(const uint8_t* bytes, uint8_t* words) {
+HWY_INLINE hn::Vec<Bytes16> withAlphas(const uint8_t* bytes) {
   HWY_ALIGN static constexpr uint8_t kFrom[16] = {0, 1, 2, kNone, 3, 4,  5,  kNone,
                                                   6, 7, 8, kNone, 9, 10, 11, kNone};
   const Bytes16 d;
-  hn::StoreU(hn::TableLookupBytesOr0(hn::LoadU(d, bytes), hn::Load(d, kFrom)), d, words);
+  return hn::TableLookupBytesOr0(hn::LoadU(d, bytes), hn::Load(d, kFrom));
+}
+
+HWY_INLINE void addAlphas(const uint8_t* bytes, uint8_t* words) {
+  hn::StoreU(withAlphas(bytes), Bytes16(), words);
+}
+
+// The words before the first cache line, then whole lines past the caches; returns how many that
+// are.
+HWY_INLINE std::size_t streamAlphas(const uint8_t* bytes, std::size_t width, uint8_t* words) {
+  constexpr std::size_t kLineBytes = 64, kLine = kLineBytes / kArgbBytes;
+  const std::size_t before = (0 - reinterpret_cast<std::uintptr_t>(words)) % kLineBytes;
+  std::size_t x = before / kArgbBytes;
+  if (before % kArgbBytes != 0 || x > width) return 0;
+  addAlphaPlain(bytes, x, words, false);
+  for (; x + kLine + 2 <= width; x += kLine) {  // loads reach two pixels further
+    HWY_UNROLL(4)
+    for (std::size_t i = x; i < x + kLine; i += kStep) {
+      hn::Stream(withAlphas(bytes + kBlurElements * i), Bytes16(), words + kArgbBytes * i);
+    }
+  }
+  return x;
 }
 
 #endif
@@ -315,12 +389,12 @@ void dropAlphaVector(const uint8_t* words, std::size_t width, uint8_t* bytes) {
   dropAlphaPlain(words + kArgbBytes * x, width - x, bytes + kBlurElements * x);
 }
 
-void addAlphaVector(const uint8_t* bytes, std::size_t width, uint8_t* words) {
-  std::size_t x = 0;
+void addAlphaVector(const uint8_t* bytes, std::size_t width, uint8_t* words, bool stream) {
+  std::size_t x = stream ? streamAlphas(bytes, width, words) : 0;
   for (; x + kWordStep <= width; x += kWordStep) {
     addAlphas(bytes + kBlurElements * x, words + kArgbBytes * x);
   }
-  addAlphaPlain(bytes + kBlurElements * x, width - x, words + kArgbBytes * x);
+  addAlphaPlain(bytes + kBlurElements * x, width - x, words + kArgbBytes * x, false);
 }
 
 #endif  // vectors or not
@@ -340,8 +414,8 @@ HWY_EXPORT(finishSquaresVector);
 HWY_EXPORT(dropAlphaVector);
 HWY_EXPORT(addAlphaVector);
 
-void sumUp(BlurPixels pixels, const uint8_t* row, std::size_t width, uint16_t* prefix) {
-  HWY_DYNAMIC_DISPATCH(sumUpVector)(pixels, row, width, prefix);
+void sumUp(BlurPixels pixels, const RowSums (&rows)[2], std::size_t width) {
+  HWY_DYNAMIC_DISPATCH(sumUpVector)(pixels, rows, width);
 }
 
 void meansAcross(const BlurRun* runs, int runCount, const uint16_t* prefix, uint8_t* row) {
@@ -366,8 +440,8 @@ void dropAlpha(const uint8_t* words, std::size_t width, uint8_t* bytes) {
   HWY_DYNAMIC_DISPATCH(dropAlphaVector)(words, width, bytes);
 }
 
-void addAlpha(const uint8_t* bytes, std::size_t width, uint8_t* words) {
-  HWY_DYNAMIC_DISPATCH(addAlphaVector)(bytes, width, words);
+void addAlpha(const uint8_t* bytes, std::size_t width, uint8_t* words, bool stream) {
+  HWY_DYNAMIC_DISPATCH(addAlphaVector)(bytes, width, words, stream);
 }
 
 }  // namespace alg

@@ -2,6 +2,7 @@
 #include "blur_reference.h"
 #include "guarded.h"
 #include "libalgorithm/classic_effects.h"
+#include "operation_check.h"
 #include "vector_targets.h"
 
 namespace {
@@ -28,6 +29,13 @@ TEST(Blur, TakesAnyStripOfAnyRamp) {
       }
     }
   });
+}
+
+TEST(Blur, LargeResultsGoPastTheCaches) {
+  for (const char* name : {"blur", "active-blur"}) {
+    const Trial trial(operationNamed(name), 4099, 1024);
+    check(trialOn(*trial.operation, noise(int(trial.resultBytes())), 4099, 1024));
+  }
 }
 
 }  // namespace
