@@ -84,7 +84,8 @@ class Walk {
   Block findRuns() {
     // Radii fall from peak to 0 and rise again.
     const int radii = 2 * blur_.ramp.peak + 1;
-    const auto most = static_cast<std::size_t>(radii + blur_.width / kStretch + 1);
+    const int runs = radii + blur_.width / kStretch + 1;
+    const auto most = static_cast<std::size_t>(runs);
     Block block = allocateBlock(most * (sizeof(BlurRun) + sizeof(Box)));
     if (block == nullptr) {
       return block;
