@@ -82,8 +82,10 @@ class Walk {
 
   /// Null when memory is short.
   Block findRuns() {
-    const auto most = static_cast<std::size_t>(2 * blur_.ramp.peak + 1 +  // peak to 0 and up again
-                                               blur_.width / kStretch + 1);
+    // Radii fall from peak to 0 and rise again.
+    const int radii = 2 * blur_.ramp.peak + 1;
+    const int runs = radii + blur_.width / kStretch + 1;
+    const auto most = static_cast<std::size_t>(runs);
     Block block = allocateBlock(most * (sizeof(BlurRun) + sizeof(Box)));
     if (block == nullptr) {
       return block;
