@@ -71,7 +71,8 @@ Argument argumentOf(const char* name, const Image& image) {
 }
 
 Argument argumentOf(const char* name, const FrameImage& frame) {
-  return {name, frame.luma, frame.chroma + (frame.height / 2 - 1) * frame.chromaStride + frame.width};
+  return {name, frame.luma,
+          frame.chroma + (frame.height / 2 - 1) * frame.chromaStride + frame.width};
 }
 
 bool areSame(const Image& a, const Image& b) {
