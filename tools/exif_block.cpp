@@ -1,6 +1,7 @@
 #include "tools/exif_block.h"
 
 #include <algorithm>
+#include <functional>
 #include <span>
 #include <utility>
 
@@ -54,8 +55,7 @@ std::optional<ExifBlock> ExifBlock::parse(std::vector<uint8_t> bytes) {
     places.push_back(second->at);
   }
   std::ranges::sort(places);  // a broken block may name a directory twice
-  const auto twice = std::ranges::unique(places);
-  places.erase(twice.begin(), twice.end());
+  places.erase(std::unique(places.begin(), places.end()), places.end());
   std::ranges::for_each(places, [&](std::size_t at) { block.dropInvalidEntries(at); });
   return block;
 }
@@ -242,7 +242,7 @@ void ExifBlock::dropThumbnail() {
   for (const Entry& entry : second->entries) {
     unused.push_back({entry.valueAt, entry.valueAt + entry.valueSize});
   }
-  std::ranges::sort(unused, {}, &Extent::end);
+  std::ranges::sort(unused, std::greater(), &Extent::end);
   for (Extent extent : unused) {
     extent.end = std::min(extent.end, bytes_.size());
     if (extent.begin < extent.end &&
@@ -252,10 +252,10 @@ void ExifBlock::dropThumbnail() {
     }
   }
   // The thumbnail usually ends the block.
-  for (auto extent = unused.rbegin(); extent != unused.rend(); ++extent) {
-    if (extent->begin < bytes_.size() && extent->end >= bytes_.size() &&
-        std::ranges::none_of(others, [&](const Extent& o) { return o.overlaps(*extent); })) {
-      bytes_.resize(extent->begin);
+  for (const Extent& extent : unused) {
+    if (extent.begin < bytes_.size() && extent.end >= bytes_.size() &&
+        std::ranges::none_of(others, [&](const Extent& o) { return o.overlaps(extent); })) {
+      bytes_.resize(extent.begin);
     }
   }
 }

@@ -13,7 +13,7 @@
 namespace alg::tool {
 namespace {
 
-using std::string_view_literals::operator""sv;
+using std::literals::operator""sv;
 
 constexpr std::string_view kIndexBegin = "MPF\0"sv;
 constexpr std::size_t kEntryBytes = 16;

@@ -16,7 +16,7 @@
 namespace alg::tool {
 namespace {
 
-using std::string_view_literals::operator""sv;
+using std::literals::operator""sv;
 
 constexpr std::string_view kJfifBegin = "JFIF\0"sv;
 constexpr std::string_view kJfifExtension = "JFXX\0"sv;

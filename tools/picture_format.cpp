@@ -11,7 +11,7 @@
 namespace alg::tool {
 namespace {
 
-using std::string_view_literals::operator""sv;
+using std::literals::operator""sv;
 
 struct Ending {
   std::string_view text;

@@ -153,7 +153,7 @@ std::vector<uint8_t> blobOf(const Vips& vips, const VipsImage* image, const char
 }
 
 MetadataBlocks blocksOf(const Vips& vips, const VipsImage* image) {
-  using std::string_view_literals::operator""sv;
+  using std::literals::operator""sv;
   constexpr std::string_view kPrefix = "Exif\0\0"sv;
   MetadataBlocks blocks{.exif = blobOf(vips, image, "exif-data"),
                         .profile = blobOf(vips, image, "icc-profile-data"),

@@ -6,6 +6,8 @@
 #include <sstream>
 #include <utility>
 
+// NOLINTBEGIN(readability-implicit-bool-conversion): the way of pugixml's handles
+
 namespace alg::tool {
 namespace {
 
@@ -229,3 +231,5 @@ std::string XmpPacket::text() const {
 }
 
 }  // namespace alg::tool
+
+// NOLINTEND(readability-implicit-bool-conversion)
