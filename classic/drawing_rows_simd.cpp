@@ -279,15 +279,16 @@ HWY_INLINE Brightest brightest(const PlaneWindow& rows, std::size_t x) {
 
 #if ALG_IS_NEON()
 
-// Where a block's factors lie in their table, in bytes; planes of these are a chunk apart.
-HWY_INLINE void takeOffsets(const PlaneWindow& rows, std::size_t x, uint16_t* offsets) {
+// Where a block's factors lie in their table, in bytes.
+HWY_INLINE void takeOffsets(const PlaneWindow& rows, std::size_t x,
+                            uint16_t (&offsets)[kPackedBytes][kBlock]) {
   const Brightest most = brightest(rows, x);
   const uint8x16_t one = vdupq_n_u8(sizeof(uint32_t)), three = vdupq_n_u8(3 * sizeof(uint32_t));
   for (std::size_t c = 0; c < kPackedBytes; ++c) {
     const uint8x16_t all = most.all.raw, own = most.of[c].raw;
-    vst1q_u16(offsets + c * kChunk, vmlal_u8(vmull_u8(vget_low_u8(all), vget_low_u8(one)),
-                                             vget_low_u8(own), vget_low_u8(three)));
-    vst1q_u16(offsets + c * kChunk + 8, vmlal_high_u8(vmull_high_u8(all, one), own, three));
+    vst1q_u16(offsets[c], vmlal_u8(vmull_u8(vget_low_u8(all), vget_low_u8(one)), vget_low_u8(own),
+                                   vget_low_u8(three)));
+    vst1q_u16(offsets[c] + 8, vmlal_high_u8(vmull_high_u8(all, one), own, three));
   }
 }
 
@@ -303,27 +304,31 @@ HWY_INLINE ByteVector scaledBy(const uint32_t* factors, ByteVector v) {
                                 scaledBy(factors + 8, vmovl_high_u8(v.raw))));
 }
 
+HWY_INLINE void cartoonBlock(const PlaneWindow& rows, std::size_t x, uint8_t* out,
+                             const uint32_t* factors) {
+  HWY_ALIGN uint16_t offsets[kPackedBytes][kBlock];
+  HWY_ALIGN uint32_t looked[kPackedBytes][kBlock];
+  takeOffsets(rows, x, offsets);
+  for (int c = 0; c < kPackedBytes; ++c) {
+    lookUp<0>(factors, offsets[c], looked[c], kBlock);
+  }
+  const auto scaled = [&](int c) HWY_ATTR {
+    return scaledBy(looked[c], hn::LoadU(Bytes(), rows.plane(c).middle + x + 1));
+  };
+  storeOrdered(scaled(2), scaled(1), scaled(0), out);
+}
+
 void cartoonRowVector(const PlaneWindow& rows, uint8_t* out, std::size_t count,
                       const CartoonFactors& factors) {
-  HWY_ALIGN uint16_t offsets[kPackedBytes][kChunk];
-  HWY_ALIGN uint32_t looked[kPackedBytes][kChunk];
   const PlaneWindow planes = rows;  // which no store can change
-  for (std::size_t from = 0; from < count; from += kChunk) {
-    const std::size_t part = HWY_MIN(count - from, kChunk);
-    for (std::size_t x = 0; x < part; x += kBlock) {
-      takeOffsets(planes, from + x, offsets[0] + x);
-    }
-    for (int c = 0; c < kPackedBytes; ++c) {
-      lookUp<0>(factors.entries, offsets[c], looked[c], hwy::RoundUpTo(part, kBlock));
-    }
-    const auto scale = [from, planes, &looked](std::size_t x, uint8_t* to) HWY_ATTR {
-      const Bytes d;
-      const auto scaled = [&](int c) HWY_ATTR {
-        return scaledBy(looked[c] + x, hn::LoadU(d, planes.plane(c).middle + from + x + 1));
-      };
-      storeOrdered(scaled(2), scaled(1), scaled(0), to);
-    };
-    forEachBlock<kBlock>(part, scale, Writes<kPackedBytes>{out + kPackedBytes * from});
+  const std::size_t whole = count - count % kBlock;
+  for (std::size_t x = 0; x < whole; x += kBlock) {
+    cartoonBlock(planes, x, out + kPackedBytes * x, factors.entries);
+  }
+  if (whole < count) {
+    uint8_t tail[kPackedBytes * kBlock];
+    cartoonBlock(planes, whole, tail, factors.entries);
+    std::memcpy(out + kPackedBytes * whole, tail, kPackedBytes * (count - whole));
   }
 }
 

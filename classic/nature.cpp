@@ -48,11 +48,15 @@ void nature(unsigned char* src, unsigned char* dst, int width, int height) {
     return;
   }
   const PackedImage image{dst, width, height};
+  alg::FetchAhead ahead(src, image, alg::WindowTarget::kCentre);
   alg::walkWindows(alg::packedRows(src, width), image, alg::WindowTarget::kCentre,
-                   [](const uint8_t* top, const uint8_t* middle, const uint8_t* /*bottom*/,
-                      uint8_t* out, int count) {
-                     alg::boostRow(top, middle + alg::kPackedBytes, out,
-                                   static_cast<std::size_t>(count));
+                   [&ahead](const uint8_t* top, const uint8_t* middle, const uint8_t* /*bottom*/,
+                            uint8_t* out, int windows) {
+                     ahead.drawRow(windows, [=](int x, int count) {
+                       const std::ptrdiff_t at = std::ptrdiff_t{x} * alg::kPackedBytes;
+                       alg::boostRow(top + at, middle + at + alg::kPackedBytes, out + at,
+                                     static_cast<std::size_t>(count));
+                     });
                    });
   copyRowsCrosswise(image);
   copyColumnsAskew(image);

@@ -18,7 +18,7 @@ using alg::PictureView;
 constexpr alg::GreyWeights kLuminance{{74 << 6, 732 << 6, 218 << 6}};
 static_assert(kLuminance.fit());
 
-/// Rows of lines become rows of the image by paint(lines, y, out, count), from column 1 on.
+/// Rows of lines become rows of the image by paint(lines, y, x, out, count), from column x + 1 on.
 template <class Paint>
 void sketchOn(Paint paint, const uint8_t* src, uint8_t* dst, int width, int height) {
   const alg::WorkRows work(4, width);
@@ -26,15 +26,18 @@ void sketchOn(Paint paint, const uint8_t* src, uint8_t* dst, int width, int heig
     return;
   }
   const alg::PackedImage image{dst, width, height};
+  alg::FetchAhead ahead(src, image, alg::WindowTarget::kCentre);
   int y = 0;  // the written row
-  alg::walkWindows(
-      alg::greyRows(src, width, work, kLuminance), image, alg::WindowTarget::kCentre,
-      [&paint, &y, lines = work.row(3)](const uint8_t* top, const uint8_t* middle,
-                                        const uint8_t* bottom, uint8_t* out, int windows) {
-        const auto count = static_cast<std::size_t>(windows);
-        alg::lineRow(top, middle, bottom, lines, count);
-        paint(lines, ++y, out, count);
-      });
+  alg::walkWindows(alg::greyRows(src, width, work, kLuminance), image, alg::WindowTarget::kCentre,
+                   [&, lines = work.row(3)](const uint8_t* top, const uint8_t* middle,
+                                            const uint8_t* bottom, uint8_t* out, int windows) {
+                     ++y;
+                     ahead.drawRow(windows, [&](int x, int part) {
+                       const auto count = static_cast<std::size_t>(part);
+                       alg::lineRow(top + x, middle + x, bottom + x, lines, count);
+                       paint(lines, y, x, out + (std::ptrdiff_t{x} * alg::kPackedBytes), count);
+                     });
+                   });
   alg::copyEdges(image);
 }
 
@@ -47,9 +50,9 @@ void sketchOnPaper(const alg::Call& call) {
     return;
   }
   sketchOn(
-      [&](const uint8_t* lines, int y, uint8_t* out, std::size_t count) {
+      [&](const uint8_t* lines, int y, int x, uint8_t* out, std::size_t count) {
         const uint8_t* tints = paper.row(picture.pixels, call.firstRow + y);
-        alg::tintGreyRow(lines, tints + alg::kPackedBytes, out, count);
+        alg::tintGreyRow(lines, tints + (std::ptrdiff_t{x} + 1) * alg::kPackedBytes, out, count);
       },
       call.src, call.dst, call.width, call.height);
 }
@@ -58,7 +61,7 @@ void sketchOnPaper(const alg::Call& call) {
 
 void Sketch(unsigned char* src, unsigned char* dst, int width, int height) {
   if (width >= 1 && height >= 1) {
-    sketchOn([](const uint8_t* lines, int /*y*/, uint8_t* out,
+    sketchOn([](const uint8_t* lines, int /*y*/, int /*x*/, uint8_t* out,
                 std::size_t count) { alg::spreadGreyRow(lines, out, count); },
              src, dst, width, height);
   }

@@ -37,6 +37,34 @@ constexpr std::size_t kBlock = 16;     // pixels a step
 constexpr std::size_t kStretch = 512;  // pixels that go through the curve mapper together
 constexpr std::size_t kIntPixel = kPackedBytes * sizeof(int32_t);
 
+#if ALG_IS_NEON()
+
+// Sixteen at a time: what loops of one vector take is mostly waiting.
+HWY_INLINE void takeBytes(const uint8_t* ints, uint8_t* bytes) {
+  const auto* from = reinterpret_cast<const int32_t*>(ints);
+  for (std::size_t i = 0; i < kPackedBytes * kBlock; i += 16) {
+    const uint16x8_t low =
+        vqmovun_high_s32(vqmovun_s32(vld1q_s32(from + i)), vld1q_s32(from + i + 4));
+    const uint16x8_t high =
+        vqmovun_high_s32(vqmovun_s32(vld1q_s32(from + i + 8)), vld1q_s32(from + i + 12));
+    vst1q_u8(bytes + i, vqmovn_high_u16(vqmovn_u16(low), high));
+  }
+}
+
+HWY_INLINE void giveBytes(const uint8_t* bytes, uint8_t* ints) {
+  auto* to = reinterpret_cast<uint32_t*>(ints);
+  for (std::size_t i = 0; i < kPackedBytes * kBlock; i += 16) {
+    const uint8x16_t v = vld1q_u8(bytes + i);
+    const uint16x8_t low = vmovl_u8(vget_low_u8(v)), high = vmovl_high_u8(v);
+    vst1q_u32(to + i, vmovl_u16(vget_low_u16(low)));
+    vst1q_u32(to + i + 4, vmovl_high_u16(low));
+    vst1q_u32(to + i + 8, vmovl_u16(vget_low_u16(high)));
+    vst1q_u32(to + i + 12, vmovl_high_u16(high));
+  }
+}
+
+#else
+
 HWY_INLINE void takeBytes(const uint8_t* ints, uint8_t* bytes) {
   const Ints d;
   for (std::size_t i = 0; i < kPackedBytes * kBlock; i += kLanes) {
@@ -45,12 +73,18 @@ HWY_INLINE void takeBytes(const uint8_t* ints, uint8_t* bytes) {
   }
 }
 
-HWY_INLINE IntVector wide(const uint8_t* bytes) {
-  return hn::PromoteTo(Ints(), hn::LoadU(Bytes(), bytes));
+HWY_INLINE void giveBytes(const uint8_t* bytes, uint8_t* ints) {
+  const Ints d;
+  for (std::size_t i = 0; i < kPackedBytes * kBlock; i += kLanes) {
+    auto* to = reinterpret_cast<int32_t*>(ints) + i;
+    hn::StoreU(hn::PromoteTo(d, hn::LoadU(Bytes(), bytes + i)), d, to);
+  }
 }
 
-HWY_INLINE void storeInts(IntVector v, std::size_t i, uint8_t* ints) {
-  hn::StoreU(v, Ints(), reinterpret_cast<int32_t*>(ints) + i);
+#endif
+
+HWY_INLINE IntVector wide(const uint8_t* bytes) {
+  return hn::PromoteTo(Ints(), hn::LoadU(Bytes(), bytes));
 }
 
 class Shader {
@@ -63,10 +97,7 @@ class Shader {
 
   HWY_INLINE void block(int x, const uint8_t* bytes, uint8_t* ints) const {
     if (inDisc(x) && inDisc(x + static_cast<int>(kBlock) - 1)) {
-      for (std::size_t i = 0; i < kPackedBytes * kBlock; i += kLanes) {
-        storeInts(wide(bytes + i), i, ints);
-      }
-      return;
+      return giveBytes(bytes, ints);
     }
     for (std::size_t k = 0; k < kBlock; k += kLanes) {
       const FloatVector bright = brightness(x + static_cast<int>(k));
@@ -74,7 +105,8 @@ class Shader {
         const std::size_t i = kPackedBytes * k + c * kLanes;
         const auto each = hn::SetTableIndices(Floats(), thirds_ + c * kLanes);
         const FloatVector value = hn::ConvertTo(Floats(), wide(bytes + i));
-        storeInts(ops::truncated(hn::Mul(value, hn::TableLookupLanes(bright, each))), i, ints);
+        const IntVector shaded = ops::truncated(hn::Mul(value, hn::TableLookupLanes(bright, each)));
+        hn::StoreU(shaded, Ints(), reinterpret_cast<int32_t*>(ints) + i);
       }
     }
   }

@@ -58,8 +58,8 @@ struct JpegBandResult {
 /// Decodes a file, works on it and encodes it. The result has the same bytes as decoding, working
 /// and encoding the image as a whole, whatever the size of the bands. Beside input, output and the
 /// work's own memory this takes at most 4 MB for files in one scan up to 50,000 pixels wide, and 5
-/// MB for wider ones; a halo adds its rows, twice. JpegReader says what other files take. `input` is
-/// read on the caller's thread first and then on the one that works, `output` is filled on the
+/// MB for wider ones; a halo adds its rows, twice. JpegReader says what other files take. `input`
+/// is read on the caller's thread first and then on the one that works, `output` is filled on the
 /// caller's. With a fault, part of the output may have been taken.
 JpegBandResult transcodeJpeg(JpegInput& input, JpegOutput& output, const JpegBandOptions& options,
                              const JpegBandWork& work);

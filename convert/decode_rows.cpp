@@ -34,7 +34,7 @@ void decodeRowPlain(RowFormat format, const uint8_t* luma, const uint8_t* chroma
 
 void decodeRowPairPlain(RowFormat format, const uint8_t* luma, std::ptrdiff_t lumaStride,
                         const uint8_t* chroma, uint8_t* pixels, std::ptrdiff_t pixelStride,
-                        std::size_t width) {
+                        std::size_t width, bool /*stream*/) {
   decodeRowPlain(format, luma, chroma, pixels, width);
   decodeRowPlain(format, luma + lumaStride, chroma, pixels + pixelStride, width);
 }

@@ -15,12 +15,13 @@ void decodeRowPlain(RowFormat format, const uint8_t* luma, const uint8_t* chroma
                     std::size_t width);
 
 /// Decodes the two rows that share a row of chroma pairs, for little more than half the arithmetic
-/// of two single ones. The second row starts one stride (in bytes) after the first.
+/// of two single ones. The second row starts one stride (in bytes) after the first. With `stream`
+/// words go past the caches; hwy::FlushStream() then has to follow the last pair.
 void decodeRowPair(RowFormat format, const uint8_t* luma, std::ptrdiff_t lumaStride,
                    const uint8_t* chroma, uint8_t* pixels, std::ptrdiff_t pixelStride,
-                   std::size_t width);
+                   std::size_t width, bool stream = false);
 void decodeRowPairPlain(RowFormat format, const uint8_t* luma, std::ptrdiff_t lumaStride,
                         const uint8_t* chroma, uint8_t* pixels, std::ptrdiff_t pixelStride,
-                        std::size_t width);
+                        std::size_t width, bool stream = false);
 
 }  // namespace alg

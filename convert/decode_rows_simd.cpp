@@ -6,6 +6,7 @@
 // never carries, and 15 bits of fraction are enough.
 #include <cstdint>
 #include <cstring>
+#include <type_traits>
 
 #include "convert/bt601.h"
 #include "convert/decode_rows.h"
@@ -13,6 +14,7 @@
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "convert/decode_rows_simd.cpp"
+#include "hwy/cache_control.h"
 #include "hwy/foreach_target.h"  // IWYU pragma: keep
 #include "hwy/highway.h"
 
@@ -111,7 +113,7 @@ HWY_INLINE ByteVector channel(const Level& level, const ChromaTerm& term) {
   return ByteVector(vreinterpretq_u8_u16(vqshluq_n_s16(vreinterpretq_s16_u16(whole), 8)));
 }
 
-template <RowFormat kFormat>
+template <RowFormat kFormat, bool /*kStream*/>
 HWY_INLINE void decodeBlock(const uint8_t* luma, const ChromaTerms& terms, uint8_t* pixels) {
   const uint8x8x2_t columns = vld2_u8(luma);
   const Level even = levelOf(columns.val[0]), odd = levelOf(columns.val[1]);
@@ -280,6 +282,7 @@ HWY_INLINE void storePacked(ByteVector b, ByteVector g, ByteVector r, uint8_t* p
 }
 
 // Words B, G, R, 255 from such channels; each unpacking doubles the unit.
+template <bool kStream>
 HWY_INLINE void storeWords(ByteVector b, ByteVector g, ByteVector r, uint8_t* pixels) {
   const Bytes d;
   const hn::Repartition<uint16_t, Bytes> pairs;
@@ -292,9 +295,15 @@ HWY_INLINE void storeWords(ByteVector b, ByteVector g, ByteVector r, uint8_t* pi
   const auto oddRa = hn::BitCast(pairs, hn::InterleaveUpper(d, r, opaque));
   const auto storeHalf = [&](auto even, auto odd, uint8_t* to) HWY_ATTR {
     const auto evenWords = hn::BitCast(words, even), oddWords = hn::BitCast(words, odd);
-    hn::StoreU(hn::BitCast(d, hn::InterleaveLower(words, evenWords, oddWords)), d, to);
-    hn::StoreU(hn::BitCast(d, hn::InterleaveUpper(words, evenWords, oddWords)), d,
-               to + hn::MaxLanes(d));
+    const auto low = hn::BitCast(d, hn::InterleaveLower(words, evenWords, oddWords));
+    const auto high = hn::BitCast(d, hn::InterleaveUpper(words, evenWords, oddWords));
+    if constexpr (kStream) {
+      hn::Stream(low, d, to);
+      hn::Stream(high, d, to + hn::MaxLanes(d));
+    } else {
+      hn::StoreU(low, d, to);
+      hn::StoreU(high, d, to + hn::MaxLanes(d));
+    }
   };
   storeHalf(hn::InterleaveLower(pairs, evenBg, evenRa), hn::InterleaveLower(pairs, oddBg, oddRa),
             pixels);
@@ -302,12 +311,14 @@ HWY_INLINE void storeWords(ByteVector b, ByteVector g, ByteVector r, uint8_t* pi
             pixels + 2 * hn::MaxLanes(d));
 }
 
-template <RowFormat kFormat>
+template <RowFormat kFormat, bool kStream>
 HWY_INLINE void decodeBlock(const uint8_t* luma, const ChromaTerms& terms, uint8_t* pixels) {
-  // Stores wait for their cache lines, which the hardware prefetcher does not fetch early enough.
-  constexpr int kAhead = 384;  // bytes; prefetching beyond the row's end is harmless
-  __builtin_prefetch(pixels + kAhead, 1);
-  __builtin_prefetch(pixels + kAhead + 64, 1);
+  if constexpr (!kStream) {
+    // Stores wait for their cache lines, which the hardware prefetcher does not fetch early enough.
+    constexpr int kAhead = 384;  // bytes; prefetching beyond the row's end is harmless
+    __builtin_prefetch(pixels + kAhead, 1);
+    __builtin_prefetch(pixels + kAhead + 64, 1);
+  }
   const ShortVector samples = loadSamples<kFormat>(luma);
   const Level even = levelOf(fiveTimes<bt601::kLumaOffset, false>(samples));
   const Level odd = levelOf(fiveTimes<bt601::kLumaOffset, true>(samples));
@@ -318,8 +329,8 @@ HWY_INLINE void decodeBlock(const uint8_t* luma, const ChromaTerms& terms, uint8
     storePacked(both(terms.b), both(terms.g), both(terms.r), pixels);
   } else {
     constexpr bool kRedFirst = hasRedFirst(kFormat);
-    storeWords(both(kRedFirst ? terms.r : terms.b), both(terms.g),
-               both(kRedFirst ? terms.b : terms.r), pixels);
+    storeWords<kStream>(both(kRedFirst ? terms.r : terms.b), both(terms.g),
+                        both(kRedFirst ? terms.b : terms.r), pixels);
   }
 }
 
@@ -327,7 +338,7 @@ HWY_INLINE void decodeBlock(const uint8_t* luma, const ChromaTerms& terms, uint8
 
 template <RowFormat kFormat, bool kTwo>
 void decodeFormat(const uint8_t* const (&luma)[2], const uint8_t* chroma,
-                  uint8_t* const (&pixels)[2], std::size_t width) {
+                  uint8_t* const (&pixels)[2], std::size_t width, bool stream = false) {
   // The last pixels of an even row form a block that overlaps the one before.
   const bool again = width >= kBlock && width % 2 == 0;
   const std::size_t end = again ? width : width - width % kBlock;
@@ -338,13 +349,25 @@ void decodeFormat(const uint8_t* const (&luma)[2], const uint8_t* chroma,
   const std::size_t before = (0 - reinterpret_cast<std::uintptr_t>(firstPixels)) % 64;
   const bool aligns = ALG_IS_AVX2() && kBytes == 4 && again && before % 8 == 0;
   const std::size_t lead = aligns && before != 0 ? before / 4 : kBlock;
+  // Past the caches go those that are nothing but whole cache lines, in both rows.
+  const bool linesAlike = kTwo && (secondPixels - firstPixels) % 64 == 0;
+  const std::size_t streamed = stream && aligns && linesAlike ? before / 4 : end;
+  const auto decodeAt = [&](std::size_t x, auto streams) HWY_ATTR {
+    const ChromaTerms terms = chromaTerms<kFormat>(chroma + x);
+    decodeBlock<kFormat, streams>(first + x, terms, firstPixels + kBytes * x);
+    if constexpr (kTwo) {
+      decodeBlock<kFormat, streams>(second + x, terms, secondPixels + kBytes * x);
+    }
+  };
   for (std::size_t at = 0; at < end; at += at == 0 ? lead : kBlock) {
     const std::size_t x = at < width - kBlock ? at : width - kBlock;
-    const ChromaTerms terms = chromaTerms<kFormat>(chroma + x);
-    decodeBlock<kFormat>(first + x, terms, firstPixels + kBytes * x);
-    if constexpr (kTwo) {
-      decodeBlock<kFormat>(second + x, terms, secondPixels + kBytes * x);
+    if constexpr (ALG_IS_AVX2() && kTwo && kBytes == 4) {
+      if (x == at && x >= streamed) {
+        decodeAt(x, std::true_type());
+        continue;
+      }
     }
+    decodeAt(x, std::false_type());
   }
   if (end == width) {
     return;
@@ -365,16 +388,16 @@ void decodeFormat(const uint8_t* const (&luma)[2], const uint8_t* chroma,
 
 template <bool kTwo>
 void decodeAny(RowFormat format, const uint8_t* const (&luma)[2], const uint8_t* chroma,
-               uint8_t* const (&pixels)[2], std::size_t width) {
+               uint8_t* const (&pixels)[2], std::size_t width, bool stream) {
   switch (format) {
     case RowFormat::kArgbUV:
-      return decodeFormat<RowFormat::kArgbUV, kTwo>(luma, chroma, pixels, width);
+      return decodeFormat<RowFormat::kArgbUV, kTwo>(luma, chroma, pixels, width, stream);
     case RowFormat::kArgbVU:
-      return decodeFormat<RowFormat::kArgbVU, kTwo>(luma, chroma, pixels, width);
+      return decodeFormat<RowFormat::kArgbVU, kTwo>(luma, chroma, pixels, width, stream);
     case RowFormat::kRgbaUV:
-      return decodeFormat<RowFormat::kRgbaUV, kTwo>(luma, chroma, pixels, width);
+      return decodeFormat<RowFormat::kRgbaUV, kTwo>(luma, chroma, pixels, width, stream);
     case RowFormat::kRgbaVU:
-      return decodeFormat<RowFormat::kRgbaVU, kTwo>(luma, chroma, pixels, width);
+      return decodeFormat<RowFormat::kRgbaVU, kTwo>(luma, chroma, pixels, width, stream);
     case RowFormat::kPackedUV:
       return decodeFormat<RowFormat::kPackedUV, kTwo>(luma, chroma, pixels, width);
   }
@@ -382,13 +405,14 @@ void decodeAny(RowFormat format, const uint8_t* const (&luma)[2], const uint8_t*
 
 void decodeRowVector(RowFormat format, const uint8_t* luma, const uint8_t* chroma, uint8_t* pixels,
                      std::size_t width) {
-  decodeAny<false>(format, {luma, nullptr}, chroma, {pixels, nullptr}, width);
+  decodeAny<false>(format, {luma, nullptr}, chroma, {pixels, nullptr}, width, false);
 }
 
 void decodeRowPairVector(RowFormat format, const uint8_t* luma, std::ptrdiff_t lumaStride,
                          const uint8_t* chroma, uint8_t* pixels, std::ptrdiff_t pixelStride,
-                         std::size_t width) {
-  decodeAny<true>(format, {luma, luma + lumaStride}, chroma, {pixels, pixels + pixelStride}, width);
+                         std::size_t width, bool stream) {
+  decodeAny<true>(format, {luma, luma + lumaStride}, chroma, {pixels, pixels + pixelStride}, width,
+                  stream);
 }
 
 #endif  // vectors or not
@@ -407,9 +431,9 @@ void decodeRow(RowFormat format, const uint8_t* luma, const uint8_t* chroma, uin
 
 void decodeRowPair(RowFormat format, const uint8_t* luma, std::ptrdiff_t lumaStride,
                    const uint8_t* chroma, uint8_t* pixels, std::ptrdiff_t pixelStride,
-                   std::size_t width) {
+                   std::size_t width, bool stream) {
   ALG_DISPATCH(decodeRowPairVector)
-  (format, luma, lumaStride, chroma, pixels, pixelStride, width);
+  (format, luma, lumaStride, chroma, pixels, pixelStride, width, stream);
 }
 
 }  // namespace alg

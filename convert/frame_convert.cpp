@@ -2,10 +2,12 @@
 
 #include <algorithm>
 
+#include "base/streamed.h"
 #include "convert/bt601.h"
 #include "convert/chroma_cursor.h"
 #include "convert/decode_rows.h"
 #include "convert/encode_rows.h"
+#include "hwy/cache_control.h"
 
 namespace alg {
 namespace {
@@ -37,7 +39,7 @@ void scatterPairs(ChromaCursor& cursor, const uint8_t* pairs, uint8_t* chroma, i
 
 // Decoding two rows at a time saves arithmetic. Where memory bandwidth is the limit, as on desktop
 // machines, that does not pay: two streams of stores are slower than one. It does pay for what
-// stays in the cache.
+// stays in the cache, and for what goes past it.
 constexpr std::size_t kCachedBytes = std::size_t{64} * 1024;
 #if defined(__aarch64__)
 constexpr bool kDecodesPairs = true;
@@ -61,7 +63,9 @@ void decodeFrame(RowFormat format, uint8_t* pixels, const Planes<const uint8_t>&
   }
   ChromaCursor cursor(width, height, planes.uvStride, ChromaCursor::Direction::kDecode);
   const std::size_t pitch = pixelBytes(format) * static_cast<std::size_t>(width);
-  const bool inPairs = kDecodesPairs || pitch * static_cast<std::size_t>(height) <= kCachedBytes;
+  const std::size_t bytes = pitch * static_cast<std::size_t>(height);
+  const bool stream = format != RowFormat::kPackedUV && isStreamed(pixels, bytes);
+  const bool inPairs = kDecodesPairs || bytes <= kCachedBytes || stream;
   const auto decodeBlockRow = [&](int row, int x, int count, const uint8_t* pairs) {
     const std::size_t firstByte = pixelBytes(format) * static_cast<std::size_t>(x);
     const auto pixelRow = [&](int r) {
@@ -69,7 +73,7 @@ void decodeFrame(RowFormat format, uint8_t* pixels, const Planes<const uint8_t>&
     };
     if (inPairs && row + 1 < height) {
       decodeRowPair(format, lumaRow(planes, row) + x, planes.yStride, pairs, pixelRow(row),
-                    static_cast<std::ptrdiff_t>(pitch), static_cast<std::size_t>(count));
+                    static_cast<std::ptrdiff_t>(pitch), static_cast<std::size_t>(count), stream);
       return;
     }
     for (int r = row; r < std::min(row + 2, height); ++r) {
@@ -90,6 +94,7 @@ void decodeFrame(RowFormat format, uint8_t* pixels, const Planes<const uint8_t>&
       decodeBlockRow(row, x, count, pairs);
     }
   }
+  if (stream) hwy::FlushStream();
 }
 
 void encodeFrame(RowFormat format, const uint8_t* pixels, const Planes<uint8_t>& planes, int width,

@@ -14,8 +14,8 @@ struct EffectRequest {
   const char* name = nullptr;            ///< looked up, which logs a line
   const Operation* operation = nullptr;  ///< used when there is no name
   const PictureView* picture = nullptr;  ///< used instead of the device's; must outlive the run
-  bool truePadding = false;    ///< the frame's chroma rows begin at their stride (frames.md)
-  bool needsPicture = false;   ///< a frame whose picture is missing stays untouched
+  bool truePadding = false;   ///< the frame's chroma rows begin at their stride (frames.md)
+  bool needsPicture = false;  ///< a frame whose picture is missing stays untouched
 };
 
 /// A request resolved for frames of one size, with the operation's picture loaded. One thread at a

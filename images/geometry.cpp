@@ -30,7 +30,8 @@ void place(const Grid& grid, Turn turn, int first, int count, Rows<const uint8_t
   switch (turn) {
     case Turn::kNone:
       if (src.pitch == dst.pitch && dst.pitch == bytes * grid.width) {
-        std::memcpy(dst.row(first), src.first, grid.bytes * width * static_cast<std::size_t>(count));
+        std::memcpy(dst.row(first), src.first,
+                    grid.bytes * width * static_cast<std::size_t>(count));
         return;
       }
       for (int y = 0; y < count; ++y) {
@@ -90,8 +91,8 @@ void placePlane(const SamplePlane& plane, const Grid& grid, Turn turn, Rows<uint
 /// Chroma pairs, the first plane's sample before the second's.
 void placePairs(const SamplePlane& first, const SamplePlane& second, const Grid& grid, Turn turn,
                 Rows<uint8_t> dst, const Block& block) {
-  const bool sameRows = first.rowStride == second.rowStride && first.pixelStride == 2 &&
-                        second.pixelStride == 2;
+  const bool sameRows =
+      first.rowStride == second.rowStride && first.pixelStride == 2 && second.pixelStride == 2;
   if (sameRows && first.samples + 1 == second.samples) {
     return place(grid, turn, 0, grid.height, {first.samples, first.rowStride}, dst);
   }
@@ -148,7 +149,8 @@ bool packFrame(const CameraPlanes& planes, Turn turn, const FrameImage& dst) {
 CameraPlanes planesOf(const FrameImage& frame) {
   const uint8_t* const u = frame.chroma + (frame.vFirst ? 1 : 0);
   const uint8_t* const v = frame.chroma + (frame.vFirst ? 0 : 1);
-  return {{frame.luma, frame.lumaStride, 1}, {u, frame.chromaStride, 2}, {v, frame.chromaStride, 2}};
+  return {
+      {frame.luma, frame.lumaStride, 1}, {u, frame.chromaStride, 2}, {v, frame.chromaStride, 2}};
 }
 
 bool resizeImage(const Image& src, const Image& dst) {
@@ -156,9 +158,9 @@ bool resizeImage(const Image& src, const Image& dst) {
   const bool areWords =
       reinterpret_cast<uintptr_t>(src.pixels) % kWord == 0 && src.stride % kWord == 0;
   const Block block = allocateBlock(dst.rowBytes());
-  const Block copy = areWords
-                         ? nullptr
-                         : allocateLargeBlock(src.rowBytes() * static_cast<std::size_t>(src.height));
+  const Block copy =
+      areWords ? nullptr
+               : allocateLargeBlock(src.rowBytes() * static_cast<std::size_t>(src.height));
   if (!block || (!areWords && !copy)) {
     return false;
   }

@@ -39,9 +39,12 @@ struct FrameImage {
 
   /// Some of its rows, an even number from an even one on.
   FrameImage rows(int first, int count) const {
-    return {luma + first * lumaStride, chroma + first / 2 * chromaStride,
-            width,                     count,
-            lumaStride,                chromaStride,
+    return {luma + first * lumaStride,
+            chroma + first / 2 * chromaStride,
+            width,
+            count,
+            lumaStride,
+            chromaStride,
             vFirst};
   }
 };

@@ -35,7 +35,8 @@ class Surface {
   int height() const { return isFrame_ ? frame_.height : image_.height; }
   bool redFirst() const { return image_.redFirst; }
 
-  /// Rows as an image: themselves, or for a frame decoded to `scratch`, which has room for two more.
+  /// Rows as an image: themselves, or for a frame decoded to `scratch`, which has room for two
+  /// more.
   Image rows(int first, int count, uint8_t* scratch) const {
     if (!isFrame_) {
       return image_.rows(first, count);
@@ -159,13 +160,14 @@ JobOutcome JobRun::run() {
   if (isWhole()) {
     return runWhole(*pieces_[0]);
   }
-  if (pieceCount_ == 1) {
-    runWave([](std::span<Piece*> pieces, const auto& work) { work(pieces[0]); });
-    return JobOutcome::kDone;
-  }
   for (; top_ < height_; top_ = next_) {
     if (isCancelled(job_)) {
       return JobOutcome::kCancelled;
+    }
+    if (pieceCount_ == 1 || !job_.onPool) {
+      runWave(
+          [](std::span<Piece*> pieces, const auto& work) { std::ranges::for_each(pieces, work); });
+      continue;
     }
     const PhotoTurn turn(poolLock());
     HALThreadPoolInit();  // without threads the pieces are done on this one

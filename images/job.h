@@ -20,9 +20,11 @@ namespace alg {
 struct Job {
   const Operation* operation = nullptr;  ///< an effect or a blend; not paste
   double values[kMostParameters] = {};   ///< in their ranges
-  Image pictures[kMostPictures];         ///< as the roles demand; those that are not read may be empty
-  int weight = kWholeWeight;             ///< of an effect, 0 to 256: how much of it is mixed in
-  const uint8_t* cancelled = nullptr;    ///< stops the run when it becomes other than 0; or null
+  Image pictures[kMostPictures];  ///< as the roles demand; those that are not read may be empty
+  int weight = kWholeWeight;      ///< of an effect, 0 to 256: how much of it is mixed in
+  const uint8_t* cancelled = nullptr;  ///< stops the run when it becomes other than 0; or null
+  bool onPool =
+      true;  ///< false: on the calling thread alone, for callers with many images at a time
   int pieceRows = 0;  ///< rows that a thread does before the lock is given back; 0: a good number
 };
 

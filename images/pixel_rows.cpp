@@ -17,8 +17,8 @@ void packRowPlain(const uint8_t* pixels, uint8_t* packed, std::size_t count, Byt
   }
 }
 
-void unpackRowPlain(const uint8_t* packed, const uint8_t* alpha, uint8_t* pixels,
-                    std::size_t count, ByteOrder order) {
+void unpackRowPlain(const uint8_t* packed, const uint8_t* alpha, uint8_t* pixels, std::size_t count,
+                    ByteOrder order) {
   for (std::size_t i = 0; i < count; ++i, packed += 3, alpha += 4, pixels += 4) {
     const uint8_t opacity = alpha[3];
     for (std::size_t k = 0; k < 3; ++k) {

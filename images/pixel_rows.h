@@ -14,11 +14,12 @@ enum class ByteOrder : uint8_t { kKept, kExchanged };
 void packRow(const uint8_t* pixels, uint8_t* packed, std::size_t count, ByteOrder order);
 void packRowPlain(const uint8_t* pixels, uint8_t* packed, std::size_t count, ByteOrder order);
 
-/// Packed 3-byte pixels to 4-byte ones, whose fourth byte is that of `alpha`, which may be `pixels`.
+/// Packed 3-byte pixels to 4-byte ones, whose fourth byte is that of `alpha`, which may be
+/// `pixels`.
 void unpackRow(const uint8_t* packed, const uint8_t* alpha, uint8_t* pixels, std::size_t count,
                ByteOrder order);
-void unpackRowPlain(const uint8_t* packed, const uint8_t* alpha, uint8_t* pixels,
-                    std::size_t count, ByteOrder order);
+void unpackRowPlain(const uint8_t* packed, const uint8_t* alpha, uint8_t* pixels, std::size_t count,
+                    ByteOrder order);
 
 /// 4-byte pixels to 4-byte pixels whose fourth byte is that of `alpha`. All may be the same.
 void colourRow(const uint8_t* colours, const uint8_t* alpha, uint8_t* pixels, std::size_t count,

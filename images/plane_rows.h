@@ -11,8 +11,7 @@ void gatherRow(const uint8_t* samples, std::ptrdiff_t step, uint8_t* to, std::pt
                std::size_t count);
 
 /// Pairs of a sample of each.
-void interleaveRows(const uint8_t* first, const uint8_t* second, uint8_t* pairs,
-                    std::size_t count);
+void interleaveRows(const uint8_t* first, const uint8_t* second, uint8_t* pairs, std::size_t count);
 void interleaveRowsPlain(const uint8_t* first, const uint8_t* second, uint8_t* pairs,
                          std::size_t count);
 

@@ -57,9 +57,7 @@ JobRows::JobRows(const Job& job, const JobPictures& pictures, int width, int ima
   }
 }
 
-bool JobRows::ready() const {
-  return memory_ != nullptr && (!softLight_ || softLight_->ready());
-}
+bool JobRows::ready() const { return memory_ != nullptr && (!softLight_ || softLight_->ready()); }
 
 std::size_t JobRows::bytesOf(int rows) const {
   return alg::bytesOf(job_.operation->pixels,
@@ -170,8 +168,7 @@ void JobRows::store(int firstRow, const Image& src, const Image& dst) {
     if (words) {
       colourRow(result, alpha, to, width, way);
     } else {
-      unpackRow(result, alpha, to, width,
-                way == ByteOrder::kKept ? crossed : opposite(crossed));
+      unpackRow(result, alpha, to, width, way == ByteOrder::kKept ? crossed : opposite(crossed));
     }
     if (!whole) {
       mixRow(src.row(k), row_, row_, 4 * width, job_.weight);

@@ -40,8 +40,8 @@ class JobRows {
   const Job& job_;
   const JobPictures& pictures_;
   const int width_, imageHeight_;
-  bool apart_;             // whether the result has memory of its own
-  std::size_t capacity_;   // bytes of the loaded rows
+  bool apart_;            // whether the result has memory of its own
+  std::size_t capacity_;  // bytes of the loaded rows
   Block memory_;
   uint8_t* source_ = nullptr;
   uint8_t* result_ = nullptr;

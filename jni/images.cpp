@@ -25,13 +25,13 @@ void runOnPipeline(const ImagesCall& call, const alg::Job& job, const FrameImage
                    (!job.operation->pictures[0].read || job.pictures[0].pixels != nullptr);
   constexpr alg::PictureView kUnread{nullptr, 1, 16};
   const alg::PictureView picture = job.pictures[0].pixels != nullptr ? pictures[0] : kUnread;
-  const auto outcome = alg::runEffect({.operation = job.operation,
-                                       .picture = has ? &picture : nullptr,
-                                       .truePadding = true,
-                                       .needsPicture = true},
-                                      {frame.luma, frame.chroma, frame.width, frame.height,
-                                       static_cast<int>(frame.lumaStride),
-                                       static_cast<int>(frame.chromaStride)});
+  const auto outcome =
+      alg::runEffect({.operation = job.operation,
+                      .picture = has ? &picture : nullptr,
+                      .truePadding = true,
+                      .needsPicture = true},
+                     {frame.luma, frame.chroma, frame.width, frame.height,
+                      static_cast<int>(frame.lumaStride), static_cast<int>(frame.chromaStride)});
   if (outcome == alg::Outcome::kNoMemory) {
     call.throwNoMemory();
   } else if (outcome == alg::Outcome::kNoPicture && has) {
@@ -83,9 +83,11 @@ ALGORITHM_API void Java_com_orvik_camera_common_Native_Images_runOnFrame(
   }
 }
 
-ALGORITHM_API void Java_com_orvik_camera_common_Native_Images_decode(
-    JNIEnv* env, jclass, jobject srcBuffer, jintArray srcShape, jobject dstBuffer,
-    jintArray dstShape) {
+ALGORITHM_API void Java_com_orvik_camera_common_Native_Images_decode(JNIEnv* env, jclass,
+                                                                     jobject srcBuffer,
+                                                                     jintArray srcShape,
+                                                                     jobject dstBuffer,
+                                                                     jintArray dstShape) {
   const ImagesCall call(env);
   const FrameImage src = call.frame(srcBuffer, srcShape);
   const Image dst = call.image(dstBuffer, dstShape);
@@ -95,9 +97,11 @@ ALGORITHM_API void Java_com_orvik_camera_common_Native_Images_decode(
   }
 }
 
-ALGORITHM_API void Java_com_orvik_camera_common_Native_Images_encode(
-    JNIEnv* env, jclass, jobject srcBuffer, jintArray srcShape, jobject dstBuffer,
-    jintArray dstShape) {
+ALGORITHM_API void Java_com_orvik_camera_common_Native_Images_encode(JNIEnv* env, jclass,
+                                                                     jobject srcBuffer,
+                                                                     jintArray srcShape,
+                                                                     jobject dstBuffer,
+                                                                     jintArray dstShape) {
   const ImagesCall call(env);
   const Image src = call.image(srcBuffer, srcShape);
   const FrameImage dst = call.frame(dstBuffer, dstShape);
@@ -141,7 +145,8 @@ ALGORITHM_API void Java_com_orvik_camera_common_Native_Images_rotatePixels(
   const ImagesCall call(env);
   const Image src = call.image(srcBuffer, srcShape), dst = call.image(dstBuffer, dstShape);
   const alg::Argument source = argumentOf("src", src);
-  if (call.areApart(argumentOf("dst", dst), {&source, 1}) && !turnImage(src, turnOf(degrees), dst)) {
+  if (call.areApart(argumentOf("dst", dst), {&source, 1}) &&
+      !turnImage(src, turnOf(degrees), dst)) {
     call.throwNoMemory();
   }
 }
@@ -158,9 +163,11 @@ ALGORITHM_API void Java_com_orvik_camera_common_Native_Images_rotateFrame(
   }
 }
 
-ALGORITHM_API void Java_com_orvik_camera_common_Native_Images_resize(
-    JNIEnv* env, jclass, jobject srcBuffer, jintArray srcShape, jobject dstBuffer,
-    jintArray dstShape) {
+ALGORITHM_API void Java_com_orvik_camera_common_Native_Images_resize(JNIEnv* env, jclass,
+                                                                     jobject srcBuffer,
+                                                                     jintArray srcShape,
+                                                                     jobject dstBuffer,
+                                                                     jintArray dstShape) {
   const ImagesCall call(env);
   const Image src = call.image(srcBuffer, srcShape), dst = call.image(dstBuffer, dstShape);
   const alg::Argument source = argumentOf("src", src);

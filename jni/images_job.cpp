@@ -36,7 +36,7 @@ bool readJob(const ImagesCall& call, const JavaJob& from, Job& job) {
     if (!role.read) {
       continue;
     }
-    const jobject buffer = env->GetObjectArrayElement(from.pictures, index);
+    auto* const buffer = env->GetObjectArrayElement(from.pictures, index);
     if (buffer != nullptr) {
       jint shape[4] = {};
       env->GetIntArrayRegion(from.pictureShapes, 4 * index, 4, shape);

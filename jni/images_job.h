@@ -12,9 +12,9 @@ struct JavaJob {
   jstring operation;
   jdouble amount;
   jdoubleArray values;
-  jobjectArray pictures;     ///< for the roles that are read; null where there is none
-  jintArray pictureShapes;   ///< Pixels.shape() of one after the other
-  jobject cancellation;      ///< a buffer of one byte, or null
+  jobjectArray pictures;    ///< for the roles that are read; null where there is none
+  jintArray pictureShapes;  ///< Pixels.shape() of one after the other
+  jobject cancellation;     ///< a buffer of one byte, or null
 };
 
 /// Fills in a job; false when something has been thrown.

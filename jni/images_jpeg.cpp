@@ -76,7 +76,7 @@ class Sink final : public alg::JpegOutput {
  public:
   Sink(JNIEnv* env, jobject sink, std::span<uint8_t> buffer)
       : env_(env), sink_(sink), buffer_(buffer) {
-    const jclass type = env->FindClass("java/util/function/IntConsumer");
+    auto* const type = env->FindClass("java/util/function/IntConsumer");
     accept_ = type != nullptr ? env->GetMethodID(type, "accept", "(I)V") : nullptr;
     env->DeleteLocalRef(type);
   }

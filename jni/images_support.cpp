@@ -7,7 +7,7 @@
 namespace alg {
 
 void ImagesCall::raise(const char* className, const char* message) const {
-  const jclass type = env_->FindClass(className);
+  auto* const type = env_->FindClass(className);
   if (type != nullptr) {  // else there is another exception already
     env_->ThrowNew(type, message);
     env_->DeleteLocalRef(type);
@@ -71,7 +71,8 @@ Argument argumentOf(const char* name, const Image& image) {
 }
 
 Argument argumentOf(const char* name, const FrameImage& frame) {
-  return {name, frame.luma, frame.chroma + (frame.height / 2 - 1) * frame.chromaStride + frame.width};
+  return {name, frame.luma,
+          frame.chroma + (frame.height / 2 - 1) * frame.chromaStride + frame.width};
 }
 
 bool areSame(const Image& a, const Image& b) {

@@ -5,12 +5,15 @@
 //   source row -> prefix sums -> ring row --- + entering, - leaving ---> column sums -> dst row
 //
 // Columns of equal radius form a run: all kernels go over the neighbouring elements (colours of
-// pixels) of one run. A ramp down the rows makes one run of all columns, whose radius changes.
+// pixels) of one run. A ramp down the rows gives all columns one radius, which changes. Runs are no
+// longer than a stretch: between stretches the rows are fetched that the walk takes next, because
+// kernels work in the cache, and without that the memory would wait meanwhile.
 #include "kernels/box_blur.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
+#include <new>
 #include <type_traits>
 
 #include "base/block.h"
@@ -41,6 +44,8 @@ template <class Rule>
 class Walk {
   using Row = typename Rule::Row;
   using Sum = typename Rule::Sum;
+  // Pixels: whole blocks of elements. Prefix sums end without vectors, so they take more.
+  static constexpr int kStretch = 256, kSumStretch = 2 * kStretch;
 
  public:
   explicit Walk(const BoxBlur& blur)
@@ -54,13 +59,14 @@ class Walk {
     if (blur_.width < 1 || blur_.height < 1) {
       return;
     }
-    findRuns();
-    const Block block = takeMemory();
-    if (block == nullptr) {
+    const Block runs = findRuns();
+    const Block rows = takeMemory();
+    if (runs == nullptr || rows == nullptr) {
       return;
     }
     // A row of dst is written after that row of src was read: the two may be the same.
     for (int y = 0; y < blur_.height; ++y) {
+      beginFetching(y);
       while (rows_ < blur_.height && rows_ <= y + blur_.ramp.peak) {
         blurNextRow();
       }
@@ -74,11 +80,23 @@ class Walk {
     int first = 0, last = -1;
   };
 
-  void findRuns() {
+  /// Null when memory is short.
+  Block findRuns() {
+    // Radii fall from peak to 0 and rise again.
+    const int radii = 2 * blur_.ramp.peak + 1;
+    const int runs = radii + blur_.width / kStretch + 1;
+    const auto most = static_cast<std::size_t>(runs);
+    Block block = allocateBlock(most * (sizeof(BlurRun) + sizeof(Box)));
+    if (block == nullptr) {
+      return block;
+    }
+    runs_ = new (block.get()) BlurRun[most];
+    boxes_ = new (block.get() + most * sizeof(BlurRun)) Box[most];
     for (int x = 0; x < blur_.width; ++x) {
       const bool byColumn = blur_.axis == RampAxis::kColumns;
       const int radius = byColumn ? blur_.ramp.radius(int64_t{blur_.firstEntry} + x) : 0;
-      if (runCount_ == 0 || runs_[runCount_ - 1].radius != radius) {
+      if (runCount_ == 0 || runs_[runCount_ - 1].radius != radius ||
+          runs_[runCount_ - 1].count == kStretch * kBlurElements) {
         endRun();
         runs_[runCount_++] = {
             .begin = kBlurElements * static_cast<std::size_t>(x), .at = pitch_, .radius = radius};
@@ -86,6 +104,9 @@ class Walk {
       runs_[runCount_ - 1].count += kBlurElements;
     }
     endRun();
+    // Three times for each stretch: prefix sums, boxes across, boxes down.
+    fetchStep_ = rowBytes_ / static_cast<std::size_t>(3 * (blur_.width / kStretch + 1)) + 1;
+    return block;
   }
 
   void endRun() {
@@ -114,7 +135,10 @@ class Walk {
 
   void setRadii(int y) {
     if (blur_.axis == RampAxis::kRows) {
-      runs_[0].radius = blur_.ramp.radius(int64_t{blur_.firstEntry} + y);
+      const int radius = blur_.ramp.radius(int64_t{blur_.firstEntry} + y);
+      for (int i = 0; i < runCount_; ++i) {
+        runs_[i].radius = radius;
+      }
     }
   }
 
@@ -138,19 +162,58 @@ class Walk {
       }
     };
     repeat(row);
-    sumUp(blur_.pixels, row, width, prefix);
-    prefix += kBlurElements * width;
+    for (std::size_t x = 0; x < width; x += kSumStretch) {
+      const std::size_t count = std::min<std::size_t>(width - x, kSumStretch);
+      sumUp(blur_.pixels, row + pixelBytes * x, count, prefix);
+      prefix += kBlurElements * count;
+      fetchMore(kSumStretch / kStretch);
+    }
     repeat(row + rowBytes_ - pixelBytes);
   }
 
   void blurNextRow() {
     sumUpRow(blur_.src + rowBytes_ * static_cast<std::size_t>(rows_));
     setRadii(rows_);
-    Rule::kAcross(runs_, runCount_,
-                  prefixes_ + kBlurElements * static_cast<std::size_t>(blur_.ramp.peak),
-                  ring_ + pitch_ * static_cast<std::size_t>(nextSlot_));
+    forEachStretch([this](BlurRun* runs, int count) {
+      Rule::kAcross(runs, count,
+                    prefixes_ + kBlurElements * static_cast<std::size_t>(blur_.ramp.peak),
+                    ring_ + pitch_ * static_cast<std::size_t>(nextSlot_));
+    });
     ++rows_;
     nextSlot_ = nextSlot_ + 1 == slots_ ? 0 : nextSlot_ + 1;
+  }
+
+  /// Row y is to be written. Meanwhile the source row that is read next is fetched, and row y.
+  void beginFetching(int y) {
+    const auto offset = [&](int row) {
+      return rowBytes_ * static_cast<std::size_t>(std::min(row, blur_.height - 1));
+    };
+    source_ = blur_.src + offset(y + blur_.ramp.peak + 1);
+    target_ = blur_.dst + offset(y);
+    fetched_ = 0;
+  }
+
+  /// Inlined: calls that do nothing else are dropped.
+  [[gnu::always_inline]] void fetchMore(std::size_t steps) {
+    constexpr std::size_t kCacheLine = 64;
+    const std::size_t end = std::min(fetched_ + steps * fetchStep_, rowBytes_);
+    for (; fetched_ < end; fetched_ += kCacheLine) {
+      __builtin_prefetch(source_ + fetched_);
+      __builtin_prefetch(target_ + fetched_, 1);
+    }
+  }
+
+  /// Calls work(runs, count) for neighbouring runs that together are no longer than a stretch.
+  template <class Work>
+  void forEachStretch(Work work) {
+    for (int first = 0, end = 0; first < runCount_; first = end) {
+      std::size_t elements = 0;
+      do {
+        elements += runs_[end++].count;
+      } while (end < runCount_ && elements + runs_[end].count <= kBlurElements * kStretch);
+      work(runs_ + first, end - first);
+      fetchMore(1);
+    }
   }
 
   /// Adds the rows first..last `sign` times. All rows above the image are its first one, all rows
@@ -188,17 +251,21 @@ class Walk {
 
   void finishRow(int y) {
     setRadii(y);
-    for (int i = 0; i < runCount_; ++i) {
-      moveBoxes(runs_[i], boxes_[i], {y - runs_[i].radius, y + runs_[i].radius});
-    }
     const std::size_t offset = rowBytes_ * static_cast<std::size_t>(y);
     const auto width = static_cast<std::size_t>(blur_.width);
     if constexpr (std::is_same_v<Rule, Square>) {
       dropAlpha(blur_.src + offset, width, centres_);
-      finishSquares(runs_, runCount_, ring_, sums_, centres_, bytes_);
-    } else {
-      finishMeans(runs_, runCount_, ring_, sums_, bytes_);
     }
+    for (int i = 0; i < runCount_; ++i) {
+      moveBoxes(runs_[i], boxes_[i], {y - runs_[i].radius, y + runs_[i].radius});
+    }
+    forEachStretch([this](BlurRun* runs, int count) {
+      if constexpr (std::is_same_v<Rule, Square>) {
+        finishSquares(runs, count, ring_, sums_, centres_, bytes_);
+      } else {
+        finishMeans(runs, count, ring_, sums_, bytes_);
+      }
+    });
     if (blur_.pixels == BlurPixels::kWords) {
       addAlpha(bytes_, width, blur_.dst + offset);
     } else {
@@ -217,9 +284,11 @@ class Walk {
   uint8_t* bytes_ = nullptr;  // of the row to be written
   int rows_ = 0;              // blurred so far
   int nextSlot_ = 0;
-  BlurRun runs_[2 * kMaxBlurPeak + 1];  // peak to 0 and up again
-  Box boxes_[2 * kMaxBlurPeak + 1];
+  BlurRun* runs_ = nullptr;
+  Box* boxes_ = nullptr;
   int runCount_ = 0;
+  const uint8_t *source_ = nullptr, *target_ = nullptr;  // the rows that are fetched
+  std::size_t fetchStep_ = 0, fetched_ = 0;              // bytes of each
 };
 
 }  // namespace

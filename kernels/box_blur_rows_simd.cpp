@@ -79,10 +79,10 @@ std::size_t sumUpSteps(const uint8_t* row, std::size_t width, uint16_t* prefix) 
   HWY_ALIGN static constexpr uint8_t kFirst[16] = {0, 1, 2, 3, 4,     5,     0,     1,
                                                    2, 3, 4, 5, kNone, kNone, kNone, kNone};
   const auto second = hn::Load(bytes, kSecond);
-  const auto lookUp = [&](auto from, auto index) HWY_ATTR {
+  const auto lookUp = [=](auto from, auto index) HWY_ATTR {
     return hn::BitCast(shorts, hn::TableLookupBytesOr0(hn::BitCast(bytes, from), index));
   };
-  const auto scan = [&](auto pixels) HWY_ATTR {
+  const auto scan = [=](auto pixels) HWY_ATTR {
     return hn::Add(pixels,
                    hn::BitCast(shorts, hn::ShiftLeftBytes<6>(bytes, hn::BitCast(bytes, pixels))));
   };
@@ -90,15 +90,22 @@ std::size_t sumUpSteps(const uint8_t* row, std::size_t width, uint16_t* prefix) 
   prefix += kBlurElements;
   // A load is 16 bytes, also where four pixels have only 12.
   constexpr std::size_t kReach = kBytes == kPackedBytes ? 6 : kStep;
-  std::size_t x = 0;
-  for (; x + kReach <= width; x += kStep) {
-    const auto pixels = hn::LoadU(bytes, row + kBytes * x);
+  const auto step = [=](const uint8_t* from, auto before, uint16_t* to) HWY_ATTR {
+    const auto pixels = hn::LoadU(bytes, from);
     const auto sums0 = scan(lookUp(pixels, pair0));
     const auto sums1 = scan(lookUp(pixels, pair1));
-    const auto carry1 = hn::Add(carry, lookUp(sums0, second));
-    hn::StoreU(hn::Add(sums0, carry), shorts, prefix + kBlurElements * x);
-    hn::StoreU(hn::Add(sums1, carry1), shorts, prefix + kBlurElements * x + 6);
-    carry = hn::Add(carry1, lookUp(sums1, second));
+    const auto middle = hn::Add(before, lookUp(sums0, second));
+    hn::StoreU(hn::Add(sums0, before), shorts, to);
+    hn::StoreU(hn::Add(sums1, middle), shorts, to + 6);
+    return hn::Add(middle, lookUp(sums1, second));
+  };
+  std::size_t x = 0;
+  for (; x + kStep + kReach <= width; x += 2 * kStep) {
+    carry = step(row + kBytes * x, carry, prefix + kBlurElements * x);
+    carry = step(row + kBytes * (x + kStep), carry, prefix + kBlurElements * (x + kStep));
+  }
+  for (; x + kReach <= width; x += kStep) {
+    carry = step(row + kBytes * x, carry, prefix + kBlurElements * x);
   }
   return x;
 }
@@ -149,10 +156,12 @@ void meansAcrossRun(const BlurRun& run, const uint16_t* prefix, uint8_t* row) {
   const std::size_t reach = kBlurElements * static_cast<std::size_t>(run.radius);
   const uint16_t* from = prefix + run.begin - reach;
   const uint16_t* to = prefix + run.begin + reach + kBlurElements;
-  for (std::size_t i = 0; i < run.count; i += kLanes) {
+  uint8_t* means = row + run.at;
+  const std::size_t count = run.count;
+  for (std::size_t i = 0; i < count; i += kLanes) {
     const auto low = hn::Sub(hn::LoadU(d, to + i), hn::LoadU(d, from + i));
     const auto high = hn::Sub(hn::LoadU(d, to + i + kHalf), hn::LoadU(d, from + i + kHalf));
-    hn::StoreU(divider.divide<kCopy>(low, high), Bytes(), row + run.at + i);
+    hn::StoreU(divider.divide<kCopy>(low, high), Bytes(), means + i);
   }
 }
 
@@ -169,7 +178,8 @@ void sumsAcrossVector(const BlurRun* runs, int runCount, const uint16_t* prefix,
     const uint16_t* from = prefix + run->begin - reach;
     const uint16_t* to = prefix + run->begin + reach + kBlurElements;
     uint16_t* sums = row + run->at;
-    for (std::size_t i = 0; i < run->count; i += kLanes) {
+    const std::size_t count = run->count;
+    for (std::size_t i = 0; i < count; i += kLanes) {
       const auto low = hn::Sub(hn::LoadU(d, to + i), hn::LoadU(d, from + i));
       const auto high = hn::Sub(hn::LoadU(d, to + i + kHalf), hn::LoadU(d, from + i + kHalf));
       hn::StoreU(low, d, sums + i);
@@ -209,11 +219,13 @@ void finishMeansRun(const BlurRun& run, const uint8_t* ring, uint16_t* sums, uin
   const uint8_t* entering = ring + run.entering + run.at;
   const uint8_t* leaving = ring + run.leaving + run.at;
   uint16_t* sum = sums + run.at;
-  for (std::size_t i = 0; i < run.count; i += kLanes) {
+  uint8_t* out = bytes + run.begin;
+  const std::size_t count = run.count;
+  for (std::size_t i = 0; i < count; i += kLanes) {
     const ShortPair pair = moved(sum + i, entering + i, leaving + i);
     hn::StoreU(pair.low, d, sum + i);
     hn::StoreU(pair.high, d, sum + i + kHalf);
-    hn::StoreU(divider.divide<kCopy>(pair.low, pair.high), Bytes(), bytes + run.begin + i);
+    hn::StoreU(divider.divide<kCopy>(pair.low, pair.high), Bytes(), out + i);
   }
 }
 
@@ -258,12 +270,13 @@ void finishSquaresVector(const BlurRun* runs, int runCount, const uint16_t* ring
     const uint16_t* leaving = ring + run->leaving + run->at;
     const uint8_t* centre = centres + run->begin;
     uint32_t* sum = sums + run->at;
-    for (std::size_t i = 0; i < run->count; i += kLanes) {
+    uint8_t* out = bytes + run->begin;
+    const std::size_t count = run->count;
+    for (std::size_t i = 0; i < count; i += kLanes) {
       const std::size_t j = i + kHalf;
       const auto low = squareLanes(entering + i, leaving + i, centre + i, sum + i, reciprocal);
       const auto high = squareLanes(entering + j, leaving + j, centre + j, sum + j, reciprocal);
-      hn::StoreU(hn::ConcatEven(d, hn::BitCast(d, high), hn::BitCast(d, low)), d,
-                 bytes + run->begin + i);
+      hn::StoreU(hn::ConcatEven(d, hn::BitCast(d, high), hn::BitCast(d, low)), d, out + i);
     }
   }
 }

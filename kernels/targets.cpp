@@ -9,18 +9,17 @@ std::atomic<Target> forcedTarget = Target::kNone;
 
 // What Highway compiles its targets for, as far as compilers use it.
 bool hasAvx2() {
-  return __builtin_cpu_supports("avx2") != 0 && __builtin_cpu_supports("fma") != 0 &&
-         __builtin_cpu_supports("bmi") != 0 && __builtin_cpu_supports("bmi2") != 0;
+  return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma") &&
+         __builtin_cpu_supports("bmi") && __builtin_cpu_supports("bmi2");
 }
 
 bool hasAvx512() {
-  return hasAvx2() && __builtin_cpu_supports("avx512f") != 0 &&
-         __builtin_cpu_supports("avx512bw") != 0 && __builtin_cpu_supports("avx512cd") != 0 &&
-         __builtin_cpu_supports("avx512dq") != 0 && __builtin_cpu_supports("avx512vl") != 0 &&
-         __builtin_cpu_supports("avx512vbmi") != 0 && __builtin_cpu_supports("avx512vbmi2") != 0 &&
-         __builtin_cpu_supports("avx512vnni") != 0 && __builtin_cpu_supports("avx512bitalg") != 0 &&
-         __builtin_cpu_supports("avx512vpopcntdq") != 0 && __builtin_cpu_supports("gfni") != 0 &&
-         __builtin_cpu_supports("vpclmulqdq") != 0;
+  return hasAvx2() && __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
+         __builtin_cpu_supports("avx512cd") && __builtin_cpu_supports("avx512dq") &&
+         __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512vbmi") &&
+         __builtin_cpu_supports("avx512vbmi2") && __builtin_cpu_supports("avx512vnni") &&
+         __builtin_cpu_supports("avx512bitalg") && __builtin_cpu_supports("avx512vpopcntdq") &&
+         __builtin_cpu_supports("gfni") && __builtin_cpu_supports("vpclmulqdq");
 }
 
 Target bestTarget() {

@@ -167,9 +167,9 @@ void Resize(uint32_t* dst, int dstWidth, int dstHeight, const uint32_t* src, int
     return sizeof(uint32_t) * static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
   };
   // A source that is written to is read pixel by pixel.
-  const bool apart = !alg::overlap(
-      reinterpret_cast<const uint8_t*>(src), bytesOf(srcWidth, srcHeight),
-      reinterpret_cast<const uint8_t*>(dst), bytesOf(dstWidth, dstHeight));
+  const bool apart =
+      !alg::overlap(reinterpret_cast<const uint8_t*>(src), bytesOf(srcWidth, srcHeight),
+                    reinterpret_cast<const uint8_t*>(dst), bytesOf(dstWidth, dstHeight));
   alg::Resizer resizer({src, srcWidth, srcHeight, srcWidth}, dstWidth, dstHeight, apart);
   for (int j = 0; j < dstHeight; ++j, dst += dstWidth) {
     resizer.nextRow(dst);

@@ -28,7 +28,7 @@ inline bool takesFrames(const Operation& operation, Way way) {
 
 /// Runs an operation, of any kind of pixels except frames, on those of a photo, in place.
 /// @param call  values and pictures
-void runOnPixels(const Operation& operation, Call call, Photo& photo);
+void runOnPixels(const Operation& operation, const Call& call, Photo& photo);
 
 /// Runs an operation that takes frames on an NV21 frame, in place. Throws PictureError.
 /// @param picture  in place of the device's; without pixels for none

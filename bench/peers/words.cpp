@@ -131,9 +131,9 @@ std::vector<Duel> wordDuels(Scene& s) {
       mixing(s),
       picking(s, "add2ImageByBrightness", CameraUtil::add2ImageByBrightness, "OpenCV max", cv::max),
       picking(s, "add2ImageByDarkness", CameraUtil::add2ImageByDarkness, "OpenCV min", cv::min),
-      blurring(s, "ActiveBlur", 1.0, 12, 1.5, per_pixel::kBox,
+      blurring(s, "ActiveBlur", 1.0, 12, 1.5, per_pixel::kSquare,
                [&s] { ActiveBlur(asWords(s.ours), asWords(s.words), 0, kWidth, kHeight); }),
-      blurring(s, "blur", 1.2, 24, 2, per_pixel::kSquare,
+      blurring(s, "blur", 1.2, 24, 2, per_pixel::kBox,
                [&s] { blur(s.ours.data(), asWords(s.words), kWidth, kHeight); }),
   };
 }

@@ -200,74 +200,23 @@ final class BitmapsTest extends Harness {
     unlocked("new bitmaps");
   }
 
-  /** Chroma planes share their memory, V first. */
-  private static final class CameraImage extends Image {
-    static final int WIDTH = 2 * W;
-    static final int HEIGHT = 2 * H;
-    private final ByteBuffer luma = direct(random(WIDTH * HEIGHT));
-    private final ByteBuffer chroma = direct(random(WIDTH * HEIGHT / 2));
-    private final int format;
-
-    CameraImage(int format) {
-      this.format = format;
-    }
-
-    CameraFrames.Plane[] samples() {
-      int pairs = WIDTH * HEIGHT / 2;
-      return new CameraFrames.Plane[] {
-        new CameraFrames.Plane(luma, WIDTH, 1),
-        new CameraFrames.Plane(chroma.slice(1, pairs - 1), WIDTH, 2),
-        new CameraFrames.Plane(chroma.slice(0, pairs - 1), WIDTH, 2)
-      };
-    }
-
-    @Override
-    public int getFormat() {
-      return format;
-    }
-
-    @Override
-    public int getWidth() {
-      return WIDTH;
-    }
-
-    @Override
-    public int getHeight() {
-      return HEIGHT;
-    }
-
-    @Override
-    public Rect getCropRect() {
-      return new Rect(4, 2, 4 + W, 2 + H);
-    }
-
-    @Override
-    public Plane[] getPlanes() {
-      return Arrays.stream(samples()).map(plane -> new Plane() {
-        @Override
-        public ByteBuffer getBuffer() {
-          return plane.buffer();
-        }
-
-        @Override
-        public int getRowStride() {
-          return plane.rowStride();
-        }
-
-        @Override
-        public int getPixelStride() {
-          return plane.pixelStride();
-        }
-      }).toArray(Plane[]::new);
-    }
-
-    @Override
-    public void close() {}
+  /** What a camera delivers, of twice the bitmaps' size. */
+  private static Image image(int format, CameraFrames.Plane... samples) {
+    Image.Plane[] planes = Arrays.stream(samples)
+        .map(plane -> new Image.Plane(plane.buffer(), plane.rowStride(), plane.pixelStride()) {})
+        .toArray(Image.Plane[]::new);
+    return new Image(format, 2 * W, 2 * H, new Rect(4, 2, 4 + W, 2 + H), planes) {};
   }
 
   private static void packs() {
-    CameraImage image = new CameraImage(ImageFormat.YUV_420_888);
-    CameraFrames.Plane[] planes = image.samples();
+    int pairs = 2 * W * H; // of which v has the first bytes and u the second
+    ByteBuffer chroma = direct(random(pairs));
+    CameraFrames.Plane[] planes = {
+      new CameraFrames.Plane(direct(random(4 * W * H)), 2 * W, 1),
+      new CameraFrames.Plane(chroma.slice(1, pairs - 1), 2 * W, 2),
+      new CameraFrames.Plane(chroma.slice(0, pairs - 1), 2 * W, 2)
+    };
+    Image image = image(ImageFormat.YUV_420_888, planes);
     Frame got = Frame.allocate(H, W, Frame.Chroma.NV21);
     Frame expected = Frame.allocate(H, W, Frame.Chroma.NV21);
     Bitmaps.pack(image, new Rect(6, 8, 6 + W, 8 + H), 90, got);
@@ -281,7 +230,7 @@ final class BitmapsTest extends Harness {
     Bitmaps.pack(image, null, 0, all);
     same(bytes(all.buffer()), bytes(
         CameraFrames.pack(planes[0], planes[1], planes[2], 2 * W, 2 * H)), "all of an image");
-    Image jpeg = new CameraImage(256);
+    Image jpeg = image(256, planes[0]);
     check(thrown(() -> Bitmaps.pack(jpeg, all)).equals("java.lang.IllegalArgumentException: "
         + "src has the format 256, but must be YUV_420_888"), "another format");
     check(thrown(() -> Bitmaps.pack(null, all)).endsWith("NullPointerException: src is null"), "no image");

@@ -4,6 +4,7 @@ import json
 import os
 import random
 import signal
+import socket
 import stat
 import subprocess
 import time
@@ -52,6 +53,11 @@ class BatchTest(ToolCase):
             made = reader.communicate()[0] if reader else Path(reads).read_bytes()
             self.assertEqual(made, b"before" * (reads == "redirected") + self.sepia, link)
             self.assertTrue(link == "-" or os.path.islink(link) or stat.S_ISFIFO(os.stat(link).st_mode), link)
+        ours, theirs = socket.socketpair()  # no name opens that anew
+        with ours, theirs:
+            subprocess.run([TOOL, "apply", "sepia", "photo.jpg", "to_output"], stdout=theirs, check=True)
+            theirs.shutdown(socket.SHUT_WR)
+            self.assertEqual(ours.makefile("rb").read(), self.sepia)
         self.run_tool("apply", "sepia", "photo.jpg", "circle", code=1, says="symbolic links")
         self.run_tool("apply", "sepia", "photo.jpg", "other", "--dry-run")
         result = subprocess.run(f"cat photo.jpg | {TOOL} apply sepia - - | cat", shell=True, capture_output=True)

@@ -141,7 +141,7 @@ TEST(NewFile, TakesItsPlaceWithAndWithoutANamelessStart) {
       NewFile file(folder.path);
       EXPECT_TRUE(writeAll(file.descriptor(),
                            {reinterpret_cast<const uint8_t*>(text.data()), text.size()}));
-      EXPECT_EQ(names().find("photo"), replace ? std::string::npos : 0U);
+      EXPECT_EQ(names().find("photo;") == std::string::npos, replace);
       return file.moveTo(folder.path / "photo", replace);
     };
     EXPECT_TRUE(put("first", true));

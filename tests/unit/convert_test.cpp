@@ -123,6 +123,15 @@ TEST(Convert, EverySizeAndStrideGivesTheReferenceBytesAndTouchesNothingElse) {
   });
 }
 
+// Rows of whole cache lines, from the start of one on or not, and others.
+TEST(Convert, LargeResultsThatGoPastTheCaches) {
+  onEachVectorTarget([] {
+    checkNoise(kConverters[0], {2064, 2037, 2064, 2064}, true);
+    checkNoise(kConverters[1], {2064, 2036, 2064, 2064});
+    checkNoise(kConverters[1], {2056, 2042, 2056, 2056});
+  });
+}
+
 // Each step has every pair of a luma and the other chroma sample.
 TEST(Convert, EveryPairOfSamplesAndEveryColour) {
   Bytes luma(512 * 512), chroma(512 * 256);

@@ -55,12 +55,14 @@ struct Layout {
   int srcPadding, dstPadding;
   bool srcRed, dstRed, inPlace;
 };
-constexpr Layout kLayouts[] = {
-    {0, 0, false, false, true}, {0, 0, true, true, false}, {7, 12, true, false, false},
-    {5, 0, true, true, true},   {0, 9, false, true, false}};
+constexpr Layout kLayouts[] = {{0, 0, false, false, true},
+                               {0, 0, true, true, false},
+                               {7, 12, true, false, false},
+                               {5, 0, true, true, true},
+                               {0, 9, false, true, false}};
 
-/// What the routine makes of the canvas' pixels, B, G, R each; of what it leaves alone, the source's
-/// or the backdrop's level.
+/// What the routine makes of the canvas' pixels, B, G, R each; of what it leaves alone, the
+/// source's or the backdrop's level.
 Bytes routineOn(const Operation& operation, const Canvas& src, const Job& job,
                 const alg::PictureView* pictures) {
   const auto& [pixels, width, height, stride, redFirst] = src.image;
@@ -116,8 +118,8 @@ TEST_P(ImageJobs, GiveTheRoutinesColoursInAnyLayout) {
     for (const Layout& layout : kLayouts) {
       for (const int weight : {256, 97, 0}) {
         if (weight != 256 && width != 50) continue;
-        SCOPED_TRACE(testing::Message() << width << "x" << height << " weight " << weight << " layout "
-                                        << &layout - kLayouts);
+        SCOPED_TRACE(testing::Message() << width << "x" << height << " weight " << weight
+                                        << " layout " << &layout - kLayouts);
         const Canvas src(width, height, layout.srcPadding, layout.srcRed, width);
         const Canvas other(width, height, layout.dstPadding, layout.dstRed, 8);
         const Canvas& dst = layout.inPlace ? src : other;
@@ -181,16 +183,19 @@ TEST(ImageFrames, AreThoseOfTheExportedRoutinesInAnyLayout) {
       const Canvas canvas(w, h, i / 8 * 10, red, 5);
       Bytes packed = frame.packed(), argb(asSize(4 * w * h));
       const auto decode = vFirst ? decodeYVU2ARGB_OpenGL : decodeYUV2ARGB_LUT;
-      decode(reinterpret_cast<uint32_t*>(argb.data()), packed.data(), packed.data() + w * h, w, h, w, w);
+      decode(reinterpret_cast<uint32_t*>(argb.data()), packed.data(), packed.data() + w * h, w, h,
+             w, w);
       decodeToImage(frame.frame, canvas.image);
       for (int p = 0; p < 4 * w * h; ++p) {
-        ASSERT_EQ(canvas.at(p / 4 % w, p / 4 / w, p % 4), argb[asSize(p)]) << w << " " << i << " " << p;
+        ASSERT_EQ(canvas.at(p / 4 % w, p / 4 / w, p % 4), argb[asSize(p)])
+            << w << " " << i << " " << p;
       }
       canvas.expectPaddingKept();
       const auto encode = vFirst ? decodeARGB2YVU_OpenGL : decodeARGB2YUV_OpenGL;
       for (uint8_t& v : argb) v = uint8_t(v * 7 + 3);
       for (int p = 0; p < 4 * w * h; ++p) canvas.at(p / 4 % w, p / 4 / w, p % 4) = argb[asSize(p)];
-      encode(reinterpret_cast<uint32_t*>(argb.data()), packed.data(), packed.data() + w * h, w, h, w, w);
+      encode(reinterpret_cast<uint32_t*>(argb.data()), packed.data(), packed.data() + w * h, w, h,
+             w, w);
       encodeFromImage(canvas.image, frame.frame);
       ASSERT_TRUE(same(frame.packed(), packed)) << w << " " << i;
     }
@@ -230,7 +235,8 @@ TEST(ImageGeometry, TurnsResizesAndPastes) {
     dst.expectPaddingKept();
 
     const Canvas resized(3 + 20 * (i % 4), 60 - 3 * i, i % 6, i % 2 == 0, 3);
-    std::vector<uint32_t> words(asSize(w * h)), result(asSize(resized.image.width * resized.image.height));
+    std::vector<uint32_t> words(asSize(w * h)),
+        result(asSize(resized.image.width * resized.image.height));
     for (int p = 0; p < 4 * w * h; ++p) {
       reinterpret_cast<uint8_t*>(words.data())[p] = src.at(p / 4 % w, p / 4 / w, p % 4);
     }
@@ -262,8 +268,10 @@ TEST(ImageGeometry, PacksPlanesOfAnyKind) {
     const int row = w * lumaStep + 5, chromaRow = w / 2 * step + (kind < 2 ? 0 : 3);
     const Bytes luma = noise(row * h, i), chroma = noise(2 * chromaRow * (h / 2) + 1, -i);
     const int second = kind < 2 ? 1 : chromaRow * (h / 2);
-    const alg::SamplePlane a{chroma.data(), chromaRow, step}, b{chroma.data() + second, chromaRow, step};
-    const alg::CameraPlanes planes{{luma.data(), row, lumaStep}, kind % 2 ? a : b, kind % 2 ? b : a};
+    const alg::SamplePlane a{chroma.data(), chromaRow, step},
+        b{chroma.data() + second, chromaRow, step};
+    const alg::CameraPlanes planes{
+        {luma.data(), row, lumaStep}, kind % 2 ? a : b, kind % 2 ? b : a};
     const PaddedFrame dst(side ? h : w, side ? w : h, vFirst, i % 4, 5);
     ASSERT_TRUE(packFrame(planes, alg::Turn(turn), dst.frame));
     const auto turned = [&](int x, int y, int gw, int gh) {
@@ -275,7 +283,8 @@ TEST(ImageGeometry, PacksPlanesOfAnyKind) {
     for (int p = 0; p < w * h; ++p) {
       const auto [tx, ty] = turned(p % w, p / w, w, h);
       ASSERT_EQ(dst.frame.luma[ty * dst.frame.lumaStride + tx],
-                *planes.y.from(p % w, p / w).samples) << i;
+                *planes.y.from(p % w, p / w).samples)
+          << i;
     }
     for (int p = 0; p < w * h / 4; ++p) {
       const auto [tx, ty] = turned(p % (w / 2), p / (w / 2), w / 2, h / 2);

@@ -4,15 +4,22 @@
 #include <unistd.h>
 
 #include <barrier>
+#include <mutex>
 #include <new>
+#include <string>
+#include <thread>
+#include <vector>
 
+#include "catalogue/operations.h"
 #include "effect/pipeline.h"
 #include "guarded.h"
+#include "images/job.h"
 #include "libalgorithm/effect_pipeline.h"
 #include "libalgorithm/thread_pool.h"
 #include "log_capture.h"
 #include "process.h"
 #include "system_calls.h"
+#include "threadpool/global_pool.h"
 
 namespace {
 
@@ -234,6 +241,66 @@ TEST(Calls, WakingUpForNothingIsNoNews) {
   returned = true;
   HALThreadPoolDestroy();
   worker->~ThreadPoolWorker();
+}
+
+/// Who has had a lock, one letter each: queues are filled while it is held, then emptied.
+TEST(PoolLock, LetsPreviewsGoBeforePhotosThatCameFirst) {
+  using Turn = alg::PoolLock::Turn;
+  alg::PoolLock lock;
+  std::string order;  // written with the lock held
+  std::vector<std::thread> threads;
+  const auto wait = [&](Turn turn, char letter) {
+    const unsigned before = lock.waiting(turn);
+    threads.emplace_back([&lock, &order, turn, letter] {
+      lock.lock(turn);
+      lock.lock();  // recursive: it is not queued behind those who wait
+      order += letter;
+      lock.unlock();
+      lock.unlock();
+    });
+    while (lock.waiting(turn) == before) sched_yield();
+  };
+  {
+    const alg::PhotoTurn band(lock);
+    wait(Turn::kPhoto, 'a');
+    wait(Turn::kPreview, 'A');
+    wait(Turn::kPhoto, 'b');
+    wait(Turn::kPreview, 'B');
+  }
+  {
+    const alg::PhotoTurn nextBand(lock);  // behind all others
+    order += 'c';
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(order, "ABabc");
+}
+
+std::atomic<int> piecesDone;
+
+TEST(PoolLock, IsGivenToAPreviewBetweenTwoBandsOfAPhoto) {
+  constexpr int kSide = 400, kPieces = 4;
+  alg::Operation waiting = *alg::findOperation("sepia");
+  waiting.run = [](const alg::Call&) {
+    if (piecesDone++ == 0) {
+      while (alg::poolLock().waiting(alg::PoolLock::Turn::kPreview) == 0) sched_yield();
+    }
+  };
+  Bytes pixels = noise(4 * kSide * kSide, 1);
+  const alg::Image photo{pixels.data(), kSide, kSide, 4 * kSide, false};
+  alg::Job job;
+  job.operation = &waiting;
+  job.pieceRows = 2;
+  int doneBefore = 0;
+  std::thread preview([&] {
+    while (piecesDone == 0) sched_yield();
+    const std::lock_guard lock(alg::poolLock());
+    doneBefore = piecesDone;
+  });
+  EXPECT_EQ(runJob(job, photo, photo), alg::JobOutcome::kDone);
+  preview.join();
+  EXPECT_EQ(doneBefore, kPieces) << "it waited for more than a band";
+  EXPECT_EQ(piecesDone, kSide / job.pieceRows);
+  HALThreadPoolDestroy();
 }
 
 std::pair<int, int> imagesAtLookup;

@@ -258,8 +258,8 @@ public enum Effect {
   }
 
   /**
-   * Whether the work memory is that of some rows, however tall the image is. The others take up to
-   * 24 bytes a pixel.
+   * Whether the work memory is that of some rows, however tall the image is. The others take 6
+   * bytes for each pixel of an image, and 10 for a JPEG's.
    *
    * @return whether any band of rows can be made from the same rows of the source, or from them and
    *     some above and below

@@ -78,9 +78,9 @@ final class EffectCall {
     Pixels[] pictures = new Pixels[roles.size()];
     for (Map.Entry<String, Pixels> entry : chosen.entrySet()) {
       int index = indexOf(roles, entry.getKey());
-      Checks.require(index >= 0, "settings have the picture "
-          + (entry.getKey().equals(EffectSettings.FIRST) ? "" : entry.getKey() + ", ").trim()
-          + " which " + effect + " has not");
+      boolean first = entry.getKey().equals(EffectSettings.FIRST);
+      Checks.require(index >= 0, first ? "settings have a picture, but " + effect + " takes none"
+          : "settings have the picture " + entry.getKey() + ", which " + effect + " has not");
       pictures[index] = entry.getValue();
     }
     for (int i = 0; i < pictures.length; i++) {

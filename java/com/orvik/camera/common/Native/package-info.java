@@ -1,10 +1,14 @@
 /**
  * Image routines of the camera application, written in native code that works on raw memory.
  *
- * <p>Four classes hold native methods; loading one of them loads {@code libAlgorithm.so} from the
- * library path. What follows holds for every native method. {@link
+ * <p>Four classes have native methods for applications; loading one of them loads {@code
+ * libAlgorithm.so} from the library path. What follows holds for each of these methods. {@link
  * com.orvik.camera.common.Native.CameraFrames}, plain Java, packs a camera's planes into the frames
  * they take, and checks buffers before a call, throwing exceptions.
+ *
+ * <p>{@link com.orvik.camera.common.Native.Images} is for everything new: the same work and all
+ * other effects on the caller's own buffers, with row strides, both orders of bytes and exceptions.
+ * Its description says what holds for it; this page does not.
  *
  * <h2>Buffers</h2>
  *
