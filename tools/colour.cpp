@@ -28,7 +28,7 @@ bool convertColours(Photo& photo, const std::vector<uint8_t>& from,
   if (!source || !target) {
     return false;
   }
-  const cmsHTRANSFORM transform =
+  auto* const transform =
       cmsCreateTransform(source.get(), TYPE_BGRA_8, target.get(), TYPE_BGRA_8,
                          INTENT_RELATIVE_COLORIMETRIC, cmsFLAGS_BLACKPOINTCOMPENSATION);
   if (transform == nullptr) {

@@ -13,7 +13,7 @@
 namespace alg::tool {
 namespace {
 
-using std::literals::operator""sv;
+using namespace std::string_view_literals;
 
 constexpr std::string_view kIndexBegin = "MPF\0"sv;
 constexpr std::size_t kEntryBytes = 16;

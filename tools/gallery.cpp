@@ -179,17 +179,17 @@ std::string addressText(std::string_view name) {
   return result;
 }
 
-/// Draws all photos of a folder, each on a page of its own, and a page of them all. Returns whether
-/// every photo could be drawn. Throws UserError.
-bool drawFolder(const fs::path& photos, const fs::path& folder, const PhotoOptions& options) {
-  const std::vector<fs::path> found = photosIn(photos, folder, false).photos;
+/// Draws all photos of the folder `from`, each on a page of its own, and a page of them all.
+/// Returns whether every photo could be drawn. Throws UserError.
+bool drawFolder(const fs::path& from, const fs::path& to, const PhotoOptions& options) {
+  const std::vector<fs::path> found = photosIn(from, to, false).photos;
   EffectPictures pictures;
   Progress progress(found.size() * effects().size());
   std::string cards;
   std::size_t drawn = 0;
   for (const fs::path& photo : found) {
     const std::string name = photo.filename().string();
-    const fs::path own = folder / "photos" / photo.filename();
+    const fs::path own = to / "photos" / photo.filename();
     try {
       drawPhoto(photo, own, options, "../../index.html", pictures, progress);
     } catch (const UserError& error) {
@@ -206,13 +206,13 @@ bool drawFolder(const fs::path& photos, const fs::path& folder, const PhotoOptio
     ++drawn;
   }
   if (drawn == 0) {
-    throw BadInput(fmt::format("{}: no photos in this folder", photos.string()));
+    throw BadInput(fmt::format("{}: no photos in this folder", from.string()));
   }
   std::string page(kGalleryIndex);
-  fillIn(page, "{{title}}", htmlText(fs::canonical(photos).filename().string()));
+  fillIn(page, "{{title}}", htmlText(fs::canonical(from).filename().string()));
   fillIn(page, "{{count}}", std::to_string(drawn));
   fillIn(page, "{{photos}}", cards);
-  writeFile(folder / "index.html", {reinterpret_cast<const uint8_t*>(page.data()), page.size()});
+  writeFile(to / "index.html", {reinterpret_cast<const uint8_t*>(page.data()), page.size()});
   return drawn == found.size();
 }
 

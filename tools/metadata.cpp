@@ -16,7 +16,7 @@
 namespace alg::tool {
 namespace {
 
-using std::literals::operator""sv;
+using namespace std::string_view_literals;
 
 constexpr std::string_view kJfifBegin = "JFIF\0"sv;
 constexpr std::string_view kJfifExtension = "JFXX\0"sv;

@@ -11,7 +11,7 @@
 namespace alg::tool {
 namespace {
 
-using std::literals::operator""sv;
+using namespace std::string_view_literals;
 
 struct Ending {
   std::string_view text;
