@@ -244,7 +244,7 @@ TEST(ImageGeometry, TurnsResizesAndPastes) {
     ASSERT_TRUE(resizeImage(src.image, resized.image));
     for (int p = 0; p < resized.image.width * resized.image.height; ++p) {
       for (int k = 0; k < 4; ++k) {
-        const int expected = k == 3 ? 255 : result[asSize(p)] >> (8 * k) & 255;
+        const int expected = k == 3 ? 255 : int(result[asSize(p)] >> (8 * k) & 255);
         ASSERT_EQ(resized.at(p % resized.image.width, p / resized.image.width, k), expected) << i;
       }
     }
