@@ -40,3 +40,5 @@ else()
 endif()
 target_compile_definitions(algorithm_highway INTERFACE
   HWY_DISABLED_TARGETS=\(~\(ALG_AVX512|HWY_AVX2|${highway_neon}|HWY_EMU128|HWY_SCALAR\)\))
+# Its own checks, which sanitizers and debug builds would turn on, end in its library.
+target_compile_definitions(algorithm_highway INTERFACE HWY_IS_DEBUG_BUILD=0)
