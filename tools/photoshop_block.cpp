@@ -60,7 +60,9 @@ std::vector<uint8_t> iptcResource(Bytes records) {
     resource.push_back(static_cast<uint8_t>(size >> static_cast<unsigned>(shift)));
   }
   resource.insert(resource.end(), records.begin(), records.end());
-  resource.resize(resource.size() + (size & 1U));
+  if (size % 2 != 0) {
+    resource.push_back(0);
+  }
   return resource;
 }
 
