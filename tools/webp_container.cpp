@@ -18,7 +18,9 @@ void appendChunk(std::vector<uint8_t>& to, std::string_view name, Bytes content)
   to.insert(to.end(), name.begin(), name.end());
   appendNumber(to, content.size(), 4);
   to.insert(to.end(), content.begin(), content.end());
-  to.resize(to.size() + content.size() % 2);
+  if (content.size() % 2 != 0) {
+    to.push_back(0);
+  }
 }
 
 struct Chunk {
