@@ -1,7 +1,6 @@
 import com.orvik.camera.common.Native.CameraFrames;
 import com.orvik.camera.common.Native.CameraFrames.Plane;
 import com.orvik.camera.common.Native.YUVAlgorithm;
-import java.io.IOException;
 import java.nio.ByteBuffer;
 import java.nio.file.Files;
 import java.nio.file.Path;
@@ -102,8 +101,8 @@ final class CameraFramesTest extends Harness {
   }
 
   /** Applications are compiled for Java 8 or 11 and build tools of their time: no class may be newer. */
-  private static void classVersions() throws IOException {
-    String jar = CameraFrames.class.getProtectionDomain().getCodeSource().getLocation().getPath();
+  private static void classVersions() throws Exception {
+    String jar = CameraFrames.class.getProtectionDomain().getCodeSource().getLocation().toURI().getPath();
     int classes = 0;
     try (ZipFile files = new ZipFile(jar)) {
       for (ZipEntry file : Collections.list(files.entries())) {
@@ -117,7 +116,7 @@ final class CameraFramesTest extends Harness {
     check(classes >= 7, "the jar has " + classes + " classes");
   }
 
-  public static void main(String[] args) throws IOException {
+  public static void main(String[] args) throws Exception {
     classVersions();
     int[][] sizes = {{2, 2}, {2, 6}, {8, 2}, {6, 4}, {66, 10}};
     for (int i = 0; i < 360; i++) {

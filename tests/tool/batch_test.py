@@ -60,7 +60,7 @@ class BatchTest(ToolCase):
             self.assertEqual(ours.makefile("rb").read(), self.sepia)
         self.run_tool("apply", "sepia", "photo.jpg", "circle", code=1, says="symbolic links")
         self.run_tool("apply", "sepia", "photo.jpg", "other", "--dry-run")
-        result = subprocess.run(f"cat photo.jpg | {TOOL} apply sepia - - | cat", shell=True, capture_output=True)
+        result = subprocess.run(f"cat photo.jpg | '{TOOL}' apply sepia - - | cat", shell=True, capture_output=True)
         self.assertEqual((result.stdout, result.stderr), (self.sepia, b""))
         self.assertFalse(list(Path(".").rglob(".*")))
 
