@@ -51,35 +51,114 @@ void reliefRowVector(const uint8_t* top, const uint8_t* bottom, uint8_t* grey, s
 
 // Sketch ---------------------------------------------------------------------------------------
 
+#if ALG_IS_NEON()
+
+// The root of n, rounded down, for bytes n / 256 of 64 and more: either this or one less, for 256
+// numbers of 16 bits hold at most one square.
+struct LastRoots {
+  constexpr LastRoots() {
+    int root = 128;
+    for (int i = 0; i < static_cast<int>(sizeof of); ++i) {
+      while ((root + 1) * (root + 1) < 256 * (i + 65)) {
+        ++root;
+      }
+      of[i] = static_cast<uint8_t>(root);
+    }
+  }
+  uint8_t of[192] = {};
+};
+constexpr LastRoots kLastRoots;
+
+// Twice the roots of 16-bit numbers, rounded down and limited to 255; all numbers have been tried.
+// Numbers are multiplied by powers of four until one of their two highest bits is set; their roots
+// are divided again.
+class DoubledRoots {
+ public:
+  DoubledRoots()
+      : q0_(vld1q_u8_x4(kLastRoots.of)),
+        q1_(vld1q_u8_x4(kLastRoots.of + 64)),
+        q2_(vld1q_u8_x4(kLastRoots.of + 128)) {}
+
+  HWY_INLINE uint8x16_t operator()(uint16x8_t lower, uint16x8_t upper) const {
+    const uint16x8_t zeros0 = vclzq_u16(lower), zeros1 = vclzq_u16(upper);
+    const uint16x8_t n0 = multiplied(lower, zeros0), n1 = multiplied(upper, zeros1);
+    const uint16x8_t least = vdupq_n_u16(64 << 8);
+    const uint8x16_t index = vsubhn_high_u16(vsubhn_u16(n0, least), n1, least);
+    const uint8x16_t root = lastRoots(index);  // 0 of 0
+    const uint8x8_t r0 = vget_low_u8(root), r1 = vget_high_u8(root);
+    // Negative where that is too large, and at most 510.
+    const uint16x8_t rest0 = vmlsl_u8(n0, r0, r0), rest1 = vmlsl_u8(n1, r1, r1);
+    const auto bytes = [](uint16x8_t v) HWY_ATTR { return vreinterpretq_s8_u16(v); };
+    const int8x16_t corrected =
+        vsraq_n_s8(vreinterpretq_s8_u8(root), vuzp2q_s8(bytes(rest0), bytes(rest1)), 7);
+    const int8x16_t zeros = vuzp1q_s8(bytes(zeros0), bytes(zeros1));
+    return vqshlq_u8(vreinterpretq_u8_s8(corrected), vhsubq_s8(vdupq_n_s8(3), zeros));
+  }
+
+ private:
+  static HWY_INLINE uint16x8_t multiplied(uint16x8_t n, uint16x8_t zeros) {
+    return vshlq_u16(n, vreinterpretq_s16_u16(vbicq_u16(zeros, vdupq_n_u16(1))));
+  }
+
+  // A look-up beyond the table leaves the byte as it is.
+  HWY_INLINE uint8x16_t lastRoots(uint8x16_t index) const {
+    const uint8x16_t first = vqtbl4q_u8(q0_, index);
+    const uint8x16_t second = vqtbx4q_u8(first, q1_, vsubq_u8(index, vdupq_n_u8(64)));
+    return vqtbx4q_u8(second, q2_, vsubq_u8(index, vdupq_n_u8(128)));
+  }
+
+  const uint8x16x4_t q0_, q1_, q2_;
+};
+
+// Of 16 columns of windows: sums of their three bytes, and differences between top and bottom.
+struct Columns {
+  uint16x8_t sum0, sum1;
+  int16x8_t step0, step1;
+};
+
+HWY_INLINE Columns columnsOf(const uint8_t* top, const uint8_t* middle, const uint8_t* bottom) {
+  const uint8x16_t t = vld1q_u8(top), m = vld1q_u8(middle), b = vld1q_u8(bottom);
+  const uint8x8_t t0 = vget_low_u8(t), m0 = vget_low_u8(m), b0 = vget_low_u8(b);
+  return {vaddw_u8(vaddl_u8(t0, b0), m0), vaddw_high_u8(vaddl_high_u8(t, b), m),
+          vreinterpretq_s16_u16(vsubl_u8(t0, b0)), vreinterpretq_s16_u16(vsubl_high_u8(t, b))};
+}
+
+// Half the squared gradient of eight windows, or another number whose root exceeds 128.
+HWY_INLINE uint16x8_t energy(uint16x8_t sum, uint16x8_t nextSum, int16x8_t step,
+                             int16x8_t nextStep) {
+  const int16x8_t both = vaddq_s16(step, vextq_s16(step, nextStep, 1));
+  const int16x8_t three = vaddq_s16(both, vextq_s16(step, nextStep, 2));
+  const uint16x8_t most = vdupq_n_u16(180);  // twice its square fits 16 bits
+  const uint16x8_t y = vminq_u16(vreinterpretq_u16_s16(vabsq_s16(three)), most);
+  const uint16x8_t x = vminq_u16(vabdq_u16(sum, vextq_u16(sum, nextSum, 2)), most);
+  return vmlaq_u16(vmulq_u16(x, x), y, y);
+}
+
+void lineRowVector(const uint8_t* top, const uint8_t* middle, const uint8_t* bottom, uint8_t* grey,
+                   std::size_t count) {
+  const DoubledRoots doubledRoots;
+  const auto columnsAt = [&](std::size_t x)
+                             HWY_ATTR { return columnsOf(top + x, middle + x, bottom + x); };
+  const auto draw = [&](std::size_t x, const Columns& c, const Columns& next) HWY_ATTR {
+    const uint8x16_t length = doubledRoots(energy(c.sum0, c.sum1, c.step0, c.step1),
+                                           energy(c.sum1, next.sum0, c.step1, next.step0));
+    vst1q_u8(grey + x, vmvnq_u8(length));
+  };
+  static_assert(3 * kBlock <= kRowPadding);
+  Columns even = columnsAt(0);
+  for (std::size_t x = 0; x < count; x += 2 * kBlock) {
+    const Columns odd = columnsAt(x + kBlock);
+    draw(x, even, odd);
+    even = columnsAt(x + 2 * kBlock);
+    draw(x + kBlock, odd, even);
+  }
+}
+
+#else
+
 // The roots of squared gradients, rounded down and limited to 255. The float root is exact enough:
 // one less than a square is below 2^17, so its root is further from the next integer than any
 // rounding.
-#if ALG_IS_NEON()
-// A hardware root takes long. An estimate with one step of refinement, rounded to the nearest, is
-// the root or the integer above it, in which case its square is too large. (Of 0, the estimate's
-// product is not a number and becomes 0.)
-HWY_INLINE ByteVector roots(const Ints4& energies) {
-  const auto nearest = [](uint32x4_t limited) HWY_ATTR {
-    const float32x4_t e = vcvtq_f32_u32(limited);
-    const float32x4_t r = vrsqrteq_f32(e);
-    const float32x4_t root = vmulq_f32(e, r);
-    return vcvtnq_u32_f32(vmulq_f32(root, vrsqrtsq_f32(root, r)));
-  };
-  const auto eight = [&](IntVector a, IntVector b) HWY_ATTR {
-    const uint32x4_t most = vdupq_n_u32(255 * 255);
-    const uint32x4_t ea = vminq_u32(vreinterpretq_u32_s32(a.raw), most);
-    const uint32x4_t eb = vminq_u32(vreinterpretq_u32_s32(b.raw), most);
-    const auto narrowed = [](uint32x4_t x, uint32x4_t y) HWY_ATTR {
-      return vuzp1q_u16(vreinterpretq_u16_u32(x), vreinterpretq_u16_u32(y));
-    };
-    const uint16x8_t root = narrowed(nearest(ea), nearest(eb));
-    return vaddq_u16(root, vcgtq_u16(vmulq_u16(root, root), narrowed(ea, eb)));
-  };
-  const uint16x8_t lower = eight(energies.part[0], energies.part[1]);
-  const uint16x8_t upper = eight(energies.part[2], energies.part[3]);
-  return ByteVector(vuzp1q_u8(vreinterpretq_u8_u16(lower), vreinterpretq_u8_u16(upper)));
-}
-#else
 HWY_INLINE ByteVector roots(Ints4 energies) {
   const Ints d;
   for (IntVector& e : energies.part) {
@@ -87,7 +166,6 @@ HWY_INLINE ByteVector roots(Ints4 energies) {
   }
   return narrow(energies);  // limits to 255
 }
-#endif
 
 void lineRowVector(const uint8_t* top, const uint8_t* middle, const uint8_t* bottom, uint8_t* grey,
                    std::size_t count) {
@@ -97,6 +175,8 @@ void lineRowVector(const uint8_t* top, const uint8_t* middle, const uint8_t* bot
     hn::StoreU(hn::Not(roots(sumsOfSquares(g.x, g.y))), d, grey + x);
   }
 }
+
+#endif
 
 // Prague ---------------------------------------------------------------------------------------
 
@@ -279,17 +359,22 @@ HWY_INLINE Brightest brightest(const PlaneWindow& rows, std::size_t x) {
 
 #if ALG_IS_NEON()
 
-// Where a block's factors lie in their table, in bytes.
-HWY_INLINE void takeOffsets(const PlaneWindow& rows, std::size_t x,
-                            uint16_t (&offsets)[kPackedBytes][kBlock]) {
-  const Brightest most = brightest(rows, x);
-  const uint8x16_t one = vdupq_n_u8(sizeof(uint32_t)), three = vdupq_n_u8(3 * sizeof(uint32_t));
-  for (std::size_t c = 0; c < kPackedBytes; ++c) {
-    const uint8x16_t all = most.all.raw, own = most.of[c].raw;
-    vst1q_u16(offsets[c], vmlal_u8(vmull_u8(vget_low_u8(all), vget_low_u8(one)), vget_low_u8(own),
-                                   vget_low_u8(three)));
-    vst1q_u16(offsets[c] + 8, vmlal_high_u8(vmull_high_u8(all, one), own, three));
-  }
+// Looks up eight factors by their offsets in bytes. Half of the offsets are moved out of the vector
+// one by one, half four at a time, which balances the pipelines.
+HWY_INLINE void takeFactors(const uint32_t* factors, uint16x8_t offsets, uint32_t* looked) {
+  const uintptr_t base = reinterpret_cast<uintptr_t>(factors);
+  const auto at = [base](uint64_t offset)
+                      HWY_ATTR { return *reinterpret_cast<const uint32_t*>(base + offset); };
+  const uint64_t four = vgetq_lane_u64(vreinterpretq_u64_u16(offsets), 0);
+  const uint32_t found[8] = {at(four & 0xFFFF),
+                             at(four >> 16 & 0xFFFF),
+                             at(four >> 32 & 0xFFFF),
+                             at(four >> 48),
+                             at(vgetq_lane_u16(offsets, 4)),
+                             at(vgetq_lane_u16(offsets, 5)),
+                             at(vgetq_lane_u16(offsets, 6)),
+                             at(vgetq_lane_u16(offsets, 7))};
+  std::copy_n(found, 8, looked);
 }
 
 HWY_INLINE uint8x8_t scaledBy(const uint32_t* factors, uint16x8_t v) {
@@ -306,12 +391,19 @@ HWY_INLINE ByteVector scaledBy(const uint32_t* factors, ByteVector v) {
 
 HWY_INLINE void cartoonBlock(const PlaneWindow& rows, std::size_t x, uint8_t* out,
                              const uint32_t* factors) {
-  HWY_ALIGN uint16_t offsets[kPackedBytes][kBlock];
   HWY_ALIGN uint32_t looked[kPackedBytes][kBlock];
-  takeOffsets(rows, x, offsets);
-  for (int c = 0; c < kPackedBytes; ++c) {
-    lookUp<0>(factors, offsets[c], looked[c], kBlock);
-  }
+  const Brightest most = brightest(rows, x);
+  const uint8x16_t one = vdupq_n_u8(sizeof(uint32_t)), three = vdupq_n_u8(3 * sizeof(uint32_t));
+  const auto take = [&](int c) HWY_ATTR {
+    const uint8x16_t all = most.all.raw, own = most.of[c].raw;
+    const uint16x8_t lower = vmlal_u8(vmull_u8(vget_low_u8(all), vget_low_u8(one)),
+                                      vget_low_u8(own), vget_low_u8(three));
+    takeFactors(factors, lower, looked[c]);
+    takeFactors(factors, vmlal_high_u8(vmull_high_u8(all, one), own, three), looked[c] + 8);
+  };
+  take(0);
+  take(1);
+  take(2);
   const auto scaled = [&](int c) HWY_ATTR {
     return scaledBy(looked[c], hn::LoadU(Bytes(), rows.plane(c).middle + x + 1));
   };

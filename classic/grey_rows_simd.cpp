@@ -46,6 +46,37 @@ struct Pixels {
 
 #if ALG_IS_NEON()
 
+// Weights that are multiples of 1/512, those of blue and red small, that of green an even one. With
+// A the sum of blue and red in units of 1/512, and B green in units of 1/256,
+//
+//     (A + 2 B) >> 9  =  ((A >> 1) + B) >> 8
+class ShortWeigher {
+ public:
+  static bool takes(const GreyWeights& weights) {
+    return (weights.of[0] | weights.of[2]) % 128 == 0 && weights.of[1] % 256 == 0 &&
+           weights.of[0] + weights.of[2] <= 256 * 128;
+  }
+
+  explicit ShortWeigher(const GreyWeights& weights)
+      : blue_(vdupq_n_u8(static_cast<uint8_t>(weights.of[0] >> 7))),
+        green_(vdupq_n_u8(static_cast<uint8_t>(weights.of[1] >> 8))),
+        red_(vdupq_n_u8(static_cast<uint8_t>(weights.of[2] >> 7))) {}
+
+  void block(const uint8_t* pixels, uint8_t* grey) const {
+    const uint8x16x3_t p = vld3q_u8(pixels);
+    const auto low = [](uint8x16_t v) HWY_ATTR { return vget_low_u8(v); };
+    const uint16x8_t outer0 =
+        vmlal_u8(vmull_u8(low(p.val[0]), low(blue_)), low(p.val[2]), low(red_));
+    const uint16x8_t outer1 = vmlal_high_u8(vmull_high_u8(p.val[0], blue_), p.val[2], red_);
+    const uint16x8_t sum0 = vsraq_n_u16(vmull_u8(low(p.val[1]), low(green_)), outer0, 1);
+    const uint16x8_t sum1 = vsraq_n_u16(vmull_high_u8(p.val[1], green_), outer1, 1);
+    vst1q_u8(grey, vshrn_high_n_u16(vshrn_n_u16(sum0, 8), sum1, 8));
+  }
+
+ private:
+  uint8x16_t blue_, green_, red_;
+};
+
 // Three byte planes and widening multiplications: H and L of 8 pixels a vector.
 class Weigher {
  public:
@@ -161,12 +192,21 @@ class Weigher {
 
 #endif
 
-void greyRowVector(const uint8_t* pixels, uint8_t* grey, std::size_t width,
-                   const GreyWeights& weights) {
-  const Weigher weigher(weights);
+template <class AnyWeigher>
+void weighRow(const uint8_t* pixels, uint8_t* grey, std::size_t width, const AnyWeigher& weigher) {
   const auto weigh = [&](std::size_t x, const uint8_t* from)
                          HWY_ATTR { weigher.block(from, grey + x); };
   forEachBlock<kBlock>(width, weigh, Reads<kPackedBytes>{pixels});
+}
+
+void greyRowVector(const uint8_t* pixels, uint8_t* grey, std::size_t width,
+                   const GreyWeights& weights) {
+#if ALG_IS_NEON()
+  if (ShortWeigher::takes(weights)) {
+    return weighRow(pixels, grey, width, ShortWeigher(weights));
+  }
+#endif
+  weighRow(pixels, grey, width, Weigher(weights));
 }
 
 void splitRowVector(const uint8_t* pixels, uint8_t* to, std::ptrdiff_t pitch, std::size_t width) {

@@ -80,9 +80,13 @@ class FetchAhead {
  private:
   static void fetch(const uint8_t* src, const uint8_t* dst, int bytes) {
     constexpr int kCacheLine = 64;
-    for (int i = 0; i < bytes; i += kCacheLine) {
-      __builtin_prefetch(src + i);
-      __builtin_prefetch(dst + i, 1);
+    constexpr int kLines = 4;  // at a time, of which the last ones may be further behind
+    for (const uint8_t* end = src + bytes; src < end; src += kLines * kCacheLine) {
+      for (int i = 0; i < kLines; ++i) {
+        __builtin_prefetch(src + (i * kCacheLine));
+        __builtin_prefetch(dst + (i * kCacheLine), 1);
+      }
+      dst += kLines * kCacheLine;
     }
   }
 

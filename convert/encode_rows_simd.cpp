@@ -91,35 +91,30 @@ HWY_INLINE uint8x16_t lumaOf(const Pixels& p) {
   return vaddhn_high_u16(vaddhn_u16(half(low), offset), half(high), offset);
 }
 
-// Differences of even pixels' colours as 16-bit lanes. As the factors of a chroma sample cancel
-// out, two differences make one.
+// How far the blue and red of even pixels exceed their green. As the factors of a chroma sample
+// cancel out, these two make it.
 struct EvenPixels {
-  int16x8_t blueGreen, blueRed, redGreen;
+  int16x8_t blue, red;
 };
+static_assert(bt601::kU.red + bt601::kU.green + bt601::kU.blue == 0);
+static_assert(bt601::kV.red + bt601::kV.green + bt601::kV.blue == 0);
 
 template <RowFormat kFormat>
 HWY_INLINE EvenPixels evenPixels(const Pixels& p) {
   constexpr bool kBlueFirst = !encodesRedFirst(kFormat);
-  const auto even = [](uint8x16_t bytes) HWY_ATTR {
-    return vreinterpretq_s16_u16(vandq_u16(vreinterpretq_u16_u8(bytes), vdupq_n_u16(0xFF)));
-  };
-  const int16x8_t blue = even(kBlueFirst ? p.first : p.last), green = even(p.middle);
-  const int16x8_t red = even(kBlueFirst ? p.last : p.first);
-  return {vsubq_s16(blue, green), vsubq_s16(blue, red), vsubq_s16(red, green)};
+  const uint8x16_t both = kBlueFirst ? vuzp1q_u8(p.first, p.last) : vuzp1q_u8(p.last, p.first);
+  const uint8x16_t green = vuzp1q_u8(p.middle, p.middle);
+  return {vreinterpretq_s16_u16(vsubl_u8(vget_low_u8(both), vget_low_u8(green))),
+          vreinterpretq_s16_u16(vsubl_high_u8(both, green))};
 }
 
 // One sample of eight chroma pairs: 32-bit sums, their upper halves.
-template <bool kIsU>
-HWY_INLINE uint16x8_t chromaOf(const EvenPixels& p) {
-  constexpr bt601::Weights kWeights = kIsU ? bt601::kU : bt601::kV;
-  static_assert(kWeights.red + kWeights.green + kWeights.blue == 0);
-  const int16x8_t fromGreen = kIsU ? p.blueGreen : p.redGreen;
-  constexpr auto kGreen = static_cast<int16_t>(-kWeights.green);
-  constexpr auto kRest = static_cast<int16_t>(kIsU ? -kWeights.red : kWeights.blue);
+HWY_INLINE uint16x8_t chromaOf(const EvenPixels& p, const bt601::Weights& weights) {
+  const auto blue = static_cast<int16_t>(weights.blue), red = static_cast<int16_t>(weights.red);
   const int32x4_t low =
-      vmlal_n_s16(vmull_n_s16(vget_low_s16(fromGreen), kGreen), vget_low_s16(p.blueRed), kRest);
-  const int32x4_t high = vmlal_high_n_s16(vmull_high_n_s16(fromGreen, kGreen), p.blueRed, kRest);
-  const int32x4_t offset = vdupq_n_s32(kWeights.offset);
+      vmlal_n_s16(vmull_n_s16(vget_low_s16(p.blue), blue), vget_low_s16(p.red), red);
+  const int32x4_t high = vmlal_high_n_s16(vmull_high_n_s16(p.blue, blue), p.red, red);
+  const int32x4_t offset = vdupq_n_s32(weights.offset);
   return vreinterpretq_u16_s16(
       vaddhn_high_s32(vaddhn_s32(opaque(low), offset), opaque(high), offset));
 }
@@ -130,9 +125,10 @@ HWY_INLINE void encodeBlock(const uint8_t* pixels, uint8_t* luma, uint8_t* chrom
   vst1q_u8(luma, lumaOf<kFormat>(p));
   if constexpr (kChroma) {
     const EvenPixels even = evenPixels<kFormat>(p);
-    constexpr bool kUFirst = !hasVFirst(kFormat);
-    vst1q_u8(chroma, vreinterpretq_u8_u16(
-                         vsliq_n_u16(chromaOf<kUFirst>(even), chromaOf<!kUFirst>(even), 8)));
+    constexpr bt601::Weights kFirst = hasVFirst(kFormat) ? bt601::kV : bt601::kU;
+    constexpr bt601::Weights kSecond = hasVFirst(kFormat) ? bt601::kU : bt601::kV;
+    vst1q_u8(chroma,
+             vreinterpretq_u8_u16(vsliq_n_u16(chromaOf(even, kFirst), chromaOf(even, kSecond), 8)));
   }
 }
 
