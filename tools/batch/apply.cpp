@@ -1,6 +1,6 @@
 #include "tools/batch/apply.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <cerrno>

@@ -1,5 +1,6 @@
 #include "tools/batch/apply_options.h"
 
+#include <CLI/CLI.hpp>
 #include <cmath>
 #include <cstdlib>
 #include <string>

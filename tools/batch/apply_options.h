@@ -1,9 +1,8 @@
 // The options of camera-effects apply.
 #pragma once
 
-#include <CLI/CLI.hpp>
-
 #include "tools/batch/apply.h"
+#include "tools/shell/cli_fwd.h"
 
 namespace alg::tool {
 

@@ -1,6 +1,6 @@
 #include "tools/batch/batch.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <chrono>

@@ -1,6 +1,6 @@
 #include "tools/batch/output_name.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <filesystem>
 #include <optional>

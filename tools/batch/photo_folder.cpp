@@ -1,6 +1,6 @@
 #include "tools/batch/photo_folder.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <string_view>

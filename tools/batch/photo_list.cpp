@@ -1,6 +1,6 @@
 #include "tools/batch/photo_list.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <string_view>
 #include <system_error>

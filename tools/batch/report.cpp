@@ -1,7 +1,7 @@
 #include "tools/batch/report.h"
 
 #include <fcntl.h>
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <fmt/ranges.h>
 #include <sys/stat.h>
 #include <unistd.h>

@@ -1,6 +1,6 @@
 #include "tools/batch/shard.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <charconv>
 

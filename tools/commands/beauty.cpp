@@ -1,7 +1,7 @@
 #include "tools/commands/beauty.h"
 
 #include <android/log.h>
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <string>
 #include <string_view>

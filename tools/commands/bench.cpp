@@ -1,6 +1,6 @@
 #include "tools/commands/bench.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <regex.h>
 
 #include <algorithm>

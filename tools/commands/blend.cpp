@@ -1,6 +1,6 @@
 #include "tools/commands/blend.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <utility>
 

@@ -1,6 +1,6 @@
 #include "tools/commands/catalogue.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <fmt/ranges.h>
 
 #include <string>

@@ -1,7 +1,8 @@
 #include "tools/commands/commands.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <fmt/ranges.h>
+#include <CLI/CLI.hpp>
 
 #include <cmath>
 #include <cstdlib>

@@ -1,7 +1,6 @@
 // The commands and their options. The work itself is elsewhere.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <functional>
 #include <string>
 
@@ -14,6 +13,7 @@
 #include "tools/frames/frame_stream.h"
 #include "tools/frames/raw_frames.h"
 #include "tools/gallery/gallery.h"
+#include "tools/shell/cli_fwd.h"
 
 namespace alg::tool {
 

@@ -1,7 +1,9 @@
 #include "tools/commands/completion.h"
+
+#include <CLI/CLI.hpp>
 #include "tools/shell/file_kinds.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <fmt/ranges.h>
 
 #include <set>

@@ -1,9 +1,10 @@
 // camera-effects completion: what shells complete, read from the commands themselves.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <string>
 #include <vector>
+
+#include "tools/shell/cli_fwd.h"
 
 namespace alg::tool {
 

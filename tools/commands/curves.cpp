@@ -1,6 +1,6 @@
 #include "tools/commands/curves.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <array>

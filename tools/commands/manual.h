@@ -1,8 +1,9 @@
 // The manual page, written from the commands themselves.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <string>
+
+#include "tools/shell/cli_fwd.h"
 
 namespace alg::tool {
 

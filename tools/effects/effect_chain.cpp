@@ -1,6 +1,6 @@
 #include "tools/effects/effect_chain.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <cmath>

@@ -1,7 +1,8 @@
 #include "tools/effects/effect_options.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <fmt/ranges.h>
+#include <CLI/CLI.hpp>
 
 #include <algorithm>
 #include <cmath>

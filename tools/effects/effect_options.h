@@ -2,13 +2,13 @@
 // parameter "radius", --paper for a picture "paper".
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <map>
 #include <string>
 #include <vector>
 
 #include "catalogue/operation.h"
 #include "tools/effects/effect_pictures.h"
+#include "tools/shell/cli_fwd.h"
 
 namespace alg::tool {
 

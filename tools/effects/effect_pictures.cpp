@@ -1,6 +1,6 @@
 #include "tools/effects/effect_pictures.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include "platform/device_path.h"
 #include "tools/files/files.h"

@@ -1,6 +1,6 @@
 #include "tools/effects/photo_effect.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <iterator>

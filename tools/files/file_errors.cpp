@@ -1,6 +1,6 @@
 #include "tools/files/file_errors.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <cerrno>
 #include <cstring>

@@ -1,7 +1,7 @@
 #include "tools/files/new_file.h"
 
 #include <fcntl.h>
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <sys/random.h>
 #include <unistd.h>
 

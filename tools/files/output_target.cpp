@@ -1,6 +1,6 @@
 #include "tools/files/output_target.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <unistd.h>
 
 #include <cerrno>

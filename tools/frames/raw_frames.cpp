@@ -1,6 +1,6 @@
 #include "tools/frames/raw_frames.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <cstdint>
 #include <cstring>

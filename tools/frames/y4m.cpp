@@ -1,6 +1,6 @@
 #include "tools/frames/y4m.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,6 @@
 #include "tools/metadata/metadata.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <fmt/ranges.h>
 
 #include <algorithm>

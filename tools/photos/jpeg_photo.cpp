@@ -1,6 +1,6 @@
 #include "tools/photos/jpeg_photo.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <new>
 

@@ -1,6 +1,6 @@
 #include "tools/photos/photo_faults.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <system_error>
 

@@ -1,6 +1,6 @@
 #include "tools/photos/photo_file.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <utility>

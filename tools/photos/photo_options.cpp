@@ -1,5 +1,6 @@
 #include "tools/photos/photo_options.h"
 
+#include <CLI/CLI.hpp>
 #include <array>
 #include <charconv>
 #include <string>

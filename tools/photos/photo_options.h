@@ -1,10 +1,10 @@
 // The options of all commands that read or write photos.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <optional>
 
 #include "platform/jpeg_format.h"
+#include "tools/shell/cli_fwd.h"
 
 namespace alg::tool {
 

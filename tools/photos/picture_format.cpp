@@ -1,6 +1,6 @@
 #include "tools/photos/picture_format.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <cctype>

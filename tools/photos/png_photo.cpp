@@ -2,7 +2,7 @@
 // setjmp and the library; results travel in structs that the callers own.
 #include "tools/photos/png_photo.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <png.h>
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "tools/photos/size.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <charconv>

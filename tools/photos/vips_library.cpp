@@ -1,7 +1,7 @@
 #include "tools/photos/vips_library.h"
 
 #include <dlfcn.h>
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <memory>
 #include <new>

@@ -1,9 +1,10 @@
 #include "tools/shell/console.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <mutex>
