@@ -327,6 +327,7 @@ JpegFault transcode(JpegReader& reader, JpegOutput& output, const JpegBandOption
          .height = layout.height,
          .pixels = options.result,
          .quality = options.quality,
+         .tables = options.tables,
          .sampling = options.sampling,
          .segments = options.carrySegments ? std::span<const uint8_t>(carried.get(), size)
                                            : options.segments});

@@ -36,6 +36,7 @@ struct JpegBandOptions {
   int halo = 0;                           ///< rows that the work reads above and below a band
   int reduction = 1;                      ///< 1, 2, 4 or 8, as JpegReader has it
   int quality = 75;
+  JpegTables tables = {};  ///< as JpegWriter has them
   JpegSampling sampling = JpegSampling::k420;
   /// Carries the file's own APPn and COM segments over (JpegReader::segments): orientation, profile
   /// and whatever else the camera wrote stay.

@@ -1,6 +1,7 @@
 // What JPEG files hold, and what can go wrong with them.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 
@@ -36,6 +37,12 @@ enum class JpegSampling : uint8_t { k420, k422, k444 };
 
 enum class JpegColours : uint8_t { kGrey, kRgb, kCmyk };
 
+/// By what the coefficients of Y, Cb and Cr are divided, row by row of a block.
+struct JpegTables {
+  int count = 0;  ///< of those below that are known: 0, 1 (of a grey file) or 3
+  std::array<std::array<uint8_t, 64>, 3> values{};
+};
+
 /// What a file's header says.
 struct JpegInfo {
   int width = 0;
@@ -43,7 +50,8 @@ struct JpegInfo {
   JpegColours colours = JpegColours::kRgb;
   JpegSampling sampling = JpegSampling::k420;  ///< the nearest that has no less chroma; grey: k420
   bool wholeImage = false;  ///< progressive, or several scans: the codec holds all coefficients
-  int quality = 0;  ///< 1..100: whose luma table comes nearest to the file's; 0: it has none
+  int quality = 0;    ///< 1..100: whose luma table comes nearest to the file's; 0: it has none
+  JpegTables tables;  ///< of grey and YCbCr files
 
   /// The sides at a reduction of 1, 2, 4 or 8.
   int reducedWidth(int reduction) const { return (width + reduction - 1) / reduction; }

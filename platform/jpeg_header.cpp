@@ -32,6 +32,30 @@ JpegSampling samplingOf(const jpeg_decompress_struct& jpeg) {
   return !half ? JpegSampling::k444 : halfRows ? JpegSampling::k420 : JpegSampling::k422;
 }
 
+/// A component's table; null if the file has none.
+const JQUANT_TBL* tableOf(const jpeg_decompress_struct& jpeg, int component) {
+  const int number = jpeg.comp_info[component].quant_tbl_no;  // any byte of the file's
+  return number < NUM_QUANT_TBLS ? jpeg.quant_tbl_ptrs[number] : nullptr;
+}
+
+JpegTables tablesOf(const jpeg_decompress_struct& jpeg) {
+  JpegTables tables;
+  const J_COLOR_SPACE colours = jpeg.jpeg_color_space;
+  const int count = colours == JCS_YCbCr ? 3 : colours == JCS_GRAYSCALE ? 1 : 0;
+  for (int component = 0; component < count; ++component) {
+    const JQUANT_TBL* table = tableOf(jpeg, component);
+    if (table == nullptr) {
+      return {};
+    }
+    // Baseline files have bytes; 0 would divide by it.
+    std::ranges::transform(
+        table->quantval, tables.values[static_cast<std::size_t>(component)].begin(),
+        [](int value) { return static_cast<uint8_t>(std::clamp(value, 1, 255)); });
+  }
+  tables.count = count;
+  return tables;
+}
+
 /// The quality whose table for luma is nearest to the file's.
 int qualityOf(const jpeg_decompress_struct& jpeg) {
   // The JPEG standard's example (ITU-T T.81, table K.1), which qualities scale.
@@ -39,8 +63,7 @@ int qualityOf(const jpeg_decompress_struct& jpeg) {
                            14, 13, 16, 24, 40,  57,  69,  56,  14, 17, 22, 29, 51,  87,  80,  62,
                            18, 22, 37, 56, 68,  109, 103, 77,  24, 35, 55, 64, 81,  104, 113, 92,
                            49, 64, 78, 87, 103, 121, 120, 101, 72, 92, 95, 98, 112, 100, 103, 99};
-  const int number = jpeg.comp_info[0].quant_tbl_no;  // any byte of the file's
-  const JQUANT_TBL* table = number < NUM_QUANT_TBLS ? jpeg.quant_tbl_ptrs[number] : nullptr;
+  const JQUANT_TBL* table = tableOf(jpeg, 0);
   int nearest = 0;
   int least = std::numeric_limits<int>::max();
   for (int quality = 1; table != nullptr && quality <= 100; ++quality) {
@@ -67,6 +90,7 @@ JpegInfo describeJpeg(jpeg_decompress_struct& jpeg) {
   info.sampling = samplingOf(jpeg);
   info.wholeImage = jpeg_has_multiple_scans(&jpeg) != FALSE;
   info.quality = qualityOf(jpeg);
+  info.tables = tablesOf(jpeg);
   return info;
 }
 

@@ -1,6 +1,7 @@
 #include "platform/jpeg_writer.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <new>
 #include <string_view>
@@ -57,6 +58,7 @@ struct JpegWriter::Codec {
   Codec& operator=(const Codec&) = delete;
 
   JpegFault start(const Options& options);
+  void setTables(const JpegTables& tables);
   JpegFault write(const uint8_t* rows, std::size_t stride, JDIMENSION count);
   JpegFault finish();
 
@@ -100,6 +102,17 @@ void JpegWriter::Codec::give(std::size_t bytes) {
   }
 }
 
+/// A third table is written only if it has values of its own.
+void JpegWriter::Codec::setTables(const JpegTables& tables) {
+  const int count = tables.count == 3 && tables.values[1] == tables.values[2] ? 2 : tables.count;
+  for (int i = 0; i < count; ++i) {
+    std::array<unsigned, DCTSIZE2> values;
+    std::ranges::copy(tables.values[static_cast<std::size_t>(i)], values.begin());
+    jpeg_add_quant_table(&jpeg, i, values.data(), 100, TRUE);
+    jpeg.comp_info[i].quant_tbl_no = i;
+  }
+}
+
 JpegFault JpegWriter::Codec::start(const Options& options) {
   if (setjmp(errors.failed) != 0) {
     return errors.fault;
@@ -112,6 +125,7 @@ JpegFault JpegWriter::Codec::start(const Options& options) {
   jpeg.in_color_space = codecPixels(options.pixels);
   jpeg_set_defaults(&jpeg);
   jpeg_set_quality(&jpeg, options.quality, TRUE);
+  setTables(options.tables);
   jpeg.comp_info[0].h_samp_factor = options.sampling == JpegSampling::k444 ? 1 : 2;
   jpeg.comp_info[0].v_samp_factor = options.sampling == JpegSampling::k420 ? 2 : 1;
   jpeg.write_JFIF_header = saysWhatFile(options.segments) ? FALSE : TRUE;

@@ -25,7 +25,8 @@ class JpegWriter {
     int width = 0;
     int height = 0;
     JpegPixels pixels = JpegPixels::kBgra;
-    int quality = 75;  ///< 0..100; the codec clamps it
+    int quality = 75;        ///< 0..100; the codec clamps it
+    JpegTables tables = {};  ///< in place of the quality's own, those that are known
     JpegSampling sampling = JpegSampling::k420;
     /// Whole APPn and COM segments, each from its 0xFF on (JpegReader::segments), written first.
     /// If none of them is JFIF's or Exif's, a JFIF segment goes before.

@@ -144,6 +144,16 @@ class PhotosTest(ToolCase):
             self.run_tool("resize", "--size=30x20", "in.jpg", "made.jpg", "--quality=same")
             self.assertEqual(coding("made.jpg"), coding("in.jpg"))
             self.assertEqual(coding("made.jpg")[0], sampling)
+        cameras = bytearray(Path("in.jpg").read_bytes())  # tables of its own, one for each of the three
+        for at in (place.start() for place in re.finditer(rb"\xff\xdb", cameras)):
+            cameras[at + 5:at + 69] = bytes((cameras[at + 5 + i] + i) // 2 + 1 for i in range(64))
+        chroma, frame = cameras.rindex(b"\xff\xdb"), cameras.index(b"\xff\xc0")
+        cameras[frame + 18] = 2
+        cameras[chroma + 69:chroma + 69] = cameras[chroma:chroma + 4] + b"\2" + bytes(range(3, 67))
+        Path("in.jpg").write_bytes(cameras)
+        for command in (["resize", "--size=30x20"], ["apply", "sepia"]):
+            self.run_tool(*command, "in.jpg", "made.jpg", "--quality=same")
+            self.assertEqual(coding("made.jpg"), coding("in.jpg"))
         self.run_tool("resize", "--size=30x20", "in.jpg", "made.jpg", "--sampling=444")
         self.assertEqual(coding("made.jpg")[0], "444")
         self.assertNotEqual(coding("made.jpg")[1], coding("in.jpg")[1])

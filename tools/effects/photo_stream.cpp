@@ -204,8 +204,10 @@ void PhotoStream::run(EffectChain& effects, const fs::path& output, const PhotoO
   const std::vector<Job> jobs = effects.jobs(info_.width, info_.height);
   const std::vector<uint8_t> segments =
       Metadata(layout_, path_).segments(info_.width, info_.height, path_, {});
-  JpegBandOptions bands{.quality = options.quality.value_or(info_.quality),
-                        .sampling = options.sampling.value_or(info_.sampling),
+  const JpegCoding coding = options.coding(codingOf(info_));
+  JpegBandOptions bands{.quality = coding.quality,
+                        .tables = coding.tables,
+                        .sampling = coding.sampling,
                         .carrySegments = false,
                         .segments = segments,
                         .overlap = overlap};

@@ -98,9 +98,8 @@ void convertFrame(const ConvertRequest& request) {
   } else {
     const Photo argb = toArgb(frame, size, request.from);
     if (request.to == "jpg") {
-      const PhotoOptions& options = request.options;
-      writeFile(request.output, encodeJpegPhoto(argb, options.quality.value_or(kDefaultQuality),
-                                                options.sampling.value_or(JpegSampling::k420)));
+      const JpegCoding frames{.sampling = JpegSampling::k420};
+      writeFile(request.output, encodeJpegPhoto(argb, request.options.coding(frames)));
     } else {
       writeFile(request.output, fromArgb(wordsOf(argb), size, request.to));
     }

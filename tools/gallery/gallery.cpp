@@ -71,21 +71,20 @@ class GalleryWriter {
   /// @param photo  whose colour profile all pictures get
   GalleryWriter(const fs::path& folder, const PhotoFile& photo, const PhotoOptions& options)
       : folder_(folder),
-        quality_(options.quality.value_or(photo.origin.quality)),
-        sampling_(options.sampling.value_or(photo.origin.sampling)),
+        coding_(options.coding(photo.origin.coding)),
         segments_(Metadata().withProfile(photo.metadata.profile()).segments(0, 0, folder, {})) {
     fs::create_directories(folder / "pictures/small");
   }
 
   void add(const Entry& entry, const Photo& photo) {
     const std::string file = fmt::format("pictures/{}.jpg", entry.name);
-    const std::vector<uint8_t> jpeg = encodeJpegPhoto(photo, quality_, sampling_, segments_);
+    const std::vector<uint8_t> jpeg = encodeJpegPhoto(photo, coding_, segments_);
     writeFile(folder_ / file, jpeg);
 
     // The codec reduces while it decodes, which is the quickest way to a small picture.
     const std::string small = fmt::format("pictures/small/{}.jpg", entry.name);
     const DecodedJpeg card = decodeJpeg(jpeg, {.keepSide = kCardSide}).value();
-    writeFile(folder_ / small, encodeJpegPhoto(card, quality_, sampling_, segments_));
+    writeFile(folder_ / small, encodeJpegPhoto(card, coding_, segments_));
 
     entries_ += fmt::format(
         "{}\n{{\"name\": {}, \"about\": {}, \"group\": {}, \"file\": {}, \"width\": {}, "
@@ -107,8 +106,7 @@ class GalleryWriter {
 
  private:
   fs::path folder_;
-  int quality_;
-  JpegSampling sampling_;
+  JpegCoding coding_;
   std::vector<uint8_t> segments_;
   std::string entries_;  // the elements of a JSON array
 };

@@ -81,7 +81,9 @@ std::vector<uint8_t> changed(Bytes jpeg, const PictureChange& change) {
       appendSegment(segments, segment.marker, {}, segment.content);
     }
   }
-  return encodeJpegPhoto(map, reader.info().quality, JpegSampling::k444, segments);
+  JpegCoding coding = codingOf(reader.info());
+  coding.sampling = JpegSampling::k444;
+  return encodeJpegPhoto(map, coding, segments);
 }
 
 }  // namespace

@@ -103,16 +103,14 @@ PhotoFile decodeJpegPhoto(Bytes file, const std::filesystem::path& path,
   return {.photo = std::move(photo),
           .metadata = Metadata(layout, path),
           .origin = {.path = path,
-                     .quality = reader.info().quality,
-                     .sampling = reader.info().sampling,
+                     .coding = codingOf(info),
                      .damaged = static_cast<bool>(damage),
                      .width = info.width,
                      .height = info.height},
           .followers = Followers(file, layout)};
 }
 
-std::vector<uint8_t> encodeJpegPhoto(const Photo& photo, int quality, JpegSampling sampling,
-                                     Bytes segments) {
+std::vector<uint8_t> encodeJpegPhoto(const Photo& photo, const JpegCoding& coding, Bytes segments) {
   std::vector<uint8_t> file;
   JpegSink sink([&file](std::span<const uint8_t> bytes) {
     try {
@@ -125,8 +123,9 @@ std::vector<uint8_t> encodeJpegPhoto(const Photo& photo, int quality, JpegSampli
   JpegWriter writer(sink);
   writer.start({.width = photo.width,
                 .height = photo.height,
-                .quality = quality,
-                .sampling = sampling,
+                .quality = coding.quality,
+                .tables = coding.tables,
+                .sampling = coding.sampling,
                 .segments = segments});
   writer.write(photo.pixels.get(), static_cast<std::size_t>(photo.width) * kArgbBytes,
                photo.height);

@@ -21,7 +21,7 @@ PhotoFile decodeJpegPhoto(Bytes file, const std::filesystem::path& path,
                           const PhotoOptions& options, const KeepSide& keepSide);
 
 /// Throws UserError.
-std::vector<uint8_t> encodeJpegPhoto(const Photo& photo, int quality, JpegSampling sampling,
+std::vector<uint8_t> encodeJpegPhoto(const Photo& photo, const JpegCoding& coding,
                                      Bytes segments = {});
 
 }  // namespace alg::tool

@@ -54,16 +54,14 @@ Followers followersOf(const PhotoFile& file, const PhotoOptions& options) {
   return followers;
 }
 
-std::vector<uint8_t> encodeWithFollowers(const PhotoFile& file, const PhotoOptions& options,
-                                         int quality) {
+std::vector<uint8_t> encodeWithFollowers(const PhotoFile& file, const PhotoOptions& options) {
   const Photo& photo = file.photo;
   const Followers followers = followersOf(file, options);
   std::vector<uint8_t> segments = file.metadata.segments(
       photo.width, photo.height, file.origin.path, {followers.gainMapBytes(), followers.hasRest()});
   const std::vector<uint8_t> index = followers.index();
   segments.insert(segments.end(), index.begin(), index.end());
-  std::vector<uint8_t> bytes =
-      encodeJpegPhoto(photo, quality, options.sampling.value_or(file.origin.sampling), segments);
+  std::vector<uint8_t> bytes = encodeJpegPhoto(photo, options.coding(file.origin.coding), segments);
   const auto place = index.empty()
                          ? bytes.begin()
                          : std::search(bytes.begin(), bytes.end(), index.begin(), index.end());
@@ -105,7 +103,7 @@ std::vector<uint8_t> encodeFor(const std::filesystem::path& path, const PhotoFil
     neverOverDamaged(origin.path, path);
   }
   const PictureFormat format = formatToWrite(path);
-  const int quality = options.quality.value_or(origin.quality);
+  const int quality = options.coding(origin.coding).quality;
   const auto blocks = [&](const Metadata::Place& place) {
     return file.metadata.blocks(photo.width, photo.height, origin.path, place);
   };
@@ -122,7 +120,7 @@ std::vector<uint8_t> encodeFor(const std::filesystem::path& path, const PhotoFil
       return encodeWithVips(format, photo, quality, blocks({.format = "TIFF", .photoshop = true}),
                             path);
     default:
-      return encodeWithFollowers(file, options, quality);
+      return encodeWithFollowers(file, options);
   }
 }
 

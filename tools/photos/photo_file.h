@@ -20,10 +20,9 @@ namespace alg::tool {
 struct Origin {
   std::filesystem::path path;
   PictureFormat format = PictureFormat::kJpeg;
-  int quality = kDefaultQuality;               ///< of a JPEG: near the one it was written with
-  JpegSampling sampling = JpegSampling::k444;  ///< of a JPEG; others have all colours
-  bool damaged = false;                        ///< the photo is not all there
-  int width = 0;  ///< of the whole photo, upright; the pixels may come reduced
+  JpegCoding coding{};   ///< of a JPEG
+  bool damaged = false;  ///< the photo is not all there
+  int width = 0;         ///< of the whole photo, upright; the pixels may come reduced
   int height = 0;
 };
 

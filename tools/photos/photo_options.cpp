@@ -43,7 +43,7 @@ void addWriteOptions(CLI::App& command, PhotoOptions& options) {
       .add_option_function<std::string>(
           "--quality",
           [&options](const std::string& text) { options.quality = parseQuality(text); },
-          "of the coding, 0 to 100; or \"same\", which is near the input's if that is a JPEG")
+          "of the coding, 0 to 100; or \"same\", a JPEG's own, which has its quantisation tables")
       ->type_name("N|same")
       ->default_str(std::to_string(kDefaultQuality))
       ->check(
