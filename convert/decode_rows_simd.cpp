@@ -4,6 +4,7 @@
 // duplicated; a pair's arithmetic serves two pixels in each of two rows. A channel is the integer
 // part of level + chroma, where level = 76310 (Y - 16). As 76310 is even, the last fraction bit
 // never carries, and 15 bits of fraction are enough.
+#define ALG_ALSO_AVX512
 #include <cstdint>
 #include <cstring>
 #include <type_traits>
@@ -17,6 +18,8 @@
 #include "hwy/cache_control.h"
 #include "hwy/foreach_target.h"  // IWYU pragma: keep
 #include "hwy/highway.h"
+#include "kernels/block_ops-inl.h"
+#include "kernels/packed_planes-inl.h"
 #include "kernels/row_blocks-inl.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -135,19 +138,27 @@ HWY_INLINE void decodeBlock(const uint8_t* luma, const ChromaTerms& terms, uint8
   }
 }
 
-#else  // AVX2
+#else  // AVX2 and AVX-512
 
 using Shorts = hn::Repartition<int16_t, Bytes>;
 using Words = hn::Repartition<uint32_t, Bytes>;
 using ShortVector = hn::Vec<Shorts>;
 
 constexpr std::size_t kBlock = hn::MaxLanes(Bytes());  // pixels a step
-constexpr int kTopBit = 0x8000;
 
-// The chroma part of a channel for sixteen pairs: integer part, and fraction with its top bit
-// flipped, so that signed comparisons order it.
+// Where there are signed comparisons only, fractions have their top bit flipped for them.
+#if ALG_IS_AVX512()
+constexpr int kFlip = 0;
+using Compared = hn::Repartition<uint16_t, Bytes>;
+#else
+constexpr int kFlip = 0x8000;
+using Compared = Shorts;
+#endif
+
+// The chroma part of a channel for half a block of pairs: integer part, and how far its fraction is
+// below the largest.
 struct ChromaTerm {
-  ShortVector whole, fraction;
+  ShortVector whole, missing;
 };
 
 struct ChromaTerms {
@@ -185,23 +196,37 @@ HWY_INLINE ShortVector fractionOf(ShortVector five) {
   return hn::Mul(five, set(static_cast<int16_t>(kFactor * kInverse)));
 }
 
-// The same with its top bit flipped: multiplying by an odd factor keeps that bit flipped.
 template <int32_t kFactor>
-HWY_INLINE ShortVector flippedFractionOf(ShortVector five) {
-  static_assert(kFactor % 2 != 0);
-  return fractionOf<kFactor>(hn::Xor(five, set(kTopBit)));
+HWY_INLINE ShortVector missingOf(ShortVector five) {
+  return hn::Xor(fractionOf<kFactor>(five), set(0xFFFF ^ kFlip));
+}
+
+// whole + 1 where a > b, of fractions.
+HWY_INLINE ShortVector carry(ShortVector whole, ShortVector a, ShortVector b) {
+  const Compared d;
+  const auto carries = hn::Gt(hn::BitCast(d, a), hn::BitCast(d, b));
+#if ALG_IS_AVX512()
+  return ShortVector{_mm512_mask_add_epi16(whole.raw, carries.raw, whole.raw, set(1).raw)};
+#else
+  return hn::Sub(whole, hn::VecFromMask(Shorts(), carries));  // the mask is -1
+#endif
 }
 
 // Samples of a block as even (lower) and odd (upper) bytes of 16-bit lanes. Unpacking yields pixel
-// words in groups of four, alternately from the lower and the upper half of the vector: samples are
-// placed here so that the words come out in order.
+// words in groups of four, from each 16 bytes of the vector in turn: samples are placed here so
+// that the words come out in order.
 template <RowFormat kFormat>
 HWY_INLINE ShortVector loadSamples(const uint8_t* samples) {
   const ByteVector bytes = hn::LoadU(Bytes(), samples);
   if constexpr (kFormat == RowFormat::kPackedUV) {
     return hn::BitCast(Shorts(), bytes);
   } else {
-    alignas(32) static constexpr int32_t kFours[8] = {0, 2, 4, 6, 1, 3, 5, 7};
+#if ALG_IS_AVX512()
+    alignas(64) static constexpr int32_t kFours[] = {0, 4, 8,  12, 1, 5, 9,  13,
+                                                     2, 6, 10, 14, 3, 7, 11, 15};
+#else
+    alignas(32) static constexpr int32_t kFours[] = {0, 2, 4, 6, 1, 3, 5, 7};
+#endif
     const Words words;
     return hn::BitCast(Shorts(), hn::TableLookupLanes(hn::BitCast(words, bytes),
                                                       hn::SetTableIndices(words, kFours)));
@@ -211,23 +236,23 @@ HWY_INLINE ShortVector loadSamples(const uint8_t* samples) {
 // Five times the difference between the even or the odd bytes and an offset.
 template <int kOffset, bool kOdd>
 HWY_INLINE ShortVector fiveTimes(ShortVector samples) {
-  const ShortVector factors = set(kOdd ? kTimes << 8 : kTimes);
-  return hn::Sub(ShortVector{_mm256_maddubs_epi16(samples.raw, factors.raw)},
-                 set(kTimes * kOffset));
+  constexpr int kEvenTimes = kOdd ? 0 : kTimes;
+  const auto times =
+      ops::weighPairs<kEvenTimes, kTimes - kEvenTimes>(hn::BitCast(Bytes(), samples));
+  return hn::Sub(times, set(kTimes * kOffset));
 }
 
 template <int32_t kFactor>
 HWY_INLINE ChromaTerm gain(ShortVector five) {
-  return {wholeOf<kFactor>(five), flippedFractionOf<kFactor>(five)};
+  return {wholeOf<kFactor>(five), missingOf<kFactor>(five)};
 }
 
-// Green has two products. The mask of a carry between their fractions is -1.
+// Green has two products. When their fractions carry, what is missing wraps and grows.
 HWY_INLINE ChromaTerm greenTerm(ShortVector u, ShortVector v) {
-  const ShortVector first = flippedFractionOf<bt601::kGreenFromV>(v);
-  const ShortVector fraction = hn::Add(first, fractionOf<bt601::kGreenFromU>(u));
-  const ShortVector carry = hn::VecFromMask(Shorts(), hn::Gt(first, fraction));
+  const ShortVector first = missingOf<bt601::kGreenFromV>(v);
+  const ShortVector missing = hn::Sub(first, fractionOf<bt601::kGreenFromU>(u));
   const ShortVector whole = hn::Add(wholeOf<bt601::kGreenFromV>(v), wholeOf<bt601::kGreenFromU>(u));
-  return {hn::Sub(whole, carry), fraction};
+  return {carry(whole, missing, first), missing};
 }
 
 template <RowFormat kFormat>
@@ -240,22 +265,47 @@ HWY_INLINE ChromaTerms chromaTerms(const uint8_t* chroma) {
   return {gain<bt601::kBlueFromU>(u), greenTerm(u, v), gain<bt601::kRedFromV>(v)};
 }
 
-// 76310 (Y - 16): integer part, and how far its fraction is below the largest, top bit flipped.
+// 76310 (Y - 16): integer part and fraction.
 struct Level {
-  ShortVector whole, missing;
+  ShortVector whole, fraction;
 };
 
 HWY_INLINE Level levelOf(ShortVector five) {
   static_assert(bt601::kLumaGain % kTimes == 0);  // exact for any luma
-  return {wholeOf<bt601::kLumaGain>(five),
-          hn::Xor(fractionOf<bt601::kLumaGain>(five), set(kTopBit - 1))};
+  const ShortVector fraction = fractionOf<bt601::kLumaGain>(five);
+  return {wholeOf<bt601::kLumaGain>(five), kFlip != 0 ? hn::Xor(fraction, set(kFlip)) : fraction};
 }
 
-// Integer part of the sum: a fraction greater than that distance carries (the mask is -1).
+// Integer part of the sum.
 HWY_INLINE ShortVector channel(const Level& level, const ChromaTerm& term) {
-  const auto carries = hn::Gt(term.fraction, level.missing);
-  return hn::Sub(hn::Add(level.whole, term.whole), hn::VecFromMask(Shorts(), carries));
+  return carry(hn::Add(level.whole, term.whole), level.fraction, term.missing);
 }
+
+#if ALG_IS_AVX512()
+
+// Where the pixels whose bytes are at home in each lane come from, for each channel: of 16 bytes
+// the lower half has even pixels, the upper half odd ones.
+struct Homes {
+  constexpr Homes() {
+    for (std::size_t i = 0; i < kBlock; ++i) {
+      const std::size_t from = i / 16 * 16 + i % 16 / 2 + i % 2 * 8;
+      for (std::size_t c = 0; c < kPackedBytes; ++c) {
+        of[c][(kPackedBytes * i + c) % kBlock] = static_cast<uint8_t>(from);
+      }
+    }
+  }
+  alignas(64) uint8_t of[kPackedBytes][kBlock] = {};
+};
+constexpr Homes kHomes;
+
+HWY_INLINE void storePacked(ByteVector b, ByteVector g, ByteVector r, uint8_t* pixels) {
+  const auto home = [](int c, ByteVector v) HWY_ATTR {
+    return ByteVector{_mm512_permutexvar_epi8(hn::Load(Bytes(), kHomes.of[c]).raw, v.raw)};
+  };
+  planes::store({{home(0, b), home(1, g), home(2, r)}}, pixels);
+}
+
+#else
 
 // Pixels B, G, R from channels whose halves hold eight even, then eight odd pixels each:
 //
@@ -285,6 +335,8 @@ HWY_INLINE void storePacked(ByteVector b, ByteVector g, ByteVector r, uint8_t* p
   hn::StoreU(hn::ConcatUpperLower(d, part0, part2), d, pixels + kBytes);
   hn::StoreU(hn::ConcatUpperUpper(d, part2, part1), d, pixels + 2 * kBytes);
 }
+
+#endif
 
 // Words B, G, R, 255 from such channels; each unpacking doubles the unit.
 template <bool kStream>
@@ -320,15 +372,16 @@ template <RowFormat kFormat, bool kStream>
 HWY_INLINE void decodeBlock(const uint8_t* luma, const ChromaTerms& terms, uint8_t* pixels) {
   if constexpr (!kStream) {
     // Stores wait for their cache lines, which the hardware prefetcher does not fetch early enough.
-    constexpr int kAhead = 384;  // bytes; prefetching beyond the row's end is harmless
-    __builtin_prefetch(pixels + kAhead, 1);
-    __builtin_prefetch(pixels + kAhead + 64, 1);
+    constexpr std::size_t kAhead = 384;  // bytes; prefetching beyond the row's end is harmless
+    for (std::size_t line = 0; line < pixelBytes(kFormat) * kBlock; line += 64) {
+      __builtin_prefetch(pixels + kAhead + line, 1);
+    }
   }
   const ShortVector samples = loadSamples<kFormat>(luma);
   const Level even = levelOf(fiveTimes<bt601::kLumaOffset, false>(samples));
   const Level odd = levelOf(fiveTimes<bt601::kLumaOffset, true>(samples));
   const auto both = [&](const ChromaTerm& term) HWY_ATTR {  // saturated
-    return ByteVector{_mm256_packus_epi16(channel(even, term).raw, channel(odd, term).raw)};
+    return ops::join(channel(even, term), channel(odd, term));
   };
   if constexpr (kFormat == RowFormat::kPackedUV) {
     storePacked(both(terms.b), both(terms.g), both(terms.r), pixels);
@@ -339,7 +392,7 @@ HWY_INLINE void decodeBlock(const uint8_t* luma, const ChromaTerms& terms, uint8
   }
 }
 
-#endif  // NEON or AVX2
+#endif  // NEON or x86
 
 template <RowFormat kFormat, bool kTwo>
 void decodeFormat(const uint8_t* const (&luma)[2], const uint8_t* chroma,
@@ -352,7 +405,7 @@ void decodeFormat(const uint8_t* const (&luma)[2], const uint8_t* chroma,
   uint8_t *const firstPixels = pixels[0], *const secondPixels = pixels[1];
   // From the second block on, words are stored to whole cache lines if that splits no pair.
   const std::size_t before = (0 - reinterpret_cast<std::uintptr_t>(firstPixels)) % 64;
-  const bool aligns = ALG_IS_AVX2() && kBytes == 4 && again && before % 8 == 0;
+  const bool aligns = !ALG_IS_NEON() && kBytes == 4 && again && before % 8 == 0;
   const std::size_t lead = aligns && before != 0 ? before / 4 : kBlock;
   // Past the caches go those that are nothing but whole cache lines, in both rows.
   const bool linesAlike = kTwo && (secondPixels - firstPixels) % 64 == 0;
@@ -366,7 +419,7 @@ void decodeFormat(const uint8_t* const (&luma)[2], const uint8_t* chroma,
   };
   for (std::size_t at = 0; at < end; at += at == 0 ? lead : kBlock) {
     const std::size_t x = at < width - kBlock ? at : width - kBlock;
-    if constexpr (ALG_IS_AVX2() && kTwo && kBytes == 4) {
+    if constexpr (!ALG_IS_NEON() && kTwo && kBytes == 4) {
       if (x == at && x >= streamed) {
         decodeAt(x, std::true_type());
         continue;

@@ -1,4 +1,5 @@
 // Vector twins of the encoding row kernels, compiled once per vector target.
+#define ALG_ALSO_AVX512
 #include <cstring>
 
 #include "convert/bt601.h"
@@ -9,6 +10,7 @@
 #define HWY_TARGET_INCLUDE "convert/encode_rows_simd.cpp"
 #include "hwy/foreach_target.h"  // IWYU pragma: keep
 #include "hwy/highway.h"
+#include "kernels/block_ops-inl.h"
 #include "kernels/row_blocks-inl.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -132,14 +134,12 @@ HWY_INLINE void encodeBlock(const uint8_t* pixels, uint8_t* luma, uint8_t* chrom
   }
 }
 
-#else  // AVX2
+#else  // AVX2 and AVX-512
 
 using Bytes = hn::ScalableTag<uint8_t>;
 using Shorts = hn::Repartition<int16_t, Bytes>;
-using UShorts = hn::Repartition<uint16_t, Bytes>;
 using Ints = hn::Repartition<int32_t, Bytes>;
 using Words = hn::Repartition<uint32_t, Bytes>;
-using HalfBytes = hn::Half<Bytes>;
 using ShortVector = hn::Vec<Shorts>;
 using IntVector = hn::Vec<Ints>;
 
@@ -153,6 +153,68 @@ constexpr bt601::Weights firstOfPair(RowFormat format) {
 constexpr bt601::Weights secondOfPair(RowFormat format) {
   return hasVFirst(format) ? bt601::kU : bt601::kV;
 }
+
+#if ALG_IS_AVX512()
+
+// Sixteen pixels, each with its bytes in a 32-bit lane; the fourth is ignored.
+using Pixels = hn::Vec<Bytes>;
+
+// The last part of packed pixels is at the end of the load, so that nothing beyond the block is
+// read.
+template <RowFormat kFormat>
+HWY_INLINE Pixels loadPixels(const uint8_t* pixels, std::size_t part) {
+  const uint8_t* from = pixels + pixelBytes(kFormat) * kPart * part;
+  if constexpr (kFormat == RowFormat::kPackedUV) {
+    struct Order {
+      constexpr Order(std::size_t early) {
+        for (std::size_t i = 0; i < kBlock; ++i) {
+          bytes[i] = static_cast<uint8_t>(early + i / 4 * 3 + i % 4);
+        }
+      }
+      alignas(64) uint8_t bytes[kBlock] = {};
+    };
+    static constexpr Order kOrders[] = {0, kPart};
+    const std::size_t last = part == 3 ? 1 : 0;
+    const auto bytes = hn::LoadU(Bytes(), from - kPart * last);
+    return Pixels{_mm512_permutexvar_epi8(hn::Load(Bytes(), kOrders[last].bytes).raw, bytes.raw)};
+  } else {
+    return hn::LoadU(Bytes(), from);
+  }
+}
+
+// A factor as 256 x upper + lower, both of 8 signed bits.
+constexpr int32_t lowerOf(int32_t w) { return static_cast<int8_t>(w); }
+constexpr int32_t upperOf(int32_t w) { return (w - lowerOf(w)) / 256; }
+
+constexpr bool splits(const ByteWeights& w) {
+  const auto fits = [](int32_t factor) { return upperOf(factor) == int8_t(upperOf(factor)); };
+  return fits(w.first) && fits(w.middle) && fits(w.last);
+}
+
+// Sum of the weighted bytes of each pixel.
+template <ByteWeights kWeights>
+HWY_INLINE IntVector weigh(const Pixels& p) {
+  static_assert(splits(kWeights));
+  const Ints d;
+  const auto bytes = [](const IntVector& v) HWY_ATTR { return hn::BitCast(Bytes(), v); };
+  const auto factors = [&](int32_t first, int32_t middle, int32_t last) HWY_ATTR {
+    return bytes(hn::Set(d, (first & 0xFF) | (middle & 0xFF) << 8 | (last & 0xFF) << 16));
+  };
+  const auto upper =
+      factors(upperOf(kWeights.first), upperOf(kWeights.middle), upperOf(kWeights.last));
+  const auto lower =
+      factors(lowerOf(kWeights.first), lowerOf(kWeights.middle), lowerOf(kWeights.last));
+  const IntVector sum = ops::addProducts(hn::Zero(d), p, upper);
+  return ops::addProducts(hn::ShiftLeft<8>(sum), p, lower);
+}
+
+// The even pixels of two vectors.
+HWY_INLINE Pixels evenOf(const Pixels& p, const Pixels& q) {
+  return Pixels{_mm512_castps_si512(
+      _mm512_shuffle_ps(_mm512_castsi512_ps(p.raw), _mm512_castsi512_ps(q.raw), 0x88))};
+}
+
+#else
 
 // Eight pixels, each in a 32-bit lane of two shorts: its first and last byte; its middle byte and
 // one that is ignored.
@@ -168,7 +230,7 @@ HWY_INLINE Pixels loadPixels(const uint8_t* pixels, std::size_t part) {
   const Shorts shorts;
   const uint8_t* from = pixels + pixelBytes(kFormat) * kPart * part;
   if constexpr (kFormat == RowFormat::kPackedUV) {
-    const HalfBytes half;
+    const hn::Half<Bytes> half;
     constexpr std::size_t kLaneBytes = pixelBytes(kFormat) * kPart / 2;
     const std::size_t early = part == 3 ? 4 : 0;
     auto bytes =
@@ -186,27 +248,45 @@ HWY_INLINE Pixels loadPixels(const uint8_t* pixels, std::size_t part) {
             hn::BitCast(shorts, hn::TableLookupBytesOr0(bytes, hn::LoadDup128(d, kMiddle)))};
   } else {
     const auto bytes = hn::LoadU(d, from);
-    const ShortVector odd = hn::BitCast(shorts, hn::ShiftRight<8>(hn::BitCast(UShorts(), bytes)));
+    const ShortVector odd = hn::BitCast(
+        shorts, hn::ShiftRight<8>(hn::BitCast(hn::Repartition<uint16_t, Bytes>(), bytes)));
     return {hn::And(hn::BitCast(shorts, bytes), hn::Set(shorts, 0xFF)), odd};
   }
 }
 
 // Sum of the weighted bytes of each pixel.
-HWY_INLINE IntVector weigh(const Pixels& p, const ByteWeights& w) {
+template <ByteWeights kWeights>
+HWY_INLINE IntVector weigh(const Pixels& p) {
   const Ints d;
-  const IntVector outer = hn::Set(d, (w.last << 16) | (w.first & 0xFFFF));
-  const IntVector middle = hn::Set(d, w.middle & 0xFFFF);
+  const IntVector outer = hn::Set(d, (kWeights.last << 16) | (kWeights.first & 0xFFFF));
+  const IntVector middle = hn::Set(d, kWeights.middle & 0xFFFF);
   return IntVector{_mm256_add_epi32(_mm256_madd_epi16(p.outer.raw, outer.raw),
                                     _mm256_madd_epi16(p.middle.raw, middle.raw))};
 }
 
-// Packing leaves groups of four bytes alternately from the lower and the upper half: this restores
-// their order.
-HWY_INLINE void storeInOrder(__m256i fours, uint8_t* to) {
-  alignas(32) static constexpr int32_t kOrder[8] = {0, 4, 1, 5, 2, 6, 3, 7};
+// The even pixels of two vectors.
+HWY_INLINE Pixels evenOf(const Pixels& p, const Pixels& q) {
+  const auto even = [](ShortVector a, ShortVector b) HWY_ATTR {
+    return ShortVector{_mm256_castps_si256(
+        _mm256_shuffle_ps(_mm256_castsi256_ps(a.raw), _mm256_castsi256_ps(b.raw), 0x88))};
+  };
+  return {even(p.outer, q.outer), even(p.middle, q.middle)};
+}
+
+#endif
+
+// Packing leaves groups of four bytes that come from each 16 bytes of the vectors in turn: this
+// restores their order.
+HWY_INLINE void storeInOrder(hn::Vec<Bytes> fours, uint8_t* to) {
+#if ALG_IS_AVX512()
+  alignas(64) static constexpr int32_t kOrder[] = {0, 4, 8,  12, 1, 5, 9,  13,
+                                                   2, 6, 10, 14, 3, 7, 11, 15};
+#else
+  alignas(32) static constexpr int32_t kOrder[] = {0, 4, 1, 5, 2, 6, 3, 7};
+#endif
   const Words words;
   const auto ordered =
-      hn::TableLookupLanes(hn::Vec<Words>{fours}, hn::SetTableIndices(words, kOrder));
+      hn::TableLookupLanes(hn::BitCast(words, fours), hn::SetTableIndices(words, kOrder));
   hn::StoreU(hn::BitCast(Bytes(), ordered), Bytes(), to);
 }
 
@@ -216,34 +296,28 @@ HWY_INLINE void storeLuma(const Pixels (&p)[4], uint8_t* luma) {
   constexpr ByteWeights kWeights = byteWeights(kFormat, bt601::kY);
   static_assert((kWeights.first | kWeights.middle | kWeights.last) % 2 == 0);
   static_assert(bt601::kY.offset % 65536 == 0);
-  const auto part = [&](int i) HWY_ATTR {
-    return hn::ShiftRight<15>(
-        weigh(p[i], {kWeights.first / 2, kWeights.middle / 2, kWeights.last / 2}));
-  };
-  const __m256i sums = _mm256_packus_epi16(_mm256_packs_epi32(part(0).raw, part(1).raw),
-                                           _mm256_packs_epi32(part(2).raw, part(3).raw));
-  storeInOrder(_mm256_add_epi8(sums, _mm256_set1_epi8(bt601::kY.offset >> 16)), luma);
+  constexpr ByteWeights kHalves{kWeights.first / 2, kWeights.middle / 2, kWeights.last / 2};
+  const auto part = [&](int i) HWY_ATTR { return hn::ShiftRight<15>(weigh<kHalves>(p[i])); };
+  const auto sums = ops::join(ops::join(part(0), part(1)), ops::join(part(2), part(3)));
+  storeInOrder(hn::Add(sums, hn::Set(Bytes(), bt601::kY.offset >> 16)), luma);
 }
 
-// Chroma pairs of the even pixels among sixteen, as signed shorts without their offset.
+// Chroma pairs of the even pixels of two vectors, as signed shorts without their offset.
 template <RowFormat kFormat>
-HWY_INLINE __m256i pairsOf(const Pixels& p, const Pixels& q) {
-  const auto even = [](ShortVector a, ShortVector b) HWY_ATTR {
-    return ShortVector{_mm256_castps_si256(
-        _mm256_shuffle_ps(_mm256_castsi256_ps(a.raw), _mm256_castsi256_ps(b.raw), 0x88))};
-  };
-  const Pixels evens = {even(p.outer, q.outer), even(p.middle, q.middle)};
-  const IntVector first = weigh(evens, byteWeights(kFormat, firstOfPair(kFormat)));
-  const IntVector second = weigh(evens, byteWeights(kFormat, secondOfPair(kFormat)));
-  return _mm256_blend_epi16(_mm256_srli_epi32(first.raw, 16), second.raw, 0xAA);
+HWY_INLINE ShortVector pairsOf(const Pixels& p, const Pixels& q) {
+  const Pixels evens = evenOf(p, q);
+  const IntVector first = weigh<byteWeights(kFormat, firstOfPair(kFormat))>(evens);
+  const IntVector second = weigh<byteWeights(kFormat, secondOfPair(kFormat))>(evens);
+  const Shorts d;
+  const auto upper = hn::ShiftRight<16>(hn::BitCast(Words(), first));
+  return hn::OddEven(hn::BitCast(d, second), hn::BitCast(d, upper));
 }
 
 template <RowFormat kFormat>
 HWY_INLINE void storeChroma(const Pixels (&p)[4], uint8_t* chroma) {
   static_assert(bt601::kU.offset == 0x80 << 16 && bt601::kV.offset == bt601::kU.offset);
-  const __m256i pairs =
-      _mm256_packs_epi16(pairsOf<kFormat>(p[0], p[1]), pairsOf<kFormat>(p[2], p[3]));
-  storeInOrder(_mm256_xor_si256(pairs, _mm256_set1_epi8(-0x80)), chroma);
+  const auto pairs = ops::joinSigned(pairsOf<kFormat>(p[0], p[1]), pairsOf<kFormat>(p[2], p[3]));
+  storeInOrder(hn::Xor(pairs, hn::Set(Bytes(), 0x80)), chroma);
 }
 
 template <RowFormat kFormat, bool kChroma>
@@ -256,7 +330,7 @@ HWY_INLINE void encodeBlock(const uint8_t* pixels, uint8_t* luma, uint8_t* chrom
   }
 }
 
-#endif  // NEON or AVX2
+#endif  // NEON or x86
 
 template <RowFormat kFormat, bool kChroma>
 void encodeFormat(const uint8_t* pixels, uint8_t* luma, uint8_t* chroma, std::size_t width) {
