@@ -49,17 +49,22 @@ void decodeARGB2YUV420P(void* context, PixelFetchFunc fetch, uint8_t* y, uint8_t
   const auto sample = [&](const alg::bt601::Weights& weights) {
     return alg::clampToByte(weights.apply(red, green, blue));
   };
-  // Row and column steps of a block's pixels: top-left, top-right, bottom-right, bottom-left.
-  constexpr int kBlockOrder[4][2] = {{0, 0}, {0, 1}, {1, 1}, {1, 0}};
+  const auto pull = [&](int index, uint8_t* luma) {
+    fetch(context, index, &red, &green, &blue);
+    *luma = sample(alg::bt601::kY);
+  };
   int block = 0;
   for (int j = 0; j < height; j += 2) {
+    const int below = std::min(j + 1, height - 1);
+    const int top = j * width, bottom = below * width;
+    uint8_t* const upper = y + std::ptrdiff_t{j} * yStride;
+    uint8_t* const lower = y + std::ptrdiff_t{below} * yStride;
     for (int x = 0; x < width; x += 2, ++block) {
-      for (const auto& step : kBlockOrder) {
-        const int row = std::min(j + step[0], height - 1);
-        const int column = std::min(x + step[1], width - 1);
-        fetch(context, row * width + column, &red, &green, &blue);
-        y[std::ptrdiff_t{row} * yStride + column] = sample(alg::bt601::kY);
-      }
+      const int right = std::min(x + 1, width - 1);
+      pull(top + x, upper + x);
+      pull(top + right, upper + right);
+      pull(bottom + right, lower + right);
+      pull(bottom + x, lower + x);  // of which the chroma is taken
       if (block < planeBytes) {
         u[block] = sample(alg::bt601::kU);
         v[block] = sample(alg::bt601::kV);

@@ -15,7 +15,7 @@ import cycles
 
 RECORD = pathlib.Path(__file__).parents[1] / "arm64_work.txt"
 PIXELS = 1920 * 1080
-SMALLER = {"preview frame": 640 * 480}  # rows whose names begin so
+SMALLER = {"preview ": 640 * 480}  # rows whose names begin so
 ALLOWED = 0.02  # more or less than the record
 
 
@@ -127,7 +127,7 @@ def compare(spans: list[Span]) -> None:
             shown += [f"{mine:.2f}", f"{ratio:.2f}" if ratio >= 1 else f"**{ratio:.2f}**"]
         print(f"| {work} | {peer} | " + " | ".join(shown) + " |")
     mean = math.exp(sum(map(math.log, fewer)) / len(fewer))
-    print(f"\nPer pixel, at 1920 x 1080 (preview frames: 640 x 480): executed instructions, loads and stores "
+    print(f"\nPer pixel, at 1920 x 1080 (previews: 640 x 480): executed instructions, loads and stores "
           f"among them, as counted in emulation, and {cycles.SAYS} Peers execute {mean:.2f} times our "
           "instructions (geometric mean); rows that the model finds slower than a peer are bold. Ours is "
           "built by clang 16, peers are Debian 12's packages for arm64: libyuv, OpenCV 4.6, libjpeg-turbo.")

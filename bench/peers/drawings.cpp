@@ -1,17 +1,13 @@
 // Effects of neighbourhoods beside compositions of OpenCV calls.
 #include <cmath>
-#include <opencv2/core.hpp>
-#include <opencv2/imgproc.hpp>
 
-#include "bench/peers/duel.h"
+#include "bench/peers/opencv.h"
 #include "libalgorithm/classic_effects.h"
 
 namespace alg::bench {
 namespace {
 
 constexpr std::size_t kBytes = 3 * kPixels;
-
-cv::Mat mat(Bytes& bytes) { return {kHeight, kWidth, CV_8UC3, bytes.data()}; }
 
 template <class Ours, class Theirs>
 Duel drawing(Scene& s, Bytes& from, const char* work, double required, double tolerance,
@@ -24,8 +20,8 @@ Duel drawing(Scene& s, Bytes& from, const char* work, double required, double to
           .ours = [&s, &from, ours] { ours(from.data(), s.ours.data(), kWidth, kHeight); },
           .peers = {{name,
                      [&s, &from, theirs]() mutable {
-                       cv::Mat to = mat(s.theirs);
-                       theirs(mat(from), to);
+                       cv::Mat to = packedMat(s.theirs);
+                       theirs(packedMat(from), to);
                      }}},
           .operations = operations};
 }
@@ -101,6 +97,61 @@ struct CartoonByDivision {
   }
 };
 
+/// With the tints ready, stretched over the image.
+struct SketchOnPaper {
+  const cv::Mat tints;
+  SketchByGradients sketch;
+  cv::Mat lines;
+
+  void operator()(const cv::Mat& from, cv::Mat& to) {
+    sketch(from, lines);
+    cv::add(lines, tints, to);
+  }
+};
+
+constexpr int kPaperWidth = 960, kPaperHeight = 720;
+Bytes paper = picture(kPaperWidth, kPaperHeight, 4);
+
+void sketchOnPaper(uint8_t* src, uint8_t* dst, int width, int height) {
+  newsketch(src, dst, width, height, paper.data(), kPaperWidth, kPaperHeight);
+}
+
+/// What our tints are: black lines, which are 0, show them alone.
+cv::Mat tintsOfPaper() {
+  cv::Mat resized, crossed;
+  cv::resize(cv::Mat(kPaperHeight, kPaperWidth, CV_8UC4, paper.data()), resized, {kWidth, kHeight},
+             0, 0, cv::INTER_NEAREST);
+  cv::cvtColor(resized, crossed, cv::COLOR_RGBA2RGB);
+  cv::Mat blue(kHeight, kWidth, CV_8U, cv::Scalar(0));
+  cv::insertChannel(blue, crossed, 2);
+  return crossed;
+}
+
+/// A pixel beside one of its own colour gets the saturation s + s^2 - s^3 and a harder contrast.
+/// The others, which ours holds against their neighbours, come close.
+struct NatureByHsv {
+  cv::Mat hsv, deep, colours;
+  cv::Mat table = cv::Mat(1, 256, CV_8UC3);
+
+  NatureByHsv() {
+    for (int i = 0; i < 256; ++i) {
+      const double s = i / 255.0;
+      const auto byte = static_cast<uint8_t>(i);
+      const auto raised = static_cast<uint8_t>(std::lround(255 * (s + s * s - s * s * s)));
+      table.at<cv::Vec3b>(i) = {byte, raised, byte};
+    }
+  }
+
+  void operator()(const cv::Mat& from, cv::Mat& to) {
+    inBands(from, to, [this](const cv::Mat& source, cv::Mat& target, const cv::Range&) {
+      cv::cvtColor(source, hsv, cv::COLOR_BGR2HSV_FULL);
+      cv::LUT(hsv, table, deep);
+      cv::cvtColor(deep, colours, cv::COLOR_HSV2RGB_FULL);
+      colours.convertTo(target, CV_8U, 1.5, -64);
+    });
+  }
+};
+
 }  // namespace
 
 std::vector<Duel> drawingDuels(Scene& s) {
@@ -125,6 +176,12 @@ std::vector<Duel> drawingDuels(Scene& s) {
               "OpenCV dilate + divide + cvtColor", CartoonByDivision()),
   };
   duels.back().difference = whereNothingWraps;
+  duels.push_back(drawing(s, s.grey, "newsketch", 3.0, 1, per_pixel::kSketch + 2, sketchOnPaper,
+                          "OpenCV: calls of Sketch + add of a ready paper",
+                          SketchOnPaper{tintsOfPaper(), {}, {}}));
+  duels.push_back(drawing(s, s.packed, "nature", 3.0, 3, per_pixel::kNature, nature,
+                          "OpenCV cvtColor to HSV + LUT + cvtColor + convertTo, in bands",
+                          NatureByHsv()));
   return duels;
 }
 

@@ -57,7 +57,7 @@ void forEachDuel(Scene& scene, const std::string& filter,
                  const std::function<void(const Duel&)>& measure) {
   std::vector<Duel> all;
   for (const auto duels : {
-         frameDuels, wordDuels, effectDuels, drawingDuels, pipelineDuels,
+         frameDuels, wordDuels, effectDuels, lightDuels, drawingDuels, pipelineDuels,
 #if ALGORITHM_PEER_HALIDE
              halideEffectDuels, halideFrameDuels,
 #endif

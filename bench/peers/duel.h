@@ -64,6 +64,7 @@ struct Duel {
   std::function<Nearness()> difference = nullptr;  // where results are no plain bytes
   int runs = 1;                                    // to measure at once, of short work
   double operations = 0;                           // as below
+  std::size_t pixels = kPixels;                    // of the result
 };
 
 /// A definition's operations per pixel, of work that they and not the memory bound. Additions,
@@ -77,11 +78,19 @@ inline constexpr double kEmboss = 6 + 5;                 // luminance; step, gai
 inline constexpr double kSketch = 6 + 12 + 3 + 5;        // luminance, gradient, energy, line
 inline constexpr double kPrague = 3 * (14 + 3 + 4 + 5);  // gradient, energy, edge, overlay
 inline constexpr double kCartoon = 3 * (4 + 2 + 2);      // brightest, factor, product
+inline constexpr double kNature = 13 + 3 * 8;            // range, share; quotient, mix, contrast
+inline constexpr double kFisheye = 3.0 / 4 + 6 + 3;      // a quarter's factors; place; address
+inline constexpr double kLomoFun = 9 + 13 + 3 * 2;       // curves, brightness, product
+inline constexpr double kCurves = 3;                     // look-ups
+inline constexpr double kSoftLight = 3 * 7;              // share, gain, product, sum
+inline constexpr double kDecode = 2 + 7.0 / 4 + 3 * 4;   // luma; a block's chroma; sum, limits
+inline constexpr double kEncode = 7 + 14.0 / 4;          // luma; a block's chroma
 }  // namespace per_pixel
 
 std::vector<Duel> frameDuels(Scene& scene);
 std::vector<Duel> wordDuels(Scene& scene);
 std::vector<Duel> effectDuels(Scene& scene);
+std::vector<Duel> lightDuels(Scene& scene);
 std::vector<Duel> drawingDuels(Scene& scene);
 std::vector<Duel> pipelineDuels(Scene& scene);
 #if ALGORITHM_PEER_HALIDE

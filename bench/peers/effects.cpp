@@ -1,8 +1,5 @@
 // Effects of one pixel, of its place or of a box, beside OpenCV.
-#include <opencv2/core.hpp>
-#include <opencv2/imgproc.hpp>
-
-#include "bench/peers/duel.h"
+#include "bench/peers/opencv.h"
 #include "libalgorithm/classic_effects.h"
 #include "libalgorithm/effect_pipeline.h"
 #include "libalgorithm/pretty_filters.h"
@@ -15,27 +12,22 @@ constexpr std::size_t kBytes = 3 * kPixels;
 using Effect = void(uint8_t* src, uint8_t* dst, int width, int height);
 using Step = std::function<void(const cv::Mat& from, cv::Mat& to)>;
 
-cv::Mat mat(Bytes& bytes) { return {kHeight, kWidth, CV_8UC3, bytes.data()}; }
-
-void exchange(const cv::Mat& from, cv::Mat& to) { cv::cvtColor(from, to, cv::COLOR_BGR2RGB); }
-
 /// `step` and an exchange of bytes 0 and 2: one after the other over the whole image, or in bands
 /// that stay in the cache.
 std::vector<Peer> crossed(Scene& s, const std::string& name, const Step& step) {
-  constexpr int kBand = 16;  // rows
   return {{name + " + cvtColor",
            [&s, step, between = cv::Mat()]() mutable {
-             cv::Mat to = mat(s.theirs);
-             step(mat(s.packed), between);
+             cv::Mat to = packedMat(s.theirs);
+             step(packedMat(s.packed), between);
              exchange(between, to);
            }},
           {name + " + cvtColor, in bands", [&s, step, between = cv::Mat()]() mutable {
-             for (int y = 0; y < kHeight; y += kBand) {
-               const cv::Range rows(y, std::min(y + kBand, kHeight));
-               cv::Mat to = mat(s.theirs).rowRange(rows);
-               step(mat(s.packed).rowRange(rows), between);
-               exchange(between, to);
-             }
+             cv::Mat to = packedMat(s.theirs);
+             inBands(packedMat(s.packed), to,
+                     [&](const cv::Mat& source, cv::Mat& target, cv::Range) {
+                       step(source, between);
+                       exchange(between, target);
+                     });
            }}};
 }
 
@@ -70,8 +62,8 @@ void passThrough(uint8_t* src, uint8_t* dst, int width, int height) {
 Duel sepia(Scene& s) {
   const cv::Matx33f weights(387, 1575, 805, 344, 1405, 715, 268, 1097, 557);
   return effectDuel(s, "Sepia", 1.3, 1, Sepia, {{"OpenCV transform", [&s, weights] {
-                                                   cv::Mat to = mat(s.theirs);
-                                                   cv::transform(mat(s.packed), to,
+                                                   cv::Mat to = packedMat(s.theirs);
+                                                   cv::transform(packedMat(s.packed), to,
                                                                  weights * (1.0F / 2048));
                                                  }}});
 }
@@ -79,20 +71,20 @@ Duel sepia(Scene& s) {
 Duel grey(Scene& s) {
   return effectDuel(s, "GrayScale", 1.3, 1, GrayScale,
                     {{"OpenCV cvtColor to grey and back", [&s, one = cv::Mat()]() mutable {
-                        cv::Mat to = mat(s.theirs);
-                        cv::cvtColor(mat(s.packed), one, cv::COLOR_BGR2GRAY);
+                        cv::Mat to = packedMat(s.theirs);
+                        cv::cvtColor(packedMat(s.packed), one, cv::COLOR_BGR2GRAY);
                         cv::cvtColor(one, to, cv::COLOR_GRAY2BGR);
                       }}});
 }
 
 /// The peer's radius is our peak everywhere, and it leaves the channels in place.
 Duel tiltShift(Scene& s, Bytes& swapped) {
-  Duel duel = effectDuel(
-      s, "miniature", 1.0, 2.5, miniature,
-      {{"OpenCV boxFilter 49 x 49", [&] {
-          cv::Mat to = mat(s.theirs);
-          cv::boxFilter(mat(swapped), to, CV_8U, {49, 49}, {-1, -1}, true, cv::BORDER_REPLICATE);
-        }}});
+  Duel duel = effectDuel(s, "miniature", 1.0, 2.5, miniature,
+                         {{"OpenCV boxFilter 49 x 49", [&] {
+                             cv::Mat to = packedMat(s.theirs);
+                             cv::boxFilter(packedMat(swapped), to, CV_8U, {49, 49}, {-1, -1}, true,
+                                           cv::BORDER_REPLICATE);
+                           }}});
   duel.operations = per_pixel::kBox;
   return duel;
 }
@@ -120,12 +112,14 @@ cv::Mat fisheyeMap() {
 
 /// The peer has its map ready, and its source with the channels exchanged.
 Duel fisheye(Scene& s, Bytes& swapped) {
-  return effectDuel(s, "Fisheye", 3.0, 0,
-                    [](auto* src, auto* dst, int w, int h) { Fisheye(src, dst, 0, w, h); },
-                    {{"OpenCV remap, ready map, nearest", [&s, &swapped, map = fisheyeMap()] {
-                        cv::Mat to = mat(s.theirs);
-                        cv::remap(mat(swapped), to, map, cv::noArray(), cv::INTER_NEAREST);
-                      }}});
+  Duel duel = effectDuel(
+      s, "Fisheye", 3.0, 0, [](auto* src, auto* dst, int w, int h) { Fisheye(src, dst, 0, w, h); },
+      {{"OpenCV remap, ready map, nearest", [&s, &swapped, map = fisheyeMap()] {
+          cv::Mat to = packedMat(s.theirs);
+          cv::remap(packedMat(swapped), to, map, cv::noArray(), cv::INTER_NEAREST);
+        }}});
+  duel.operations = per_pixel::kFisheye;
+  return duel;
 }
 
 constexpr float kLight = 0.8F;
@@ -141,8 +135,8 @@ Duel fillLight(Scene& s, Bytes& swapped) {
   for (uint8_t& v : light) v = static_cast<uint8_t>(v - 100);
   return effectDuel(s, "FillLightFix", 1.0, 0, fillLight,
                     {{"OpenCV add of a ready picture", [&s, &swapped, light]() mutable {
-                        cv::Mat to = mat(s.theirs);
-                        cv::add(mat(swapped), mat(light), to);
+                        cv::Mat to = packedMat(s.theirs);
+                        cv::add(packedMat(swapped), packedMat(light), to);
                       }}});
 }
 
@@ -150,8 +144,8 @@ Duel fillLight(Scene& s, Bytes& swapped) {
 
 std::vector<Duel> effectDuels(Scene& s) {
   static Bytes swapped(kBytes);
-  cv::Mat to = mat(swapped);
-  exchange(mat(s.packed), to);
+  cv::Mat to = packedMat(swapped);
+  exchange(packedMat(s.packed), to);
   const auto lut = [](const cv::Mat& table) {
     return [table](const cv::Mat& from, cv::Mat& out) { cv::LUT(from, table, out); };
   };
@@ -165,8 +159,8 @@ std::vector<Duel> effectDuels(Scene& s) {
       effectDuel(s, "exchange of a name that passes through", 1.0, 0, passThrough,
                  {{"OpenCV cvtColor",
                    [&s] {
-                     cv::Mat out = mat(s.theirs);
-                     exchange(mat(s.packed), out);
+                     cv::Mat out = packedMat(s.theirs);
+                     exchange(packedMat(s.packed), out);
                    }}}),
       effectDuel(s, "negative", 1.0, 0, negative, crossed(s, "OpenCV bitwise_not", invert)),
       effectDuel(s, "Mosaic (adds, saturating)", 1.0, 0, Mosaic, crossed(s, "OpenCV add", add)),

@@ -20,32 +20,75 @@ Duel decoding(Scene& s, const char* work, Decode* ours, const char* name,
               decltype(libyuv::NV12ToARGB)* theirs) {
   const uint8_t* y = s.frame.data();
   const uint8_t* uv = y + kPixels;
-  return {work,
-          1.0,
-          kFrame + 4 * kPixels,
-          4 * kPixels,
-          1,
-          [=, &s] { ours(asWords(s.ours), y, uv, kWidth, kHeight, kWidth, kWidth); },
-          {{name,
-            [=, &s] { theirs(y, kWidth, uv, kWidth, s.theirs.data(), kPitch, kWidth, kHeight); }}}};
+  return {.work = work,
+          .required = 1.0,
+          .moved = kFrame + 4 * kPixels,
+          .result = 4 * kPixels,
+          .tolerance = 1,
+          .ours = [=, &s] { ours(asWords(s.ours), y, uv, kWidth, kHeight, kWidth, kWidth); },
+          .peers = {{name,
+                     [=, &s] {
+                       theirs(y, kWidth, uv, kWidth, s.theirs.data(), kPitch, kWidth, kHeight);
+                     }}},
+          .operations = per_pixel::kDecode};
 }
 
 /// The peer takes a block's mean for its chroma, ours its bottom left pixel.
 Duel encoding(Scene& s, const char* work, Encode* ours, const char* name,
               decltype(libyuv::ARGBToNV12)* theirs) {
-  return {work,
-          1.0,
-          kFrame + 4 * kPixels,
-          kFrame,
-          1,
-          [=, &s] {
-            ours(asWords(s.words), s.ours.data(), s.ours.data() + kPixels, kWidth, kHeight, kWidth,
-                 kWidth);
-          },
-          {{name, [=, &s] {
-              theirs(s.words.data(), kPitch, s.theirs.data(), kWidth, s.theirs.data() + kPixels,
-                     kWidth, kWidth, kHeight);
-            }}}};
+  return {.work = work,
+          .required = 1.0,
+          .moved = kFrame + 4 * kPixels,
+          .result = kFrame,
+          .tolerance = 1,
+          .ours =
+              [=, &s] {
+                ours(asWords(s.words), s.ours.data(), s.ours.data() + kPixels, kWidth, kHeight,
+                     kWidth, kWidth);
+              },
+          .peers = {{name,
+                     [=, &s] {
+                       theirs(s.words.data(), kPitch, s.theirs.data(), kWidth,
+                              s.theirs.data() + kPixels, kWidth, kWidth, kHeight);
+                     }}},
+          .operations = per_pixel::kEncode};
+}
+
+/// Pixel `index` of an image of words.
+void fetchWord(void* words, int index, int* red, int* green, int* blue) {
+  const uint8_t* pixel = static_cast<const uint8_t*>(words) + std::ptrdiff_t{4} * index;
+  *red = pixel[2], *green = pixel[1], *blue = pixel[0];
+}
+
+/// Both call back for each pixel; the peer gathers two rows and encodes them.
+Duel pulling(Scene& s, PixelFetchFunc fetch) {
+  return {.work = "ARGB -> I420, through a callback (decodeARGB2YUV420P)",
+          .required = 0.8,
+          .moved = kFrame + 4 * kPixels,
+          .result = kFrame,
+          .tolerance = 1,
+          .ours =
+              [=, &s] {
+                decodeARGB2YUV420P(s.words.data(), fetch, s.ours.data(), s.ours.data() + kPixels,
+                                   kWidth, kHeight, kWidth);
+              },
+          .peers = {{"libyuv ARGBToI420, two gathered rows at a time",
+                     [=, &s, rows = Bytes(2 * kPitch)]() mutable {
+                       uint8_t* y = s.theirs.data();
+                       for (int row = 0; row < kHeight; row += 2) {
+                         uint8_t* to = rows.data();
+                         for (int i = row * kWidth; i < (row + 2) * kWidth; ++i, to += 4) {
+                           int red, green, blue;
+                           fetch(s.words.data(), i, &red, &green, &blue);
+                           to[0] = static_cast<uint8_t>(blue), to[1] = static_cast<uint8_t>(green),
+                           to[2] = static_cast<uint8_t>(red);
+                         }
+                         uint8_t* u = y + kPixels + pixelsOf(kWidth / 2, row / 2);
+                         libyuv::ARGBToI420(rows.data(), kPitch, y + pixelsOf(kWidth, row), kWidth,
+                                            u, kWidth / 2, u + kPixels / 4, kWidth / 2, kWidth, 2);
+                       }
+                     }}},
+          .operations = per_pixel::kEncode};
 }
 
 /// By a quarter turn. libyuv has none that leaves the chroma interleaved: its NV12ToI420Rotate is
@@ -92,6 +135,7 @@ std::vector<Duel> frameDuels(Scene& s) {
       decoding(s, "NV21 -> ARGB", decodeYVU2ARGB_OpenGL, "libyuv NV21ToARGB", libyuv::NV21ToARGB),
       encoding(s, "ARGB -> NV12", decodeARGB2YUV_OpenGL, "libyuv ARGBToNV12", libyuv::ARGBToNV12),
       encoding(s, "ARGB -> NV21", decodeARGB2YVU_OpenGL, "libyuv ARGBToNV21", libyuv::ARGBToNV21),
+      pulling(s, fetchWord),
       turning(s, "rotate NV12 by 90", 90, libyuv::kRotateCounterClockwise),
       halfTurn(s),
       turning(s, "rotate NV12 by 270", 270, libyuv::kRotateClockwise),

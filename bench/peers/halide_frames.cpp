@@ -204,7 +204,8 @@ Duel pipeline(Scene& s) {
                        program.realize(Halide::Realization(to), halideTarget());
                      }}},
           .before = &s.frame,
-          .clock = Clock::kWall};
+          .clock = Clock::kWall,
+          .operations = per_pixel::kDecode + per_pixel::kCurves + per_pixel::kEncode};
 }
 
 }  // namespace

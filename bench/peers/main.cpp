@@ -65,7 +65,7 @@ std::string boundOf(const Duel& duel, double milliseconds, double copying) {
     length = std::snprintf(text, sizeof text, "%.2f of memcpy", copying / milliseconds);
   }
   if (duel.operations != 0) {
-    const double rate = duel.operations * static_cast<double>(kPixels) / milliseconds * 1e3;
+    const double rate = duel.operations * static_cast<double>(duel.pixels) / milliseconds * 1e3;
     std::snprintf(text + length, sizeof text - static_cast<std::size_t>(length), ", %.2f of peak",
                   rate / peakOperations());
   }
@@ -74,7 +74,9 @@ std::string boundOf(const Duel& duel, double milliseconds, double copying) {
 
 /// Returns whether ours is as fast as required.
 bool measure(Scene& scene, const Duel& duel, int pairs) {
-  static Bytes copied(6 * kPixels, 1), copies = copied;
+  static Bytes copied, copies;
+  copied.resize(std::max(copied.size(), duel.moved / 2), 1);
+  copies.resize(copied.size());
   const auto copy = [&] {  // which moves each byte twice
     std::memcpy(copies.data(), copied.data(), duel.moved / 2);
   };
@@ -130,7 +132,7 @@ int run(const std::string& filter, int pairs) {
   std::printf(
       "\n%d of %d rows are as fast as required; the others are bold. %d x %d pixels, medians of %d "
       "pairs in turn, of the process's CPU time on one thread (the pipeline: of the time that "
-      "passed; preview frames, 640 x 480: of CPU time on all threads). Rate, of memcpy: our bytes "
+      "passed; previews, 640 x 480: of CPU time on all threads). Rate, of memcpy: our bytes "
       "read and written a second, each once, as a fraction of memcpy's. Of peak, where arithmetic "
       "is the bound: the operations of the definition (additions, multiplications, comparisons, "
       "shifts, roots, look-ups; sums that neighbours share are kept) a second, as a fraction of "

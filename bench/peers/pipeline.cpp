@@ -26,6 +26,7 @@ constexpr std::size_t frameBytes(const Size& size) {
 constexpr Size kPhoto{kWidth, kHeight}, kPreview{640, 480};
 constexpr std::size_t kFrame = frameBytes(kPhoto);
 constexpr int kQuality = 95;
+constexpr double kCurvesOnFrame = per_pixel::kDecode + per_pixel::kCurves + per_pixel::kEncode;
 
 using ColorTable = std::array<uint8_t, 1024>;
 
@@ -62,21 +63,23 @@ void runPipeline(const char* effect, uint8_t* frame, const Size& size) {
 }
 
 Duel pipeline(Scene& s) {
-  return {"pipeline with PrettySweet, pool on 2 cores",
-          2.0,
-          2 * kFrame,
-          kFrame,
-          2.5,
-          [&s] { runPipeline("PrettySweet", s.ours.data(), kPhoto); },
-          {{"libyuv NV21ToARGB + RGBColorTable + ARGBToNV21, in bands, 2 threads",
-            [&s, table = tableOf(PrettySweet)] {
-              constexpr int kHalf = kHeight / 2;
-              std::jthread lower(libyuvBands, s.theirs.data(), kPhoto, kHalf, kHeight,
-                                 table.data());
-              libyuvBands(s.theirs.data(), kPhoto, 0, kHalf, table.data());
-            }}},
-          &s.frame,
-          Clock::kWall};
+  Duel duel{"pipeline with PrettySweet, pool on 2 cores",
+            2.0,
+            2 * kFrame,
+            kFrame,
+            2.5,
+            [&s] { runPipeline("PrettySweet", s.ours.data(), kPhoto); },
+            {{"libyuv NV21ToARGB + RGBColorTable + ARGBToNV21, in bands, 2 threads",
+              [&s, table = tableOf(PrettySweet)] {
+                constexpr int kHalf = kHeight / 2;
+                std::jthread lower(libyuvBands, s.theirs.data(), kPhoto, kHalf, kHeight,
+                                   table.data());
+                libyuvBands(s.theirs.data(), kPhoto, 0, kHalf, table.data());
+              }}},
+            &s.frame,
+            Clock::kWall};
+  duel.operations = kCurvesOnFrame;
+  return duel;
 }
 
 // Previews ---------------------------------------------------------------------------------------
@@ -98,7 +101,7 @@ Frame frameOf(Bytes& bytes, const Size& size) {
           size.width,   size.width};
 }
 
-Duel preview(Scene& s, const char* effect, double required, Peer peer) {
+Duel preview(Scene& s, const char* effect, double required, double operations, Peer peer) {
   return {.work = std::string("preview frame with ") + effect,
           .required = required,
           .moved = 2 * frameBytes(kPreview),
@@ -107,11 +110,13 @@ Duel preview(Scene& s, const char* effect, double required, Peer peer) {
           .ours = [&s, effect] { runPipeline(effect, s.ours.data(), kPreview); },
           .peers = {std::move(peer)},
           .before = &previewFrame(),
-          .runs = 20};
+          .runs = 20,
+          .operations = operations,
+          .pixels = pixelsOf(kPreview.width, kPreview.height)};
 }
 
 Duel sweetPreview(Scene& s) {
-  return preview(s, "PrettySweet", 0.8,
+  return preview(s, "PrettySweet", 0.8, kCurvesOnFrame,
                  {"libyuv NV21ToARGB + RGBColorTable + ARGBToNV21, in bands",
                   [&s, table = tableOf(PrettySweet)] {
                     libyuvBands(s.theirs.data(), kPreview, 0, kPreview.height, table.data());
@@ -120,10 +125,13 @@ Duel sweetPreview(Scene& s) {
 
 /// Another effect, held against PrettySweet. What it gives must be what its definition gives, and
 /// not what a frame gets whose effect lacks its picture.
-Duel besideSweet(Scene& s, const char* effect, double required) {
-  Duel duel = preview(s, effect, required, {"ours with PrettySweet", [&s] {
-                                              runPipeline("PrettySweet", s.theirs.data(), kPreview);
-                                            }});
+Duel besideSweet(Scene& s, const Operation& operation) {
+  const char* effect = operation.pipeline.name;
+  const bool overlaid = operation.softLight != nullptr;
+  // At most 1.25 times as long, under an overlay 2.5 times.
+  Duel duel = preview(
+      s, effect, overlaid ? 0.4 : 0.8, kCurvesOnFrame + (overlaid ? per_pixel::kSoftLight : 0),
+      {"ours with PrettySweet", [&s] { runPipeline("PrettySweet", s.theirs.data(), kPreview); }});
   duel.tolerance = 0;
   duel.difference = [&s, effect] {
     Bytes defined = previewFrame(), passed = previewFrame();
@@ -223,9 +231,7 @@ std::vector<Duel> pipelineDuels(Scene& s) {
   duels.push_back(sweetPreview(s));
   for (const Operation* operation : operations()) {
     if (!operation->pipeline.runs || operation == &operation::kPrettySweet) continue;
-    // At most 1.25 times as long, under an overlay 2.5 times.
-    const double required = operation->softLight == nullptr ? 0.8 : 0.4;
-    duels.push_back(besideSweet(s, operation->pipeline.name, required));
+    duels.push_back(besideSweet(s, *operation));
   }
   duels.push_back(jpegFile(s));
   return duels;

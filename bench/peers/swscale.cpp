@@ -47,7 +47,7 @@ std::function<void()> scaling(const Picture& from, const Bytes& source, const Pi
 }
 
 Duel duelOf(Scene& s, const char* work, const Picture& from, const Bytes& source, const Picture& to,
-            double tolerance, std::function<void()> ours,
+            double tolerance, double operations, std::function<void()> ours,
             std::initializer_list<std::pair<const char*, int>> ways) {
   Duel duel{.work = work,
             .required = 1.0,
@@ -55,7 +55,8 @@ Duel duelOf(Scene& s, const char* work, const Picture& from, const Bytes& source
             .result = to.bytes(),
             .tolerance = tolerance,
             .ours = std::move(ours),
-            .peers = {}};
+            .peers = {},
+            .operations = operations};
   for (const auto& [name, flags] : ways) {
     duel.peers.push_back(
         {std::string("libswscale, ") + name, scaling(from, source, to, s.theirs, flags)});
@@ -69,6 +70,7 @@ Duel decoding(Scene& s, const char* work, decltype(decodeYUV2ARGB_LUT)* ours,
               AVPixelFormat format) {
   const uint8_t* y = s.frame.data();
   return duelOf(s, work, {format, kWidth, kHeight}, s.frame, {AV_PIX_FMT_BGRA, kWidth, kHeight}, 2,
+                per_pixel::kDecode,
                 [=, &s] { ours(asWords(s.ours), y, y + kPixels, kWidth, kHeight, kWidth, kWidth); },
                 {{"point", SWS_POINT}, {"fast bilinear", SWS_FAST_BILINEAR}});
 }
@@ -76,6 +78,7 @@ Duel decoding(Scene& s, const char* work, decltype(decodeYUV2ARGB_LUT)* ours,
 Duel encoding(Scene& s, const char* work, decltype(decodeARGB2YUV_OpenGL)* ours,
               AVPixelFormat format) {
   return duelOf(s, work, {AV_PIX_FMT_BGRA, kWidth, kHeight}, s.words, {format, kWidth, kHeight}, 2,
+                per_pixel::kEncode,
                 [=, &s] {
                   ours(asWords(s.words), s.ours.data(), s.ours.data() + kPixels, kWidth, kHeight,
                        kWidth, kWidth);
@@ -84,14 +87,12 @@ Duel encoding(Scene& s, const char* work, decltype(decodeARGB2YUV_OpenGL)* ours,
 }
 
 Duel resizing(Scene& s, const char* work, Bytes& source, const Picture& from, const Picture& to) {
-  Duel duel = duelOf(s, work, from, source, to, 2.5,
-                     [=, &s, &source] {
-                       Resize(asWords(s.ours), to.width, to.height, asWords(source), from.width,
-                              from.height);
-                     },
-                     {{"bilinear", SWS_BILINEAR}, {"fast bilinear", SWS_FAST_BILINEAR}});
-  if (to.width > from.width) duel.operations = per_pixel::kDoubled;
-  return duel;
+  return duelOf(s, work, from, source, to, 2.5, to.width > from.width ? per_pixel::kDoubled : 0,
+                [=, &s, &source] {
+                  Resize(asWords(s.ours), to.width, to.height, asWords(source), from.width,
+                         from.height);
+                },
+                {{"bilinear", SWS_BILINEAR}, {"fast bilinear", SWS_FAST_BILINEAR}});
 }
 
 }  // namespace

@@ -1,9 +1,8 @@
 // Images of 4-byte pixels: rotation, resize, blends and blurs, beside libyuv and OpenCV.
 #include <libyuv.h>
 
-#include <opencv2/core.hpp>
-
-#include "bench/peers/duel.h"
+#include "base/block.h"
+#include "bench/peers/opencv.h"
 #include "libalgorithm/camera_util.h"
 #include "libalgorithm/pretty_filters.h"
 
@@ -100,6 +99,49 @@ Duel picking(Scene& s, const char* work, Blend* ours, const char* name, Pick* th
             }}}};
 }
 
+/// Of two pictures the bytes nearer to a third one, which is that of the second a pixel on. Both
+/// sides give memory that they have just allocated.
+Duel background(Scene& s) {
+  static Bytes moved(s.words.begin() + 4, s.words.end());
+  moved.resize(kBytes);
+  static Block ours;
+  static cv::Mat theirs;
+  const auto rowsOf = [](const Bytes& bytes) {
+    return cv::Mat(kHeight, kPitch, CV_8U, const_cast<uint8_t*>(bytes.data()));
+  };
+  const auto nearer = [&s, rowsOf, far = cv::Mat(), farther = cv::Mat(),
+                       first = cv::Mat()]() mutable {
+    theirs.release();
+    theirs.create(kHeight, kPitch, CV_8U);
+    const cv::Mat b = rowsOf(s.words), c = rowsOf(s.before);
+    inBands(rowsOf(moved), theirs, [&](const cv::Mat& a, cv::Mat& to, const cv::Range& rows) {
+      cv::absdiff(b.rowRange(rows), a, far);
+      cv::absdiff(c.rowRange(rows), a, farther);
+      cv::compare(far, farther, first, cv::CMP_LT);
+      c.rowRange(rows).copyTo(to);
+      b.rowRange(rows).copyTo(to, first);
+    });
+  };
+  return {.work = "getBackground",
+          .required = 1.0,
+          .moved = 4 * kBytes,
+          .result = kBytes,
+          .tolerance = 0,
+          .ours =
+              [&s] {
+                ours.reset();  // as the peer's is given back before there is another
+                ours.reset(CameraUtil::getBackground(moved.data(), s.words.data(), s.before.data(),
+                                                     static_cast<int>(kBytes)));
+              },
+          .peers = {{"OpenCV 2 absdiff + compare + 2 copyTo, in bands", nearer}},
+          .difference =
+              [] {
+                Nearness nearness;
+                nearness.add(ours.get(), theirs.data, kBytes);
+                return nearness;
+              }};
+}
+
 /// The peer's radius is our peak everywhere.
 Duel blurring(Scene& s, const char* work, double required, int radius, double tolerance,
               double operations, std::function<void()> ours) {
@@ -131,6 +173,7 @@ std::vector<Duel> wordDuels(Scene& s) {
       mixing(s),
       picking(s, "add2ImageByBrightness", CameraUtil::add2ImageByBrightness, "OpenCV max", cv::max),
       picking(s, "add2ImageByDarkness", CameraUtil::add2ImageByDarkness, "OpenCV min", cv::min),
+      background(s),
       blurring(s, "ActiveBlur", 1.0, 12, 1.5, per_pixel::kSquare,
                [&s] { ActiveBlur(asWords(s.ours), asWords(s.words), 0, kWidth, kHeight); }),
       blurring(s, "blur", 1.2, 24, 2, per_pixel::kBox,
