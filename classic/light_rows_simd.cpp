@@ -3,7 +3,7 @@
 // Gains are worked out for the left half of a row, most of it in 16-bit lanes, and kept as bytes in
 // the order of a destination row, for it and, back to front, for its image on the right. Where the
 // light is even, towards the centre, there is one gain for all. What is left to do for a pixel is
-// to turn it round and to add. Five pixels a step:
+// to turn it round and to add. NEON does that plane by plane, AVX2 five pixels a step:
 //
 //   loaded    B G R  B G R  B G R  B G R  B G R  -
 //   turned    R G B  R G B  R G B  R G B  R G B  -   + gains, limited to 255
@@ -84,6 +84,20 @@ constexpr int ripple() {
 }
 constexpr int kRipple = ripple();
 
+/// The distance up to which no falloff exceeds `full`, so that the light is even; -1 if there is
+/// none.
+int evenDistance(int full) {
+  int near = -1, far = 0x8001;
+  while (far - near > 1) {
+    const int middle = (near + far) / 2;
+    (falloff(middle) + kRipple <= full ? near : far) = middle;
+  }
+  while (near < 0x8000 && falloff(near + 1) <= full) {
+    ++near;
+  }
+  return near;
+}
+
 UnsignedVector falloffs(UnsignedVector d) {
   const auto times = [](UnsignedVector v, int factor) HWY_ATTR {
     return product(v, hn::Set(Unsigned(), static_cast<uint16_t>(factor)));
@@ -121,14 +135,20 @@ struct ShortGains {
 };
 
 hn::Vec<Bytes> backwards(hn::Vec<Bytes> v) {
+#if ALG_IS_NEON()
+  const uint8x16_t halves = vrev64q_u8(v.raw);
+  return hn::Vec<Bytes>(vextq_u8(halves, halves, 8));
+#else
   const Unsigned d;
   const UnsignedVector pairs = hn::Reverse(d, hn::BitCast(d, v));
   return hn::BitCast(Bytes(), hn::Or(hn::ShiftLeft<8>(pairs), hn::ShiftRight<8>(pairs)));
+#endif
 }
 
 class LightTerms {
  public:
-  explicit LightTerms(const FillLight& light) : light_(light) {}
+  explicit LightTerms(const FillLight& light)
+      : light_(light), evenDistance_(evenDistance(light.full)) {}
 
   /// Whether all weights are at most half, so that gains are bytes and their terms 16 bits wide.
   /// All radii from 0.3 to 100 or more are like that.
@@ -173,9 +193,7 @@ class LightTerms {
   static constexpr int kMaxSide = 0xFFFF;  // squared half diagonals have 31 bits
 
   /// Whether the light is even from there to the centre.
-  bool even(int dy, int dx) const {
-    return falloff(light_.distance(dy, dx)) + kRipple <= light_.full;
-  }
+  bool even(int dy, int dx) const { return light_.distance(dy, dx) <= evenDistance_; }
 
   // The corners' distance of 1.0 has 16 bits. Joined, it becomes 32767, which falls off the same.
   IntVector distances(int dy, int dx) const {
@@ -222,21 +240,66 @@ class LightTerms {
   }
 
   const FillLight light_;
+  const int evenDistance_;
   const IntVector iota_ = hn::Iota(Ints(), 0);
 };
 
-/// Lights the 5 pixels at each of kSteps places, 15 bytes apart. All are read before any is
-/// written, so that cores which take instructions in order don't wait for each.
-template <std::size_t kSteps>
-HWY_INLINE void lightSteps(const uint8_t* src, uint8_t* dst, const uint8_t* gains,
-                           std::size_t step) {
+/// Lights pixels one by one, for lightUp.
+template <bool kEven>
+HWY_INLINE void lightEach(const uint8_t* src, uint8_t* dst, std::size_t bytes,
+                          const uint8_t* gains) {
+  for (std::size_t at = 0; at < bytes; at += kPackedBytes) {
+    for (std::size_t k = 0; k < kPackedBytes; ++k) {
+      const int gain = gains[kEven ? k : at + k];
+      dst[at + k] = static_cast<uint8_t>(std::min(src[at + 2 - k] + gain, 255));
+    }
+  }
+}
+
+/// lightUp lights `bytes` bytes and perhaps some more up to `room`, to be lit again. `gains` are
+/// those of each pixel, or of all if the light is even.
+#if ALG_IS_NEON()
+
+template <bool kEven>
+HWY_NOINLINE void lightUp(const uint8_t* src, uint8_t* dst, std::size_t bytes, std::size_t room,
+                          const uint8_t* gains) {
+  constexpr std::size_t kStep = std::size_t{kPackedBytes} * kBlock;
+  if (room < kStep) {
+    return lightEach<kEven>(src, dst, bytes, gains);
+  }
+  const uint8x16x3_t even{vdupq_n_u8(gains[0]), vdupq_n_u8(gains[1]), vdupq_n_u8(gains[2])};
+  const auto lit = [&](std::size_t at) HWY_ATTR {
+    const uint8x16x3_t p = vld3q_u8(src + at), g = kEven ? even : vld3q_u8(gains + at);
+    return uint8x16x3_t{vqaddq_u8(p.val[2], g.val[0]), vqaddq_u8(p.val[1], g.val[1]),
+                        vqaddq_u8(p.val[0], g.val[2])};
+  };
+  std::size_t at = 0;
+  // Two steps are read before either is written, so that cores which take instructions in order
+  // don't wait for each.
+  for (; at + kStep < bytes && at + 2 * kStep <= room; at += 2 * kStep) {
+    const uint8x16x3_t first = lit(at), second = lit(at + kStep);
+    vst3q_u8(dst + at, first);
+    vst3q_u8(dst + at + kStep, second);
+  }
+  for (; at < bytes; at += kStep) {
+    const std::size_t from = HWY_MIN(at, room - kStep);
+    vst3q_u8(dst + from, lit(from));
+  }
+}
+
+#else
+
+/// Lights the 5 pixels at each of kSteps places, 15 bytes apart. Gains of five pixels are kStride
+/// bytes after those of the five before: 15, or 0 to take the same ones again.
+template <std::size_t kSteps, std::size_t kStride>
+HWY_INLINE void lightSteps(const uint8_t* src, uint8_t* dst, const uint8_t* gains) {
   HWY_ALIGN static constexpr uint8_t kTurned[16] = {2, 1,  0,  5, 4,  3,  8,  7,
                                                     6, 11, 10, 9, 14, 13, 12, 15};
   const Bytes16 d;
   const auto turned = hn::Load(d, kTurned);
   const auto lit = [&](std::size_t i) HWY_ATTR {
     const auto pixels = hn::TableLookupBytes(hn::LoadU(d, src + 15 * i), turned);
-    return hn::SaturatedAdd(pixels, hn::LoadU(d, gains + step * i));
+    return hn::SaturatedAdd(pixels, hn::LoadU(d, gains + kStride * i));
   };
   if constexpr (kSteps == 1) {
     hn::StoreU(lit(0), d, dst);
@@ -249,27 +312,26 @@ HWY_INLINE void lightSteps(const uint8_t* src, uint8_t* dst, const uint8_t* gain
   }
 }
 
-/// Lights `bytes` bytes and perhaps some more up to `room`, to be lit again. The gains of five
-/// pixels are `step` bytes after those of the five before: 15, or 0 to take the same ones again.
+template <bool kEven>
 HWY_NOINLINE void lightUp(const uint8_t* src, uint8_t* dst, std::size_t bytes, std::size_t room,
-                          const uint8_t* gains, std::size_t step) {
-  constexpr std::size_t kUnroll = 4;
+                          const uint8_t* gains) {
+  constexpr std::size_t kUnroll = 4, kStride = kEven ? 0 : 15;
   const std::size_t within = room < 18 ? 0 : (room - 18) / 15 + 1;
   const std::size_t steps = HWY_MIN((bytes + 14) / 15, within);
   std::size_t i = 0;
   for (; i + kUnroll <= steps; i += kUnroll) {
-    lightSteps<kUnroll>(src + 15 * i, dst + 15 * i, gains + step * i, step);
+    lightSteps<kUnroll, kStride>(src + 15 * i, dst + 15 * i, gains + kStride * i);
   }
   for (; i < steps; ++i) {
-    lightSteps<1>(src + 15 * i, dst + 15 * i, gains + step * i, step);
+    lightSteps<1, kStride>(src + 15 * i, dst + 15 * i, gains + kStride * i);
   }
-  gains += step * steps;
-  for (std::size_t at = 15 * steps; at < bytes; at += kPackedBytes, gains += step / 5) {
-    for (std::size_t k = 0; k < kPackedBytes; ++k) {
-      dst[at + k] = static_cast<uint8_t>(std::min(src[at + 2 - k] + gains[k], 255));
-    }
+  const std::size_t lit = 15 * steps;
+  if (lit < bytes) {
+    lightEach<kEven>(src + lit, dst + lit, bytes - lit, gains + kStride * steps);
   }
 }
+
+#endif
 
 /// The gains of a row and its image.
 class LightRow {
@@ -296,9 +358,9 @@ class LightRow {
 
   void light(const uint8_t* src, uint8_t* dst, std::size_t rowBytes) const {
     const std::size_t right = rowBytes - sides_;
-    lightUp(src, dst, sides_, rowBytes, left_, 15);
-    lightUp(src + sides_, dst + sides_, right - sides_, rowBytes - sides_, middle_, 0);
-    lightUp(src + right, dst + right, sides_, sides_, rightEnd_ - sides_, 15);
+    lightUp<false>(src, dst, sides_, rowBytes, left_);
+    lightUp<true>(src + sides_, dst + sides_, right - sides_, rowBytes - sides_, middle_);
+    lightUp<false>(src + right, dst + right, sides_, sides_, rightEnd_ - sides_);
   }
 
  private:
