@@ -309,8 +309,8 @@ JpegFault Transcoder::run() {
 
 JpegFault transcode(JpegReader& reader, JpegOutput& output, const JpegBandOptions& options,
                     const JpegBandWork& work) {
-  if (const JpegFault fault =
-          reader.start({.pixels = options.source, .reduction = options.reduction});
+  if (const JpegFault fault = reader.start(
+          {.pixels = options.source, .reduction = options.reduction, .rowWork = options.rowWork});
       fault != JpegFault::kNone) {
     return fault;
   }

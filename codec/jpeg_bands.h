@@ -9,6 +9,7 @@
 
 #include "platform/jpeg_format.h"
 #include "platform/jpeg_io.h"
+#include "platform/jpeg_reader.h"
 
 namespace alg {
 
@@ -31,6 +32,7 @@ using JpegBandWork = std::function<bool(const JpegBand&)>;
 
 struct JpegBandOptions {
   JpegPixels source = JpegPixels::kBgra;
+  const JpegRowWork* rowWork = nullptr;   ///< run on decoded rows, as JpegReader has it
   JpegPixels result = JpegPixels::kBgra;  ///< as wide as the source's if the work is in place
   bool inPlace = true;                    ///< one buffer is source and result; not with a halo
   int halo = 0;                           ///< rows that the work reads above and below a band

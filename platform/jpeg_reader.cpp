@@ -29,14 +29,14 @@ void limitScans(j_common_ptr codec) {
   }
 }
 
-/// Turns a row of C, M, Y, K pixels into others, which may lie in the same memory. Adobe's files
-/// hold inverted values.
-void convertCmyk(const uint8_t* row, uint8_t* to, std::size_t pixels, JpegPixels order,
+}  // namespace
+
+void convertCmyk(const uint8_t* inks, uint8_t* to, std::size_t pixels, JpegPixels order,
                  bool inverted) {
   const std::size_t bytes = bytesPerPixel(order);
   const bool blueFirst = order == JpegPixels::kBgra || order == JpegPixels::kBgr;
   const std::size_t red = blueFirst ? 2 : 0;
-  for (const uint8_t* p = row; p != row + 4 * pixels; p += 4, to += bytes) {
+  for (const uint8_t* p = inks; p != inks + 4 * pixels; p += 4, to += bytes) {
     const auto ink = [&](int index) { return inverted ? p[index] : 255 - p[index]; };
     const int cyan = ink(0), magenta = ink(1), yellow = ink(2), black = ink(3);
     to[red] = static_cast<uint8_t>((cyan * black + 127) / 255);
@@ -47,8 +47,6 @@ void convertCmyk(const uint8_t* row, uint8_t* to, std::size_t pixels, JpegPixels
     }
   }
 }
-
-}  // namespace
 
 struct JpegReader::Codec {
   Codec(JpegInput& input, Segments keep);
@@ -65,6 +63,7 @@ struct JpegReader::Codec {
   void noteMissingScans();
   bool read(uint8_t* rows, std::size_t stride, JDIMENSION count);
   void readLines(uint8_t* rows, std::size_t stride, JDIMENSION count);
+  void runWork(uint8_t* row, bool cmyk);
   bool finish();
 
   jpeg_decompress_struct jpeg{};
@@ -229,13 +228,25 @@ void JpegReader::Codec::readLines(uint8_t* rows, std::size_t stride, JDIMENSION 
       lines[i] = first + i * inkStride;
     }
     const JDIMENSION read = jpeg_read_scanlines(&jpeg, lines, some);
-    for (JDIMENSION i = 0; cmyk && i < read; ++i) {
-      convertCmyk(lines[i], rows + i * stride, jpeg.output_width, options.pixels,
-                  jpeg.saw_Adobe_marker != FALSE);
+    for (JDIMENSION i = 0; i < read; ++i) {
+      if (options.rowWork != nullptr) {
+        runWork(lines[i], cmyk);
+      } else if (cmyk) {  // Adobe's files hold inverted values
+        convertCmyk(lines[i], rows + i * stride, jpeg.output_width, options.pixels,
+                    jpeg.saw_Adobe_marker != FALSE);
+      }
     }
     rows += read * stride;
     done += read;
   }
+}
+
+void JpegReader::Codec::runWork(uint8_t* row, bool cmyk) {
+  const std::size_t bytes = std::size_t{4} * jpeg.output_width;
+  if (cmyk && jpeg.saw_Adobe_marker == FALSE) {
+    std::transform(row, row + bytes, row, [](uint8_t ink) { return static_cast<uint8_t>(~ink); });
+  }
+  (*options.rowWork)(row, jpeg.output_width);
 }
 
 bool JpegReader::Codec::finish() {

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <span>
 
@@ -11,6 +12,15 @@
 #include "platform/jpeg_io.h"
 
 namespace alg {
+
+/// Makes pixels of C, M, Y, K, a byte each, as if inks were ideal filters of light. Both may be the
+/// same memory.
+/// @param inverted  255 is no ink; else 0 is
+void convertCmyk(const uint8_t* inks, uint8_t* to, std::size_t pixels, JpegPixels order,
+                 bool inverted);
+
+/// Turns a row of decoded pixels of four bytes into others, in place.
+using JpegRowWork = std::function<void(uint8_t* row, std::size_t pixels)>;
 
 /// Decodes one file: baseline or progressive; grey, YCbCr, RGB, CMYK or YCCK (Adobe's inverted ones
 /// too). Files in one scan take memory for a few rows, others up to kMostJpegWorkBytes. A truncated
@@ -31,6 +41,10 @@ class JpegReader {
     JpegPixels pixels = JpegPixels::kBgra;
     int reduction = 1;                     ///< 1, 2, 4 or 8: sides divided by this, rounded up
     std::size_t maxPixelBytes = SIZE_MAX;  ///< kTooLarge beyond it
+    /// Run on each row, for pixels of four bytes; outlives the reader, and must not throw. Of CMYK
+    /// files it gets C, M, Y, K, 255 for no ink, and is what makes `pixels` of them. Null: nothing
+    /// is run, and inks are ideal filters of light.
+    const JpegRowWork* rowWork = nullptr;
   };
 
   /// @param input  outlives the reader

@@ -8,7 +8,7 @@ import subprocess
 import unittest
 from pathlib import Path
 
-from tool_case import ToolCase
+from tool_case import TOOL, ToolCase
 from tool_test import exif, segments, tag, with_segments
 
 XMP = b"http://ns.adobe.com/xap/1.0/\0"
@@ -278,6 +278,45 @@ class PhotosTest(ToolCase):
             self.assertIn(p3[:60], Path(f"page/pictures/{file}.jpg").read_bytes())
         Path("wide.jpg").write_bytes(with_segments(Path("plain.jpg").read_bytes(), (0xe2, b"ICC_PROFILE\0\1\1" + p3[:128] + bytes(len(p3) - 128))))
         self.run_tool("resize", "--size=8x8", "--to-srgb", "wide.jpg", "none.jpg", code=3, says="profile can't be used")
+
+    def test_inks_and_greys_become_srgb(self):
+        """By lcms2's own way, and as ideal inks without a profile; by bands as in one piece."""
+        def worst(file, expected, says=""):
+            self.run_tool("resize", "--size=100%", file, "made.png", says=says)
+            self.assertFalse(b"iCCP" in Path("made.png").read_bytes())
+            return max(abs(a - b) for a, b in zip(self.pixels("made.png"), expected))
+        Path("argb").write_bytes(bytes(v for y in range(240) for x in range(320) for v in (x * 4 // 5, y, 255 - (x + y) // 3, 255)))
+        self.run_tool("convert", "--size=320x240", "--from=argb", "--to=jpg", "argb", "in.jpg")
+        vips = lambda *command: subprocess.run(["vips", *command], check=True)
+        vips("icc_transform", "in.jpg", "inks.jpg[Q=95]", "cmyk")
+        vips("icc_transform", "inks.jpg", "wanted.png[strip]", "srgb", "--embedded", "--intent=relative", "--black-point-compensation")
+        vips("copy", "inks.jpg", "inks.tif")
+        vips("copy", "inks.jpg", "plain.jpg[strip,Q=95]")
+        wanted = self.pixels("wanted.png")
+        for file, least, most, says in (("inks.jpg", 0, 2, "by its profile"), ("inks.tif", 0, 2, "by its profile"),
+                                        ("plain.jpg", 20, 255, "without a profile: as ideal inks")):
+            self.assertTrue(least <= worst(file, wanted, says) <= most, file)
+        for file in ("inks.jpg", "plain.jpg"):
+            for effect in ("sepia", "PrettySweet", "sketch"):
+                self.run_tool("apply", effect, file, "bands.jpg", says="CMYK")
+                with open(file, "rb") as photo:
+                    whole = subprocess.run([TOOL, "apply", effect, "-", "-"], stdin=photo, capture_output=True, check=True)
+                self.assertEqual(whole.stdout, Path("bands.jpg").read_bytes(), (file, effect))
+        # A tone curve of gamma 1 in a grey photo's profile.
+        tags = ((b"wtpt", b"XYZ \0\0\0\0" + struct.pack(">iii", 63190, 65536, 54061)), (b"kTRC", b"curv\0\0\0\0\0\0\0\0"))
+        profile = struct.pack(">I4sI4s4s4s", 0, b"lcms", 0x2000000, b"mntr", b"GRAY", b"XYZ ") + bytes(12) + b"acsp"
+        profile += bytes(68 - len(profile)) + struct.pack(">iii", 63190, 65536, 54061)
+        profile += bytes(128 - len(profile)) + struct.pack(">I4sII4sII", 2, tags[0][0], 156, 20, tags[1][0], 176, 12)
+        profile += tags[0][1] + tags[1][1] + random.Random(6).randbytes(100)  # libpng takes no shorter ones
+        profile = struct.pack(">I", len(profile)) + profile[4:]
+        vips("colourspace", "in.jpg", "grey.jpg[strip]", "b-w")
+        light = [v / 255 for v in self.pixels("grey.jpg")]
+        wanted = [255 * (12.92 * v if v < 0.0031308 else 1.055 * v ** (1 / 2.4) - 0.055) for v in light]
+        Path("grey.jpg").write_bytes(with_segments(Path("grey.jpg").read_bytes(), (0xe2, b"ICC_PROFILE\0\1\1" + profile)))
+        for ending in ("jpg", "png", "tif"):
+            if ending != "jpg":
+                vips("copy", "grey.jpg", f"grey.{ending}")
+            self.assertLess(worst(f"grey.{ending}", wanted), 1.5, ending)
 
     def test_resizing_keeps_shapes_and_does_not_alias(self):
         def size(*options, of="photo.jpg", code=0, says=""):

@@ -35,6 +35,16 @@ TEST(JpegRows, ComeInEveryOrderOfBytesAndLeaveTheirGapsAlone) {
         EXPECT_EQ(reader.finish(), JpegFault::kNone);
         EXPECT_TRUE(same(memory.bytes(), expected)) << fixture.name << " " << int(order);
 
+        const alg::JpegRowWork work = [&](uint8_t* row, std::size_t pixels) {
+          if (fixture.input == JCS_CMYK) alg::convertCmyk(row, row, pixels, order, true);
+        };
+        if (bytes == 4) {
+          alg::JpegBytes again(file);
+          alg::JpegReader worked(again);
+          worked.start({.pixels = order, .reduction = reduction, .rowWork = &work});
+          worked.read(memory.data(), asSize(stride), 100);
+          EXPECT_TRUE(same(memory.bytes(), expected)) << fixture.name << ", by the row";
+        }
         const auto encode = [&](const uint8_t* from, std::size_t apart, JpegPixels pixels) {
           Bytes jpeg(20000);
           alg::JpegBuffer to(jpeg);

@@ -14,11 +14,15 @@ namespace {
 
 /// Values can be blended when they stand for colours of one profile.
 void matchColours(PhotoFile& file, const std::vector<uint8_t>& profile) {
-  if (file.metadata.profile() != profile &&
-      !convertColours(file.photo, file.metadata.profile(), profile)) {
+  if (file.metadata.profile() == profile) {
+    return;
+  }
+  const auto transform = ColourTransform::make(JpegColours::kRgb, file.metadata.profile(), profile);
+  if (!transform) {
     throw BadInput(fmt::format("{}: can't be converted to the other photo's colour profile",
                                file.origin.path.string()));
   }
+  transform->run(file.photo);
 }
 
 }  // namespace

@@ -17,6 +17,7 @@
 #include "platform/jpeg_reader.h"
 #include "tools/files/file_errors.h"
 #include "tools/metadata/metadata.h"
+#include "tools/photos/colour.h"
 #include "tools/photos/jpeg_photo.h"
 #include "tools/photos/photo_faults.h"
 #include "tools/photos/photo_file.h"
@@ -109,9 +110,10 @@ class BandChain {
 
   /// Throws std::bad_alloc.
   void prepare(JpegBandOptions& options) {
-    const bool alone = jobs_.size() == 1 && weight_ == kWholeWeight;
+    // What runs on decoded rows, and jobs after each other, have pixels of four bytes.
+    const bool any = jobs_.size() == 1 && weight_ == kWholeWeight && options.rowWork == nullptr;
     for (BandJob& job : jobs_) {
-      if (!job.prepare(options, alone)) {
+      if (!job.prepare(options, any)) {
         throw std::bad_alloc();
       }
     }
@@ -159,8 +161,8 @@ PhotoStream::~PhotoStream() = default;
 
 std::unique_ptr<PhotoStream> PhotoStream::open(const fs::path& input, const fs::path& output,
                                                const EffectChain& effects,
-                                               const PhotoOptions& options) {
-  if (!effects.fitsBands() || options.toSrgb || input == kStandardStream ||
+                                               const PhotoOptions& /*options*/) {
+  if (!effects.fitsBands() || input == kStandardStream ||
       formatToWrite(output) != PictureFormat::kJpeg) {
     return nullptr;
   }
@@ -170,7 +172,7 @@ std::unique_ptr<PhotoStream> PhotoStream::open(const fs::path& input, const fs::
 
 bool PhotoStream::fits() {
   if (readJpegInfo(*file_, info_) != JpegFault::kNone || info_.wholeImage ||
-      info_.colours == JpegColours::kCmyk || std::max(info_.width, info_.height) > kMostJpegSide) {
+      std::max(info_.width, info_.height) > kMostJpegSide) {
     return false;
   }
   file_->rewind();
@@ -202,10 +204,13 @@ void PhotoStream::checkFault(JpegFault fault) const {
 void PhotoStream::run(EffectChain& effects, const fs::path& output, const PhotoOptions& options,
                       const WriteOptions& how, bool overlap) {
   const std::vector<Job> jobs = effects.jobs(info_.width, info_.height);
-  const std::vector<uint8_t> segments =
-      Metadata(layout_, path_).segments(info_.width, info_.height, path_, {});
+  Metadata metadata(layout_, path_);
+  const auto transform = transformFor(info_.colours, metadata, options, path_);
+  const JpegRowWork work = rowWork(transform);
+  const std::vector<uint8_t> segments = metadata.segments(info_.width, info_.height, path_, {});
   const JpegCoding coding = options.coding(codingOf(info_));
-  JpegBandOptions bands{.quality = coding.quality,
+  JpegBandOptions bands{.rowWork = transform ? &work : nullptr,
+                        .quality = coding.quality,
                         .tables = coding.tables,
                         .sampling = coding.sampling,
                         .carrySegments = false,

@@ -21,8 +21,8 @@ class JpegFile;
 /// readPhoto() and writePhoto().
 class PhotoStream {
  public:
-  /// Opens a photo that can be streamed: an upright JPEG file in one scan, grey or RGB, with
-  /// nothing behind the picture and colours that stay, whose output is a JPEG, too, through effects
+  /// Opens a photo that can be streamed: an upright JPEG file in one scan, with
+  /// nothing behind the picture, whose output is a JPEG, too, through effects
   /// that fit bands. Null for any other, among them those that can't be read.
   static std::unique_ptr<PhotoStream> open(const std::filesystem::path& input,
                                            const std::filesystem::path& output,

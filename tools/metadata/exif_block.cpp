@@ -21,6 +21,7 @@ enum Tag : uint16_t {
   kThumbnailBytes = 0x202,
   kExif = 0x8769,
   kGps = 0x8825,
+  kColorSpace = 0xA001,
   kPixelXDimension = 0xA002,
   kPixelYDimension = 0xA003,
   kInteroperability = 0xA005,
@@ -208,6 +209,17 @@ void ExifBlock::describe(uint32_t width, uint32_t height) {
     for (const Entry& entry : exif->entries) {
       if (entry.tag == kPixelXDimension || entry.tag == kPixelYDimension) {
         setEntry(entry, entry.tag == kPixelXDimension ? width : height);
+      }
+    }
+  }
+}
+
+void ExifBlock::describeSrgb() {
+  constexpr uint32_t kSrgb = 1;
+  if (const auto exif = below(*directoryAt(first_), kExif)) {
+    for (const Entry& entry : exif->entries) {
+      if (entry.tag == kColorSpace) {
+        setEntry(entry, kSrgb);
       }
     }
   }

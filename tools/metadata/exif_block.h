@@ -21,6 +21,8 @@ class ExifBlock {
   int orientation() const;
   /// Says that the picture is upright and has that size, where the block says anything about it.
   void describe(uint32_t width, uint32_t height);
+  /// Says that the colours are sRGB, where the block says anything about them.
+  void describeSrgb();
   /// Takes out the second directory with its thumbnail.
   void dropThumbnail();
 

@@ -53,15 +53,15 @@ bool isCarried(const JpegSegment& segment) {
 /// A profile is cut into segments, which say their number and how many there are.
 constexpr std::size_t kProfilePart = 65533 - kProfileBegin.size() - 2;
 
-/// Whether an ICC profile is whole and made for colours as the codec delivers them.
-bool isForRgb(const std::vector<uint8_t>& profile) {
+/// The colour space that an ICC profile is made for; empty when it isn't whole.
+std::string_view spaceOf(const std::vector<uint8_t>& profile) {
   constexpr std::size_t kHeader = 128;  // bytes: first the size, at 16 the colour space
   if (profile.size() < kHeader) {
-    return false;
+    return {};
   }
   const std::size_t size = std::size_t{profile[0]} << 24U | std::size_t{profile[1]} << 16U |
                            std::size_t{profile[2]} << 8U | profile[3];
-  return size == profile.size() && asText(profile).substr(16, 4) == "RGB ";
+  return size == profile.size() ? asText(profile).substr(16, 4) : std::string_view();
 }
 
 void noteLoss(const std::filesystem::path& path, std::string_view what) {
@@ -78,6 +78,7 @@ struct Metadata::Parts {
   std::optional<ExifBlock> exif;
   std::string xmp;
   std::vector<uint8_t> profile;
+  std::vector<uint8_t> otherProfile;
   int orientation = 1;
 
   void addJpeg(const JpegLayout& jpeg, const std::filesystem::path& path);
@@ -158,11 +159,14 @@ void Metadata::Parts::understand(const std::filesystem::path& path) {
       }
       xmp = asText(piece.content);
     } else if (piece.kind == Kind::kProfile) {
-      if (!isForRgb(piece.content)) {
+      const std::string_view space = spaceOf(piece.content);
+      const bool other = space == "GRAY" || space == "CMYK";
+      if (!other && space != "RGB ") {
         noteLoss(path, "its colour profile is left out: damaged or not for RGB");
         return true;
       }
-      profile = std::move(piece.content);
+      (other ? otherProfile : profile) = std::move(piece.content);
+      return other;
     } else if (piece.kind == Kind::kJfif) {
       piece.content[kJfifBytes - 2] = piece.content[kJfifBytes - 1] = 0;  // no thumbnail
     } else if (piece.kind == Kind::kPhotoshop) {
@@ -251,6 +255,11 @@ const std::vector<uint8_t>& Metadata::profile() const {
   return parts_ ? parts_->profile : kNone;
 }
 
+const std::vector<uint8_t>& Metadata::otherProfile() const {
+  static const std::vector<uint8_t> kNone;
+  return parts_ ? parts_->otherProfile : kNone;
+}
+
 Metadata Metadata::withOrientation(int orientation) const {
   const auto parts = parts_ ? std::make_shared<Parts>(*parts_) : std::make_shared<Parts>();
   parts->orientation = orientation;
@@ -267,6 +276,17 @@ Metadata Metadata::withProfile(std::vector<uint8_t> profile) const {
   }
   parts->profile = std::move(profile);
   Metadata result;
+  result.parts_ = parts;
+  return result;
+}
+
+Metadata Metadata::inSrgb() const {
+  Metadata result = withProfile({});
+  const auto parts = std::make_shared<Parts>(*result.parts_);
+  parts->otherProfile.clear();
+  if (parts->exif) {
+    parts->exif->describeSrgb();
+  }
   result.parts_ = parts;
   return result;
 }

@@ -36,12 +36,16 @@ class Metadata {
 
   /// How the pixels lie, 1 to 8 as in Exif; 1 is upright.
   int orientation() const;
-  /// The whole ICC profile, of the colours that the file holds; empty for none.
+  /// The whole ICC profile, of the RGB colours that the file holds; empty for none.
   const std::vector<uint8_t>& profile() const;
+  /// That of a file's grey or CMYK colours, which photos don't have: it is not written.
+  const std::vector<uint8_t>& otherProfile() const;
   /// The same for pixels that lie otherwise.
   Metadata withOrientation(int orientation) const;
   /// The same with another profile, or with none.
   Metadata withProfile(std::vector<uint8_t> profile) const;
+  /// The same for colours that have become sRGB: without a profile.
+  Metadata inSrgb() const;
 
   /// What stands behind a picture in its file, as XMP and others may say.
   struct Behind {

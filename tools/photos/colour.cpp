@@ -1,8 +1,11 @@
 #include "tools/photos/colour.h"
 
+#include <fmt/format.h>
 #include <lcms2.h>
 
-#include <memory>
+#include "base/image_size.h"
+#include "tools/shell/console.h"
+#include "tools/shell/failure.h"
 
 namespace alg::tool {
 namespace {
@@ -18,30 +21,91 @@ Profile open(const std::vector<uint8_t>& bytes) {
                                                        static_cast<cmsUInt32Number>(bytes.size())));
 }
 
+struct Layout {
+  cmsColorSpaceSignature space;
+  cmsUInt32Number format;
+};
+
+Layout layoutOf(JpegColours pixels) {
+  switch (pixels) {
+    case JpegColours::kGrey:  // one of three samples that are the same
+      return {cmsSigGrayData, COLORSPACE_SH(PT_GRAY) | CHANNELS_SH(1) | EXTRA_SH(3) | BYTES_SH(1)};
+    case JpegColours::kCmyk:
+      return {cmsSigCmykData, TYPE_CMYK_8_REV};
+    default:
+      return {cmsSigRgbData, TYPE_BGRA_8};
+  }
+}
+
 }  // namespace
 
-bool convertColours(Photo& photo, const std::vector<uint8_t>& from,
-                    const std::vector<uint8_t>& to) {
+ColourTransform::ColourTransform(void* transform, bool opaque)
+    : transform_(transform, [](void* owned) { cmsDeleteTransform(owned); }), opaque_(opaque) {}
+
+std::optional<ColourTransform> ColourTransform::make(JpegColours pixels,
+                                                     const std::vector<uint8_t>& from,
+                                                     const std::vector<uint8_t>& to) {
   cmsSetLogErrorHandler([](cmsContext, cmsUInt32Number, const char*) {});
   const Profile source = open(from);
   const Profile target = open(to);
-  if (!source || !target) {
-    return false;
+  const Layout layout = layoutOf(pixels);
+  if (!source || !target || cmsGetColorSpace(source.get()) != layout.space) {
+    return std::nullopt;
   }
   auto* const transform =
-      cmsCreateTransform(source.get(), TYPE_BGRA_8, target.get(), TYPE_BGRA_8,
+      cmsCreateTransform(source.get(), layout.format, target.get(), TYPE_BGRA_8,
                          INTENT_RELATIVE_COLORIMETRIC, cmsFLAGS_BLACKPOINTCOMPENSATION);
-  if (transform == nullptr) {
-    return false;
+  return transform != nullptr
+             ? std::optional(ColourTransform(transform, pixels == JpegColours::kCmyk))
+             : std::nullopt;
+}
+
+// Alpha is not part of a transform, and stays.
+void ColourTransform::run(uint8_t* pixels, std::size_t count) const {
+  cmsDoTransform(transform_.get(), pixels, pixels, static_cast<cmsUInt32Number>(count));
+  for (std::size_t i = 0; opaque_ && i < count; ++i) {
+    pixels[i * kArgbBytes + 3] = 255;
   }
-  // Alpha is not part of a transform, and stays.
-  const auto bytes = static_cast<cmsUInt32Number>(photo.width) * kArgbBytes;
-  for (int y = 0; y < photo.height; ++y) {
-    uint8_t* const row = photo.pixels.get() + std::size_t{bytes} * static_cast<std::size_t>(y);
-    cmsDoTransform(transform, row, row, static_cast<cmsUInt32Number>(photo.width));
+}
+
+void ColourTransform::run(Photo& photo) const {
+  const auto width = static_cast<std::size_t>(photo.width);
+  for (std::size_t y = 0; y < static_cast<std::size_t>(photo.height); ++y) {
+    run(photo.pixels.get() + kArgbBytes * width * y, width);
   }
-  cmsDeleteTransform(transform);
-  return true;
+}
+
+std::optional<ColourTransform> transformFor(JpegColours pixels, Metadata& metadata,
+                                            const PhotoOptions& options,
+                                            const std::filesystem::path& path) {
+  const std::vector<uint8_t>& profile = metadata.profile();
+  const std::vector<uint8_t>& other = metadata.otherProfile();
+  std::optional<ColourTransform> transform;
+  if (!other.empty()) {
+    transform = ColourTransform::make(pixels, other, {});
+    if (!transform) {
+      note(fmt::format("{}: its colour profile is left out: damaged or not for its colours",
+                       path.string()));
+    }
+  } else if (options.toSrgb && pixels != JpegColours::kCmyk && !profile.empty()) {
+    transform = ColourTransform::make(JpegColours::kRgb, profile, {});
+    if (!transform) {
+      throw BadInput(fmt::format("{}: its colour profile can't be used", path.string()));
+    }
+  }
+  if (pixels == JpegColours::kCmyk) {
+    note(fmt::format("{}: its CMYK colours become sRGB, {}", path.string(),
+                     transform ? "by its profile" : "without a profile: as ideal inks"));
+  }
+  if (transform || pixels == JpegColours::kCmyk) {
+    metadata = metadata.inSrgb();
+  }
+  return transform;
+}
+
+JpegRowWork rowWork(const std::optional<ColourTransform>& transform) {
+  return transform ? [&way = *transform](uint8_t* row, std::size_t count) { way.run(row, count); }
+                   : JpegRowWork();
 }
 
 }  // namespace alg::tool

@@ -3,10 +3,12 @@
 #include <fmt/core.h>
 
 #include <new>
+#include <utility>
 
 #include "base/image_size.h"
 #include "platform/jpeg_reader.h"
 #include "platform/jpeg_writer.h"
+#include "tools/photos/colour.h"
 #include "tools/photos/photo_faults.h"
 #include "tools/shell/console.h"
 
@@ -29,16 +31,22 @@ std::string whyUnsupported(const JpegLayout& layout) {
                      layout.components);
 }
 
+void refuseFault(const JpegReader& reader, const std::filesystem::path& path,
+                 const JpegLayout& layout) {
+  if (reader.fault() == JpegFault::kNoMemory) {
+    throw std::bad_alloc();
+  }
+  if (reader.fault() != JpegFault::kNone) {
+    throw BadInput(whyRefused(path, reader.fault(), reader.info(), layout));
+  }
+}
+
 void decodeRows(JpegReader& reader, const std::filesystem::path& path, const JpegLayout& layout,
                 Photo& photo) {
   const auto stride = static_cast<std::size_t>(photo.width) * kArgbBytes;
   reader.read(photo.pixels.get(), stride, photo.height);
-  if (const JpegFault fault = reader.finish(); fault != JpegFault::kNone) {
-    if (fault == JpegFault::kNoMemory) {
-      throw std::bad_alloc();
-    }
-    throw BadInput(whyRefused(path, fault, reader.info(), layout));
-  }
+  reader.finish();
+  refuseFault(reader, path, layout);
 }
 
 /// Damage of a photo that was decoded reduced, in rows of the whole one.
@@ -85,14 +93,13 @@ PhotoFile decodeJpegPhoto(Bytes file, const std::filesystem::path& path,
   JpegBytes input(file);
   JpegReader reader(input);
   const JpegInfo& info = reader.info();
+  refuseFault(reader, path, layout);
+  Metadata metadata(layout, path);
+  const auto transform = transformFor(info.colours, metadata, options, path);
+  const JpegRowWork work = rowWork(transform);
   const int side = keepSide ? keepSide(info.width, info.height) : 0;
-  reader.start({.reduction = info.reductionFor(side)});
-  if (reader.fault() == JpegFault::kNoMemory) {
-    throw std::bad_alloc();
-  }
-  if (reader.fault() != JpegFault::kNone) {
-    throw BadInput(whyRefused(path, reader.fault(), reader.info(), layout));
-  }
+  reader.start({.reduction = info.reductionFor(side), .rowWork = transform ? &work : nullptr});
+  refuseFault(reader, path, layout);
   Photo photo = blankPhoto(reader.width(), reader.height());
   decodeRows(reader, path, layout, photo);
   const JpegDamage damage = reader.damage();
@@ -101,7 +108,7 @@ PhotoFile decodeJpegPhoto(Bytes file, const std::filesystem::path& path,
                  whatIsLost(inWhole(damage, photo.height, info.height), info.height));
   }
   return {.photo = std::move(photo),
-          .metadata = Metadata(layout, path),
+          .metadata = std::move(metadata),
           .origin = {.path = path,
                      .coding = codingOf(info),
                      .damaged = static_cast<bool>(damage),

@@ -6,7 +6,6 @@
 #include <utility>
 
 #include "tools/files/files.h"
-#include "tools/photos/colour.h"
 #include "tools/photos/jpeg_photo.h"
 #include "tools/photos/photo_faults.h"
 #include "tools/photos/png_photo.h"
@@ -86,12 +85,6 @@ PhotoFile readPhoto(const std::filesystem::path& path, const PhotoOptions& optio
   }
   file.photo = upright(std::move(file.photo), orientation);
   file.change.orientation = orientation;
-  if (options.toSrgb && !file.metadata.profile().empty()) {
-    if (!convertColours(file.photo, file.metadata.profile(), {})) {
-      throw BadInput(fmt::format("{}: its colour profile can't be used", path.string()));
-    }
-    file.metadata = file.metadata.withProfile({});
-  }
   return file;
 }
 

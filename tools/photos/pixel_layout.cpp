@@ -15,6 +15,16 @@ void fromRgb(const uint8_t* pixels, int samples, Photo& photo) {
   }
 }
 
+void fromInks(const uint8_t* pixels, int samples, Photo& photo) {
+  uint8_t* to = photo.pixels.get();
+  const uint8_t* const end = to + pixelCount(photo.width, photo.height) * kArgbBytes;
+  for (; to != end; to += kArgbBytes, pixels += samples) {
+    for (int i = 0; i < 4; ++i) {
+      to[i] = static_cast<uint8_t>(~pixels[i]);
+    }
+  }
+}
+
 std::vector<uint8_t> toRgb(const Photo& photo) {
   constexpr std::size_t kRgbBytes = 3;
   std::vector<uint8_t> pixels(pixelCount(photo.width, photo.height) * kRgbBytes);

@@ -10,6 +10,9 @@ namespace alg::tool {
 
 /// Fills a photo from R, G, B or R, G, B, A pixels, whose alpha it takes over.
 void fromRgb(const uint8_t* pixels, int samples, Photo& photo);
+/// Fills a photo's memory with C, M, Y, K, 255 for no ink, from pixels that begin with these, 0 for
+/// no ink.
+void fromInks(const uint8_t* pixels, int samples, Photo& photo);
 /// R, G, B pixels.
 std::vector<uint8_t> toRgb(const Photo& photo);
 

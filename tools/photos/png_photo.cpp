@@ -14,6 +14,7 @@
 #include <utility>
 
 #include "base/image_size.h"
+#include "tools/photos/colour.h"
 #include "tools/photos/photo_faults.h"
 #include "tools/photos/pixel_layout.h"
 #include "tools/shell/console.h"
@@ -32,6 +33,7 @@ struct Reading {
   MetadataBlocks blocks;
   int rows = 0;  ///< decoded so far
   bool transparent = false;
+  bool grey = false;
   bool deep = false;  ///< more than 8 bits a sample
   bool tooLarge = false;
 };
@@ -78,6 +80,7 @@ void readBlocks(png_structp png, png_infop info, MetadataBlocks& blocks) {
 /// Has rows delivered as B, G, R, A of 8 bits each.
 void chooseOutput(png_structp png, png_infop info, Reading& reading) {
   reading.deep = png_get_bit_depth(png, info) == 16;
+  reading.grey = (png_get_color_type(png, info) & PNG_COLOR_MASK_COLOR) == 0;
   const bool alpha = (png_get_color_type(png, info) & PNG_COLOR_MASK_ALPHA) != 0;
   reading.transparent = alpha || png_get_valid(png, info, PNG_INFO_tRNS) != 0;
   png_set_expand(png);
@@ -201,9 +204,14 @@ PhotoFile decodePngPhoto(Bytes file, const std::filesystem::path& path,
   if (reading.deep) {
     note(fmt::format("{}: 16 bits a sample become 8", path.string()));
   }
+  Metadata metadata(reading.blocks, path);
+  const auto pixels = reading.grey ? JpegColours::kGrey : JpegColours::kRgb;
+  if (const auto transform = transformFor(pixels, metadata, options, path)) {
+    transform->run(photo);
+  }
   const bool damaged = reading.rows < photo.height;
   return {.photo = std::move(photo),
-          .metadata = Metadata(reading.blocks, path),
+          .metadata = std::move(metadata),
           .origin = {.path = path, .format = PictureFormat::kPng, .damaged = damaged}};
 }
 

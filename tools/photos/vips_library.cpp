@@ -11,6 +11,7 @@
 
 #include "base/image_size.h"
 #include "tools/metadata/photoshop_block.h"
+#include "tools/photos/colour.h"
 #include "tools/photos/photo_faults.h"
 #include "tools/photos/pixel_layout.h"
 #include "tools/photos/webp_container.h"
@@ -38,6 +39,7 @@ struct Vips {
   int (*vips_image_get_height)(const VipsImage*);
   int (*vips_image_get_bands)(const VipsImage*);
   int (*vips_image_get_format)(const VipsImage*);
+  int (*vips_image_get_interpretation)(const VipsImage*);
   std::size_t (*vips_image_get_typeof)(const VipsImage*, const char*);
   int (*vips_image_get_blob)(const VipsImage*, const char*, const void**, std::size_t*);
   int (*vips_image_get_int)(const VipsImage*, const char*, int*);
@@ -57,6 +59,7 @@ struct Vips {
 
 constexpr int kUchar = 0;        // VIPS_FORMAT_UCHAR
 constexpr int kUshort = 2;       // VIPS_FORMAT_USHORT
+constexpr int kCmyk = 15;        // VIPS_INTERPRETATION_CMYK
 constexpr int kSrgb = 22;        // VIPS_INTERPRETATION_sRGB
 constexpr int kWarnings = 0xFF;  // all levels of GLib's log, and fatal ones
 
@@ -82,11 +85,12 @@ Vips loadVips() {
       ALG_LOAD(vips_image_new_from_buffer) && ALG_LOAD(vips_image_new_from_memory) &&
       ALG_LOAD(vips_image_get_width) && ALG_LOAD(vips_image_get_height) &&
       ALG_LOAD(vips_image_get_bands) && ALG_LOAD(vips_image_get_format) &&
-      ALG_LOAD(vips_image_get_typeof) && ALG_LOAD(vips_image_get_blob) &&
-      ALG_LOAD(vips_image_get_int) && ALG_LOAD(vips_image_set_blob_copy) &&
-      ALG_LOAD(vips_colourspace) && ALG_LOAD(vips_copy) && ALG_LOAD(vips_cast) &&
-      ALG_LOAD(vips_image_write_to_memory) && ALG_LOAD(vips_image_write_to_buffer) &&
-      ALG_LOAD(g_object_unref) && ALG_LOAD(g_free) && ALG_LOAD(g_log_set_handler);
+      ALG_LOAD(vips_image_get_interpretation) && ALG_LOAD(vips_image_get_typeof) &&
+      ALG_LOAD(vips_image_get_blob) && ALG_LOAD(vips_image_get_int) &&
+      ALG_LOAD(vips_image_set_blob_copy) && ALG_LOAD(vips_colourspace) && ALG_LOAD(vips_copy) &&
+      ALG_LOAD(vips_cast) && ALG_LOAD(vips_image_write_to_memory) &&
+      ALG_LOAD(vips_image_write_to_buffer) && ALG_LOAD(g_object_unref) && ALG_LOAD(g_free) &&
+      ALG_LOAD(g_log_set_handler);
   if (!complete || vips.vips_init("camera-effects") != 0) {
     vips.whyNot = fmt::format("which can't be used as it is installed: reinstall {}", kPackage);
     return vips;
@@ -169,29 +173,45 @@ MetadataBlocks blocksOf(const Vips& vips, const VipsImage* image) {
   return blocks;
 }
 
-/// Pixels of three or four samples of 8 bits; null on failure.
+JpegColours coloursOf(const Vips& vips, const VipsImage* image) {
+  return vips.vips_image_get_interpretation(image) == kCmyk ? JpegColours::kCmyk
+         : vips.vips_image_get_bands(image) < 3             ? JpegColours::kGrey
+                                                            : JpegColours::kRgb;
+}
+
+/// Pixels of 8 bits a sample: R, G, B or C, M, Y, K, and perhaps alpha; null on failure.
 VipsImage* asSamples(const Vips& vips, Session& session, VipsImage* image) {
+  VipsImage* bytes = nullptr;
+  if (coloursOf(vips, image) == JpegColours::kCmyk) {
+    return vips.vips_cast(image, &bytes, kUchar, "shift", 1, nullptr) == 0 ? session.keep(bytes)
+                                                                           : nullptr;
+  }
   VipsImage* rgb = nullptr;
   if (vips.vips_colourspace(image, &rgb, kSrgb, nullptr) != 0) {
     return nullptr;
   }
   session.keep(rgb);
-  VipsImage* bytes = nullptr;
   return vips.vips_cast(rgb, &bytes, kUchar, nullptr) == 0 ? session.keep(bytes) : nullptr;
 }
 
-/// Empty on failure.
+/// Leaves CMYK as it is, with 255 for no ink. Empty on failure.
 Photo decodePixels(const Vips& vips, Session& session, VipsImage* image, bool& transparent) {
   VipsImage* const bytes = asSamples(vips, session, image);
   const int bands = bytes != nullptr ? vips.vips_image_get_bands(bytes) : 0;
+  const bool inks = bytes != nullptr && coloursOf(vips, bytes) == JpegColours::kCmyk;
   std::size_t size = 0;
   const std::unique_ptr<void, void (*)(void*)> pixels(
-      bands == 3 || bands == 4 ? vips.vips_image_write_to_memory(bytes, &size) : nullptr,
+      bands == 4 || bands == (inks ? 5 : 3) ? vips.vips_image_write_to_memory(bytes, &size)
+                                            : nullptr,
       vips.g_free);
   if (!pixels) {
     return {};
   }
   Photo photo = blankPhoto(vips.vips_image_get_width(bytes), vips.vips_image_get_height(bytes));
+  if (inks) {
+    fromInks(static_cast<const uint8_t*>(pixels.get()), bands, photo);
+    return photo;
+  }
   fromRgb(static_cast<const uint8_t*>(pixels.get()), bands, photo);
   transparent = bands == 4 && layOverWhite(photo);
   return photo;
@@ -243,6 +263,13 @@ PhotoFile decodeWithVips(PictureFormat format, Bytes file, const std::filesystem
     note(fmt::format("{}: more than 8 bits a sample become 8", path.string()));
   }
   result.metadata = Metadata(blocksOf(vips, image), path);
+  const JpegColours colours = coloursOf(vips, image);
+  if (const auto transform = transformFor(colours, result.metadata, options, path)) {
+    transform->run(result.photo);
+  } else if (colours == JpegColours::kCmyk) {
+    convertCmyk(result.photo.pixels.get(), result.photo.pixels.get(),
+                pixelCount(result.photo.width, result.photo.height), JpegPixels::kBgra, true);
+  }
   // HEIC and AVIF turn by themselves; a TIFF's own tags are not part of an Exif block.
   int orientation = 1;
   if (format == PictureFormat::kTiff && vips.vips_image_get_typeof(image, "orientation") != 0) {
