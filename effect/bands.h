@@ -1,9 +1,10 @@
-// The effect pipeline in one pass: within each strip, a few rows at a time go through conversion,
-// effect and conversion back while they are in the cache.
+// The effect pipeline in one pass: a few rows at a time go through conversion, effect and conversion
+// back while they are in the cache.
 //
-//   strip of the frame   rows 0, 1 --decode--> band --effect--> band --encode--> rows 0, 1
-//   (one task)           rows 2, 3 --decode--> band ...
+//   piece of a strip   rows 0, 1 --decode--> band --effect--> band --encode--> rows 0, 1
+//   (one task)         rows 2, 3 --decode--> band ...
 //
+// Each task takes the next piece that none has taken yet, whichever strip it belongs to.
 // The work images stay untouched: the first touch of two fresh ones takes longer than most effects.
 #pragma once
 

@@ -22,6 +22,14 @@ StripEffect::StripEffect(const Operation* operation, const PictureView& picture,
   }
 }
 
+void StripEffect::moveTo(const PictureView& picture, int rows) {
+  picture_ = picture;
+  rows_ = rows;
+  if (image_) {
+    image_->moveTo(picture.pixels, rows);
+  }
+}
+
 void StripEffect::mapRows(uint8_t* src, uint8_t* dst, int firstRow, int rows) {
   if (operation_ == nullptr || !ready()) {
     exchange(src, dst, width_, rows);

@@ -25,6 +25,9 @@ class StripEffect {
   /// them and may be the same. When not ready, it passes them through.
   void mapRows(uint8_t* src, uint8_t* dst, int firstRow, int rows);
 
+  /// Goes on to another strip, whose share of the picture has the same size.
+  void moveTo(const PictureView& picture, int rows);
+
  private:
   const Operation* operation_;
   PictureView picture_;

@@ -57,12 +57,37 @@ HWY_INLINE ShortVector weighPairs(ByteVector a) {
 }
 
 #if ALG_IS_AVX512()
+
+// A table of 256 bytes, in registers. Half of it is looked up at once, by the lower 7 bits of an
+// index; bit 7 chooses.
+class ByteTable {
+ public:
+  HWY_INLINE explicit ByteTable(const uint8_t* table) {
+    for (int i = 0; i < 4; ++i) {
+      part_[i] = _mm512_loadu_si512(table + 64 * i);
+    }
+  }
+
+  HWY_INLINE ByteVector operator()(ByteVector v) const { return lookUp(~__mmask64{0}, v); }
+
+  // 0 where `asked` is not set.
+  HWY_INLINE ByteVector lookUp(__mmask64 asked, ByteVector v) const {
+    const __m512i lower = _mm512_maskz_permutex2var_epi8(asked, part_[0], v.raw, part_[1]);
+    const __m512i upper = _mm512_maskz_permutex2var_epi8(asked, part_[2], v.raw, part_[3]);
+    return ByteVector{_mm512_mask_blend_epi8(_mm512_movepi8_mask(v.raw), lower, upper)};
+  }
+
+ private:
+  __m512i part_[4];
+};
+
 // Adds to each lane the products of its four unsigned bytes of a and signed ones of b.
 HWY_INLINE IntVector addProducts(IntVector sum, ByteVector a, ByteVector b) {
   // Highway's features of this target lack the one that compilers ask for.
   asm("vpdpbusd %2, %1, %0" : "+v"(sum.raw) : "v"(a.raw), "v"(b.raw));
   return sum;
 }
+
 #endif
 
 // The sum of both squares of each pair.

@@ -9,7 +9,7 @@
 //
 // so that the rows that speak make up the entry. Bits 6 and 7 of v choose among the groups.
 //
-// AVX-512 looks 128 entries up at once, by the lower 7 bits of an index; bit 7 chooses.
+// AVX-512 looks 128 entries up at once.
 //
 // NEON looks 64 entries up at once and gives 0 outside. The tables of a curve fill half of its
 // registers, so that it maps one channel of a stretch of pixels at a time.
@@ -24,6 +24,7 @@
 #define HWY_TARGET_INCLUDE "kernels/curve_rows_simd.cpp"
 #include "hwy/foreach_target.h"  // IWYU pragma: keep
 #include "hwy/highway.h"
+#include "kernels/block_ops-inl.h"
 #include "kernels/packed_planes-inl.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -126,26 +127,8 @@ void mapTables(const uint8_t* src, uint8_t* dst, std::size_t pixels, const Curve
 
 #elif ALG_IS_AVX512()
 
-class Lookup {
- public:
-  explicit Lookup(const uint8_t* curve) {
-    for (std::size_t i = 0; i < 4; ++i) {
-      part_[i] = _mm512_loadu_si512(curve + 64 * i);
-    }
-  }
-
-  HWY_INLINE ByteVector operator()(ByteVector v) const {
-    const __m512i lower = _mm512_permutex2var_epi8(part_[0], v.raw, part_[1]);
-    const __m512i upper = _mm512_permutex2var_epi8(part_[2], v.raw, part_[3]);
-    return ByteVector{_mm512_mask_blend_epi8(_mm512_movepi8_mask(v.raw), lower, upper)};
-  }
-
- private:
-  __m512i part_[4];
-};
-
 void mapTables(const uint8_t* src, uint8_t* dst, std::size_t pixels, const Curves& curves) {
-  const Lookup map0(curves.curve[0]), map1(curves.curve[1]), map2(curves.curve[2]);
+  const ops::ByteTable map0(curves.curve[0]), map1(curves.curve[1]), map2(curves.curve[2]);
   planes::mapPixels(src, dst, pixels, [&](const Planes& p) HWY_ATTR {
     return cross(map0(p.of[0]), map1(p.of[1]), map2(p.of[2]));
   });

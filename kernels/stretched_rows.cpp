@@ -52,6 +52,11 @@ const uint8_t* StretchedRows::row(const uint8_t* picture, int imageRow) {
   return stretched_;
 }
 
+void StretchedRows::restart(int height) {
+  height_ = height;
+  stretchedRow_ = -1;
+}
+
 void stretchRowPlain(const uint8_t* pictureRow, const uint32_t* columns, std::size_t count,
                      StretchedPixels pixels, uint8_t* to) {
   for (std::size_t i = 0; i < count; ++i) {

@@ -33,8 +33,13 @@ class StretchedRows {
   /// picture must be the same each time.
   const uint8_t* row(const uint8_t* picture, int imageRow);
 
+  /// Goes on to an image of another height, and perhaps another picture; both have the same width
+  /// as before, and the picture its height.
+  void restart(int height);
+
  private:
-  const int pictureWidth_, pictureHeight_, height_;
+  const int pictureWidth_, pictureHeight_;
+  int height_;
   const StretchedPixels pixels_;
   const std::size_t count_;  // of columns, in whole quads
   Block work_;               // columns_, then stretched_

@@ -93,6 +93,11 @@ void SoftLightImage::mapRows(const uint8_t* src, uint8_t* dst, int firstRow, int
   }
 }
 
+void SoftLightImage::moveTo(const uint8_t* overlay, int height) {
+  overlay_ = overlay;
+  rows_.restart(height);
+}
+
 void blendSoftLight(const uint8_t* src, uint8_t* dst, int width, int height, const Overlay& overlay,
                     const SoftLightEffect& effect) {
   SoftLightImage(effect, overlay, width, height).mapRows(src, dst, 0, height);

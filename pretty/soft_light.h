@@ -49,9 +49,12 @@ class SoftLightImage {
   /// memory was short.
   void mapRows(const uint8_t* src, uint8_t* dst, int firstRow, int rows);
 
+  /// Goes on to another image (or strip) of the same width, under an overlay of the same size.
+  void moveTo(const uint8_t* overlay, int height);
+
  private:
   const SoftLightEffect& effect_;
-  const uint8_t* const overlay_;
+  const uint8_t* overlay_;
   const std::size_t width_;
   const bool empty_;    // a size is below 1
   StretchedRows rows_;  // crossed where they meet pixels that are crossed already

@@ -9,6 +9,9 @@
 // on it is a straight line in each sixteen values, rounded down; below, where it is steep, a table.
 //
 //   (slope[c >> 4] x (c & 63) + 77 x start) >> 8     start = starts[c >> 4], or low[c] for c < 32
+//
+// AVX-512 has tables of 256, which hold the shifts of pink, too.
+#define ALG_ALSO_AVX512
 #include "base/image_size.h"
 #include "kernels/vector_frame.h"
 #include "pretty/soft_light.h"
@@ -17,6 +20,7 @@
 #define HWY_TARGET_INCLUDE "pretty/soft_light_simd.cpp"
 #include "hwy/foreach_target.h"  // IWYU pragma: keep
 #include "hwy/highway.h"
+#include "kernels/block_ops-inl.h"
 #include "kernels/row_blocks-inl.h"
 
 #ifndef ALG_PRETTY_SOFT_LIGHT_LINES
@@ -96,6 +100,20 @@ constexpr bool linesMeetAll() {
 }
 static_assert(linesMeetAll());
 
+struct WholeTables {
+  alignas(64) uint8_t high[256] = {};
+  alignas(64) uint8_t pinkShifts[256] = {};
+};
+
+constexpr WholeTables kWhole = [] {
+  WholeTables tables;
+  for (int v = 0; v < 256; ++v) {
+    tables.high[v] = static_cast<uint8_t>(kHigh.of[v]);
+    tables.pinkShifts[v] = static_cast<uint8_t>(pinkShift(v));
+  }
+  return tables;
+}();
+
 }  // namespace
 }  // namespace alg
 #endif
@@ -119,6 +137,39 @@ using ByteVector = hn::Vec<Bytes>;
 
 constexpr std::size_t kLanes = hn::MaxLanes(Bytes());
 constexpr std::size_t kStep = 3 * kLanes;  // bytes; whole pixels
+
+#if ALG_IS_AVX512()
+
+using Shorts = hn::ScalableTag<int16_t>;
+using ShortVector = hn::Vec<Shorts>;
+
+// Of the even or the odd bytes. Where `high` isn't 0, `down` is.
+HWY_INLINE ShortVector changeOf(ShortVector down, ShortVector high, ShortVector twiceOverlay) {
+  const Shorts d;
+  const ShortVector low = hn::Mul(down, hn::Sub(hn::Set(d, 256), down));
+  return hn::MulHigh(hn::Sub(twiceOverlay, hn::Set(d, 255)), hn::Or(low, high));
+}
+
+HWY_INLINE ByteVector softLightOf(ByteVector c, ByteVector overlay) {
+  const Bytes d;
+  const Shorts s;
+  const hn::Repartition<uint16_t, Bytes> u;
+  const __mmask64 lighter = _mm512_movepi8_mask(overlay.raw);
+  const auto high = hn::BitCast(s, ops::ByteTable(kWhole.high).lookUp(lighter, c));
+  const ByteVector down{_mm512_maskz_mov_epi8(~lighter, c.raw)};
+  const ShortVector even = changeOf(hn::And(hn::BitCast(s, down), hn::Set(s, 0xFF)),
+                                    hn::ShiftLeft<8>(high), ops::weighPairs<2, 0>(overlay));
+  const ShortVector odd = changeOf(hn::BitCast(s, hn::ShiftRight<8>(hn::BitCast(u, down))),
+                                   hn::And(high, hn::Set(s, static_cast<int16_t>(-256))),
+                                   ops::weighPairs<0, 2>(overlay));
+  const ByteVector change =
+      hn::OddEven(hn::BitCast(d, hn::ShiftLeft<8>(odd)), hn::BitCast(d, even));
+  return hn::Add(c, change);
+}
+
+HWY_INLINE ByteVector pinkShiftOf(ByteVector v) { return ops::ByteTable(kWhole.pinkShifts)(v); }
+
+#else  // NEON and AVX2
 
 // Where all bits of a byte of `lighter` are set, the gain of `up` counts, elsewhere that of `down`;
 // the other one is 0 there. `up` is a value's distance from its line's start.
@@ -252,6 +303,8 @@ HWY_INLINE ByteVector softLightOf(ByteVector c, ByteVector overlay) {
                       hn::TableLookupBytes(slopes, segment), startOf(up, segment)};
   return hn::Add(c, changeOf(x, overlay));
 }
+
+#endif
 
 // `signs` has 0 for bytes 0 of the pixels, -1 for the others.
 HWY_INLINE ByteVector pinkOf(ByteVector v, ByteVector signs) {
