@@ -1,7 +1,6 @@
 // The whole-image converters.
 #include "libalgorithm/yuv_convert.h"
 
-#include <algorithm>
 #include <cstddef>
 
 #include "base/clamp.h"
@@ -44,30 +43,37 @@ void decodeARGB2YUV420P(void* context, PixelFetchFunc fetch, uint8_t* y, uint8_t
     return;
   }
   const int planeBytes = width * height / 4;
-  uint8_t* const v = u + planeBytes;
+  const uint8_t* const end = u + planeBytes;
   int red = 0, green = 0, blue = 0;
-  const auto sample = [&](const alg::bt601::Weights& weights) {
-    return alg::clampToByte(weights.apply(red, green, blue));
+  struct Pixel {
+    int red, green, blue;
+
+    uint8_t sample(const alg::bt601::Weights& weights) const {
+      return alg::clampToByte(weights.apply(red, green, blue));
+    }
   };
   const auto pull = [&](int index, uint8_t* luma) {
     fetch(context, index, &red, &green, &blue);
-    *luma = sample(alg::bt601::kY);
+    const Pixel pixel{red, green, blue};  // which no store below can change
+    *luma = pixel.sample(alg::bt601::kY);
+    return pixel;
   };
-  int block = 0;
   for (int j = 0; j < height; j += 2) {
-    const int below = std::min(j + 1, height - 1);
-    const int top = j * width, bottom = below * width;
-    uint8_t* const upper = y + std::ptrdiff_t{j} * yStride;
-    uint8_t* const lower = y + std::ptrdiff_t{below} * yStride;
-    for (int x = 0; x < width; x += 2, ++block) {
-      const int right = std::min(x + 1, width - 1);
-      pull(top + x, upper + x);
-      pull(top + right, upper + right);
-      pull(bottom + right, lower + right);
-      pull(bottom + x, lower + x);  // of which the chroma is taken
-      if (block < planeBytes) {
-        u[block] = sample(alg::bt601::kU);
-        v[block] = sample(alg::bt601::kV);
+    const int down = j + 1 < height ? 1 : 0;
+    const int below = down * width;
+    const std::ptrdiff_t lumaBelow = std::ptrdiff_t{down} * yStride;
+    uint8_t* luma = y + std::ptrdiff_t{j} * yStride;
+    const int last = (j + 1) * width - 1;
+    for (int index = j * width; index <= last; index += 2, luma += 2) {
+      const int right = index < last ? 1 : 0;
+      pull(index, luma);
+      pull(index + right, luma + right);
+      pull(index + below + right, luma + lumaBelow + right);
+      const Pixel bottomLeft = pull(index + below, luma + lumaBelow);
+      if (u != end) {
+        u[0] = bottomLeft.sample(alg::bt601::kU);
+        u[planeBytes] = bottomLeft.sample(alg::bt601::kV);
+        ++u;
       }
     }
   }

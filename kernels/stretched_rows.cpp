@@ -9,7 +9,7 @@ namespace alg {
 namespace {
 
 constexpr std::size_t kPictureBytes = 4;  // of a pixel
-constexpr std::size_t kQuad = 4;          // pixels
+constexpr std::size_t kSixteen = 16;      // pixels
 
 void fillColumns(uint32_t* columns, std::size_t count, int pictureWidth, int width) {
   NearestSteps column(pictureWidth, width);
@@ -20,25 +20,47 @@ void fillColumns(uint32_t* columns, std::size_t count, int pictureWidth, int wid
   std::fill(end, columns + count, end[-1]);
 }
 
+/// Windows stay inside the picture's row. Returns whether each holds its group.
+bool fillWindows(const StretchWindows& shape, const uint32_t* columns, std::size_t count,
+                 int pictureWidth, uint32_t* windows, uint32_t* picks) {
+  if (shape.group == 0 || pictureWidth < shape.pixels) {
+    return false;
+  }
+  const auto last = static_cast<uint32_t>(pictureWidth - shape.pixels);
+  for (std::size_t i = 0; i < count; i += shape.group) {
+    const uint32_t begin = std::min(columns[i], last);
+    if (columns[i + shape.group - 1] - begin >= static_cast<uint32_t>(shape.pixels)) {
+      return false;
+    }
+    *windows++ = begin;
+    for (std::size_t k = i; k < i + shape.group; ++k) {
+      picks[k] = (columns[k] - begin) * shape.scale + shape.address;
+    }
+  }
+  return true;
+}
+
 }  // namespace
 
 StretchedRows::StretchedRows(int pictureWidth, int pictureHeight, int width, int height,
                              StretchedPixels pixels)
-    : pictureWidth_(pictureWidth),
-      pictureHeight_(pictureHeight),
-      height_(height),
-      pixels_(pixels),
-      count_((static_cast<std::size_t>(std::max(width, 0)) + kQuad - 1) / kQuad * kQuad) {
+    : pictureWidth_(pictureWidth), pictureHeight_(pictureHeight), height_(height), pixels_(pixels) {
   if (width < 1 || height < 1 || pictureWidth < 1 || pictureHeight < 1) {
     return;
   }
-  work_ = allocateBlock((sizeof(uint32_t) + kPictureBytes) * count_);
+  const std::size_t count = (static_cast<std::size_t>(width) + kSixteen - 1) / kSixteen * kSixteen;
+  work_ = allocateBlock((3 * sizeof(uint32_t) + kPictureBytes) * count);
   if (!work_) {
     return;
   }
-  columns_ = reinterpret_cast<uint32_t*>(work_.get());
-  stretched_ = work_.get() + sizeof(uint32_t) * count_;
-  fillColumns(columns_, count_, pictureWidth, width);
+  auto* const columns = reinterpret_cast<uint32_t*>(work_.get());
+  uint32_t* const picks = columns + count;
+  uint32_t* const windows = picks + count;
+  stretched_ = reinterpret_cast<uint8_t*>(windows + count);
+  fillColumns(columns, count, pictureWidth, width);
+  const bool fit = fillWindows(stretchWindows(), columns, count, pictureWidth, windows, picks);
+  columns_ = {
+      .count = count, .columns = columns, .windows = fit ? windows : nullptr, .picks = picks};
 }
 
 const uint8_t* StretchedRows::row(const uint8_t* picture, int imageRow) {
@@ -47,7 +69,7 @@ const uint8_t* StretchedRows::row(const uint8_t* picture, int imageRow) {
     stretchedRow_ = row;
     const uint8_t* pictureRow =
         picture + static_cast<std::ptrdiff_t>(kPictureBytes) * pictureWidth_ * row;
-    stretchRow(pictureRow, columns_, count_, pixels_, stretched_);
+    stretchRow(pictureRow, columns_, pixels_, stretched_);
   }
   return stretched_;
 }
@@ -57,10 +79,10 @@ void StretchedRows::restart(int height) {
   stretchedRow_ = -1;
 }
 
-void stretchRowPlain(const uint8_t* pictureRow, const uint32_t* columns, std::size_t count,
+void stretchRowPlain(const uint8_t* pictureRow, const StretchColumns& columns,
                      StretchedPixels pixels, uint8_t* to) {
-  for (std::size_t i = 0; i < count; ++i) {
-    const uint8_t* pixel = pictureRow + kPictureBytes * columns[i];
+  for (std::size_t i = 0; i < columns.count; ++i) {
+    const uint8_t* pixel = pictureRow + kPictureBytes * columns.columns[i];
     for (std::size_t c = 0; c < stretchedBytes(pixels); ++c) {
       *to++ = pixel[pixels == StretchedPixels::kPackedCrossed ? 2 - c : c];
     }

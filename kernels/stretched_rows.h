@@ -19,6 +19,21 @@ constexpr std::size_t stretchedBytes(StretchedPixels pixels) {
   return pixels == StretchedPixels::kWhole ? 4 : 3;
 }
 
+/// How a machine picks several stretched pixels at once out of a window of a picture's row.
+struct StretchWindows {
+  std::size_t group = 0;            // of so many columns each; 0: it doesn't
+  int pixels = 0;                   // of the picture, in a window
+  uint32_t scale = 0, address = 0;  // pick = pixel in the window x scale + address
+};
+
+/// The columns of a stretched row, in whole sixteens.
+struct StretchColumns {
+  std::size_t count = 0;
+  const uint32_t* columns = nullptr;  // of the picture, ascending
+  const uint32_t* windows = nullptr;  // columns where windows begin; null where one is too narrow
+  const uint32_t* picks = nullptr;    // of each column within its window
+};
+
 /// The stretched rows of pictures of one size. A row is stretched once for all image rows that meet
 /// it, as long as they come one after the other. Holds memory for one row; one thread at a time.
 class StretchedRows {
@@ -41,19 +56,20 @@ class StretchedRows {
   const int pictureWidth_, pictureHeight_;
   int height_;
   const StretchedPixels pixels_;
-  const std::size_t count_;  // of columns, in whole quads
-  Block work_;               // columns_, then stretched_
-  uint32_t* columns_ = nullptr;
+  StretchColumns columns_;
+  Block work_;  // what columns_ points at, then stretched_
   uint8_t* stretched_ = nullptr;
   int64_t stretchedRow_ = -1;  // of the picture
 };
 
-/// Writes pixel columns[i] of a picture's row as stretched pixel i, for i < count.
-/// The vector twin takes quads: columns go on to a multiple of four, and `to` has 16 bytes for each
-/// four of them, whatever a stretched pixel takes.
-void stretchRow(const uint8_t* pictureRow, const uint32_t* columns, std::size_t count,
-                StretchedPixels pixels, uint8_t* to);
-void stretchRowPlain(const uint8_t* pictureRow, const uint32_t* columns, std::size_t count,
+/// The windows of this machine.
+StretchWindows stretchWindows();
+
+/// Writes pixel columns[i] of a picture's row as stretched pixel i, for all columns. The vector
+/// twin needs 64 bytes at `to` for each sixteen of them, whatever a stretched pixel takes.
+void stretchRow(const uint8_t* pictureRow, const StretchColumns& columns, StretchedPixels pixels,
+                uint8_t* to);
+void stretchRowPlain(const uint8_t* pictureRow, const StretchColumns& columns,
                      StretchedPixels pixels, uint8_t* to);
 
 }  // namespace alg

@@ -61,7 +61,7 @@ SoftLightImage::SoftLightImage(const SoftLightEffect& effect, const Overlay& ove
                                int height)
     : effect_(effect),
       overlay_(overlay.pixels),
-      width_(static_cast<std::size_t>(width)),
+      width_(width),
       empty_(width < 1 || height < 1 || overlay.width < 1 || overlay.height < 1),
       rows_(overlay.width, overlay.height, width, height,
             effect.order == SoftLightEffect::Order::kCurvesThenBlend
@@ -72,25 +72,19 @@ void SoftLightImage::mapRows(const uint8_t* src, uint8_t* dst, int firstRow, int
   if (!rows_.any() || rows < 1) {
     return;
   }
-  const std::size_t block = pixelsAtATime(src, dst, width_ * static_cast<std::size_t>(rows));
-  for (int row = firstRow; row < firstRow + rows; ++row) {
-    const uint8_t* overlay = rows_.row(overlay_, row);
-    for (std::size_t done = 0; done < width_;) {
-      const std::size_t pixels = std::min(block, width_ - done);
-      const std::size_t bytes = kPackedBytes * pixels;
-      if (effect_.order == SoftLightEffect::Order::kCurvesThenBlend) {
-        mapCurves(src, dst, pixels, effect_.curves);
-        softLightBytes(dst, overlay, dst, bytes);
-      } else {
-        pinkLightPixels(src, overlay, dst, pixels);
-        mapCurves(dst, dst, pixels, effect_.curves);
-      }
-      done += pixels;
-      src += bytes;
-      dst += bytes;
-      overlay += bytes;
+  const bool curvesFirst = effect_.order == SoftLightEffect::Order::kCurvesThenBlend;
+  const auto map = [&](const uint8_t* from, uint8_t* to, int row, std::size_t x,
+                       std::size_t pixels) {
+    const uint8_t* overlay = rows_.row(overlay_, firstRow + row) + kPackedBytes * x;
+    if (curvesFirst) {
+      mapCurves(from, to, pixels, effect_.curves);
+      softLightBytes(to, overlay, to, kPackedBytes * pixels);
+    } else {
+      pinkLightPixels(from, overlay, to, pixels);
+      mapCurves(to, to, pixels, effect_.curves);
     }
-  }
+  };
+  forEachPiece(src, dst, width_, rows, map);
 }
 
 void SoftLightImage::moveTo(const uint8_t* overlay, int height) {

@@ -55,7 +55,7 @@ class SoftLightImage {
  private:
   const SoftLightEffect& effect_;
   const uint8_t* overlay_;
-  const std::size_t width_;
+  const int width_;
   const bool empty_;    // a size is below 1
   StretchedRows rows_;  // crossed where they meet pixels that are crossed already
 };

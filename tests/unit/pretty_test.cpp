@@ -23,16 +23,37 @@ TEST(Pretty, EveryPairOfPixelAndOverlayByteGivesTheReferenceByte) {
   check(trial);
 }
 
-TEST(Pretty, StretchedRowsMayBeAskedForInAnyOrder) {
-  const Bytes picture = noise(5 * 2 * 4);
-  alg::StretchedRows rows(5, 2, 7, 3, alg::StretchedPixels::kWhole);
-  ASSERT_TRUE(rows.any());
-  for (const int row : {0, 1, 2, 0}) {
-    const uint8_t* const got = rows.row(picture.data(), row);
-    for (int i = 0; i < 7; ++i) {
-      EXPECT_TRUE(same({got + 4 * i, 4}, {&picture[asSize(4 * (row * 2 / 3 * 5 + i * 5 / 7))], 4}));
+// Windows are of 8 or 32 pixels: just fitting, too narrow, at the row's end, and of narrow
+// pictures.
+TEST(Pretty, StretchedRowsTakeTheNearestPixelsInAnyOrder) {
+  constexpr int kPictureHeight = 2, kHeight = 3;
+  const auto checkWidths = [](int pictureWidth, int width, alg::StretchedPixels pixels) {
+    const Guarded picture(noise(pictureWidth * kPictureHeight * 4, width));
+    alg::StretchedRows rows(pictureWidth, kPictureHeight, width, kHeight, pixels);
+    ASSERT_TRUE(rows.any());
+    const int bytes = int(alg::stretchedBytes(pixels));
+    for (const int row : {0, 1, 2, 0}) {
+      Bytes expected;
+      for (int i = 0; i < width * bytes; ++i) {
+        const int column = i / bytes * pictureWidth / width, c = i % bytes;
+        const bool crossed = pixels == alg::StretchedPixels::kPackedCrossed;
+        const int at = row * kPictureHeight / kHeight * pictureWidth + column;
+        expected.push_back(picture.data()[4 * at + (crossed ? 2 - c : c)]);
+      }
+      const uint8_t* const got = rows.row(picture.data(), row);
+      EXPECT_TRUE(same({got, got + expected.size()}, expected))
+          << pictureWidth << " over " << width;
     }
-  }
+  };
+  onEachTarget([&] {
+    for (const int pictureWidth : {1, 5, 7, 8, 31, 32, 33, 64, 65, 67, 151}) {
+      for (const int width : {1, 7, 15, 16, 31, 33, 64, 100}) {
+        checkWidths(pictureWidth, width, alg::StretchedPixels::kPacked);
+        checkWidths(pictureWidth, width, alg::StretchedPixels::kPackedCrossed);
+        checkWidths(pictureWidth, width, alg::StretchedPixels::kWhole);
+      }
+    }
+  });
 }
 
 #if defined(__x86_64__)
