@@ -3,6 +3,7 @@
 #include <cstddef>
 
 #include "base/image_size.h"
+#include "base/streamed.h"
 #include "camerautil/turn_rows.h"
 #include "catalogue/operations.h"
 #include "libalgorithm/camera_util.h"
@@ -25,21 +26,21 @@ Rows<Byte> upwards(Rows<Byte> rows, int height) {
 ///            4 5 6               2 5   (counterclockwise)   2 5   (clockwise)     5 2
 ///                                3 6                        1 4                   6 3
 void rotate(Turn turn, std::size_t elementBytes, Rows<const uint8_t> src, Rows<uint8_t> dst,
-            int width, int height) {
+            int width, int height, bool stream) {
   switch (turn) {
     case Turn::kCounterClockwise:
-      return alg::transpose(elementBytes, src, upwards(dst, height), height, width);
+      return alg::transpose(elementBytes, src, upwards(dst, height), height, width, stream);
     case Turn::kClockwise:
-      return alg::transpose(elementBytes, upwards(src, width), dst, height, width);
+      return alg::transpose(elementBytes, upwards(src, width), dst, height, width, stream);
     case Turn::kHalf:
       const auto columns = static_cast<std::size_t>(width);
       const auto rowBytes = static_cast<std::ptrdiff_t>(elementBytes * columns);
       if (src.pitch == rowBytes && dst.pitch == rowBytes) {  // all rows are one
         return alg::mirror(elementBytes, src.first, dst.first,
-                           columns * static_cast<std::size_t>(height));
+                           columns * static_cast<std::size_t>(height), stream);
       }
       for (int y = 0; y < height; ++y) {
-        alg::mirror(elementBytes, src.row(height - 1 - y), dst.row(y), columns);
+        alg::mirror(elementBytes, src.row(height - 1 - y), dst.row(y), columns, stream);
       }
   }
 }
@@ -51,8 +52,10 @@ void rotateFrame(Turn turn, const uint8_t* src, uint8_t* dst, int width, int hei
   const std::ptrdiff_t dstPitch = width;
   const std::ptrdiff_t srcPitch = turn == Turn::kHalf ? width : height;
   const std::ptrdiff_t lumaBytes = dstPitch * height;
-  rotate(turn, 1, {src, srcPitch}, {dst, dstPitch}, width, height);
-  rotate(turn, 2, {src + lumaBytes, srcPitch}, {dst + lumaBytes, dstPitch}, width / 2, height / 2);
+  const bool stream = alg::isStreamed(dst, static_cast<std::size_t>(lumaBytes + lumaBytes / 2));
+  rotate(turn, 1, {src, srcPitch}, {dst, dstPitch}, width, height, stream);
+  rotate(turn, 2, {src + lumaBytes, srcPitch}, {dst + lumaBytes, dstPitch}, width / 2, height / 2,
+         stream);
 }
 
 void rotateImage(Turn turn, const uint8_t* src, uint8_t* dst, int width, int height) {
@@ -62,7 +65,9 @@ void rotateImage(Turn turn, const uint8_t* src, uint8_t* dst, int width, int hei
   constexpr std::ptrdiff_t kBytes = alg::kArgbBytes;
   const int dstWidth = turn == Turn::kHalf ? width : height;
   const int dstHeight = turn == Turn::kHalf ? height : width;
-  rotate(turn, kBytes, {src, kBytes * width}, {dst, kBytes * dstWidth}, dstWidth, dstHeight);
+  const bool stream = alg::isStreamed(dst, kBytes * alg::pixelCount(width, height));
+  rotate(turn, kBytes, {src, kBytes * width}, {dst, kBytes * dstWidth}, dstWidth, dstHeight,
+         stream);
 }
 
 }  // namespace

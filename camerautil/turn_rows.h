@@ -16,14 +16,18 @@ struct Rows {
 };
 
 /// Element x of destination row k becomes element k of source row x, for k < columns and x < rows;
-/// elements of 1, 2 or 4 bytes move whole. The two don't overlap.
+/// elements of 1, 2 or 4 bytes move whole. The two don't overlap. `stream`: whether the destination
+/// is written past the caches (base/streamed.h).
 void transpose(std::size_t elementBytes, Rows<const uint8_t> src, Rows<uint8_t> dst, int columns,
-               int rows);
+               int rows, bool stream = false);
 void transposePlain(std::size_t elementBytes, Rows<const uint8_t> src, Rows<uint8_t> dst,
-                    int columns, int rows);
+                    int columns, int rows, bool stream = false);
 
-/// Writes `count` elements of 1, 2 or 4 bytes in reverse order. The two don't overlap.
-void mirror(std::size_t elementBytes, const uint8_t* src, uint8_t* dst, std::size_t count);
-void mirrorPlain(std::size_t elementBytes, const uint8_t* src, uint8_t* dst, std::size_t count);
+/// Writes `count` elements of 1, 2 or 4 bytes in reverse order. The two don't overlap. `stream` as
+/// above.
+void mirror(std::size_t elementBytes, const uint8_t* src, uint8_t* dst, std::size_t count,
+            bool stream = false);
+void mirrorPlain(std::size_t elementBytes, const uint8_t* src, uint8_t* dst, std::size_t count,
+                 bool stream = false);
 
 }  // namespace alg

@@ -1,4 +1,7 @@
 // Vector twins of transpose and mirror, compiled once per vector target.
+
+#define ALG_ALSO_AVX512
+
 #include <algorithm>
 #include <cstring>
 
@@ -29,12 +32,8 @@ using Bytes = hn::ScalableTag<uint8_t>;
 constexpr int kVectorBytes = hn::MaxLanes(Bytes());
 constexpr int kBlockBytes = 16;      // of the blocks that vector instructions shuffle within
 constexpr int kLineBytes = 64;       // of a cache line
-constexpr int kRunBytes = 1024;      // written to a destination row at a time
-constexpr int kPrefetchBytes = 128;  // how far ahead in each source row
-// Destinations from this size on don't stay in a cache for their reader anyway. Their lines are
-// written past the caches, which spares reading them first.
-constexpr int64_t kStreamedBytes = 4 << 20;
-constexpr bool kCanStream = ALG_IS_AVX2();
+constexpr int kPrefetchBytes = 128;  // how far ahead in each source row, without tiles
+constexpr bool kCanStream = !ALG_IS_NEON();
 
 /// Visits begin, begin + step, ...; the last step is moved back to end at `end`, so that steps
 /// cover the range whole. It isn't shorter than a step.
@@ -45,31 +44,117 @@ HWY_INLINE void cover(int begin, int end, int step, Visit visit) {
   }
 }
 
-/// Writes a run of a destination row: whole cache lines past the caches, the rest as usual.
-HWY_INLINE void copyRun(const uint8_t* from, uint8_t* to, int bytes, bool stream) {
+/// Copies a cache line to where one begins, past the caches or not.
+HWY_INLINE void copyLine(const uint8_t* from, uint8_t* to, bool stream) {
   const Bytes d;
-  if (kCanStream && stream) {
-    const int head =
-        std::min(static_cast<int>(-reinterpret_cast<uintptr_t>(to) % kLineBytes), bytes);
-    std::memcpy(to, from, static_cast<std::size_t>(head));
-    const int lines = head + (bytes - head) / kLineBytes * kLineBytes;
-    for (int i = head; i < lines; i += kVectorBytes) {
-      hn::Stream(hn::LoadU(d, from + i), d, to + i);
+  HWY_UNROLL(4)
+  for (int i = 0; i < kLineBytes; i += kVectorBytes) {
+    const auto v = hn::LoadU(d, from + i);
+    if (kCanStream && stream) {
+      hn::Stream(v, d, to + i);
+    } else {
+      hn::Store(v, d, to + i);
     }
-    std::memcpy(to + lines, from + lines, static_cast<std::size_t>(bytes - lines));
-  } else {
-    std::memcpy(to, from, static_cast<std::size_t>(bytes));
   }
 }
 
-// Transposes by way of a tile that stays in the cache: one cache line of each of many source rows
-// becomes long runs of as many destination rows. So every line of the source is read once, every
-// line of the destination written at once, and neither pages nor rows a power of two apart collide.
+// Transposes by way of a tile that stays in the cache: a few cache lines of each of some source
+// rows become runs of as many destination rows. Tiles follow each other along a band of the source,
+// so that memory is read in long pieces and each page of either image a few times only, whatever
+// its pitch. The destination is written by whole cache lines: the bytes at the end of a run that do
+// not fill one are kept for the next tile of the rows below.
 //
-//   source rows  . . [line] . .      tile  a0 b0 c0 ...  --> destination row 0  . . a0 b0 c0 . .
-//     a:             a0 a1 a2              a1 b1 c1 ...  --> destination row 1  . . a1 b1 c1 . .
-//     b:             b0 b1 b2              a2 b2 c2 ...
+//   source rows  . . [piece] . .     tile  end  a0 b0 c0 ...  --> destination row 0  . . a0 b0 c0
+//     a:             a0 a1 a2              end  a1 b1 c1 ...  --> destination row 1  . . a1 b1 c1
+//     b:             b0 b1 b2              end  a2 b2 c2 ...
 //     c:             c0 c1 c2
+constexpr int kTileBytes = 16 * 1024;  // of a tile's runs; as much of the source is used with it
+constexpr int kMostTileColumns = 128;
+// As many pages of the destination are in use at a time: most processors know that many.
+constexpr int kBandColumns = 1024;
+constexpr int64_t kCachedBytes = 1 << 20;  // of an image likely to be in a second-level cache
+
+struct Tile {
+  int elementBytes;
+  int columns;   // of the source; blocks of a band's or image's last ones are whole, so that it may
+  int runBytes;  // have up to kBlockBytes further ones
+  /// Transposes `columns` x `rows` elements from `from` on into runs, and fetches what is at
+  /// `next`. When the rows are fewer than a block's, some of those above are done again.
+  void (*fill)(const uint8_t* from, std::ptrdiff_t pitch, const uint8_t* next, int columns,
+               int rows, uint8_t* runs);
+  /// The whole transpose without tiles.
+  void (*straight)(Rows<const uint8_t> src, Rows<uint8_t> dst, int columns, int rows);
+
+  constexpr int pitch() const { return kLineBytes + runBytes; }  // not a power of two
+  constexpr std::size_t room() const {
+    return static_cast<std::size_t>((columns + kBlockBytes) * pitch());
+  }
+};
+
+/// Of `left` columns, those that are done next: never fewer than a block's.
+int pieceOf(int left, int most) { return left < most + kBlockBytes ? left : most; }
+
+/// Writes a run to its place, and before it the end of the one before, as far as that did not fill
+/// a line; its own such end only where it is the row's last.
+HWY_INLINE void writeRun(const uint8_t* run, uint8_t* to, int bytes, bool isFirst, bool isLast,
+                         bool stream) {
+  int at = -static_cast<int>(reinterpret_cast<uintptr_t>(to) % kLineBytes);
+  if (isFirst && at != 0) {
+    at += kLineBytes;
+    std::memcpy(to, run, static_cast<std::size_t>(std::min(at, bytes)));
+  }
+  for (; at + kLineBytes <= bytes; at += kLineBytes) {
+    copyLine(run + at, to + at, stream);
+  }
+  if (isLast && at < bytes) {
+    std::memcpy(to + at, run + at, static_cast<std::size_t>(bytes - at));
+  }
+}
+
+void transposeByTiles(const Tile& tile, Rows<const uint8_t> src, Rows<uint8_t> dst, int columns,
+                      int rows, bool stream) {
+  constexpr Tile kLargest{1, kMostTileColumns, kTileBytes / kMostTileColumns, nullptr, nullptr};
+  alignas(kLineBytes) uint8_t bytes[kLargest.room()];
+  alignas(kLineBytes) uint8_t ends[std::size_t{kBandColumns + kBlockBytes} * kLineBytes];
+  uint8_t* const runs = bytes + kLineBytes;  // each with room for the end of the one before
+  const std::ptrdiff_t size = tile.elementBytes, pitch = tile.pitch();
+  const bool fetchRuns = !ALG_IS_NEON() && !stream && size * columns * rows >= kCachedBytes;
+  const int tileRows = tile.runBytes / tile.elementBytes;
+  for (int band = 0, bandEnd = 0; band < columns; band = bandEnd) {
+    bandEnd = band + pieceOf(columns - band, kBandColumns);
+    for (int x = 0; x < rows; x += tileRows) {
+      const int count = std::min(tileRows, rows - x);
+      const bool isLast = x + count == rows;
+      for (int k = band, width = 0; k < bandEnd; k += width) {
+        width = pieceOf(bandEnd - k, tile.columns);
+        uint8_t* const endsHere = ends + std::ptrdiff_t{kLineBytes} * (k - band);
+        const auto place = [&](int c) { return dst.row(k + c) + size * x; };
+        for (int c = 0; x != 0 && c < width; ++c) {
+          copyLine(endsHere + kLineBytes * c, bytes + pitch * c, false);
+        }
+        for (int c = 0; fetchRuns && c < width; ++c) {
+          for (int byte = 0; byte < tile.runBytes; byte += kLineBytes) {
+            __builtin_prefetch(place(c) + byte, 1);
+          }
+        }
+        const uint8_t* from = src.row(x) + size * k;
+        const uint8_t* next = k + width < bandEnd ? from + size * width
+                              : isLast            ? src.row(0) + size * bandEnd
+                                                  : src.row(x + count) + size * band;
+        tile.fill(from, src.pitch, next, width, count, runs);
+        for (int c = 0; c < width; ++c) {
+          const uint8_t* run = runs + pitch * c;
+          writeRun(run, place(c), tile.elementBytes * count, x == 0, isLast, stream);
+          if (!isLast) copyLine(run + tile.runBytes - kLineBytes, endsHere + kLineBytes * c, false);
+        }
+      }
+    }
+  }
+  if (kCanStream && stream) {
+    hwy::FlushStream();
+  }
+}
+
 template <class Element>
 struct Turn {
   using Vector = hn::ScalableTag<Element>;
@@ -78,19 +163,24 @@ struct Turn {
   static constexpr int kColumns = kBlockBytes / kSize;  // of source columns a block
   static constexpr int kRows = kVectorBytes / kSize;    // of source rows
   static constexpr int kLine = kLineBytes / kSize;
-  static constexpr int kRun = kRunBytes / kSize;
-  static constexpr int kTilePitch = kRunBytes + kLineBytes;  // not a power of two
+  static constexpr int kTileColumns = kSize == 4 ? 64 : kMostTileColumns;
 
-  // Loads a block's row r; a vector of 256 bits has row r + kColumns in its upper half, so that no
-  // step of the transpose crosses the halves.
+  // Loads a block's row r; a longer vector has rows r + kColumns, r + 2 kColumns, ... in its
+  // further parts, so that no step of the transpose crosses them.
   static HWY_INLINE hn::Vec<Vector> load(const uint8_t* src, std::ptrdiff_t pitch, int r) {
-    const auto* low = reinterpret_cast<const Element*>(src + pitch * r);
-    if constexpr (kRows > kColumns) {
-      const auto* high = reinterpret_cast<const Element*>(src + pitch * (r + kColumns));
-      return hn::Combine(Vector(), hn::LoadU(Block(), high), hn::LoadU(Block(), low));
-    } else {
-      return hn::LoadU(Block(), low);
-    }
+    const auto part = [&](int i) HWY_ATTR {
+      return hn::LoadU(Block(), reinterpret_cast<const Element*>(src + pitch * (r + kColumns * i)));
+    };
+#if ALG_IS_AVX512()
+    __m512i all = _mm512_castsi128_si512(part(0).raw);
+    all = _mm512_inserti32x4(all, part(1).raw, 1);
+    all = _mm512_inserti32x4(all, part(2).raw, 2);
+    return hn::Vec<Vector>{_mm512_inserti32x4(all, part(3).raw, 3)};
+#elif ALG_IS_AVX2()
+    return hn::Combine(Vector(), part(1), part(0));
+#else
+    return part(0);
+#endif
   }
 
   // Interleaving row i with row i + n / 2 rotates the bits of (row, column) by one; log2(n) times
@@ -125,16 +215,18 @@ struct Turn {
     }
   }
 
-  /// Fills a tile with the elements of the columns from k and the rows from x on.
-  static HWY_INLINE void fillTile(Rows<const uint8_t> src, int k, int columns, int x, int rows,
-                                  uint8_t* tile) {
+  static void fillTile(const uint8_t* from, std::ptrdiff_t pitch, const uint8_t* next, int columns,
+                       int rows, uint8_t* runs) {
     cover(0, rows, kRows, [&](int r) HWY_ATTR {
-      const uint8_t* from = src.row(x + r) + std::ptrdiff_t{kSize} * k;
       for (int i = 0; i < kRows; ++i) {
-        __builtin_prefetch(from + src.pitch * i + kPrefetchBytes);
+        const uint8_t* row = next + pitch * (r + i);
+        for (int byte = kLineBytes; byte <= kSize * kTileColumns; byte += kLineBytes) {
+          __builtin_prefetch(row + byte - 1, 0, 2);
+        }
       }
       cover(0, columns, kColumns, [&](int c) HWY_ATTR {
-        transposeBlock(from + kSize * c, src.pitch, tile + kTilePitch * c + kSize * r, kTilePitch);
+        transposeBlock(from + pitch * r + kSize * c, pitch, runs + kTile.pitch() * c + kSize * r,
+                       kTile.pitch());
       });
     });
   }
@@ -159,99 +251,69 @@ struct Turn {
     });
   }
 
-  // Rows that many bytes apart fall on the same places of a first-level cache.
-  static bool collides(std::ptrdiff_t pitch) { return pitch % 1024 == 0; }
-
-  static void transpose(Rows<const uint8_t> src, Rows<uint8_t> dst, int columns, int rows) {
-    if (columns < kColumns || rows < kRows) {
-      return transposePlain(kSize, src, dst, columns, rows);
-    }
-    if (ALG_IS_NEON() && !collides(src.pitch) && !collides(dst.pitch)) {
-      return transposeStraight(src, dst, columns, rows);
-    }
-    const bool stream = int64_t{columns} * rows * kSize >= kStreamedBytes;
-    // Strips of about equal height, so that moving the last one back repeats little.
-    const int strips = (rows - 1) / kRun + 1;
-    const int even = (rows - 1) / strips + 1;
-    const int stripRows = std::min((even + kRows - 1) / kRows * kRows, rows);
-    const int tileColumns = std::min(columns, kLine);
-    alignas(kLineBytes) uint8_t tile[std::size_t{kLine} * kTilePitch];
-    cover(0, rows, stripRows, [&](int x) HWY_ATTR {
-      cover(0, columns, tileColumns, [&](int k) HWY_ATTR {
-        if (kCanStream && stream) {
-          // The lines at both ends of a run are shared with its neighbours and read first.
-          for (int c = 0; c < tileColumns; ++c) {
-            const uint8_t* run = dst.row(k + c) + std::ptrdiff_t{kSize} * x;
-            __builtin_prefetch(run, 1);
-            __builtin_prefetch(run + kSize * stripRows - 1, 1);
-          }
-        }
-        fillTile(src, k, tileColumns, x, stripRows, tile);
-        for (int c = 0; c < tileColumns; ++c) {
-          copyRun(tile + kTilePitch * c, dst.row(k + c) + std::ptrdiff_t{kSize} * x,
-                  kSize * stripRows, stream);
-        }
-      });
-    });
-    if (kCanStream && stream) {
-      hwy::FlushStream();
-    }
-  }
-
-  // Vectors from the end: reverses the elements of each block, then the blocks. Four at a time, so
-  // that in-order cores need not wait for each.
-  static void mirror(const uint8_t* src, uint8_t* dst, std::size_t count) {
-    const Bytes d;
-    constexpr std::size_t kStep = kVectorBytes, kSteps = 4 * kStep;
-    HWY_ALIGN uint8_t order[kBlockBytes];
-    for (unsigned i = 0; i < kBlockBytes; ++i) {
-      order[i] = static_cast<uint8_t>(i ^ (kBlockBytes - kSize));
-    }
-    const auto pattern = hn::LoadDup128(d, order);
-    const auto reversed = [&](const uint8_t* from) HWY_ATTR {
-      const auto v = hn::TableLookupBytes(hn::LoadU(d, from), pattern);
-      if constexpr (kVectorBytes > kBlockBytes) {
-        return hn::ConcatLowerUpper(d, v, v);
-      } else {
-        return v;
-      }
-    };
-    std::size_t rest = kSize * count;
-    for (; rest >= kSteps; rest -= kSteps, dst += kSteps) {
-      const uint8_t* from = src + rest - kSteps;
-      const auto first = reversed(from + 3 * kStep), second = reversed(from + 2 * kStep);
-      const auto third = reversed(from + kStep), fourth = reversed(from);
-      storePair(first, second, dst);
-      storePair(third, fourth, dst + 2 * kStep);
-    }
-    for (; rest >= kStep; rest -= kStep, dst += kStep) {
-      hn::StoreU(reversed(src + rest - kStep), d, dst);
-    }
-    mirrorPlain(kSize, src, dst, rest / kSize);
-  }
+  static constexpr Tile kTile{kSize, kTileColumns, kTileBytes / kTileColumns, fillTile,
+                              ALG_IS_NEON() || kSize < 4 ? transposeStraight : nullptr};
 };
 
+// Rows that many bytes apart fall on the same places of a first-level cache.
+bool collides(std::ptrdiff_t pitch) { return pitch % 1024 == 0; }
+
 void transposeVector(std::size_t elementBytes, Rows<const uint8_t> src, Rows<uint8_t> dst,
-                     int columns, int rows) {
-  switch (elementBytes) {
-    case 1:
-      return Turn<uint8_t>::transpose(src, dst, columns, rows);
-    case 2:
-      return Turn<uint16_t>::transpose(src, dst, columns, rows);
-    default:
-      return Turn<uint32_t>::transpose(src, dst, columns, rows);
+                     int columns, int rows, bool stream) {
+  const Tile& tile = elementBytes == 1   ? Turn<uint8_t>::kTile
+                     : elementBytes == 2 ? Turn<uint16_t>::kTile
+                                         : Turn<uint32_t>::kTile;
+  if (columns * tile.elementBytes < kBlockBytes || rows * tile.elementBytes < kVectorBytes) {
+    return transposePlain(elementBytes, src, dst, columns, rows);
   }
+  const bool isSmall = int64_t{columns} * rows * tile.elementBytes < kCachedBytes;
+  const bool wantsTiles = collides(src.pitch) || collides(dst.pitch) || tile.straight == nullptr;
+  if ((ALG_IS_NEON() || isSmall) && !wantsTiles) {
+    return tile.straight(src, dst, columns, rows);
+  }
+  transposeByTiles(tile, src, dst, columns, rows, stream);
 }
 
-void mirrorVector(std::size_t elementBytes, const uint8_t* src, uint8_t* dst, std::size_t count) {
-  switch (elementBytes) {
-    case 1:
-      return Turn<uint8_t>::mirror(src, dst, count);
-    case 2:
-      return Turn<uint16_t>::mirror(src, dst, count);
-    default:
-      return Turn<uint32_t>::mirror(src, dst, count);
+// Vectors from the end: reverses the elements of each block, then the blocks. Four at a time, so
+// that in-order cores need not wait for each.
+void mirrorVector(std::size_t elementBytes, const uint8_t* src, uint8_t* dst, std::size_t count,
+                  bool stream) {
+  const Bytes d;
+  constexpr std::size_t kStep = kVectorBytes, kSteps = 4 * kStep;
+  HWY_ALIGN uint8_t order[kBlockBytes];
+  for (unsigned i = 0; i < kBlockBytes; ++i) {
+    order[i] = static_cast<uint8_t>(i ^ (kBlockBytes - elementBytes));
   }
+  const auto pattern = hn::LoadDup128(d, order);
+  const auto reversed = [&](const uint8_t* from) HWY_ATTR {
+    return hn::ReverseBlocks(d, hn::TableLookupBytes(hn::LoadU(d, from), pattern));
+  };
+  std::size_t rest = elementBytes * count;
+  if (kCanStream && stream && reinterpret_cast<uintptr_t>(dst) % elementBytes == 0) {
+    const std::size_t head = std::min(-reinterpret_cast<uintptr_t>(dst) % kLineBytes, rest);
+    rest -= head;
+    mirrorPlain(elementBytes, src + rest, dst, head / elementBytes);
+    dst += head;
+    for (; rest >= kSteps; rest -= kSteps, dst += kSteps) {
+      const uint8_t* from = src + rest - kSteps;
+      HWY_UNROLL(4)
+      for (std::size_t i = 0; i < kSteps; i += kStep) {
+        hn::Stream(reversed(from + kSteps - kStep - i), d, dst + i);
+      }
+    }
+    hwy::FlushStream();
+  }
+  for (; rest >= kSteps; rest -= kSteps, dst += kSteps) {
+    const uint8_t* from = src + rest - kSteps;
+    const auto first = reversed(from + 3 * kStep), second = reversed(from + 2 * kStep);
+    const auto third = reversed(from + kStep), fourth = reversed(from);
+    storePair(first, second, dst);
+    storePair(third, fourth, dst + 2 * kStep);
+  }
+  for (; rest >= kStep; rest -= kStep, dst += kStep) {
+    hn::StoreU(reversed(src + rest - kStep), d, dst);
+  }
+  mirrorPlain(elementBytes, src, dst, rest / elementBytes);
 }
 
 #endif  // vectors or not
@@ -264,12 +326,13 @@ HWY_AFTER_NAMESPACE();
 namespace alg {
 
 void transpose(std::size_t elementBytes, Rows<const uint8_t> src, Rows<uint8_t> dst, int columns,
-               int rows) {
-  ALG_DISPATCH(transposeVector)(elementBytes, src, dst, columns, rows);
+               int rows, bool stream) {
+  ALG_DISPATCH(transposeVector)(elementBytes, src, dst, columns, rows, stream);
 }
 
-void mirror(std::size_t elementBytes, const uint8_t* src, uint8_t* dst, std::size_t count) {
-  ALG_DISPATCH(mirrorVector)(elementBytes, src, dst, count);
+void mirror(std::size_t elementBytes, const uint8_t* src, uint8_t* dst, std::size_t count,
+            bool stream) {
+  ALG_DISPATCH(mirrorVector)(elementBytes, src, dst, count, stream);
 }
 
 }  // namespace alg
