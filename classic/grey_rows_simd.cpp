@@ -193,7 +193,8 @@ class Weigher {
 #endif
 
 template <class AnyWeigher>
-void weighRow(const uint8_t* pixels, uint8_t* grey, std::size_t width, const AnyWeigher& weigher) {
+HWY_INLINE void weighRow(const uint8_t* pixels, uint8_t* grey, std::size_t width,
+                         const AnyWeigher weigher) {
   const auto weigh = [&](std::size_t x, const uint8_t* from)
                          HWY_ATTR { weigher.block(from, grey + x); };
   forEachBlock<kBlock>(width, weigh, Reads<kPackedBytes>{pixels});
