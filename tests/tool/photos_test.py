@@ -180,7 +180,7 @@ class PhotosTest(ToolCase):
         wanted, exact = self.tags("upright.jpg"), self.pixels("upright.jpg")
         for ending, kept, says in (("png", ("IFD0", "ExifIFD", "GPS", "Canon", "XMP-own", "ICC-header"), "no place for its IPTC"),
                                    ("webp", ("IFD0", "ExifIFD", "GPS", "Canon", "XMP-own", "ICC-header"), "comment, IPTC"),
-                                   ("tif", ("XMP-own", "ICC-header", "IPTC"), "its Exif, comment")):
+                                   ("tif", ("IFD0", "ExifIFD", "GPS", "Canon", "XMP-own", "ICC-header", "IPTC"), "no place for its comment")):
             self.run_tool("blend", "rich.jpg", "rich.jpg", f"made.{ending}", says=says)
             found = {name.replace("IPTC2", "IPTC"): value for name, value in self.tags(f"made.{ending}").items()}
             for name, value in wanted.items():
@@ -203,6 +203,44 @@ class PhotosTest(ToolCase):
             os.link(name, f"in/{name}")
         self.run_tool("apply", "sepia", "in", "out")
         self.assertEqual(sorted(os.listdir("out")), ["in.jpg", "made.png", "made.tif", "rich.jpg"])
+
+    def test_tiffs_own_tags_become_exif(self):
+        def directory(at, *entries):
+            """Entries of type, count and value of a file of big-endian numbers, their values behind them."""
+            head, values = struct.pack(">H", len(entries)), b""
+            for number, kind, count, value in entries:
+                place = at + 2 + 12 * len(entries) + 4 + len(values)
+                head += struct.pack(">HHI", number, kind, count) + (value.ljust(4, b"\0") if len(value) <= 4 else struct.pack(">I", place))
+                values += value + bytes(len(value) % 2) if len(value) > 4 else b""
+            return head + bytes(4) + values
+        short, long = (lambda v: struct.pack(">H", v)), (lambda v: struct.pack(">I", v))
+        pixels = bytes((200, 100, 50)) * (256 * 100)
+        canon = lambda at: directory(at, (6, 2, 12, b"IMG:TX1 JPEG"), (9, 2, 8, b"Somebody"))
+        for maker, kept, says in ((canon, {"Canon:CanonImageType": "IMG:TX1 JPEG", "Canon:OwnerName": "Somebody"}, ""),
+                                  (lambda at: b"Apple iOS\0" + bytes(20), {}, ""),
+                                  (lambda at: b"unheard of", {}, "maker note is left out")):
+            gps = 8 + len(pixels)
+            exif_at = gps + len(part := directory(gps, (1, 2, 2, b"N\0"), (2, 5, 3, struct.pack(">6I", 48, 1, 8, 1, 15, 1))))
+            maker_at = exif_at + 2 + 2 * 12 + 4 + 20
+            part += directory(exif_at, (0x9003, 2, 20, b"2024:05:06 07:08:09\0"), (0x927c, 7, len(maker(maker_at)), maker(maker_at)))
+            first = gps + len(part)
+            part += directory(first, (256, 3, 1, short(256)), (257, 3, 1, short(100)), (258, 3, 3, short(8) * 3), (259, 3, 1, short(1)),
+                              (262, 3, 1, short(2)), (0x10f, 2, 6, b"Canon\0"), (0x110, 2, 10, b"Canon TX1\0"), (273, 4, 1, long(8)),
+                              (0x112, 3, 1, short(6)), (277, 3, 1, short(3)), (278, 3, 1, short(100)), (279, 4, 1, long(len(pixels))),
+                              (0x8769, 4, 1, long(exif_at)), (0x8825, 4, 1, long(gps)))
+            Path("in.tif").write_bytes(b"MM\0*" + long(first) + pixels + part)
+            wanted = self.tags("in.tif")
+            self.assertTrue(wanted.items() >= kept.items())
+            self.run_tool("apply", "sepia", "in.tif", "out.jpg", says=says)
+            self.run_tool("resize", "--size=100%", "out.jpg", "again.tif")
+            for file in ("out.jpg", "again.tif"):
+                found = self.tags(file)
+                for name in ("IFD0:Make", "IFD0:Model", "ExifIFD:DateTimeOriginal", "GPS:GPSLatitudeRef", "GPS:GPSLatitude", *kept):
+                    self.assertEqual(found[name], wanted[name], file)
+                self.assertEqual(found["IFD0:Orientation"], "Horizontal (normal)")
+                self.assertEqual("Apple iOS" in maker(0).decode("latin1"), b"Apple iOS" in Path(file).read_bytes())
+            self.assertEqual((found["IFD0:ImageWidth"], found["IFD0:ImageHeight"]), (100, 256))
+            self.assertEqual(self.pixels("again.tif"), self.pixels("out.jpg"))
 
     def hdr_motion_photo(self, orientation):
         """A photo with a gain map of 16 x 12 pixels and a video behind it, an index and claims in XMP."""

@@ -5,9 +5,10 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <optional>
 #include <vector>
+
+#include "tools/metadata/tiff_view.h"
 
 namespace alg::tool {
 
@@ -29,37 +30,14 @@ class ExifBlock {
   const std::vector<uint8_t>& bytes() const { return bytes_; }
 
  private:
-  struct Entry {
-    std::size_t at;  ///< of its 12 bytes
-    uint16_t tag;
-    uint16_t type;
-    uint32_t count;
-    std::size_t valueAt;    ///< of its value, in the entry or elsewhere
-    std::size_t valueSize;  ///< 0: does not lie in the block
-  };
-  struct Directory {
-    std::size_t at;
-    std::vector<Entry> entries;
-    uint32_t next = 0;
-    std::size_t size() const { return 2 + 12 * entries.size() + 4; }
-  };
-
   explicit ExifBlock(std::vector<uint8_t> bytes) : bytes_(std::move(bytes)) {}
-  bool readHeader();
-  std::optional<Directory> directoryAt(std::size_t at) const;
-  Entry entryAt(std::size_t at) const;
-  std::optional<Directory> below(const Directory& parent, uint16_t pointer) const;
-  /// The directory at `at` and all below it.
-  void forEachDirectory(std::size_t at, const std::function<void(const Directory&)>& use) const;
+  TiffView view() const { return *TiffView::of(bytes_); }
   void dropInvalidEntries(std::size_t at);
-  uint32_t number(std::size_t at, std::size_t size) const;
   void setNumber(std::size_t at, std::size_t size, uint32_t value);
-  void setEntry(const Entry& entry, uint32_t value);
-  void setNext(const Directory& directory, uint32_t next);
+  void setEntry(const TiffEntry& entry, uint32_t value);
+  void setNext(const TiffDirectory& directory, uint32_t next);
 
   std::vector<uint8_t> bytes_;
-  bool bigEndian_ = false;
-  std::size_t first_ = 0;
 };
 
 }  // namespace alg::tool

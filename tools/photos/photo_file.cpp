@@ -110,8 +110,8 @@ std::vector<uint8_t> encodeFor(const std::filesystem::path& path, const PhotoFil
     case PictureFormat::kWebp:
       return encodeWithVips(format, photo, quality, blocks({.format = "WebP", .exif = true}), path);
     case PictureFormat::kTiff:
-      return encodeWithVips(format, photo, quality, blocks({.format = "TIFF", .photoshop = true}),
-                            path);
+      return encodeWithVips(format, photo, quality,
+                            blocks({.format = "TIFF", .exif = true, .photoshop = true}), path);
     default:
       return encodeWithFollowers(file, options);
   }

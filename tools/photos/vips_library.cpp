@@ -11,6 +11,7 @@
 
 #include "base/image_size.h"
 #include "tools/metadata/photoshop_block.h"
+#include "tools/metadata/tiff_exif.h"
 #include "tools/photos/colour.h"
 #include "tools/photos/photo_faults.h"
 #include "tools/photos/pixel_layout.h"
@@ -156,7 +157,8 @@ std::vector<uint8_t> blobOf(const Vips& vips, const VipsImage* image, const char
   return {bytes, bytes + size};
 }
 
-MetadataBlocks blocksOf(const Vips& vips, const VipsImage* image) {
+MetadataBlocks blocksOf(const Vips& vips, const VipsImage* image, PictureFormat format, Bytes file,
+                        const std::filesystem::path& path) {
   using std::literals::operator""sv;
   constexpr std::string_view kPrefix = "Exif\0\0"sv;
   MetadataBlocks blocks{.exif = blobOf(vips, image, "exif-data"),
@@ -170,6 +172,14 @@ MetadataBlocks blocksOf(const Vips& vips, const VipsImage* image) {
                       blocks.exif.begin() + static_cast<std::ptrdiff_t>(kPrefix.size()));
   }
   blocks.xmp = asText(blobOf(vips, image, "xmp-data"));
+  if (format == PictureFormat::kTiff) {
+    TiffExif found = exifOfTiff(file);
+    if (found.makerNoteLost) {
+      note(fmt::format("{}: its maker note is left out: it can't be read in another place",
+                       path.string()));
+    }
+    blocks.exif = std::move(found.block);
+  }
   return blocks;
 }
 
@@ -262,7 +272,7 @@ PhotoFile decodeWithVips(PictureFormat format, Bytes file, const std::filesystem
   if (vips.vips_image_get_format(image) >= kUshort) {
     note(fmt::format("{}: more than 8 bits a sample become 8", path.string()));
   }
-  result.metadata = Metadata(blocksOf(vips, image), path);
+  result.metadata = Metadata(blocksOf(vips, image, format, file, path), path);
   const JpegColours colours = coloursOf(vips, image);
   if (const auto transform = transformFor(colours, result.metadata, options, path)) {
     transform->run(result.photo);
@@ -317,6 +327,9 @@ std::vector<uint8_t> encodeWithVips(PictureFormat format, const Photo& photo, in
   const auto* const bytes = static_cast<const uint8_t*>(file);
   if (format == PictureFormat::kWebp) {  // libvips would write Exif anew
     return webpWith({bytes, size}, photo.width, photo.height, blocks);
+  }
+  if (!blocks.exif.empty()) {
+    return tiffWithExif({bytes, size}, blocks.exif);
   }
   return {bytes, bytes + size};
 }
