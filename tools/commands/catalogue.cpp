@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "catalogue/operations.h"
+#include "tools/shell/json.h"
 
 namespace alg::tool {
 namespace {
@@ -25,7 +26,7 @@ std::string_view nameOf(const std::string_view (&names)[kCount], Enum value) {
 }
 
 /// A text of the catalogue, or null.
-std::string json(const char* text) { return text != nullptr ? fmt::format("{:?}", text) : "null"; }
+std::string json(const char* text) { return text != nullptr ? jsonString(text) : "null"; }
 
 std::string json(const Parameter& parameter) {
   return fmt::format(

@@ -15,6 +15,7 @@
 #include "tools/photos/photo_file.h"
 #include "tools/shell/console.h"
 #include "tools/shell/interrupts.h"
+#include "tools/shell/json.h"
 
 namespace fs = std::filesystem;
 
@@ -30,21 +31,6 @@ struct Entry {
   std::string about;  ///< a few words below the name
   std::string group;  ///< "original", "filters" or "classic", as the page calls them
 };
-
-/// Text for JSON inside an HTML script element. Braces are escaped so that no file name can look
-/// like a placeholder.
-std::string jsonText(std::string_view text) {
-  std::string result = "\"";
-  for (const char c : text) {
-    const auto code = static_cast<unsigned char>(c);
-    if (code < 0x20 || c == '"' || c == '\\' || c == '<' || c == '{') {
-      result += fmt::format("\\u{:04x}", code);
-    } else {
-      result += c;
-    }
-  }
-  return result + '"';
-}
 
 std::string htmlText(std::string_view text) {
   std::string result;
@@ -89,8 +75,8 @@ class GalleryWriter {
     entries_ += fmt::format(
         "{}\n{{\"name\": {}, \"about\": {}, \"group\": {}, \"file\": {}, \"width\": {}, "
         "\"height\": {}, \"small\": {}, \"smallWidth\": {}, \"smallHeight\": {}}}",
-        entries_.empty() ? "" : ",", jsonText(entry.name), jsonText(entry.about),
-        jsonText(entry.group), jsonText(file), photo.width, photo.height, jsonText(small),
+        entries_.empty() ? "" : ",", jsonString(entry.name), jsonString(entry.about),
+        jsonString(entry.group), jsonString(file), photo.width, photo.height, jsonString(small),
         card.width, card.height);
   }
 
@@ -100,7 +86,9 @@ class GalleryWriter {
     fillIn(page, "{{photo}}", htmlText(photo.filename().string()));
     fillIn(page, "{{index}}",
            index.empty() ? "" : fmt::format("<a href=\"{}\">All photos</a>. ", index));
-    fillIn(page, "{{entries}}", entries_);
+    std::string entries = entries_;
+    fillIn(entries, "<", "\\u003c");  // nothing may end the element that they stand in
+    fillIn(page, "{{entries}}", entries);
     writeFile(folder_ / "index.html", {reinterpret_cast<const uint8_t*>(page.data()), page.size()});
   }
 
@@ -208,7 +196,7 @@ bool drawFolder(const fs::path& from, const fs::path& to, const PhotoOptions& op
   }
   std::string page(kGalleryIndex);
   fillIn(page, "{{title}}", htmlText(fs::canonical(from).filename().string()));
-  fillIn(page, "{{count}}", std::to_string(drawn));
+  fillIn(page, "{{count}}", drawn == 1 ? "1 photo" : fmt::format("{} photos", drawn));
   fillIn(page, "{{photos}}", cards);
   writeFile(to / "index.html", {reinterpret_cast<const uint8_t*>(page.data()), page.size()});
   return drawn == found.size();
