@@ -33,7 +33,9 @@ constexpr int kVectorBytes = hn::MaxLanes(Bytes());
 constexpr int kBlockBytes = 16;      // of the blocks that vector instructions shuffle within
 constexpr int kLineBytes = 64;       // of a cache line
 constexpr int kPrefetchBytes = 128;  // how far ahead in each source row, without tiles
-constexpr bool kCanStream = !ALG_IS_NEON();
+// Whether whole lines are written, past the caches where that is asked for. Arm's processors have
+// no such stores and merge those to parts of a line.
+constexpr bool kByLines = !ALG_IS_NEON();
 
 /// Visits begin, begin + step, ...; the last step is moved back to end at `end`, so that steps
 /// cover the range whole. It isn't shorter than a step.
@@ -50,7 +52,7 @@ HWY_INLINE void copyLine(const uint8_t* from, uint8_t* to, bool stream) {
   HWY_UNROLL(4)
   for (int i = 0; i < kLineBytes; i += kVectorBytes) {
     const auto v = hn::LoadU(d, from + i);
-    if (kCanStream && stream) {
+    if (kByLines && stream) {
       hn::Stream(v, d, to + i);
     } else {
       hn::Store(v, d, to + i);
@@ -68,8 +70,11 @@ HWY_INLINE void copyLine(const uint8_t* from, uint8_t* to, bool stream) {
 //     a:             a0 a1 a2              end  a1 b1 c1 ...  --> destination row 1  . . a1 b1 c1
 //     b:             b0 b1 b2              end  a2 b2 c2 ...
 //     c:             c0 c1 c2
-constexpr int kTileBytes = 16 * 1024;  // of a tile's runs; as much of the source is used with it
-constexpr int kMostTileColumns = 128;
+// A tile's columns, of words and of other elements, and the bytes of its runs: 16 KB. Where lines
+// need not be whole, long runs of few columns cost the fewest instructions.
+constexpr int kWordColumns = kByLines ? 64 : 16;
+constexpr int kMostColumns = kByLines ? 128 : 64;
+constexpr int runBytesOf(int columns) { return kByLines ? 16 * 1024 / columns : 1024; }
 // As many pages of the destination are in use at a time: most processors know that many.
 constexpr int kBandColumns = 1024;
 constexpr int64_t kCachedBytes = 1 << 20;  // of an image likely to be in a second-level cache
@@ -98,6 +103,10 @@ int pieceOf(int left, int most) { return left < most + kBlockBytes ? left : most
 /// a line; its own such end only where it is the row's last.
 HWY_INLINE void writeRun(const uint8_t* run, uint8_t* to, int bytes, bool isFirst, bool isLast,
                          bool stream) {
+  if (!kByLines) {
+    std::memcpy(to, run, static_cast<std::size_t>(bytes));
+    return;
+  }
   int at = -static_cast<int>(reinterpret_cast<uintptr_t>(to) % kLineBytes);
   if (isFirst && at != 0) {
     at += kLineBytes;
@@ -113,7 +122,7 @@ HWY_INLINE void writeRun(const uint8_t* run, uint8_t* to, int bytes, bool isFirs
 
 void transposeByTiles(const Tile& tile, Rows<const uint8_t> src, Rows<uint8_t> dst, int columns,
                       int rows, bool stream) {
-  constexpr Tile kLargest{1, kMostTileColumns, kTileBytes / kMostTileColumns, nullptr, nullptr};
+  constexpr Tile kLargest{1, kMostColumns, runBytesOf(kMostColumns), nullptr, nullptr};
   alignas(kLineBytes) uint8_t bytes[kLargest.room()];
   alignas(kLineBytes) uint8_t ends[std::size_t{kBandColumns + kBlockBytes} * kLineBytes];
   uint8_t* const runs = bytes + kLineBytes;  // each with room for the end of the one before
@@ -129,7 +138,7 @@ void transposeByTiles(const Tile& tile, Rows<const uint8_t> src, Rows<uint8_t> d
         width = pieceOf(bandEnd - k, tile.columns);
         uint8_t* const endsHere = ends + std::ptrdiff_t{kLineBytes} * (k - band);
         const auto place = [&](int c) { return dst.row(k + c) + size * x; };
-        for (int c = 0; x != 0 && c < width; ++c) {
+        for (int c = 0; kByLines && x != 0 && c < width; ++c) {
           copyLine(endsHere + kLineBytes * c, bytes + pitch * c, false);
         }
         for (int c = 0; fetchRuns && c < width; ++c) {
@@ -145,14 +154,13 @@ void transposeByTiles(const Tile& tile, Rows<const uint8_t> src, Rows<uint8_t> d
         for (int c = 0; c < width; ++c) {
           const uint8_t* run = runs + pitch * c;
           writeRun(run, place(c), tile.elementBytes * count, x == 0, isLast, stream);
-          if (!isLast) copyLine(run + tile.runBytes - kLineBytes, endsHere + kLineBytes * c, false);
+          if (kByLines && !isLast)
+            copyLine(run + tile.runBytes - kLineBytes, endsHere + kLineBytes * c, false);
         }
       }
     }
   }
-  if (kCanStream && stream) {
-    hwy::FlushStream();
-  }
+  if (kByLines && stream) hwy::FlushStream();
 }
 
 template <class Element>
@@ -163,7 +171,7 @@ struct Turn {
   static constexpr int kColumns = kBlockBytes / kSize;  // of source columns a block
   static constexpr int kRows = kVectorBytes / kSize;    // of source rows
   static constexpr int kLine = kLineBytes / kSize;
-  static constexpr int kTileColumns = kSize == 4 ? 64 : kMostTileColumns;
+  static constexpr int kTileColumns = kSize == 4 ? kWordColumns : kMostColumns;
 
   // Loads a block's row r; a longer vector has rows r + kColumns, r + 2 kColumns, ... in its
   // further parts, so that no step of the transpose crosses them.
@@ -218,16 +226,22 @@ struct Turn {
   static void fillTile(const uint8_t* from, std::ptrdiff_t pitch, const uint8_t* next, int columns,
                        int rows, uint8_t* runs) {
     cover(0, rows, kRows, [&](int r) HWY_ATTR {
-      for (int i = 0; i < kRows; ++i) {
-        const uint8_t* row = next + pitch * (r + i);
-        for (int byte = kLineBytes; byte <= kSize * kTileColumns; byte += kLineBytes) {
-          __builtin_prefetch(row + byte - 1, 0, 2);
+      const uint8_t* row = next + pitch * r + kLineBytes - 1;
+      for (int i = 0; i < kRows; ++i, row += pitch) {
+        for (int byte = 0; byte < kSize * kTileColumns; byte += kLineBytes) {
+          __builtin_prefetch(row + byte, 0, 2);
         }
       }
-      cover(0, columns, kColumns, [&](int c) HWY_ATTR {
-        transposeBlock(from + pitch * r + kSize * c, pitch, runs + kTile.pitch() * c + kSize * r,
-                       kTile.pitch());
-      });
+      // Here the first step is the short one, which leaves the others two additions.
+      const uint8_t* block = from + pitch * r;
+      uint8_t* to = runs + kSize * r;
+      const uint8_t* const end = block + std::ptrdiff_t{kSize} * columns;
+      std::ptrdiff_t step = (columns - 1) % kColumns + 1;
+      for (; block < end; step = kColumns) {
+        transposeBlock(block, pitch, to, kTile.pitch());
+        block += kSize * step;
+        to += kTile.pitch() * step;
+      }
     });
   }
 
@@ -251,7 +265,7 @@ struct Turn {
     });
   }
 
-  static constexpr Tile kTile{kSize, kTileColumns, kTileBytes / kTileColumns, fillTile,
+  static constexpr Tile kTile{kSize, kTileColumns, runBytesOf(kTileColumns), fillTile,
                               ALG_IS_NEON() || kSize < 4 ? transposeStraight : nullptr};
 };
 
@@ -289,7 +303,7 @@ void mirrorVector(std::size_t elementBytes, const uint8_t* src, uint8_t* dst, st
     return hn::ReverseBlocks(d, hn::TableLookupBytes(hn::LoadU(d, from), pattern));
   };
   std::size_t rest = elementBytes * count;
-  if (kCanStream && stream && reinterpret_cast<uintptr_t>(dst) % elementBytes == 0) {
+  if (kByLines && stream && reinterpret_cast<uintptr_t>(dst) % elementBytes == 0) {
     const std::size_t head = std::min(-reinterpret_cast<uintptr_t>(dst) % kLineBytes, rest);
     rest -= head;
     mirrorPlain(elementBytes, src + rest, dst, head / elementBytes);
