@@ -21,7 +21,10 @@
 #include <cstdint>
 
 #include "base/image_size.h"
+#include "base/streamed.h"
+#include "hwy/cache_control.h"
 #include "hwy/highway.h"
+#include "kernels/overlap.h"
 #include "kernels/row_blocks-inl.h"
 #include "kernels/vector_frame.h"
 
@@ -124,6 +127,23 @@ HWY_INLINE void store(const Planes& p, uint8_t* to) {
   hn::StoreU(choose(p.of[1], p.of[2], p.of[0]), d, to + kThird);
 }
 
+// Fetches as much as a load takes, some blocks on: with streams of stores the processor doesn't do
+// that early enough. Behind the row's end it is harmless.
+HWY_INLINE void prefetchAhead(const uint8_t* from) {
+  constexpr std::size_t kAhead = 768, kLine = 64;  // bytes
+  for (std::size_t i = 0; i < kPackedBytes * kLanes; i += kLine) {
+    __builtin_prefetch(from + kAhead + i);
+  }
+}
+
+// Past the caches; `to` is a multiple of the vector's bytes.
+HWY_INLINE void stream(const Planes& p, uint8_t* to) {
+  const Bytes d;
+  hn::Stream(choose(p.of[0], p.of[1], p.of[2]), d, to);
+  hn::Stream(choose(p.of[2], p.of[0], p.of[1]), d, to + kSecond);
+  hn::Stream(choose(p.of[1], p.of[2], p.of[0]), d, to + kThird);
+}
+
 #endif
 
 // Planes in the order of pixels, which kernels of neighbours need.
@@ -180,12 +200,49 @@ HWY_INLINE void storeOrdered(ByteVector v0, ByteVector v1, ByteVector v2, uint8_
 
 #endif
 
+#if ALG_IS_NEON()
+
+// Where there are no stores past the caches.
+HWY_INLINE bool goesPastCaches(const uint8_t*, const uint8_t*, std::size_t) { return false; }
+HWY_INLINE void prefetchAhead(const uint8_t*) {}
+HWY_INLINE void stream(const Planes& p, uint8_t* to) { store(p, to); }
+
+#else
+
+// Large results that don't replace their source: curves of 12 megapixels take two thirds of the
+// time then.
+HWY_INLINE bool goesPastCaches(const uint8_t* src, const uint8_t* dst, std::size_t bytes) {
+  return isStreamed(dst, bytes) && !overlap(src, bytes, dst, bytes);
+}
+
+#endif
+
+// How many pixels lie in front of the first one that begins a cache line: 43 is 1 / 3 modulo 64.
+inline std::size_t pixelsToLine(const uint8_t* pixels) {
+  return (0 - reinterpret_cast<std::uintptr_t>(pixels)) * 43 % 64;
+}
+
 // dst = map(planes of src), a vector of pixels at a time.
 template <class Map>
 HWY_INLINE void mapPixels(const uint8_t* src, uint8_t* dst, std::size_t pixels, Map map) {
   const auto mapBlock = [&](std::size_t /*x*/, const uint8_t* from, uint8_t* to)
                             HWY_ATTR { store(map(load(from)), to); };
-  forEachBlock<kLanes>(pixels, mapBlock, Reads<kPackedBytes>{src}, Writes<kPackedBytes>{dst});
+  const auto mapRange = [&](std::size_t first, std::size_t count) HWY_ATTR {
+    forEachBlock<kLanes>(count, mapBlock, Reads<kPackedBytes>{src + kPackedBytes * first},
+                         Writes<kPackedBytes>{dst + kPackedBytes * first});
+  };
+  std::size_t done = 0;
+  if (goesPastCaches(src, dst, kPackedBytes * pixels)) {
+    const std::size_t head = pixelsToLine(dst);
+    mapRange(0, head);
+    for (done = head; done + kLanes <= pixels; done += kLanes) {
+      const uint8_t* from = src + kPackedBytes * done;
+      prefetchAhead(from);
+      stream(map(load(from)), dst + kPackedBytes * done);
+    }
+    hwy::FlushStream();
+  }
+  mapRange(done, pixels - done);
 }
 
 }  // namespace planes

@@ -41,6 +41,33 @@ TEST(Curves, OfEveryKindMapAsTheirTables) {
   });
 }
 
+// Destinations apart from the source, wherever cache lines begin, and in its place.
+TEST(Curves, OfLargeImagesMapAsThoseOfSmallOnes) {
+  constexpr std::size_t kMany = 5'600'001, kRow = 1000;  // 16 MB
+  const auto fold = [](int v) { return uint8_t(v * 5); };
+  const auto raise = [](int v) { return uint8_t(std::min(v + 9, 255)); };
+  const Bytes source = noise(int(3 * kMany));
+  for (const auto& curves :
+       {alg::makeCurves(raise, raise, raise), alg::makeCurves(fold, raise, fold)}) {
+    Bytes expected(source.size());
+    for (std::size_t i = 0; i < kMany; i += kRow) {
+      alg::mapCurves(&source[3 * i], &expected[3 * i], std::min(kRow, kMany - i), curves);
+    }
+    onEachTarget([&] {
+      for (const std::size_t begin : {0U, 1U, 2U, 61U}) {
+        Bytes result(begin + source.size() + 3, 7);
+        alg::mapCurves(source.data(), &result[begin], kMany, curves);
+        EXPECT_TRUE(
+            std::ranges::equal(expected, std::span(result).subspan(begin, expected.size())));
+        EXPECT_EQ(result[begin + source.size()], 7);
+      }
+      Bytes pixels = source;
+      alg::mapCurves(pixels.data(), pixels.data(), kMany, curves);
+      EXPECT_TRUE(pixels == expected);
+    });
+  }
+}
+
 TEST(LomoFun, WrapsTheSquaredHalfDiagonalOfLongImages) {  // below 0: brighter than the curves
   for (const auto& [width, height] :
        {std::pair{1201, 800}, {799, 1300}, {100000, 5}, {4, 100001}}) {
