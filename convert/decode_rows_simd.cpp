@@ -42,6 +42,12 @@ using ByteVector = hn::Vec<Bytes>;
 
 constexpr std::size_t kBlock = 16;  // pixels a step
 
+// Either order of a pair's samples has code of its own.
+constexpr RowFormat codeOf(RowFormat format) { return format; }
+struct PairOrder {
+  HWY_INLINE explicit PairOrder(RowFormat) {}
+};
+
 // The chroma part of a channel for the eight pairs of a block, 16 fraction bits, offsets included.
 // It may be negative: the sum with a level wraps to the correct value.
 struct ChromaTerm {
@@ -82,7 +88,7 @@ HWY_INLINE ChromaTerm gain(uint16x8_t sample) {
 }
 
 template <RowFormat kFormat>
-HWY_INLINE ChromaTerms chromaTerms(const uint8_t* chroma) {
+HWY_INLINE ChromaTerms chromaTerms(const uint8_t* chroma, PairOrder) {
   const uint16x8_t pairs = vreinterpretq_u16_u8(vld1q_u8(chroma));
   const uint16x8_t first = vandq_u16(pairs, vdupq_n_u16(0xFF)), second = vshrq_n_u16(pairs, 8);
   const uint16x8_t u = hasVFirst(kFormat) ? second : first;
@@ -185,6 +191,21 @@ constexpr bool exact(int32_t factor) {
   return same;
 }
 
+// The order of a pair's samples is a matter of weights: the same code serves both.
+constexpr RowFormat codeOf(RowFormat format) {
+  return format == RowFormat::kArgbVU   ? RowFormat::kArgbUV
+         : format == RowFormat::kRgbaVU ? RowFormat::kRgbaUV
+                                        : format;
+}
+struct PairOrder {
+  HWY_INLINE explicit PairOrder(RowFormat format)
+      : u(weights(hasVFirst(format) ? kTimes << 8 : kTimes)),
+        v(weights(hasVFirst(format) ? kTimes : kTimes << 8)) {}
+  HWY_INLINE static ByteVector weights(int pair) { return hn::BitCast(Bytes(), set(pair)); }
+
+  ByteVector u, v;
+};
+
 template <int32_t kFactor>
 HWY_INLINE ShortVector wholeOf(ShortVector five) {
   static_assert(exact(kFactor));
@@ -233,13 +254,13 @@ HWY_INLINE ShortVector loadSamples(const uint8_t* samples) {
   }
 }
 
-// Five times the difference between the even or the odd bytes and an offset.
-template <int kOffset, bool kOdd>
+// Five times the difference between the even or the odd luma bytes and their offset.
+template <bool kOdd>
 HWY_INLINE ShortVector fiveTimes(ShortVector samples) {
   constexpr int kEvenTimes = kOdd ? 0 : kTimes;
   const auto times =
       ops::weighPairs<kEvenTimes, kTimes - kEvenTimes>(hn::BitCast(Bytes(), samples));
-  return hn::Sub(times, set(kTimes * kOffset));
+  return hn::Sub(times, set(kTimes * bt601::kLumaOffset));
 }
 
 template <int32_t kFactor>
@@ -256,12 +277,11 @@ HWY_INLINE ChromaTerm greenTerm(ShortVector u, ShortVector v) {
 }
 
 template <RowFormat kFormat>
-HWY_INLINE ChromaTerms chromaTerms(const uint8_t* chroma) {
-  const ShortVector pairs = loadSamples<kFormat>(chroma);
-  const ShortVector first = fiveTimes<bt601::kChromaOffset, false>(pairs);
-  const ShortVector second = fiveTimes<bt601::kChromaOffset, true>(pairs);
-  const ShortVector u = hasVFirst(kFormat) ? second : first;
-  const ShortVector v = hasVFirst(kFormat) ? first : second;
+HWY_INLINE ChromaTerms chromaTerms(const uint8_t* chroma, const PairOrder& order) {
+  const ByteVector pairs = hn::BitCast(Bytes(), loadSamples<kFormat>(chroma));
+  const ShortVector offset = set(kTimes * bt601::kChromaOffset);
+  const ShortVector u = hn::Sub(ops::weighPairs(pairs, order.u), offset);
+  const ShortVector v = hn::Sub(ops::weighPairs(pairs, order.v), offset);
   return {gain<bt601::kBlueFromU>(u), greenTerm(u, v), gain<bt601::kRedFromV>(v)};
 }
 
@@ -378,8 +398,8 @@ HWY_INLINE void decodeBlock(const uint8_t* luma, const ChromaTerms& terms, uint8
     }
   }
   const ShortVector samples = loadSamples<kFormat>(luma);
-  const Level even = levelOf(fiveTimes<bt601::kLumaOffset, false>(samples));
-  const Level odd = levelOf(fiveTimes<bt601::kLumaOffset, true>(samples));
+  const Level even = levelOf(fiveTimes<false>(samples));
+  const Level odd = levelOf(fiveTimes<true>(samples));
   const auto both = [&](const ChromaTerm& term) HWY_ATTR {  // saturated
     return ops::join(channel(even, term), channel(odd, term));
   };
@@ -396,7 +416,8 @@ HWY_INLINE void decodeBlock(const uint8_t* luma, const ChromaTerms& terms, uint8
 
 template <RowFormat kFormat, bool kTwo>
 void decodeFormat(const uint8_t* const (&luma)[2], const uint8_t* chroma,
-                  uint8_t* const (&pixels)[2], std::size_t width, bool stream = false) {
+                  uint8_t* const (&pixels)[2], std::size_t width, const PairOrder& order,
+                  bool stream = false) {
   // The last pixels of an even row form a block that overlaps the one before.
   const bool again = width >= kBlock && width % 2 == 0;
   const std::size_t end = again ? width : width - width % kBlock;
@@ -411,7 +432,7 @@ void decodeFormat(const uint8_t* const (&luma)[2], const uint8_t* chroma,
   const bool linesAlike = kTwo && (secondPixels - firstPixels) % 64 == 0;
   const std::size_t streamed = stream && aligns && linesAlike ? before / 4 : end;
   const auto decodeAt = [&](std::size_t x, auto streams) HWY_ATTR {
-    const ChromaTerms terms = chromaTerms<kFormat>(chroma + x);
+    const ChromaTerms terms = chromaTerms<kFormat>(chroma + x, order);
     decodeBlock<kFormat, streams>(first + x, terms, firstPixels + kBytes * x);
     if constexpr (kTwo) {
       decodeBlock<kFormat, streams>(second + x, terms, secondPixels + kBytes * x);
@@ -438,7 +459,7 @@ void decodeFormat(const uint8_t* const (&luma)[2], const uint8_t* chroma,
     std::memcpy(lumaTail[row], luma[row] + end, rest);
   }
   decodeFormat<kFormat, kTwo>({lumaTail[0], lumaTail[1]}, chromaTail, {pixelTail[0], pixelTail[1]},
-                              kBlock);
+                              kBlock, order);
   for (int row = 0; row < (kTwo ? 2 : 1); ++row) {
     std::memcpy(pixels[row] + kBytes * end, pixelTail[row], kBytes * rest);
   }
@@ -447,17 +468,22 @@ void decodeFormat(const uint8_t* const (&luma)[2], const uint8_t* chroma,
 template <bool kTwo>
 void decodeAny(RowFormat format, const uint8_t* const (&luma)[2], const uint8_t* chroma,
                uint8_t* const (&pixels)[2], std::size_t width, bool stream) {
+  const PairOrder order(format);
   switch (format) {
     case RowFormat::kArgbUV:
-      return decodeFormat<RowFormat::kArgbUV, kTwo>(luma, chroma, pixels, width, stream);
+      return decodeFormat<codeOf(RowFormat::kArgbUV), kTwo>(luma, chroma, pixels, width, order,
+                                                            stream);
     case RowFormat::kArgbVU:
-      return decodeFormat<RowFormat::kArgbVU, kTwo>(luma, chroma, pixels, width, stream);
+      return decodeFormat<codeOf(RowFormat::kArgbVU), kTwo>(luma, chroma, pixels, width, order,
+                                                            stream);
     case RowFormat::kRgbaUV:
-      return decodeFormat<RowFormat::kRgbaUV, kTwo>(luma, chroma, pixels, width, stream);
+      return decodeFormat<codeOf(RowFormat::kRgbaUV), kTwo>(luma, chroma, pixels, width, order,
+                                                            stream);
     case RowFormat::kRgbaVU:
-      return decodeFormat<RowFormat::kRgbaVU, kTwo>(luma, chroma, pixels, width, stream);
+      return decodeFormat<codeOf(RowFormat::kRgbaVU), kTwo>(luma, chroma, pixels, width, order,
+                                                            stream);
     case RowFormat::kPackedUV:
-      return decodeFormat<RowFormat::kPackedUV, kTwo>(luma, chroma, pixels, width);
+      return decodeFormat<codeOf(RowFormat::kPackedUV), kTwo>(luma, chroma, pixels, width, order);
   }
 }
 
