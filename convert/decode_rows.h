@@ -24,4 +24,16 @@ void decodeRowPairPlain(RowFormat format, const uint8_t* luma, std::ptrdiff_t lu
                         const uint8_t* chroma, uint8_t* pixels, std::ptrdiff_t pixelStride,
                         std::size_t width, bool stream = false);
 
+/// Whether two rows at a time are faster for so many bytes of pixels. Where memory bandwidth is the
+/// limit, as on desktop machines, the saved arithmetic does not pay: two streams of stores are
+/// slower than one. It does pay for what stays in the cache, and for what goes past it (`stream`).
+constexpr bool decodesInPairs([[maybe_unused]] std::size_t bytes,
+                              [[maybe_unused]] bool stream = false) {
+#if defined(__aarch64__)
+  return true;
+#else
+  return stream || bytes <= std::size_t{64} * 1024;
+#endif
+}
+
 }  // namespace alg

@@ -37,16 +37,6 @@ void scatterPairs(ChromaCursor& cursor, const uint8_t* pairs, uint8_t* chroma, i
   }
 }
 
-// Decoding two rows at a time saves arithmetic. Where memory bandwidth is the limit, as on desktop
-// machines, that does not pay: two streams of stores are slower than one. It does pay for what
-// stays in the cache, and for what goes past it.
-constexpr std::size_t kCachedBytes = std::size_t{64} * 1024;
-#if defined(__aarch64__)
-constexpr bool kDecodesPairs = true;
-#else
-constexpr bool kDecodesPairs = false;
-#endif
-
 template <class Byte>
 Byte* lumaRow(const Planes<Byte>& planes, int row) {
   return planes.luma + std::ptrdiff_t{row} * planes.yStride;
@@ -65,7 +55,7 @@ void decodeFrame(RowFormat format, uint8_t* pixels, const Planes<const uint8_t>&
   const std::size_t pitch = pixelBytes(format) * static_cast<std::size_t>(width);
   const std::size_t bytes = pitch * static_cast<std::size_t>(height);
   const bool stream = format != RowFormat::kPackedUV && isStreamed(pixels, bytes);
-  const bool inPairs = kDecodesPairs || bytes <= kCachedBytes || stream;
+  const bool inPairs = decodesInPairs(bytes, stream);
   const auto decodeBlockRow = [&](int row, int x, int count, const uint8_t* pairs) {
     const std::size_t firstByte = pixelBytes(format) * static_cast<std::size_t>(x);
     const auto pixelRow = [&](int r) {

@@ -14,22 +14,13 @@ RowFormat formatOf(const Image& image, const FrameImage& frame) {
   return frame.vFirst ? RowFormat::kArgbVU : RowFormat::kArgbUV;
 }
 
-// As in convert/frame_convert.cpp: two rows at a time where they stay in the cache or stores are
-// cheap.
-constexpr std::size_t kCachedBytes = std::size_t{64} * 1024;
-#if defined(__aarch64__)
-constexpr bool kDecodesPairs = true;
-#else
-constexpr bool kDecodesPairs = false;
-#endif
-
 }  // namespace
 
 void decodeToImage(const FrameImage& frame, const Image& image) {
   const RowFormat format = formatOf(image, frame);
   const auto width = static_cast<std::size_t>(frame.width);
   const std::size_t bytes = image.rowBytes() * static_cast<std::size_t>(frame.height);
-  const bool inPairs = kDecodesPairs || bytes <= kCachedBytes;
+  const bool inPairs = decodesInPairs(bytes);
   for (int y = 0; y < frame.height; y += 2) {
     const uint8_t* luma = frame.luma + y * frame.lumaStride;
     const uint8_t* chroma = frame.chroma + y / 2 * frame.chromaStride;

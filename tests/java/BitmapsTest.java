@@ -76,16 +76,6 @@ final class BitmapsTest extends Harness {
     return BitmapControl.of(W, H, Bitmap.Config.ARGB_8888, mutable, pixels);
   }
 
-  /** What a call throws. */
-  private static String thrown(Runnable body) {
-    try {
-      body.run();
-    } catch (RuntimeException e) {
-      return e.toString();
-    }
-    return "nothing";
-  }
-
   private static void unlocked(String what) {
     check(BitmapControl.openLocks() == 0, what + ": " + BitmapControl.openLocks() + " locks are left");
   }

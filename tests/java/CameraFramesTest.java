@@ -49,18 +49,6 @@ final class CameraFramesTest extends Harness {
     }
   }
 
-  private static void refuses(String message, Runnable body) {
-    boolean isNull = message.endsWith(" is null");
-    String got = "nothing";
-    try {
-      body.run();
-    } catch (RuntimeException e) {
-      got = e.toString();
-    }
-    String wanted = "java.lang." + (isNull ? "NullPointer" : "IllegalArgument") + "Exception: " + message;
-    check(got.equals(wanted), "refused with " + got + ", not " + wanted);
-  }
-
   private static void refusals() {
     ByteBuffer frame = ByteBuffer.allocateDirect(24);
     Plane y = new Plane(ByteBuffer.allocate(16), 4, 1);

@@ -44,6 +44,24 @@ abstract class Harness {
     check(at < 0, what + ": differs from byte " + at + " of " + expected.length);
   }
 
+  /** The exception that a call ends with, as text. */
+  static String thrown(Runnable body) {
+    try {
+      body.run();
+      return "nothing";
+    } catch (RuntimeException e) {
+      return e.toString();
+    }
+  }
+
+  /** Such a call must end with this message and the exception that goes with it. */
+  static void refuses(String message, Runnable body) {
+    String kind = message.endsWith(" is null") ? "NullPointer" : "IllegalArgument";
+    String wanted = "java.lang." + kind + "Exception: " + message;
+    String got = thrown(body);
+    check(got.equals(wanted), "refused with " + got + ", not " + wanted);
+  }
+
   /** Ends the program; call it last. */
   static void finish() {
     for (ByteBuffer whole : GUARDED) {
