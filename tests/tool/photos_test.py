@@ -406,9 +406,20 @@ class PhotosTest(ToolCase):
             self.assertEqual(Path("argb").read_bytes(), bytes(expected))
         Path("in.png").write_bytes(png(8, 6, rows)[:-20])
         self.run_tool("convert", "--from=jpg", "--to=argb", "in.png", "none", code=3, says="in.png: damaged")
-        self.run_tool("resize", "--size=8x8", "photo.jpg", "made.webp")
-        Path("cut.webp").write_bytes(Path("made.webp").read_bytes()[:60])
-        self.run_tool("convert", "--from=jpg", "--to=argb", "cut.webp", "none", code=3, says="cut.webp: damaged")
+        for ending, says in (("webp", "damaged"), ("tif", "the file ends early"), ("heic", "the file ends early")):
+            subprocess.run(["vips", "copy", "photo.jpg", f"made.{ending}"], check=True)
+            Path(f"cut.{ending}").write_bytes(Path(f"made.{ending}").read_bytes()[:200])
+            self.run_tool("convert", "--from=jpg", "--to=argb", f"cut.{ending}", "none", code=3, says=f"cut.{ending}: damaged.*{says}")
+        pages = bytearray(Path("made.tif").read_bytes())  # a second one, which is the first again
+        first = struct.unpack_from("<I", pages, 4)[0]
+        pages += bytes(len(pages) % 2)
+        second = pages[first:first + 2 + 12 * struct.unpack_from("<H", pages, first)[0]]
+        pages[first + len(second):first + len(second) + 4] = struct.pack("<I", len(pages))
+        pages += second + bytes(4)
+        Path("pages.tif").write_bytes(pages)
+        self.run_tool("resize", "--size=8x8", "pages.tif", "made.jpg", says="the first of its 2 pictures")
+        self.run_tool("resize", "--size=8x8", "pages.tif", "pages.tif", code=3, says="never replaced")
+        self.assertEqual(Path("pages.tif").read_bytes(), pages)
 
 
 if __name__ == "__main__":

@@ -92,8 +92,8 @@ std::vector<uint8_t> encodeFor(const std::filesystem::path& path, const PhotoFil
                                const PhotoOptions& options) {
   const Origin& origin = file.origin;
   const Photo& photo = file.photo;
-  if (origin.damaged) {
-    neverOverDamaged(origin.path, path);
+  if (origin.partial) {
+    neverOverWhole(origin.path, path);
   }
   const PictureFormat format = formatToWrite(path);
   const int quality = options.coding(origin.coding).quality;

@@ -212,7 +212,7 @@ PhotoFile decodePngPhoto(Bytes file, const std::filesystem::path& path,
   const bool damaged = reading.rows < photo.height;
   return {.photo = std::move(photo),
           .metadata = std::move(metadata),
-          .origin = {.path = path, .format = PictureFormat::kPng, .damaged = damaged}};
+          .origin = {.path = path, .format = PictureFormat::kPng, .partial = damaged}};
 }
 
 std::vector<uint8_t> encodePngPhoto(const Photo& photo, const MetadataBlocks& metadata,
