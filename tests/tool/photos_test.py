@@ -400,13 +400,20 @@ class PhotosTest(ToolCase):
         for content, expected, says in (
                 (png(8, 6, rows), (30, 20, 10, 255, 255, 255, 255, 255, 127, 127, 127, 255, 0, 0, 255, 255), "over white"),
                 (png(16, 0, [bytes((1, 2, 250, 255))] * 2), (1, 1, 1, 255, 250, 250, 250, 255) * 2, "16 bits"),
+                (png(8, 2, [bytes(range(1, 7))] * 2, (b"tEXt", b"Author\0Jos\xe9"), (b"iTXt", b"Title\0\0\0\0\0\xc5\x81"), (b"tEXt", b"Software\0x")),
+                 (3, 2, 1, 255, 6, 5, 4, 255) * 2, ""),
                 (png(1, 3, [b"\x40"] * 2, (b"PLTE", bytes((1, 2, 3, 4, 5, 6)))), (3, 2, 1, 255, 6, 5, 4, 255) * 2, "")):
             Path("in.png").write_bytes(content)
             self.run_tool("convert", "--from=jpg", "--to=argb", "in.png", "argb", says=says)
             self.assertEqual(Path("argb").read_bytes(), bytes(expected))
+            if b"Author" in content:
+                self.run_tool("apply", "sepia", "in.png", "made.png")
+                kept = self.tags("made.png")
+                self.assertEqual([kept[f"PNG:{name}"] for name in ("Author", "Title", "Software")], ["Jos\xe9", "\u0141", "x"])
+                self.run_tool("apply", "sepia", "in.png", "made.jpg", says="no place for its Author, Title\n")
         Path("in.png").write_bytes(png(8, 6, rows)[:-20])
         self.run_tool("convert", "--from=jpg", "--to=argb", "in.png", "none", code=3, says="in.png: damaged")
-        for ending, says in (("webp", "damaged"), ("tif", "the file ends early"), ("heic", "the file ends early")):
+        for ending, says in (("webp", "unable to parse"), ("tif", "the file ends early"), ("heic", "the file ends early")):
             subprocess.run(["vips", "copy", "photo.jpg", f"made.{ending}"], check=True)
             Path(f"cut.{ending}").write_bytes(Path(f"made.{ending}").read_bytes()[:200])
             self.run_tool("convert", "--from=jpg", "--to=argb", f"cut.{ending}", "none", code=3, says=f"cut.{ending}: damaged.*{says}")

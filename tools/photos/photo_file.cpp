@@ -106,7 +106,8 @@ std::vector<uint8_t> encodeFor(const std::filesystem::path& path, const PhotoFil
   }
   switch (format) {
     case PictureFormat::kPng:
-      return encodePngPhoto(photo, blocks({.format = "PNG", .exif = true, .comment = true}), path);
+      return encodePngPhoto(
+          photo, blocks({.format = "PNG", .exif = true, .comment = true, .texts = true}), path);
     case PictureFormat::kWebp:
       return encodeWithVips(format, photo, quality, blocks({.format = "WebP", .exif = true}), path);
     case PictureFormat::kTiff:
