@@ -400,15 +400,33 @@ class PhotosTest(ToolCase):
         for content, expected, says in (
                 (png(8, 6, rows), (30, 20, 10, 255, 255, 255, 255, 255, 127, 127, 127, 255, 0, 0, 255, 255), "over white"),
                 (png(16, 0, [bytes((1, 2, 250, 255))] * 2), (1, 1, 1, 255, 250, 250, 250, 255) * 2, "16 bits"),
+                (png(8, 2, [bytes(range(1, 7))] * 2, (b"tEXt", b"Author\0Jos\xe9"), (b"iTXt", b"Title\0\0\0\0\0\xc5\x81"), (b"tEXt", b"Software\0x")),
+                 (3, 2, 1, 255, 6, 5, 4, 255) * 2, ""),
                 (png(1, 3, [b"\x40"] * 2, (b"PLTE", bytes((1, 2, 3, 4, 5, 6)))), (3, 2, 1, 255, 6, 5, 4, 255) * 2, "")):
             Path("in.png").write_bytes(content)
             self.run_tool("convert", "--from=jpg", "--to=argb", "in.png", "argb", says=says)
             self.assertEqual(Path("argb").read_bytes(), bytes(expected))
+            if b"Author" in content:
+                self.run_tool("apply", "sepia", "in.png", "made.png")
+                kept = self.tags("made.png")
+                self.assertEqual([kept[f"PNG:{name}"] for name in ("Author", "Title", "Software")], ["Jos\xe9", "\u0141", "x"])
+                self.run_tool("apply", "sepia", "in.png", "made.jpg", says="no place for its Author, Title\n")
         Path("in.png").write_bytes(png(8, 6, rows)[:-20])
         self.run_tool("convert", "--from=jpg", "--to=argb", "in.png", "none", code=3, says="in.png: damaged")
-        self.run_tool("resize", "--size=8x8", "photo.jpg", "made.webp")
-        Path("cut.webp").write_bytes(Path("made.webp").read_bytes()[:60])
-        self.run_tool("convert", "--from=jpg", "--to=argb", "cut.webp", "none", code=3, says="cut.webp: damaged")
+        for ending, says in (("webp", "unable to parse"), ("tif", "the file ends early"), ("heic", "the file ends early")):
+            subprocess.run(["vips", "copy", "photo.jpg", f"made.{ending}"], check=True)
+            Path(f"cut.{ending}").write_bytes(Path(f"made.{ending}").read_bytes()[:200])
+            self.run_tool("convert", "--from=jpg", "--to=argb", f"cut.{ending}", "none", code=3, says=f"cut.{ending}: damaged.*{says}")
+        pages = bytearray(Path("made.tif").read_bytes())  # a second one, which is the first again
+        first = struct.unpack_from("<I", pages, 4)[0]
+        pages += bytes(len(pages) % 2)
+        second = pages[first:first + 2 + 12 * struct.unpack_from("<H", pages, first)[0]]
+        pages[first + len(second):first + len(second) + 4] = struct.pack("<I", len(pages))
+        pages += second + bytes(4)
+        Path("pages.tif").write_bytes(pages)
+        self.run_tool("resize", "--size=8x8", "pages.tif", "made.jpg", says="the first of its 2 pictures")
+        self.run_tool("resize", "--size=8x8", "pages.tif", "pages.tif", code=3, says="never replaced")
+        self.assertEqual(Path("pages.tif").read_bytes(), pages)
 
 
 if __name__ == "__main__":

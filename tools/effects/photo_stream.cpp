@@ -239,7 +239,7 @@ void PhotoStream::run(EffectChain& effects, const fs::path& output, const PhotoO
   checkFault(result.fault);
   if (result.damage) {
     refuseOrNote(path_, options, whatIsLost(result.damage, info_.height));
-    neverOverDamaged(path_, output);
+    neverOverWhole(path_, output);
   }
   file.finish();
 }

@@ -4,6 +4,7 @@
 #include <fmt/ranges.h>
 
 #include <algorithm>
+#include <iterator>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -79,6 +80,7 @@ struct Metadata::Parts {
   std::string xmp;
   std::vector<uint8_t> profile;
   std::vector<uint8_t> otherProfile;
+  std::vector<PngText> texts;
   int orientation = 1;
 
   void addJpeg(const JpegLayout& jpeg, const std::filesystem::path& path);
@@ -86,6 +88,7 @@ struct Metadata::Parts {
   void addProfilePart(Bytes content, std::size_t& expected);
   void understand(const std::filesystem::path& path);
   std::string xmpFor(int width, int height, const Behind& behind) const;
+  std::vector<std::string_view> wantedTexts() const;
   void append(std::vector<uint8_t>& to, const Piece& piece, int width, int height,
               const std::filesystem::path& path, const Behind& behind) const;
 };
@@ -190,6 +193,17 @@ std::string Metadata::Parts::xmpFor(int width, int height, const Behind& behind)
   return packet->changed() ? packet->text() : xmp;
 }
 
+/// The keywords of texts that somebody would miss: not of those that programs write by themselves.
+std::vector<std::string_view> Metadata::Parts::wantedTexts() const {
+  std::vector<std::string_view> keys;
+  for (const PngText& text : texts) {
+    if (text.key != "Software" && !text.key.starts_with("date:")) {
+      keys.emplace_back(text.key);
+    }
+  }
+  return keys;
+}
+
 void Metadata::Parts::append(std::vector<uint8_t>& to, const Piece& piece, int width, int height,
                              const std::filesystem::path& path, const Behind& behind) const {
   const auto inParts = [&](std::string_view begin, Bytes content, std::size_t most) {
@@ -244,6 +258,7 @@ Metadata::Metadata(const MetadataBlocks& blocks, const std::filesystem::path& pa
   add(Kind::kProfile, kApp2, blocks.profile);
   add(Kind::kPhotoshop, kApp13, blocks.photoshop);
   add(Kind::kOther, kComment, asBytes(blocks.comment));
+  parts->texts = blocks.texts;
   parts->understand(path);
   parts_ = parts;
 }
@@ -294,6 +309,10 @@ Metadata Metadata::inSrgb() const {
 std::vector<uint8_t> Metadata::segments(int width, int height, const std::filesystem::path& path,
                                         const Behind& behind) const {
   std::vector<uint8_t> result;
+  if (parts_ && !parts_->wantedTexts().empty()) {
+    noteLoss(path, fmt::format("a JPEG file has no place for its {}",
+                               fmt::join(parts_->wantedTexts(), ", ")));
+  }
   if (parts_ == nullptr || parts_->pieces.empty()) {
     return result;
   }
@@ -342,6 +361,11 @@ MetadataBlocks Metadata::blocks(int width, int height, const std::filesystem::pa
       loses(piece.marker == kComment, "comment");
       loses(piece.kind == Kind::kOther && piece.marker != kComment, "segments of its maker's");
     }
+  }
+  if (place.texts) {
+    blocks.texts = parts_->texts;
+  } else {
+    std::ranges::copy(parts_->wantedTexts(), std::back_inserter(lost));
   }
   if (!lost.empty()) {
     noteLoss(path,

@@ -13,6 +13,13 @@
 
 namespace alg::tool {
 
+/// What PNG files say by keyword: who made a picture, when, with what.
+struct PngText {
+  std::string key;
+  std::string text;
+  int compression = 0;  ///< the library's number, which tells the kind of text, too
+};
+
 /// The parts that several file formats have a place for; empty where there is none.
 struct MetadataBlocks {
   std::vector<uint8_t> exif{};  ///< from its byte order on
@@ -20,6 +27,7 @@ struct MetadataBlocks {
   std::vector<uint8_t> profile{};    ///< ICC
   std::vector<uint8_t> photoshop{};  ///< resources, IPTC records among them
   std::string comment{};
+  std::vector<PngText> texts{};  ///< PNG's others
 };
 
 /// Safe to use from several threads, and cheap to copy. Damaged metadata cost a note and the
@@ -62,6 +70,7 @@ class Metadata {
     bool exif = false;
     bool photoshop = false;
     bool comment = false;
+    bool texts = false;
   };
   /// The same for other formats; a note names what is left out.
   MetadataBlocks blocks(int width, int height, const std::filesystem::path& path,

@@ -14,6 +14,7 @@ namespace {
 using namespace std::string_view_literals;
 
 constexpr std::size_t kHeader = 8;
+constexpr std::size_t kMostBytes = 65000;  // of a block, so that a JPEG's segment holds it
 
 /// Whether a tag of a picture's directory tells how it is stored, or what stands elsewhere in an
 /// Exif block or beside it.
@@ -91,11 +92,14 @@ class TiffWriter {
 std::vector<NewEntry> entriesOf(const TiffView& tiff, const std::optional<TiffDirectory>& directory,
                                 bool (*leaveOut)(uint16_t tag)) {
   std::vector<NewEntry> entries;
+  std::size_t room = kMostBytes / 4;  // for each of the four directories
   if (!directory) {
     return entries;
   }
   for (const TiffEntry& entry : directory->entries) {
-    if (entry.valueSize > 0 && !leaveOut(entry.tag)) {
+    const std::size_t bytes = TiffEntry::kBytes + entry.valueSize;
+    if (entry.valueSize > 0 && bytes <= room && !leaveOut(entry.tag)) {
+      room -= bytes;
       const Bytes value = tiff.bytes().subspan(entry.valueAt, entry.valueSize);
       entries.push_back({entry.tag, entry.type, entry.count, {value.begin(), value.end()}});
     }
@@ -228,7 +232,6 @@ std::vector<NewEntry> shiftedEntries(const TiffView& tiff, std::size_t shift, bo
 }  // namespace
 
 TiffExif exifOfTiff(Bytes file) {
-  constexpr std::size_t kMostBytes = 65000;  // so that a JPEG's segment holds it
   const auto tiff = TiffView::of(file);
   const auto first = tiff ? tiff->directoryAt(tiff->first()) : std::nullopt;
   if (!first) {

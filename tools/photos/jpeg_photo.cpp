@@ -111,7 +111,7 @@ PhotoFile decodeJpegPhoto(Bytes file, const std::filesystem::path& path,
           .metadata = std::move(metadata),
           .origin = {.path = path,
                      .coding = codingOf(info),
-                     .damaged = static_cast<bool>(damage),
+                     .partial = static_cast<bool>(damage),
                      .width = info.width,
                      .height = info.height},
           .followers = Followers(file, layout)};

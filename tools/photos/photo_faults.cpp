@@ -23,12 +23,12 @@ void refuseOrNote(const std::filesystem::path& path, const PhotoOptions& options
   note(fmt::format("{}: {}", path.string(), what));
 }
 
-void neverOverDamaged(const std::filesystem::path& photo, const std::filesystem::path& output) {
+void neverOverWhole(const std::filesystem::path& photo, const std::filesystem::path& output) {
   std::error_code ignored;  // of an output that does not exist yet
   if (std::filesystem::equivalent(output, photo, ignored)) {
     throw BadInput(
-        fmt::format("{}: damaged, and never replaced by what is left of it; name "
-                    "another output",
+        fmt::format("{}: only a part of it is read, and it is never replaced by that; "
+                    "name another output",
                     output.string()));
   }
 }

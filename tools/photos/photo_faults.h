@@ -17,7 +17,7 @@ std::string tooLarge(const std::filesystem::path& path, int64_t width, int64_t h
 void refuseOrNote(const std::filesystem::path& path, const PhotoOptions& options,
                   std::string_view what);
 
-/// Throws BadInput when an output is the damaged photo itself: what is left never replaces it.
-void neverOverDamaged(const std::filesystem::path& photo, const std::filesystem::path& output);
+/// Throws BadInput when an output is the file itself of which only a part could be read.
+void neverOverWhole(const std::filesystem::path& photo, const std::filesystem::path& output);
 
 }  // namespace alg::tool

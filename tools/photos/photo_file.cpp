@@ -92,8 +92,8 @@ std::vector<uint8_t> encodeFor(const std::filesystem::path& path, const PhotoFil
                                const PhotoOptions& options) {
   const Origin& origin = file.origin;
   const Photo& photo = file.photo;
-  if (origin.damaged) {
-    neverOverDamaged(origin.path, path);
+  if (origin.partial) {
+    neverOverWhole(origin.path, path);
   }
   const PictureFormat format = formatToWrite(path);
   const int quality = options.coding(origin.coding).quality;
@@ -106,7 +106,8 @@ std::vector<uint8_t> encodeFor(const std::filesystem::path& path, const PhotoFil
   }
   switch (format) {
     case PictureFormat::kPng:
-      return encodePngPhoto(photo, blocks({.format = "PNG", .exif = true, .comment = true}), path);
+      return encodePngPhoto(
+          photo, blocks({.format = "PNG", .exif = true, .comment = true, .texts = true}), path);
     case PictureFormat::kWebp:
       return encodeWithVips(format, photo, quality, blocks({.format = "WebP", .exif = true}), path);
     case PictureFormat::kTiff:

@@ -21,7 +21,7 @@ struct Origin {
   std::filesystem::path path;
   PictureFormat format = PictureFormat::kJpeg;
   JpegCoding coding{};   ///< of a JPEG
-  bool damaged = false;  ///< the photo is not all there
+  bool partial = false;  ///< the photo is not all that the file holds
   int width = 0;         ///< of the whole photo, upright; the pixels may come reduced
   int height = 0;
 };
@@ -43,7 +43,7 @@ PhotoFile readPhoto(const std::filesystem::path& path, const PhotoOptions& optio
                     const KeepSide& keepSide = {});
 
 /// The bytes of a file in the format that its name asks for. Throws UserError.
-/// @param path  of the output; what is left of a damaged photo never replaces it
+/// @param path  of the output; a part of what its file holds never replaces it
 std::vector<uint8_t> encodeFor(const std::filesystem::path& path, const PhotoFile& file,
                                const PhotoOptions& options);
 /// Encodes and writes. Throws UserError.

@@ -66,7 +66,9 @@ PictureFormat formatOf(Bytes file, const std::filesystem::path& path) {
   if (text.starts_with("RIFF"sv) && text.size() >= 12 && text.substr(8, 4) == "WEBP") {
     return PictureFormat::kWebp;
   }
-  if ((text.starts_with("II*\0"sv) || text.starts_with("MM\0*"sv)) && !isRaw(path)) {
+  constexpr std::string_view kTiff[] = {"II*\0"sv, "MM\0*"sv, "II+\0"sv, "MM\0+"sv};
+  const auto begins = [&](std::string_view begin) { return text.starts_with(begin); };
+  if (std::ranges::any_of(kTiff, begins) && !isRaw(path)) {
     return PictureFormat::kTiff;
   }
   const std::string_view brand = text.size() >= 12 ? brandOf(text) : std::string_view();

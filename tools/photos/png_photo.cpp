@@ -73,6 +73,9 @@ void readBlocks(png_structp png, png_infop info, MetadataBlocks& blocks) {
       blocks.xmp.assign(text->text, length);
     } else if (std::string_view(text->key) == kCommentKey) {
       blocks.comment.assign(text->text, length);
+    } else if (!std::string_view(text->key).starts_with(
+                   "Raw profile")) {  // Exif and others as text
+      blocks.texts.push_back({text->key, {text->text, length}, text->compression});
     }
   }
 }
@@ -145,6 +148,9 @@ void writeBlocks(png_structp png, png_infop info, const MetadataBlocks& blocks) 
   };
   addText(kXmpKey, blocks.xmp, PNG_ITXT_COMPRESSION_NONE);
   addText(kCommentKey, blocks.comment, PNG_TEXT_COMPRESSION_NONE);
+  for (const PngText& text : blocks.texts) {
+    addText(text.key.c_str(), text.text, text.compression);
+  }
 }
 
 bool writeAll(png_structp png, png_infop info, const Photo& photo, const MetadataBlocks& blocks) {
@@ -212,7 +218,7 @@ PhotoFile decodePngPhoto(Bytes file, const std::filesystem::path& path,
   const bool damaged = reading.rows < photo.height;
   return {.photo = std::move(photo),
           .metadata = std::move(metadata),
-          .origin = {.path = path, .format = PictureFormat::kPng, .damaged = damaged}};
+          .origin = {.path = path, .format = PictureFormat::kPng, .partial = damaged}};
 }
 
 std::vector<uint8_t> encodePngPhoto(const Photo& photo, const MetadataBlocks& metadata,

@@ -34,7 +34,9 @@ struct Vips {
   void (*vips_thread_shutdown)();
   const char* (*vips_error_buffer)();
   void (*vips_error_clear)();
-  VipsImage* (*vips_image_new_from_buffer)(const void*, std::size_t, const char*, ...);
+  int (*vips_tiffload_buffer)(const void*, std::size_t, VipsImage**, ...);
+  int (*vips_webpload_buffer)(const void*, std::size_t, VipsImage**, ...);
+  int (*vips_heifload_buffer)(const void*, std::size_t, VipsImage**, ...);
   VipsImage* (*vips_image_new_from_memory)(const void*, std::size_t, int, int, int, int);
   int (*vips_image_get_width)(const VipsImage*);
   int (*vips_image_get_height)(const VipsImage*);
@@ -82,16 +84,16 @@ Vips loadVips() {
   }
   const bool complete =
       ALG_LOAD(vips_init) && ALG_LOAD(vips_concurrency_set) && ALG_LOAD(vips_thread_shutdown) &&
-      ALG_LOAD(vips_error_buffer) && ALG_LOAD(vips_error_clear) &&
-      ALG_LOAD(vips_image_new_from_buffer) && ALG_LOAD(vips_image_new_from_memory) &&
-      ALG_LOAD(vips_image_get_width) && ALG_LOAD(vips_image_get_height) &&
-      ALG_LOAD(vips_image_get_bands) && ALG_LOAD(vips_image_get_format) &&
-      ALG_LOAD(vips_image_get_interpretation) && ALG_LOAD(vips_image_get_typeof) &&
-      ALG_LOAD(vips_image_get_blob) && ALG_LOAD(vips_image_get_int) &&
-      ALG_LOAD(vips_image_set_blob_copy) && ALG_LOAD(vips_colourspace) && ALG_LOAD(vips_copy) &&
-      ALG_LOAD(vips_cast) && ALG_LOAD(vips_image_write_to_memory) &&
-      ALG_LOAD(vips_image_write_to_buffer) && ALG_LOAD(g_object_unref) && ALG_LOAD(g_free) &&
-      ALG_LOAD(g_log_set_handler);
+      ALG_LOAD(vips_error_buffer) && ALG_LOAD(vips_error_clear) && ALG_LOAD(vips_tiffload_buffer) &&
+      ALG_LOAD(vips_webpload_buffer) && ALG_LOAD(vips_heifload_buffer) &&
+      ALG_LOAD(vips_image_new_from_memory) && ALG_LOAD(vips_image_get_width) &&
+      ALG_LOAD(vips_image_get_height) && ALG_LOAD(vips_image_get_bands) &&
+      ALG_LOAD(vips_image_get_format) && ALG_LOAD(vips_image_get_interpretation) &&
+      ALG_LOAD(vips_image_get_typeof) && ALG_LOAD(vips_image_get_blob) &&
+      ALG_LOAD(vips_image_get_int) && ALG_LOAD(vips_image_set_blob_copy) &&
+      ALG_LOAD(vips_colourspace) && ALG_LOAD(vips_copy) && ALG_LOAD(vips_cast) &&
+      ALG_LOAD(vips_image_write_to_memory) && ALG_LOAD(vips_image_write_to_buffer) &&
+      ALG_LOAD(g_object_unref) && ALG_LOAD(g_free) && ALG_LOAD(g_log_set_handler);
   if (!complete || vips.vips_init("camera-effects") != 0) {
     vips.whyNot = fmt::format("which can't be used as it is installed: reinstall {}", kPackage);
     return vips;
@@ -138,7 +140,9 @@ class Session {
   /// The first line of what went wrong.
   std::string error() const {
     const std::string_view all = vips_.vips_error_buffer();
-    return std::string(all.substr(0, all.find('\n')));
+    const std::string_view line = all.substr(0, all.find('\n'));
+    return std::string(line.find("bad seek") != std::string_view::npos ? "the file ends early"
+                                                                       : line);
   }
 
  private:
@@ -227,17 +231,49 @@ Photo decodePixels(const Vips& vips, Session& session, VipsImage* image, bool& t
   return photo;
 }
 
-/// The image of a file, not yet decoded; null on failure.
-VipsImage* open(const Vips& vips, Session& session, Bytes file, bool strict,
+/// The image of a file, not yet decoded; null on failure. Each format has its own loader: the one
+/// for all falls back on others, whose faults would be reported.
+VipsImage* open(const Vips& vips, Session& session, PictureFormat format, Bytes file, bool strict,
                 const std::filesystem::path& path) {
-  VipsImage* const image = session.keep(vips.vips_image_new_from_buffer(
-      file.data(), file.size(), strict ? "[fail_on=error]" : "[fail_on=none]", nullptr));
-  if (image != nullptr &&
-      !isPictureSize(vips.vips_image_get_width(image), vips.vips_image_get_height(image))) {
+  constexpr int kOnError = 2;  // VIPS_FAIL_ON_ERROR
+  const auto load = format == PictureFormat::kTiff   ? vips.vips_tiffload_buffer
+                    : format == PictureFormat::kWebp ? vips.vips_webpload_buffer
+                                                     : vips.vips_heifload_buffer;
+  VipsImage* image = nullptr;
+  if (load(file.data(), file.size(), &image, "fail_on", strict ? kOnError : 0, nullptr) != 0) {
+    return nullptr;
+  }
+  session.keep(image);
+  if (!isPictureSize(vips.vips_image_get_width(image), vips.vips_image_get_height(image))) {
     throw BadInput(
         tooLarge(path, vips.vips_image_get_width(image), vips.vips_image_get_height(image)));
   }
   return image;
+}
+
+/// Pages, frames of an animation, pictures of a collection.
+int pagesOf(const Vips& vips, const VipsImage* image) {
+  constexpr char kPages[] = "n-pages";
+  int pages = 1;
+  if (vips.vips_image_get_typeof(image, kPages) != 0) {
+    vips.vips_image_get_int(image, kPages, &pages);
+  }
+  return pages;
+}
+
+/// What is lost on the way to a photo, with notes.
+void noteLosses(const Vips& vips, const VipsImage* image, bool transparent, Origin& origin) {
+  const std::string path = origin.path.string();
+  if (transparent) {
+    note(fmt::format("{}: its transparent parts are laid over white", path));
+  }
+  if (vips.vips_image_get_format(image) >= kUshort) {
+    note(fmt::format("{}: more than 8 bits a sample become 8", path));
+  }
+  if (const int pages = pagesOf(vips, image); pages > 1) {
+    note(fmt::format("{}: the first of its {} pictures is taken", path, pages));
+    origin.partial = true;
+  }
 }
 
 }  // namespace
@@ -249,13 +285,13 @@ PhotoFile decodeWithVips(PictureFormat format, Bytes file, const std::filesystem
   PhotoFile result;
   result.origin = {.path = path, .format = format};
   bool transparent = false;
-  VipsImage* image = open(vips, session, file, true, path);
+  VipsImage* image = open(vips, session, format, file, true, path);
   if (image != nullptr) {
     result.photo = decodePixels(vips, session, image, transparent);
   }
   if (!result.photo.pixels) {
     const std::string why = session.error();
-    image = open(vips, session, file, false, path);
+    image = open(vips, session, format, file, false, path);
     if (image != nullptr) {
       result.photo = decodePixels(vips, session, image, transparent);
     }
@@ -264,14 +300,9 @@ PhotoFile decodeWithVips(PictureFormat format, Bytes file, const std::filesystem
           fmt::format("{}: damaged, or of a kind that can't be read: {}", path.string(), why));
     }
     refuseOrNote(path, options, fmt::format("damaged: parts of it are lost ({})", why));
-    result.origin.damaged = true;
+    result.origin.partial = true;
   }
-  if (transparent) {
-    note(fmt::format("{}: its transparent parts are laid over white", path.string()));
-  }
-  if (vips.vips_image_get_format(image) >= kUshort) {
-    note(fmt::format("{}: more than 8 bits a sample become 8", path.string()));
-  }
+  noteLosses(vips, image, transparent, result.origin);
   result.metadata = Metadata(blocksOf(vips, image, format, file, path), path);
   const JpegColours colours = coloursOf(vips, image);
   if (const auto transform = transformFor(colours, result.metadata, options, path)) {
