@@ -222,27 +222,26 @@ inline std::size_t pixelsToLine(const uint8_t* pixels) {
   return (0 - reinterpret_cast<std::uintptr_t>(pixels)) * 43 % 64;
 }
 
-// dst = map(planes of src), a vector of pixels at a time.
+// dst = map(planes of src), a vector of pixels at a time. What goes past the caches begins and ends
+// as usual, by the same code: maps are large.
 template <class Map>
 HWY_INLINE void mapPixels(const uint8_t* src, uint8_t* dst, std::size_t pixels, Map map) {
   const auto mapBlock = [&](std::size_t /*x*/, const uint8_t* from, uint8_t* to)
                             HWY_ATTR { store(map(load(from)), to); };
-  const auto mapRange = [&](std::size_t first, std::size_t count) HWY_ATTR {
-    forEachBlock<kLanes>(count, mapBlock, Reads<kPackedBytes>{src + kPackedBytes * first},
-                         Writes<kPackedBytes>{dst + kPackedBytes * first});
-  };
-  std::size_t done = 0;
-  if (goesPastCaches(src, dst, kPackedBytes * pixels)) {
-    const std::size_t head = pixelsToLine(dst);
-    mapRange(0, head);
-    for (done = head; done + kLanes <= pixels; done += kLanes) {
+  const bool past = goesPastCaches(src, dst, kPackedBytes * pixels);
+  std::size_t done = 0, end = past ? pixelsToLine(dst) : pixels;
+  for (;;) {
+    forEachBlock<kLanes>(end - done, mapBlock, Reads<kPackedBytes>{src + kPackedBytes * done},
+                         Writes<kPackedBytes>{dst + kPackedBytes * done});
+    if (end == pixels) return;
+    for (done = end; done + kLanes <= pixels; done += kLanes) {
       const uint8_t* from = src + kPackedBytes * done;
       prefetchAhead(from);
       stream(map(load(from)), dst + kPackedBytes * done);
     }
     hwy::FlushStream();
+    end = pixels;
   }
-  mapRange(done, pixels - done);
 }
 
 }  // namespace planes
