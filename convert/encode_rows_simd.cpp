@@ -344,6 +344,9 @@ void encodeFormat(const uint8_t* pixels, uint8_t* luma, uint8_t* chroma, std::si
   const std::size_t end = again ? width : width - width % kBlock;
   for (std::size_t at = 0; at < end; at += kBlock) {
     const std::size_t x = at < width - kBlock ? at : width - kBlock;
+    if constexpr (!ALG_IS_NEON() && kBytes == 4) {
+      fetchPageAhead<kBytes * kBlock>(pixels + kBytes * x);
+    }
     encodeBlock<kFormat, kChroma>(pixels + kBytes * x, luma + x, kChroma ? chroma + x : nullptr);
   }
   if (end == width) {

@@ -21,6 +21,8 @@
 #include <cstdint>
 
 #include "base/image_size.h"
+#include "base/streamed.h"
+#include "hwy/cache_control.h"
 #include "hwy/highway.h"
 #include "kernels/row_blocks-inl.h"
 #include "kernels/vector_frame.h"
@@ -124,6 +126,14 @@ HWY_INLINE void store(const Planes& p, uint8_t* to) {
   hn::StoreU(choose(p.of[1], p.of[2], p.of[0]), d, to + kThird);
 }
 
+// Past the caches, to whole vectors.
+HWY_INLINE void stream(const Planes& p, uint8_t* to) {
+  const Bytes d;
+  hn::Stream(choose(p.of[0], p.of[1], p.of[2]), d, to);
+  hn::Stream(choose(p.of[2], p.of[0], p.of[1]), d, to + kSecond);
+  hn::Stream(choose(p.of[1], p.of[2], p.of[0]), d, to + kThird);
+}
+
 #endif
 
 // Planes in the order of pixels, which kernels of neighbours need.
@@ -180,12 +190,51 @@ HWY_INLINE void storeOrdered(ByteVector v0, ByteVector v1, ByteVector v2, uint8_
 
 #endif
 
-// dst = map(planes of src), a vector of pixels at a time.
+// dst = map(planes of src), a vector of pixels at a time. On x86 large images are fetched ahead,
+// and results that are mapped already, and not the source, go past the caches (base/streamed.h).
 template <class Map>
 HWY_INLINE void mapPixels(const uint8_t* src, uint8_t* dst, std::size_t pixels, Map map) {
-  const auto mapBlock = [&](std::size_t /*x*/, const uint8_t* from, uint8_t* to)
-                            HWY_ATTR { store(map(load(from)), to); };
-  forEachBlock<kLanes>(pixels, mapBlock, Reads<kPackedBytes>{src}, Writes<kPackedBytes>{dst});
+  const Reads<kPackedBytes> from{src};
+  const Writes<kPackedBytes> to{dst};
+#if ALG_IS_NEON()
+  const auto mapBlock = [&](std::size_t /*x*/, const uint8_t* in, uint8_t* out)
+                            HWY_ATTR { store(map(load(in)), out); };
+  forEachBlock<kLanes>(pixels, mapBlock, from, to);
+#else
+  constexpr std::size_t kLarge = std::size_t{1} << 20;  // for a second-level cache
+  const std::size_t bytes = kPackedBytes * pixels;
+  const bool large = bytes >= kLarge;
+  const bool streams =
+      large && (src + bytes <= dst || dst + bytes <= src) && isStreamed(dst, bytes);
+  const auto mapBlock = [&](std::size_t /*x*/, const uint8_t* in, uint8_t* out) HWY_ATTR {
+    if (large) {
+      fetchPageAhead<kPackedBytes * kLanes>(in);
+    }
+    const Planes mapped = map(load(in));
+    if (streams && reinterpret_cast<std::uintptr_t>(out) % kLanes == 0) {
+      stream(mapped, out);
+      return;
+    }
+    if (large) {
+      fetchPageAhead<kPackedBytes * kLanes, true>(out);
+    }
+    store(mapped, out);
+  };
+  // The second block begins a vector's length in memory, as all later ones do then.
+  constexpr std::size_t kLine = 64, kInverse = 43;
+  static_assert(kPackedBytes * kInverse % kLine == 1);
+  const std::size_t before =
+      (0 - reinterpret_cast<std::uintptr_t>(dst)) * kInverse % kLine % kLanes;
+  std::size_t x = 0;
+  for (std::size_t step = streams && before != 0 ? before : kLanes; pixels - x >= kLanes;
+       x += step, step = kLanes) {
+    mapBlock(x, from.at(x), to.at(x));
+  }
+  finishRows<kLanes>(x, pixels, mapBlock, from, to);
+  if (streams) {
+    hwy::FlushStream();
+  }
+#endif
 }
 
 }  // namespace planes

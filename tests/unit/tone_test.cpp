@@ -1,5 +1,6 @@
 // Curves of every kind, every colour of the colour mixes, and images whose squared diagonal wraps.
 #include "kernels/curve_map.h"
+#include "kernels/curve_rows.h"
 #include "operation_check.h"
 
 namespace {
@@ -38,6 +39,28 @@ TEST(Curves, OfEveryKindMapAsTheirTables) {
       alg::mapCurves(pixels.data(), pixels.data(), 256, curves);
       EXPECT_TRUE(same(pixels, expected)) << "curves " << seed;
     }
+  });
+}
+
+// From the start of a cache line on or not, apart or in place, with a tail.
+TEST(Curves, MapImagesThatGoPastTheCaches) {
+  constexpr std::size_t kPixels = 5'600'037, kBytes = 3 * kPixels;
+  const Bytes curve = noise(256), pixels = noise(int(kBytes));
+  const auto at = [&](int v) { return curve[asSize(v)]; };
+  const auto curves = alg::makeCurves(at, at, at);
+  Bytes expected(kBytes), got(kBytes + 64 + 1);
+  alg::mapCurveRowPlain(pixels.data(), expected.data(), kPixels, curves);
+  onEachTarget([&] {
+    for (const int offset : {0, 1, 31, 63}) {
+      uint8_t* const to = got.data() + offset;
+      std::ranges::fill(got, uint8_t(offset));
+      alg::mapCurves(pixels.data(), to, kPixels, curves);
+      EXPECT_TRUE(same({to, kBytes}, expected)) << offset;
+      EXPECT_EQ(to[kBytes], offset) << "behind";
+    }
+    std::ranges::copy(pixels, got.begin());
+    alg::mapCurves(got.data(), got.data(), kPixels, curves);
+    EXPECT_TRUE(same({got.data(), kBytes}, expected)) << "in place";
   });
 }
 
