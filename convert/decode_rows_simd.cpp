@@ -401,6 +401,11 @@ HWY_INLINE void decodeBlock(const uint8_t* luma, const ChromaTerms& terms, uint8
 
 #endif  // NEON or x86
 
+// The format whose code serves another.
+constexpr RowFormat codeOf(RowFormat format) {
+  return ALG_IS_NEON() || format == RowFormat::kPackedUV ? format : RowFormat::kArgbUV;
+}
+
 template <RowFormat kFormat, bool kTwo>
 void decodeFormat(RowFormat format, const uint8_t* const (&luma)[2], const uint8_t* chroma,
                   uint8_t* const (&pixels)[2], std::size_t width, bool stream = false) {
@@ -454,26 +459,23 @@ void decodeFormat(RowFormat format, const uint8_t* const (&luma)[2], const uint8
 
 template <bool kTwo>
 void decodeAny(RowFormat format, const uint8_t* const (&luma)[2], const uint8_t* chroma,
-               uint8_t* const (&pixels)[2], std::size_t width, [[maybe_unused]] bool stream) {
-#if ALG_IS_NEON()
+               uint8_t* const (&pixels)[2], std::size_t width, bool stream) {
   switch (format) {
     case RowFormat::kArgbUV:
-      return decodeFormat<RowFormat::kArgbUV, kTwo>(format, luma, chroma, pixels, width);
+      return decodeFormat<codeOf(RowFormat::kArgbUV), kTwo>(format, luma, chroma, pixels, width,
+                                                            stream);
     case RowFormat::kArgbVU:
-      return decodeFormat<RowFormat::kArgbVU, kTwo>(format, luma, chroma, pixels, width);
+      return decodeFormat<codeOf(RowFormat::kArgbVU), kTwo>(format, luma, chroma, pixels, width,
+                                                            stream);
     case RowFormat::kRgbaUV:
-      return decodeFormat<RowFormat::kRgbaUV, kTwo>(format, luma, chroma, pixels, width);
+      return decodeFormat<codeOf(RowFormat::kRgbaUV), kTwo>(format, luma, chroma, pixels, width,
+                                                            stream);
     case RowFormat::kRgbaVU:
-      return decodeFormat<RowFormat::kRgbaVU, kTwo>(format, luma, chroma, pixels, width);
+      return decodeFormat<codeOf(RowFormat::kRgbaVU), kTwo>(format, luma, chroma, pixels, width,
+                                                            stream);
     case RowFormat::kPackedUV:
-      break;
+      return decodeFormat<RowFormat::kPackedUV, kTwo>(format, luma, chroma, pixels, width);
   }
-#else
-  if (pixelBytes(format) == 4) {
-    return decodeFormat<RowFormat::kArgbUV, kTwo>(format, luma, chroma, pixels, width, stream);
-  }
-#endif
-  decodeFormat<RowFormat::kPackedUV, kTwo>(format, luma, chroma, pixels, width);
 }
 
 void decodeRowVector(RowFormat format, const uint8_t* luma, const uint8_t* chroma, uint8_t* pixels,
