@@ -20,7 +20,6 @@
 #include "hwy/highway.h"
 #include "kernels/block_ops-inl.h"
 #include "kernels/packed_planes-inl.h"
-#include "kernels/row_blocks-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace alg::HWY_NAMESPACE {
@@ -41,12 +40,6 @@ using ByteVector = hn::Vec<Bytes>;
 #if ALG_IS_NEON()
 
 constexpr std::size_t kBlock = 16;  // pixels a step
-
-// Either order of a pair's samples has code of its own.
-constexpr RowFormat codeOf(RowFormat format) { return format; }
-struct PairOrder {
-  HWY_INLINE explicit PairOrder(RowFormat) {}
-};
 
 // The chroma part of a channel for the eight pairs of a block, 16 fraction bits, offsets included.
 // It may be negative: the sum with a level wraps to the correct value.
@@ -71,24 +64,26 @@ constexpr int32_t divisorOf(int32_t factor) {
   return divisor;
 }
 
-// 2 v, limited to 16 bits. Cores shift, which compilers make of a plain addition, in one of two
-// pipelines only.
-HWY_INLINE uint16x8_t twice(uint16x8_t v) { return vqaddq_u16(v, v); }
-
 // factor * sample + offset, as a product of 16 bits and the sample itself.
 template <int32_t kFactor>
 HWY_INLINE ChromaTerm gain(uint16x8_t sample) {
   constexpr int32_t kDivisor = divisorOf(kFactor);
   static_assert(kDivisor == 2 || kDivisor == 3);
   constexpr auto kRest = static_cast<uint16_t>(kFactor / kDivisor);
-  const uint16x8_t times = kDivisor == 2 ? twice(sample) : vqaddq_u16(twice(sample), sample);
+  const uint16x8_t twice = vshlq_n_u16(sample, 1);
+  // Of a plain addition clang makes a product, which takes longer.
+  const uint16x8_t times = kDivisor == 2 ? twice : vqaddq_u16(twice, sample);
   const uint32x4_t offset = vdupq_n_u32(offsetOf(kFactor));
   return {vmlal_n_u16(vaddw_u16(offset, vget_low_u16(sample)), vget_low_u16(times), kRest),
           vmlal_high_n_u16(vaddw_high_u16(offset, sample), times, kRest)};
 }
 
+struct Chroma {
+  explicit Chroma(RowFormat /*format*/) {}
+};
+
 template <RowFormat kFormat>
-HWY_INLINE ChromaTerms chromaTerms(const uint8_t* chroma, PairOrder) {
+HWY_INLINE ChromaTerms chromaTerms(const Chroma& /*factors*/, const uint8_t* chroma) {
   const uint16x8_t pairs = vreinterpretq_u16_u8(vld1q_u8(chroma));
   const uint16x8_t first = vandq_u16(pairs, vdupq_n_u16(0xFF)), second = vshrq_n_u16(pairs, 8);
   const uint16x8_t u = hasVFirst(kFormat) ? second : first;
@@ -107,11 +102,11 @@ struct Level {
 };
 
 // 76310 Y as 2 Y times half the factor, which fits 16 bits.
-HWY_INLINE Level levelOf(uint16x8_t luma) {
+HWY_INLINE Level levelOf(uint8x8_t luma) {
   static_assert(bt601::kLumaGain % 2 == 0 && bt601::kLumaGain / 2 <= 0xFFFF);
-  const uint16x8_t factors = twice(luma);
+  const uint16x8_t twice = vshll_n_u8(luma, 1);
   constexpr auto kHalf = static_cast<uint16_t>(bt601::kLumaGain / 2);
-  return {vmull_n_u16(vget_low_u16(factors), kHalf), vmull_high_n_u16(factors, kHalf)};
+  return {vmull_n_u16(vget_low_u16(twice), kHalf), vmull_high_n_u16(twice, kHalf)};
 }
 
 // The channel of eight pixels, saturated, in the upper byte of each lane:
@@ -127,10 +122,8 @@ HWY_INLINE ByteVector channel(const Level& level, const ChromaTerm& term) {
 
 template <RowFormat kFormat, bool /*kStream*/>
 HWY_INLINE void decodeBlock(const uint8_t* luma, const ChromaTerms& terms, uint8_t* pixels) {
-  const uint16x8_t columns = vreinterpretq_u16_u8(vld1q_u8(luma));
-  // A mask that compilers know is applied by an instruction that needs a copy.
-  const Level even = levelOf(vandq_u16(columns, opaque(vdupq_n_u16(0xFF))));
-  const Level odd = levelOf(vshrq_n_u16(columns, 8));
+  const uint8x8x2_t columns = vld2_u8(luma);
+  const Level even = levelOf(columns.val[0]), odd = levelOf(columns.val[1]);
   const auto both = [&](const ChromaTerm& term) HWY_ATTR {
     return vtrn2q_u8(channel(even, term).raw, channel(odd, term).raw);
   };
@@ -167,8 +160,9 @@ struct ChromaTerm {
   ShortVector whole, missing;
 };
 
+// Of a pixel's bytes.
 struct ChromaTerms {
-  ChromaTerm b, g, r;
+  ChromaTerm first, green, last;
 };
 
 HWY_INLINE ShortVector set(int value) { return hn::Set(Shorts(), static_cast<int16_t>(value)); }
@@ -191,36 +185,37 @@ constexpr bool exact(int32_t factor) {
   return same;
 }
 
-// The order of a pair's samples is a matter of weights: the same code serves both.
-constexpr RowFormat codeOf(RowFormat format) {
-  return format == RowFormat::kArgbVU   ? RowFormat::kArgbUV
-         : format == RowFormat::kRgbaVU ? RowFormat::kRgbaUV
-                                        : format;
-}
-struct PairOrder {
-  HWY_INLINE explicit PairOrder(RowFormat format)
-      : u(weights(hasVFirst(format) ? kTimes << 8 : kTimes)),
-        v(weights(hasVFirst(format) ? kTimes : kTimes << 8)) {}
-  HWY_INLINE static ByteVector weights(int pair) { return hn::BitCast(Bytes(), set(pair)); }
+static_assert(exact(bt601::kBlueFromU) && exact(bt601::kGreenFromU) && exact(bt601::kGreenFromV) &&
+              exact(bt601::kRedFromV) && exact(bt601::kLumaGain));
 
-  ByteVector u, v;
+// What five times a sample is multiplied by for the integer part and for the fraction.
+struct Factor {
+  HWY_INLINE explicit Factor(int32_t factor)
+      : quotient(set(quotientOf(factor))), rest(set(static_cast<int16_t>(factor * kInverse))) {}
+
+  HWY_INLINE ShortVector wholeOf(ShortVector five) const { return hn::MulHigh(five, quotient); }
+  HWY_INLINE ShortVector fractionOf(ShortVector five) const { return hn::Mul(five, rest); }
+  HWY_INLINE ShortVector missingOf(ShortVector five) const {
+    return hn::Xor(fractionOf(five), set(0xFFFF ^ kFlip));
+  }
+
+  ShortVector quotient, rest;
 };
 
-template <int32_t kFactor>
-HWY_INLINE ShortVector wholeOf(ShortVector five) {
-  static_assert(exact(kFactor));
-  return hn::MulHigh(five, set(quotientOf(kFactor)));
-}
+// Formats of words differ in their factors only, which saves code: one sample makes a pixel's first
+// byte, the other one its last, both make green.
+struct Chroma {
+  HWY_INLINE explicit Chroma(RowFormat format)
+      : pickFirst(set(hasRedFirst(format) != hasVFirst(format) ? kTimes << 8 : kTimes)),
+        pickLast(set(hasRedFirst(format) != hasVFirst(format) ? kTimes : kTimes << 8)),
+        first(hasRedFirst(format) ? bt601::kRedFromV : bt601::kBlueFromU),
+        last(hasRedFirst(format) ? bt601::kBlueFromU : bt601::kRedFromV),
+        greenFromFirst(hasRedFirst(format) ? bt601::kGreenFromV : bt601::kGreenFromU),
+        greenFromLast(hasRedFirst(format) ? bt601::kGreenFromU : bt601::kGreenFromV) {}
 
-template <int32_t kFactor>
-HWY_INLINE ShortVector fractionOf(ShortVector five) {
-  return hn::Mul(five, set(static_cast<int16_t>(kFactor * kInverse)));
-}
-
-template <int32_t kFactor>
-HWY_INLINE ShortVector missingOf(ShortVector five) {
-  return hn::Xor(fractionOf<kFactor>(five), set(0xFFFF ^ kFlip));
-}
+  ShortVector pickFirst, pickLast;  // times five, out of a pair
+  Factor first, last, greenFromFirst, greenFromLast;
+};
 
 // whole + 1 where a > b, of fractions.
 HWY_INLINE ShortVector carry(ShortVector whole, ShortVector a, ShortVector b) {
@@ -254,35 +249,28 @@ HWY_INLINE ShortVector loadSamples(const uint8_t* samples) {
   }
 }
 
-// Five times the difference between the even or the odd luma bytes and their offset.
-template <bool kOdd>
-HWY_INLINE ShortVector fiveTimes(ShortVector samples) {
-  constexpr int kEvenTimes = kOdd ? 0 : kTimes;
-  const auto times =
-      ops::weighPairs<kEvenTimes, kTimes - kEvenTimes>(hn::BitCast(Bytes(), samples));
-  return hn::Sub(times, set(kTimes * bt601::kLumaOffset));
+// Five times the difference between the even or the odd bytes, as `pick` says, and an offset.
+template <int kOffset>
+HWY_INLINE ShortVector fiveTimes(ShortVector samples, ShortVector pick) {
+  const Bytes d;
+  return hn::Sub(ops::weighPairs(hn::BitCast(d, samples), hn::BitCast(d, pick)),
+                 set(kTimes * kOffset));
 }
 
-template <int32_t kFactor>
-HWY_INLINE ChromaTerm gain(ShortVector five) {
-  return {wholeOf<kFactor>(five), missingOf<kFactor>(five)};
-}
-
-// Green has two products. When their fractions carry, what is missing wraps and grows.
-HWY_INLINE ChromaTerm greenTerm(ShortVector u, ShortVector v) {
-  const ShortVector first = missingOf<bt601::kGreenFromV>(v);
-  const ShortVector missing = hn::Sub(first, fractionOf<bt601::kGreenFromU>(u));
-  const ShortVector whole = hn::Add(wholeOf<bt601::kGreenFromV>(v), wholeOf<bt601::kGreenFromU>(u));
-  return {carry(whole, missing, first), missing};
+HWY_INLINE ChromaTerm gain(const Factor& factor, ShortVector five) {
+  return {factor.wholeOf(five), factor.missingOf(five)};
 }
 
 template <RowFormat kFormat>
-HWY_INLINE ChromaTerms chromaTerms(const uint8_t* chroma, const PairOrder& order) {
-  const ByteVector pairs = hn::BitCast(Bytes(), loadSamples<kFormat>(chroma));
-  const ShortVector offset = set(kTimes * bt601::kChromaOffset);
-  const ShortVector u = hn::Sub(ops::weighPairs(pairs, order.u), offset);
-  const ShortVector v = hn::Sub(ops::weighPairs(pairs, order.v), offset);
-  return {gain<bt601::kBlueFromU>(u), greenTerm(u, v), gain<bt601::kRedFromV>(v)};
+HWY_INLINE ChromaTerms chromaTerms(const Chroma& c, const uint8_t* chroma) {
+  const ShortVector pairs = loadSamples<kFormat>(chroma);
+  const ShortVector first = fiveTimes<bt601::kChromaOffset>(pairs, c.pickFirst);
+  const ShortVector last = fiveTimes<bt601::kChromaOffset>(pairs, c.pickLast);
+  // Green has two products. When their fractions carry, what is missing wraps and grows.
+  const ShortVector of1 = c.greenFromFirst.missingOf(first);
+  const ShortVector ofBoth = hn::Sub(of1, c.greenFromLast.fractionOf(last));
+  const ShortVector whole = hn::Add(c.greenFromFirst.wholeOf(first), c.greenFromLast.wholeOf(last));
+  return {gain(c.first, first), {carry(whole, ofBoth, of1), ofBoth}, gain(c.last, last)};
 }
 
 // 76310 (Y - 16): integer part and fraction.
@@ -292,8 +280,9 @@ struct Level {
 
 HWY_INLINE Level levelOf(ShortVector five) {
   static_assert(bt601::kLumaGain % kTimes == 0);  // exact for any luma
-  const ShortVector fraction = fractionOf<bt601::kLumaGain>(five);
-  return {wholeOf<bt601::kLumaGain>(five), kFlip != 0 ? hn::Xor(fraction, set(kFlip)) : fraction};
+  const Factor gain(bt601::kLumaGain);
+  const ShortVector fraction = gain.fractionOf(five);
+  return {gain.wholeOf(five), kFlip != 0 ? hn::Xor(fraction, set(kFlip)) : fraction};
 }
 
 // Integer part of the sum.
@@ -358,7 +347,7 @@ HWY_INLINE void storePacked(ByteVector b, ByteVector g, ByteVector r, uint8_t* p
 
 #endif
 
-// Words B, G, R, 255 from such channels; each unpacking doubles the unit.
+// Words of such channels and 255; each unpacking doubles the unit.
 template <bool kStream>
 HWY_INLINE void storeWords(ByteVector b, ByteVector g, ByteVector r, uint8_t* pixels) {
   const Bytes d;
@@ -398,26 +387,29 @@ HWY_INLINE void decodeBlock(const uint8_t* luma, const ChromaTerms& terms, uint8
     }
   }
   const ShortVector samples = loadSamples<kFormat>(luma);
-  const Level even = levelOf(fiveTimes<false>(samples));
-  const Level odd = levelOf(fiveTimes<true>(samples));
+  const Level even = levelOf(fiveTimes<bt601::kLumaOffset>(samples, set(kTimes)));
+  const Level odd = levelOf(fiveTimes<bt601::kLumaOffset>(samples, set(kTimes << 8)));
   const auto both = [&](const ChromaTerm& term) HWY_ATTR {  // saturated
     return ops::join(channel(even, term), channel(odd, term));
   };
   if constexpr (kFormat == RowFormat::kPackedUV) {
-    storePacked(both(terms.b), both(terms.g), both(terms.r), pixels);
+    storePacked(both(terms.first), both(terms.green), both(terms.last), pixels);
   } else {
-    constexpr bool kRedFirst = hasRedFirst(kFormat);
-    storeWords<kStream>(both(kRedFirst ? terms.r : terms.b), both(terms.g),
-                        both(kRedFirst ? terms.b : terms.r), pixels);
+    storeWords<kStream>(both(terms.first), both(terms.green), both(terms.last), pixels);
   }
 }
 
 #endif  // NEON or x86
 
+// The format whose code serves another.
+constexpr RowFormat codeOf(RowFormat format) {
+  return ALG_IS_NEON() || format == RowFormat::kPackedUV ? format : RowFormat::kArgbUV;
+}
+
 template <RowFormat kFormat, bool kTwo>
-void decodeFormat(const uint8_t* const (&luma)[2], const uint8_t* chroma,
-                  uint8_t* const (&pixels)[2], std::size_t width, const PairOrder& order,
-                  bool stream = false) {
+void decodeFormat(RowFormat format, const uint8_t* const (&luma)[2], const uint8_t* chroma,
+                  uint8_t* const (&pixels)[2], std::size_t width, bool stream = false) {
+  const Chroma factors(format);
   // The last pixels of an even row form a block that overlaps the one before.
   const bool again = width >= kBlock && width % 2 == 0;
   const std::size_t end = again ? width : width - width % kBlock;
@@ -432,7 +424,7 @@ void decodeFormat(const uint8_t* const (&luma)[2], const uint8_t* chroma,
   const bool linesAlike = kTwo && (secondPixels - firstPixels) % 64 == 0;
   const std::size_t streamed = stream && aligns && linesAlike ? before / 4 : end;
   const auto decodeAt = [&](std::size_t x, auto streams) HWY_ATTR {
-    const ChromaTerms terms = chromaTerms<kFormat>(chroma + x, order);
+    const ChromaTerms terms = chromaTerms<kFormat>(factors, chroma + x);
     decodeBlock<kFormat, streams>(first + x, terms, firstPixels + kBytes * x);
     if constexpr (kTwo) {
       decodeBlock<kFormat, streams>(second + x, terms, secondPixels + kBytes * x);
@@ -458,8 +450,8 @@ void decodeFormat(const uint8_t* const (&luma)[2], const uint8_t* chroma,
   for (int row = 0; row < (kTwo ? 2 : 1); ++row) {
     std::memcpy(lumaTail[row], luma[row] + end, rest);
   }
-  decodeFormat<kFormat, kTwo>({lumaTail[0], lumaTail[1]}, chromaTail, {pixelTail[0], pixelTail[1]},
-                              kBlock, order);
+  decodeFormat<kFormat, kTwo>(format, {lumaTail[0], lumaTail[1]}, chromaTail,
+                              {pixelTail[0], pixelTail[1]}, kBlock);
   for (int row = 0; row < (kTwo ? 2 : 1); ++row) {
     std::memcpy(pixels[row] + kBytes * end, pixelTail[row], kBytes * rest);
   }
@@ -468,22 +460,21 @@ void decodeFormat(const uint8_t* const (&luma)[2], const uint8_t* chroma,
 template <bool kTwo>
 void decodeAny(RowFormat format, const uint8_t* const (&luma)[2], const uint8_t* chroma,
                uint8_t* const (&pixels)[2], std::size_t width, bool stream) {
-  const PairOrder order(format);
   switch (format) {
     case RowFormat::kArgbUV:
-      return decodeFormat<codeOf(RowFormat::kArgbUV), kTwo>(luma, chroma, pixels, width, order,
+      return decodeFormat<codeOf(RowFormat::kArgbUV), kTwo>(format, luma, chroma, pixels, width,
                                                             stream);
     case RowFormat::kArgbVU:
-      return decodeFormat<codeOf(RowFormat::kArgbVU), kTwo>(luma, chroma, pixels, width, order,
+      return decodeFormat<codeOf(RowFormat::kArgbVU), kTwo>(format, luma, chroma, pixels, width,
                                                             stream);
     case RowFormat::kRgbaUV:
-      return decodeFormat<codeOf(RowFormat::kRgbaUV), kTwo>(luma, chroma, pixels, width, order,
+      return decodeFormat<codeOf(RowFormat::kRgbaUV), kTwo>(format, luma, chroma, pixels, width,
                                                             stream);
     case RowFormat::kRgbaVU:
-      return decodeFormat<codeOf(RowFormat::kRgbaVU), kTwo>(luma, chroma, pixels, width, order,
+      return decodeFormat<codeOf(RowFormat::kRgbaVU), kTwo>(format, luma, chroma, pixels, width,
                                                             stream);
     case RowFormat::kPackedUV:
-      return decodeFormat<codeOf(RowFormat::kPackedUV), kTwo>(luma, chroma, pixels, width, order);
+      return decodeFormat<RowFormat::kPackedUV, kTwo>(format, luma, chroma, pixels, width);
   }
 }
 

@@ -121,8 +121,13 @@ HWY_INLINE uint16x8_t chromaOf(const EvenPixels& p, const bt601::Weights& weight
       vaddhn_high_s32(vaddhn_s32(opaque(low), offset), opaque(high), offset));
 }
 
+struct Factors {
+  explicit Factors(RowFormat /*format*/) {}
+};
+
 template <RowFormat kFormat, bool kChroma>
-HWY_INLINE void encodeBlock(const uint8_t* pixels, uint8_t* luma, uint8_t* chroma) {
+HWY_INLINE void encodeBlock(const uint8_t* pixels, const Factors& /*factors*/, uint8_t* luma,
+                            uint8_t* chroma) {
   const Pixels p = loadPixels<kFormat>(pixels);
   vst1q_u8(luma, lumaOf<kFormat>(p));
   if constexpr (kChroma) {
@@ -186,26 +191,32 @@ HWY_INLINE Pixels loadPixels(const uint8_t* pixels, std::size_t part) {
 constexpr int32_t lowerOf(int32_t w) { return static_cast<int8_t>(w); }
 constexpr int32_t upperOf(int32_t w) { return (w - lowerOf(w)) / 256; }
 
-constexpr bool splits(const ByteWeights& w) {
-  const auto fits = [](int32_t factor) { return upperOf(factor) == int8_t(upperOf(factor)); };
-  return fits(w.first) && fits(w.middle) && fits(w.last);
+constexpr bool splits(const bt601::Weights& w, int32_t divisor) {
+  const auto fits = [&](int32_t factor) {
+    const int32_t upper = upperOf(factor / divisor);
+    return upper >= -0x80 && upper < 0x80;
+  };
+  return fits(w.red) && fits(w.green) && fits(w.blue);
 }
+static_assert(splits(bt601::kY, 2) && splits(bt601::kU, 1) && splits(bt601::kV, 1));
+
+struct Weights {
+  HWY_INLINE explicit Weights(const ByteWeights& w)
+      : upper(bytesOf(upperOf(w.first), upperOf(w.middle), upperOf(w.last))),
+        lower(bytesOf(lowerOf(w.first), lowerOf(w.middle), lowerOf(w.last))) {}
+
+  static HWY_INLINE hn::Vec<Bytes> bytesOf(int32_t first, int32_t middle, int32_t last) {
+    const int32_t all = (first & 0xFF) | (middle & 0xFF) << 8 | (last & 0xFF) << 16;
+    return hn::BitCast(Bytes(), hn::Set(Ints(), all));
+  }
+
+  hn::Vec<Bytes> upper, lower;
+};
 
 // Sum of the weighted bytes of each pixel.
-template <ByteWeights kWeights>
-HWY_INLINE IntVector weigh(const Pixels& p) {
-  static_assert(splits(kWeights));
-  const Ints d;
-  const auto bytes = [](const IntVector& v) HWY_ATTR { return hn::BitCast(Bytes(), v); };
-  const auto factors = [&](int32_t first, int32_t middle, int32_t last) HWY_ATTR {
-    return bytes(hn::Set(d, (first & 0xFF) | (middle & 0xFF) << 8 | (last & 0xFF) << 16));
-  };
-  const auto upper =
-      factors(upperOf(kWeights.first), upperOf(kWeights.middle), upperOf(kWeights.last));
-  const auto lower =
-      factors(lowerOf(kWeights.first), lowerOf(kWeights.middle), lowerOf(kWeights.last));
-  const IntVector sum = ops::addProducts(hn::Zero(d), p, upper);
-  return ops::addProducts(hn::ShiftLeft<8>(sum), p, lower);
+HWY_INLINE IntVector weigh(const Pixels& p, const Weights& w) {
+  const IntVector sum = ops::addProducts(hn::Zero(Ints()), p, w.upper);
+  return ops::addProducts(hn::ShiftLeft<8>(sum), p, w.lower);
 }
 
 // The even pixels of two vectors.
@@ -254,14 +265,18 @@ HWY_INLINE Pixels loadPixels(const uint8_t* pixels, std::size_t part) {
   }
 }
 
+struct Weights {
+  HWY_INLINE explicit Weights(const ByteWeights& w)
+      : outer(hn::Set(Ints(), (w.last << 16) | (w.first & 0xFFFF))),
+        middle(hn::Set(Ints(), w.middle & 0xFFFF)) {}
+
+  IntVector outer, middle;
+};
+
 // Sum of the weighted bytes of each pixel.
-template <ByteWeights kWeights>
-HWY_INLINE IntVector weigh(const Pixels& p) {
-  const Ints d;
-  const IntVector outer = hn::Set(d, (kWeights.last << 16) | (kWeights.first & 0xFFFF));
-  const IntVector middle = hn::Set(d, kWeights.middle & 0xFFFF);
-  return IntVector{_mm256_add_epi32(_mm256_madd_epi16(p.outer.raw, outer.raw),
-                                    _mm256_madd_epi16(p.middle.raw, middle.raw))};
+HWY_INLINE IntVector weigh(const Pixels& p, const Weights& w) {
+  return IntVector{_mm256_add_epi32(_mm256_madd_epi16(p.outer.raw, w.outer.raw),
+                                    _mm256_madd_epi16(p.middle.raw, w.middle.raw))};
 }
 
 // The even pixels of two vectors.
@@ -290,57 +305,77 @@ HWY_INLINE void storeInOrder(hn::Vec<Bytes> fours, uint8_t* to) {
   hn::StoreU(hn::BitCast(Bytes(), ordered), Bytes(), to);
 }
 
-// All factors are even: their halves fit 16 bits. The offset is whole and can be added to bytes.
-template <RowFormat kFormat>
-HWY_INLINE void storeLuma(const Pixels (&p)[4], uint8_t* luma) {
-  constexpr ByteWeights kWeights = byteWeights(kFormat, bt601::kY);
-  static_assert((kWeights.first | kWeights.middle | kWeights.last) % 2 == 0);
+constexpr ByteWeights halvesOf(const ByteWeights& w) {
+  return {w.first / 2, w.middle / 2, w.last / 2};
+}
+
+// Formats of words differ in their factors only, which saves code. All of luma's are even: their
+// halves fit 16 bits. Offsets are whole and can be added to bytes.
+struct Factors {
+  HWY_INLINE explicit Factors(RowFormat format)
+      : luma(halvesOf(byteWeights(format, bt601::kY))),
+        first(byteWeights(format, firstOfPair(format))),
+        second(byteWeights(format, secondOfPair(format))) {}
+
+  Weights luma, first, second;
+};
+
+HWY_INLINE void storeLuma(const Pixels (&p)[4], const Factors& factors, uint8_t* luma) {
+  static_assert((bt601::kY.red | bt601::kY.green | bt601::kY.blue) % 2 == 0);
   static_assert(bt601::kY.offset % 65536 == 0);
-  constexpr ByteWeights kHalves{kWeights.first / 2, kWeights.middle / 2, kWeights.last / 2};
-  const auto part = [&](int i) HWY_ATTR { return hn::ShiftRight<15>(weigh<kHalves>(p[i])); };
+  const auto part = [&](int i) HWY_ATTR { return hn::ShiftRight<15>(weigh(p[i], factors.luma)); };
   const auto sums = ops::join(ops::join(part(0), part(1)), ops::join(part(2), part(3)));
   storeInOrder(hn::Add(sums, hn::Set(Bytes(), bt601::kY.offset >> 16)), luma);
 }
 
 // Chroma pairs of the even pixels of two vectors, as signed shorts without their offset.
-template <RowFormat kFormat>
-HWY_INLINE ShortVector pairsOf(const Pixels& p, const Pixels& q) {
+HWY_INLINE ShortVector pairsOf(const Pixels& p, const Pixels& q, const Factors& factors) {
   const Pixels evens = evenOf(p, q);
-  const IntVector first = weigh<byteWeights(kFormat, firstOfPair(kFormat))>(evens);
-  const IntVector second = weigh<byteWeights(kFormat, secondOfPair(kFormat))>(evens);
+  const IntVector first = weigh(evens, factors.first), second = weigh(evens, factors.second);
   const Shorts d;
   const auto upper = hn::ShiftRight<16>(hn::BitCast(Words(), first));
   return hn::OddEven(hn::BitCast(d, second), hn::BitCast(d, upper));
 }
 
-template <RowFormat kFormat>
-HWY_INLINE void storeChroma(const Pixels (&p)[4], uint8_t* chroma) {
+HWY_INLINE void storeChroma(const Pixels (&p)[4], const Factors& factors, uint8_t* chroma) {
   static_assert(bt601::kU.offset == 0x80 << 16 && bt601::kV.offset == bt601::kU.offset);
-  const auto pairs = ops::joinSigned(pairsOf<kFormat>(p[0], p[1]), pairsOf<kFormat>(p[2], p[3]));
+  const auto pairs = ops::joinSigned(pairsOf(p[0], p[1], factors), pairsOf(p[2], p[3], factors));
   storeInOrder(hn::Xor(pairs, hn::Set(Bytes(), 0x80)), chroma);
 }
 
 template <RowFormat kFormat, bool kChroma>
-HWY_INLINE void encodeBlock(const uint8_t* pixels, uint8_t* luma, uint8_t* chroma) {
+HWY_INLINE void encodeBlock(const uint8_t* pixels, const Factors& factors, uint8_t* luma,
+                            uint8_t* chroma) {
   const Pixels p[4] = {loadPixels<kFormat>(pixels, 0), loadPixels<kFormat>(pixels, 1),
                        loadPixels<kFormat>(pixels, 2), loadPixels<kFormat>(pixels, 3)};
-  storeLuma<kFormat>(p, luma);
+  storeLuma(p, factors, luma);
   if constexpr (kChroma) {
-    storeChroma<kFormat>(p, chroma);
+    storeChroma(p, factors, chroma);
   }
 }
 
 #endif  // NEON or x86
 
+// The format whose code serves another.
+constexpr RowFormat codeOf(RowFormat format) {
+  return ALG_IS_NEON() || format == RowFormat::kPackedUV ? format : RowFormat::kArgbUV;
+}
+
 template <RowFormat kFormat, bool kChroma>
-void encodeFormat(const uint8_t* pixels, uint8_t* luma, uint8_t* chroma, std::size_t width) {
+void encodeFormat(RowFormat format, const uint8_t* pixels, uint8_t* luma, uint8_t* chroma,
+                  std::size_t width) {
+  const Factors factors(format);
   constexpr std::size_t kBytes = pixelBytes(kFormat);
   // The last pixels of an even row form a block that overlaps the one before.
   const bool again = width >= kBlock && width % 2 == 0;
   const std::size_t end = again ? width : width - width % kBlock;
   for (std::size_t at = 0; at < end; at += kBlock) {
     const std::size_t x = at < width - kBlock ? at : width - kBlock;
-    encodeBlock<kFormat, kChroma>(pixels + kBytes * x, luma + x, kChroma ? chroma + x : nullptr);
+    if constexpr (!ALG_IS_NEON() && kBytes == 4) {
+      fetchPageAhead<kBytes * kBlock>(pixels + kBytes * x);
+    }
+    encodeBlock<kFormat, kChroma>(pixels + kBytes * x, factors, luma + x,
+                                  kChroma ? chroma + x : nullptr);
   }
   if (end == width) {
     return;
@@ -349,7 +384,7 @@ void encodeFormat(const uint8_t* pixels, uint8_t* luma, uint8_t* chroma, std::si
   const std::size_t rest = width - end;
   uint8_t pixelTail[kBytes * kBlock] = {}, lumaTail[kBlock], chromaTail[kBlock];
   std::memcpy(pixelTail, pixels + kBytes * end, kBytes * rest);
-  encodeFormat<kFormat, kChroma>(pixelTail, lumaTail, chromaTail, kBlock);
+  encodeFormat<kFormat, kChroma>(format, pixelTail, lumaTail, chromaTail, kBlock);
   std::memcpy(luma + end, lumaTail, rest);
   if constexpr (kChroma) {
     std::memcpy(chroma + end, chromaTail, rest + rest % 2);
@@ -359,27 +394,27 @@ void encodeFormat(const uint8_t* pixels, uint8_t* luma, uint8_t* chroma, std::si
 void encodeLumaRowVector(RowFormat format, const uint8_t* pixels, uint8_t* luma,
                          std::size_t width) {
   if (format == RowFormat::kPackedUV) {
-    return encodeFormat<RowFormat::kPackedUV, false>(pixels, luma, nullptr, width);
+    return encodeFormat<codeOf(RowFormat::kPackedUV), false>(format, pixels, luma, nullptr, width);
   }
   if (hasRedFirst(format)) {
-    return encodeFormat<RowFormat::kRgbaUV, false>(pixels, luma, nullptr, width);
+    return encodeFormat<codeOf(RowFormat::kRgbaUV), false>(format, pixels, luma, nullptr, width);
   }
-  encodeFormat<RowFormat::kArgbUV, false>(pixels, luma, nullptr, width);
+  encodeFormat<codeOf(RowFormat::kArgbUV), false>(format, pixels, luma, nullptr, width);
 }
 
 void encodeRowVector(RowFormat format, const uint8_t* pixels, uint8_t* luma, uint8_t* chroma,
                      std::size_t width) {
   switch (format) {
     case RowFormat::kArgbUV:
-      return encodeFormat<RowFormat::kArgbUV, true>(pixels, luma, chroma, width);
+      return encodeFormat<codeOf(RowFormat::kArgbUV), true>(format, pixels, luma, chroma, width);
     case RowFormat::kArgbVU:
-      return encodeFormat<RowFormat::kArgbVU, true>(pixels, luma, chroma, width);
+      return encodeFormat<codeOf(RowFormat::kArgbVU), true>(format, pixels, luma, chroma, width);
     case RowFormat::kRgbaUV:
-      return encodeFormat<RowFormat::kRgbaUV, true>(pixels, luma, chroma, width);
+      return encodeFormat<codeOf(RowFormat::kRgbaUV), true>(format, pixels, luma, chroma, width);
     case RowFormat::kRgbaVU:
-      return encodeFormat<RowFormat::kRgbaVU, true>(pixels, luma, chroma, width);
+      return encodeFormat<codeOf(RowFormat::kRgbaVU), true>(format, pixels, luma, chroma, width);
     case RowFormat::kPackedUV:
-      return encodeFormat<RowFormat::kPackedUV, true>(pixels, luma, chroma, width);
+      return encodeFormat<codeOf(RowFormat::kPackedUV), true>(format, pixels, luma, chroma, width);
   }
 }
 

@@ -1,5 +1,5 @@
-// The effect pipeline in one pass: a few rows at a time go through conversion, effect and conversion
-// back while they are in the cache.
+// The effect pipeline in one pass: a few rows at a time go through conversion, effect and
+// conversion back while they are in the cache.
 //
 //   piece of a strip   rows 0, 1 --decode--> band --effect--> band --encode--> rows 0, 1
 //   (one task)         rows 2, 3 --decode--> band ...

@@ -127,16 +127,7 @@ HWY_INLINE void store(const Planes& p, uint8_t* to) {
   hn::StoreU(choose(p.of[1], p.of[2], p.of[0]), d, to + kThird);
 }
 
-// Fetches as much as a load takes, some blocks on: with streams of stores the processor doesn't do
-// that early enough. Behind the row's end it is harmless.
-HWY_INLINE void prefetchAhead(const uint8_t* from) {
-  constexpr std::size_t kAhead = 768, kLine = 64;  // bytes
-  for (std::size_t i = 0; i < kPackedBytes * kLanes; i += kLine) {
-    __builtin_prefetch(from + kAhead + i);
-  }
-}
-
-// Past the caches; `to` is a multiple of the vector's bytes.
+// Past the caches, to whole vectors.
 HWY_INLINE void stream(const Planes& p, uint8_t* to) {
   const Bytes d;
   hn::Stream(choose(p.of[0], p.of[1], p.of[2]), d, to);
@@ -200,48 +191,51 @@ HWY_INLINE void storeOrdered(ByteVector v0, ByteVector v1, ByteVector v2, uint8_
 
 #endif
 
-#if ALG_IS_NEON()
-
-// Where there are no stores past the caches.
-HWY_INLINE bool goesPastCaches(const uint8_t*, const uint8_t*, std::size_t) { return false; }
-HWY_INLINE void prefetchAhead(const uint8_t*) {}
-HWY_INLINE void stream(const Planes& p, uint8_t* to) { store(p, to); }
-
-#else
-
-// Large results that don't replace their source: curves of 12 megapixels take two thirds of the
-// time then.
-HWY_INLINE bool goesPastCaches(const uint8_t* src, const uint8_t* dst, std::size_t bytes) {
-  return isStreamed(dst, bytes) && !overlap(src, bytes, dst, bytes);
-}
-
-#endif
-
-// How many pixels lie in front of the first one that begins a cache line: 43 is 1 / 3 modulo 64.
-inline std::size_t pixelsToLine(const uint8_t* pixels) {
-  return (0 - reinterpret_cast<std::uintptr_t>(pixels)) * 43 % 64;
-}
-
-// dst = map(planes of src), a vector of pixels at a time. What goes past the caches begins and ends
-// as usual, by the same code: maps are large.
+// dst = map(planes of src), a vector of pixels at a time. On x86 large images are fetched ahead,
+// and results that are mapped already, and not the source, go past the caches (base/streamed.h).
 template <class Map>
 HWY_INLINE void mapPixels(const uint8_t* src, uint8_t* dst, std::size_t pixels, Map map) {
-  const auto mapBlock = [&](std::size_t /*x*/, const uint8_t* from, uint8_t* to)
-                            HWY_ATTR { store(map(load(from)), to); };
-  const bool past = goesPastCaches(src, dst, kPackedBytes * pixels);
-  std::size_t done = 0, end = past ? pixelsToLine(dst) : pixels;
-  for (;;) {
-    forEachBlock<kLanes>(end - done, mapBlock, Reads<kPackedBytes>{src + kPackedBytes * done},
-                         Writes<kPackedBytes>{dst + kPackedBytes * done});
-    if (end == pixels) return;
-    for (done = end; done + kLanes <= pixels; done += kLanes) {
-      const uint8_t* from = src + kPackedBytes * done;
-      prefetchAhead(from);
-      stream(map(load(from)), dst + kPackedBytes * done);
+  const Reads<kPackedBytes> from{src};
+  const Writes<kPackedBytes> to{dst};
+#if ALG_IS_NEON()
+  const auto mapBlock = [&](std::size_t /*x*/, const uint8_t* in, uint8_t* out)
+                            HWY_ATTR { store(map(load(in)), out); };
+  forEachBlock<kLanes>(pixels, mapBlock, from, to);
+#else
+  constexpr std::size_t kLarge = std::size_t{1} << 20;  // for a second-level cache
+  const std::size_t bytes = kPackedBytes * pixels;
+  const bool large = bytes >= kLarge;
+  const bool streams =
+      large && (src + bytes <= dst || dst + bytes <= src) && isStreamed(dst, bytes);
+  const auto mapBlock = [&](std::size_t /*x*/, const uint8_t* in, uint8_t* out) HWY_ATTR {
+    if (large) {
+      fetchPageAhead<kPackedBytes * kLanes>(in);
     }
-    hwy::FlushStream();
-    end = pixels;
+    const Planes mapped = map(load(in));
+    if (streams && reinterpret_cast<std::uintptr_t>(out) % kLanes == 0) {
+      stream(mapped, out);
+      return;
+    }
+    if (large) {
+      fetchPageAhead<kPackedBytes * kLanes, true>(out);
+    }
+    store(mapped, out);
+  };
+  // The second block begins a vector's length in memory, as all later ones do then.
+  constexpr std::size_t kLine = 64, kInverse = 43;
+  static_assert(kPackedBytes * kInverse % kLine == 1);
+  const std::size_t before =
+      (0 - reinterpret_cast<std::uintptr_t>(dst)) * kInverse % kLine % kLanes;
+  std::size_t x = 0;
+  for (std::size_t step = streams && before != 0 ? before : kLanes; pixels - x >= kLanes;
+       x += step, step = kLanes) {
+    mapBlock(x, from.at(x), to.at(x));
   }
+  finishRows<kLanes>(x, pixels, mapBlock, from, to);
+  if (streams) {
+    hwy::FlushStream();
+  }
+#endif
 }
 
 }  // namespace planes

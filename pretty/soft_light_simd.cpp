@@ -105,7 +105,7 @@ struct WholeTables {
   alignas(64) uint8_t pinkShifts[256] = {};
 };
 
-constexpr WholeTables kWhole = [] {
+[[maybe_unused]] constexpr WholeTables kWhole = [] {
   WholeTables tables;
   for (int v = 0; v < 256; ++v) {
     tables.high[v] = static_cast<uint8_t>(kHigh.of[v]);

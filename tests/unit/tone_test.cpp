@@ -1,5 +1,6 @@
 // Curves of every kind, every colour of the colour mixes, and images whose squared diagonal wraps.
 #include "kernels/curve_map.h"
+#include "kernels/curve_rows.h"
 #include "operation_check.h"
 
 namespace {
