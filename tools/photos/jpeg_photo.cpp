@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <new>
+#include <utility>
 
 #include "base/image_size.h"
 #include "platform/jpeg_reader.h"
@@ -29,16 +30,31 @@ std::string whyUnsupported(const JpegLayout& layout) {
                      layout.components);
 }
 
-void decodeRows(JpegReader& reader, const std::filesystem::path& path, const JpegLayout& layout,
-                Photo& photo) {
-  const auto stride = static_cast<std::size_t>(photo.width) * kArgbBytes;
-  reader.read(photo.pixels.get(), stride, photo.height);
-  if (const JpegFault fault = reader.finish(); fault != JpegFault::kNone) {
-    if (fault == JpegFault::kNoMemory) {
-      throw std::bad_alloc();
-    }
-    throw BadInput(whyRefused(path, fault, reader.info(), layout));
+/// Decodes all rows and turns them, some at a time.
+Photo decodeUpright(JpegReader& reader, int orientation) {
+  constexpr int kRows = 32;
+  const int width = reader.width();
+  const int height = reader.height();
+  const auto rowBytes = static_cast<std::size_t>(width) * kArgbBytes;
+  Photo photo = isOnItsSide(orientation) ? blankPhoto(height, width) : blankPhoto(width, height);
+  if (orientation == 1) {
+    reader.read(photo.pixels.get(), rowBytes, height);
+    return photo;
   }
+  const Photo band = blankPhoto(width, kRows);
+  for (int y = 0; y < height;) {
+    const int count = reader.read(band.pixels.get(), rowBytes, kRows);
+    if (count == 0) {
+      break;  // after a fault
+    }
+    const Place place = placeUpright(orientation, {0, y, width, count}, width, height);
+    uint32_t* const to = wordsOf(photo) + std::ptrdiff_t{place.y} * photo.width + place.x;
+    turnUpright(orientation, {band.pixels.get(), static_cast<std::ptrdiff_t>(rowBytes)},
+                {reinterpret_cast<uint8_t*>(to), std::ptrdiff_t{kArgbBytes} * photo.width}, width,
+                count);
+    y += count;
+  }
+  return photo;
 }
 
 /// Damage of a photo that was decoded reduced, in rows of the whole one.
@@ -93,15 +109,20 @@ PhotoFile decodeJpegPhoto(Bytes file, const std::filesystem::path& path,
   if (reader.fault() != JpegFault::kNone) {
     throw BadInput(whyRefused(path, reader.fault(), reader.info(), layout));
   }
-  Photo photo = blankPhoto(reader.width(), reader.height());
-  decodeRows(reader, path, layout, photo);
+  Metadata metadata(layout, path);
+  const int rows = reader.height();
+  Photo photo = decodeUpright(reader, metadata.orientation());
+  if (const JpegFault fault = reader.finish(); fault == JpegFault::kNoMemory) {
+    throw std::bad_alloc();
+  } else if (fault != JpegFault::kNone) {
+    throw BadInput(whyRefused(path, fault, info, layout));
+  }
   const JpegDamage damage = reader.damage();
   if (damage) {
-    refuseOrNote(path, options,
-                 whatIsLost(inWhole(damage, photo.height, info.height), info.height));
+    refuseOrNote(path, options, whatIsLost(inWhole(damage, rows, info.height), info.height));
   }
   return {.photo = std::move(photo),
-          .metadata = Metadata(layout, path),
+          .metadata = std::move(metadata),
           .origin = {.path = path,
                      .quality = reader.info().quality,
                      .sampling = reader.info().sampling,

@@ -56,22 +56,31 @@ Followers followersOf(const PhotoFile& file, const PhotoOptions& options) {
 
 std::vector<uint8_t> encodeWithFollowers(const PhotoFile& file, const PhotoOptions& options,
                                          int quality) {
-  const Photo& photo = file.photo;
-  const Followers followers = followersOf(file, options);
-  std::vector<uint8_t> segments = file.metadata.segments(
-      photo.width, photo.height, file.origin.path, {followers.gainMapBytes(), followers.hasRest()});
-  const std::vector<uint8_t> index = followers.index();
-  segments.insert(segments.end(), index.begin(), index.end());
-  std::vector<uint8_t> bytes =
-      encodeJpegPhoto(photo, quality, options.sampling.value_or(file.origin.sampling), segments);
-  const auto place = index.empty()
-                         ? bytes.begin()
-                         : std::search(bytes.begin(), bytes.end(), index.begin(), index.end());
-  followers.appendTo(bytes, static_cast<std::size_t>(place - bytes.begin()));
+  const JpegSurroundings around = surroundingsOf(file, options);
+  std::vector<uint8_t> bytes = encodeJpegPhoto(
+      file.photo, quality, options.sampling.value_or(file.origin.sampling), around.segments);
+  around.complete(bytes);
   return bytes;
 }
 
 }  // namespace
+
+void JpegSurroundings::complete(std::vector<uint8_t>& file) const {
+  const auto place = index.empty()
+                         ? file.begin()
+                         : std::search(file.begin(), file.end(), index.begin(), index.end());
+  followers.appendTo(file, static_cast<std::size_t>(place - file.begin()));
+}
+
+JpegSurroundings surroundingsOf(const PhotoFile& file, const PhotoOptions& options) {
+  JpegSurroundings around{.segments = {}, .index = {}, .followers = followersOf(file, options)};
+  const Followers& followers = around.followers;
+  around.segments = file.metadata.segments(file.photo.width, file.photo.height, file.origin.path,
+                                           {followers.gainMapBytes(), followers.hasRest()});
+  around.index = followers.index();
+  around.segments.insert(around.segments.end(), around.index.begin(), around.index.end());
+  return around;
+}
 
 PhotoFile readPhoto(const std::filesystem::path& path, const PhotoOptions& options,
                     const KeepSide& keepSide) {
@@ -86,7 +95,9 @@ PhotoFile readPhoto(const std::filesystem::path& path, const PhotoOptions& optio
   if (isOnItsSide(orientation)) {
     std::swap(origin.width, origin.height);
   }
-  file.photo = upright(std::move(file.photo), orientation);
+  if (file.origin.format != PictureFormat::kJpeg) {
+    file.photo = upright(std::move(file.photo), orientation);
+  }
   file.change.orientation = orientation;
   if (options.toSrgb && !file.metadata.profile().empty()) {
     if (!convertColours(file.photo, file.metadata.profile(), {})) {
