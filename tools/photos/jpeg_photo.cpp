@@ -36,7 +36,8 @@ Photo decodeUpright(JpegReader& reader, int orientation) {
   const int width = reader.width();
   const int height = reader.height();
   const auto rowBytes = static_cast<std::size_t>(width) * kArgbBytes;
-  Photo photo = isOnItsSide(orientation) ? blankPhoto(height, width) : blankPhoto(width, height);
+  const bool onItsSide = isOnItsSide(orientation);
+  Photo photo = blankPhoto(onItsSide ? height : width, onItsSide ? width : height);
   if (orientation == 1) {
     reader.read(photo.pixels.get(), rowBytes, height);
     return photo;
@@ -112,9 +113,11 @@ PhotoFile decodeJpegPhoto(Bytes file, const std::filesystem::path& path,
   Metadata metadata(layout, path);
   const int rows = reader.height();
   Photo photo = decodeUpright(reader, metadata.orientation());
-  if (const JpegFault fault = reader.finish(); fault == JpegFault::kNoMemory) {
+  const JpegFault fault = reader.finish();
+  if (fault == JpegFault::kNoMemory) {
     throw std::bad_alloc();
-  } else if (fault != JpegFault::kNone) {
+  }
+  if (fault != JpegFault::kNone) {
     throw BadInput(whyRefused(path, fault, info, layout));
   }
   const JpegDamage damage = reader.damage();
