@@ -1,17 +1,21 @@
 #!/usr/bin/env python3
 """Times the tool on photos beside programs that many people use for the same work: a colour matrix (sepia).
 
-usage: photos.py TOOL SAMPLE.jpg FOLDER
+usage: photos.py TOOL LOOP SAMPLE.jpg FOLDER
 
-Prints a Markdown table: CPU and elapsed time and the most memory of one photo, medians of runs in turn. The
-floor is djpeg | cjpeg, which decodes and encodes without any work between. The photo is the sample at 12
-million pixels. A program that is not installed is left out with a line.
+Prints two Markdown tables. The first: CPU and elapsed time and the most memory of one photo, medians of runs in
+turn. The floor is LOOP (libjpeg_loop.cpp), which decodes and encodes row by row without any work between. The
+photo is the sample at 12 million pixels, upright and on its side. A program that is not installed is left out
+with a line. The second: how near the Pretty effects come to their curves, on the photo's pixels and by way of a
+camera frame.
 """
 
+import math
 import os
 import pathlib
 import shutil
 import statistics
+import struct
 import subprocess
 import sys
 import time
@@ -22,12 +26,18 @@ QUALITY = 92
 MATRIX = [[f"{weight / 2048:.6f}" for weight in row] for row in ((805, 1575, 387), (715, 1405, 344), (557, 1094, 268))]
 
 
-def commands(tool: str, photo: pathlib.Path, out: str) -> dict[str, list[str]]:
+EFFECTS = ["PrettySweet", "PrettyPink", "PrettyBlue"]
+FLOOR = "libjpeg, row by row (no effect)"
+
+
+def commands(tool: str, loop: str, photo: pathlib.Path, turned: pathlib.Path, out: str) -> dict[str, list[str]]:
     matrix = photo.with_name("sepia.mat")
     matrix.write_text("3 3\n" + "\n".join(" ".join(row) for row in MATRIX) + "\n")
     flat = " ".join(" ".join(row) for row in MATRIX)
     return {
         "camera-effects": [tool, "apply", "sepia", "--quality", str(QUALITY), str(photo), out],
+        "camera-effects, photo on its side": [tool, "apply", "sepia", "--quality", str(QUALITY), str(turned), out],
+        FLOOR: [loop, str(QUALITY), str(photo), out],
         "djpeg, cjpeg (no effect)": ["sh", "-c", f"djpeg '{photo}' | cjpeg -quality {QUALITY} -outfile '{out}'"],
         "vips": ["vips", "recomb", str(photo), f"{out}[Q={QUALITY}]", str(matrix)],
         "ImageMagick": ["convert-im6.q16", str(photo), "-color-matrix", flat, "-quality", str(QUALITY), out],
@@ -46,12 +56,51 @@ def run(command: list[str], memory: pathlib.Path) -> tuple[float, float, float]:
     return usage.ru_utime + usage.ru_stime, time.monotonic() - start, int(memory.read_text()) / 1000
 
 
+def on_its_side(photo: pathlib.Path) -> pathlib.Path:
+    """The same pixels, of a camera that was held upright."""
+    turned = photo.with_name("turned.jpg")
+    exif = b"Exif\0\0MM\0*" + struct.pack(">IHHHIHHI", 8, 1, 0x112, 3, 1, 6, 0, 0)
+    content = photo.read_bytes()
+    turned.write_bytes(content[:2] + struct.pack(">BBH", 0xFF, 0xE1, 2 + len(exif)) + exif + content[2:])
+    return turned
+
+
+def pixels(tool: str, photo: pathlib.Path) -> bytes:
+    raw = photo.with_name("argb")
+    subprocess.run([tool, "convert", "--from=jpg", "--to=argb", photo, raw], check=True, stdout=subprocess.DEVNULL)
+    return raw.read_bytes()
+
+
+def decibels(wanted: bytes, got: bytes) -> float:
+    """The peak signal-to-noise ratio of colours."""
+    squares = sum((a - b) ** 2 for channel in range(3) for a, b in zip(wanted[channel::4], got[channel::4]))
+    return 10 * math.log10(255 ** 2 * (len(wanted) // 4 * 3) / squares)
+
+
+def fidelity(tool: str, sample: str, folder: pathlib.Path) -> None:
+    photo, out = folder / "small.jpg", folder / "made.jpg"
+    subprocess.run([tool, "resize", "--size", "1600x1200", "--quality", "95", sample, photo], check=True)
+    print("\n| Effect | On the photo's pixels, dB | kB | By way of a camera frame, dB | kB |\n|---|---:|---:|---:|---:|")
+    for effect in EFFECTS:
+        exact = folder / "exact.png"  # the curves, of each decoded pixel, and nothing else
+        subprocess.run([tool, "apply", effect, photo, exact], check=True)
+        wanted = pixels(tool, exact)
+        row = f"| `{effect}` |"
+        for way in ([], ["--as-frame"]):
+            subprocess.run([tool, "apply", effect, *way, "--quality", str(QUALITY), photo, out], check=True)
+            row += f" {decibels(wanted, pixels(tool, out)):.1f} | {out.stat().st_size / 1e3:.0f} |"
+        print(row)
+    print(f"\nPeak signal-to-noise ratio of the sample at 1600 x 1200 pixels and quality {QUALITY}, against the effect's "
+          "curves on its decoded pixels.")
+
+
 def main() -> None:
-    tool, sample, folder = sys.argv[1:]
+    tool, loop, sample, folder = sys.argv[1:]
     photo = pathlib.Path(folder) / "photo.jpg"
     photo.parent.mkdir(parents=True, exist_ok=True)
     subprocess.run([tool, "resize", "--size", "4000x3000", "--quality", "95", sample, photo], check=True)
-    all_commands = commands(os.path.abspath(tool), photo.resolve(), str(photo.with_name("out.jpg").resolve()))
+    all_commands = commands(os.path.abspath(tool), os.path.abspath(loop), photo.resolve(), on_its_side(photo).resolve(),
+                            str(photo.with_name("out.jpg").resolve()))
     for name, command in list(all_commands.items()):
         program = "djpeg" if command[0] == "sh" else command[0]
         if shutil.which(program) is None:
@@ -64,14 +113,14 @@ def main() -> None:
             if i > 0:  # the first one reads programs from the disk
                 results[name].append(measured)
     medians = {name: [statistics.median(column) for column in zip(*rows)] for name, rows in results.items()}
-    floor = medians.get("djpeg, cjpeg (no effect)")
-    print("| Program | CPU, ms | of the floor | Elapsed, ms | Memory, MB |\n|---|---:|---:|---:|---:|")
+    floor = medians[FLOOR]
+    print("| Program | CPU, ms | of the floor | Elapsed, ms | of the floor | Memory, MB |\n|---|---:|---:|---:|---:|---:|")
     for name, (cpu, elapsed, memory) in medians.items():
-        ratio = f"{cpu / floor[0]:.2f}" if floor else ""
-        print(f"| {name} | {cpu * 1000:.0f} | {ratio} | {elapsed * 1000:.0f} | {memory:.0f} |")
+        print(f"| {name} | {cpu * 1000:.0f} | {cpu / floor[0]:.2f} | {elapsed * 1000:.0f} | {elapsed / floor[1]:.2f} | {memory:.0f} |")
     made = photo.with_name("out.jpg").stat().st_size / 1e6
     print(f"\nA sepia matrix over one photo of 4000 x 3000 pixels, {photo.stat().st_size / 1e6:.1f} MB, to {made:.1f} MB at quality {QUALITY}: "
           f"medians of {RUNS} runs in turn; memory of the largest process.")
+    fidelity(tool, sample, photo.parent)
 
 
 main()

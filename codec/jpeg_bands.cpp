@@ -5,7 +5,9 @@
 #include <algorithm>
 #include <condition_variable>
 #include <cstring>
+#include <functional>
 #include <mutex>
+#include <utility>
 
 #include "base/block.h"
 #include "platform/jpeg_reader.h"
@@ -24,6 +26,9 @@ constexpr int kFewestRows = 8;  // of a band then
 constexpr std::size_t kMostSlotBytes = std::size_t{2} << 20;
 /// Images of fewer bytes are done before a second thread would have begun.
 constexpr std::size_t kWorthAThread = std::size_t{1} << 20;
+/// Rows of a band that goes into a store. They become columns of a turned image: pieces of its rows
+/// of one or two cache lines.
+constexpr int kStoreRows = 32;
 
 /// Memory for rows, a number of times. The codec stores to rows that lie on multiples of 16 or 32
 /// bytes past the caches (x86-64), from where the encoder would have to fetch them again: half as
@@ -49,7 +54,7 @@ class Rows {
 
 /// The shape of the bands.
 struct Layout {
-  Layout(const JpegReader& reader, const JpegBandOptions& options);
+  Layout(int imageWidth, int imageHeight, const JpegBandOptions& options);
 
   std::size_t bandBytes() const { return resultStride * static_cast<std::size_t>(rows); }
 
@@ -63,9 +68,9 @@ struct Layout {
   int bands;
 };
 
-Layout::Layout(const JpegReader& reader, const JpegBandOptions& options)
-    : width(reader.width()),
-      height(reader.height()),
+Layout::Layout(int imageWidth, int imageHeight, const JpegBandOptions& options)
+    : width(imageWidth),
+      height(imageHeight),
       source(options.source),
       result(options.result),
       halo(std::clamp(options.halo, 0, height)),
@@ -81,25 +86,29 @@ Layout::Layout(const JpegReader& reader, const JpegBandOptions& options)
   bands = (height + rows - 1) / rows;
 }
 
-/// Decodes and works, a band at a time.
+/// Where rows come from, packed, and where they go.
+using ReadRows = std::function<JpegFault(uint8_t* to, int rows)>;
+using WriteRows = std::function<JpegFault(const uint8_t* from, int rows)>;
+
+/// Reads and works, a band at a time.
 class BandMaker {
  public:
-  BandMaker(JpegReader& reader, const Layout& layout, const JpegBandWork& work)
-      : reader_(reader), layout_(layout), work_(work) {}
+  BandMaker(const ReadRows& read, const Layout& layout, const JpegBandWork& work)
+      : read_(read), layout_(layout), work_(work) {}
 
   bool allocate();
   /// Makes the next band's result.
   JpegFault make(uint8_t* result);
 
  private:
-  bool read(uint8_t* to, int rows) { return reader_.read(to, layout_.sourceStride, rows) == rows; }
-  bool readApart(JpegBand& band);
+  JpegFault readApart(JpegBand& band);
 
-  JpegReader& reader_;
+  const ReadRows& read_;
   const Layout& layout_;
   const JpegBandWork& work_;
   Rows source_;        ///< if apart: a band with its halo
   int sourceRow_ = 0;  ///< the image's row that is the first in source_
+  int nextRow_ = 0;    ///< the one that comes next
   int first_ = 0;      ///< the next band's first row
 };
 
@@ -109,20 +118,20 @@ bool BandMaker::allocate() {
          source_.allocate(layout_.sourceStride * static_cast<std::size_t>(rows), 1, layout_.source);
 }
 
-/// Decodes what the band and its halo lack.
-bool BandMaker::readApart(JpegBand& band) {
+/// Reads what the band and its halo lack.
+JpegFault BandMaker::readApart(JpegBand& band) {
   const auto at = [&](int row) {
     return source_.at(0) + static_cast<std::size_t>(row - sourceRow_) * layout_.sourceStride;
   };
   const int top = std::max(0, first_ - layout_.halo);
   const int bottom = std::min(layout_.height, first_ + band.rows + layout_.halo);
-  const int decoded = reader_.row();
-  std::memmove(source_.at(0), at(top), static_cast<std::size_t>(at(decoded) - at(top)));
+  const int next = std::exchange(nextRow_, bottom);
+  std::memmove(source_.at(0), at(top), static_cast<std::size_t>(at(next) - at(top)));
   sourceRow_ = top;
   band.src = at(first_);
   band.rowsAbove = first_ - top;
   band.rowsBelow = bottom - first_ - band.rows;
-  return read(at(decoded), bottom - decoded);
+  return read_(at(next), bottom - next);
 }
 
 JpegFault BandMaker::make(uint8_t* result) {
@@ -132,14 +141,15 @@ JpegFault BandMaker::make(uint8_t* result) {
                 .rows = std::min(layout_.rows, layout_.height - first_),
                 .firstRow = first_,
                 .imageHeight = layout_.height};
-  if (layout_.apart ? !readApart(band) : !read(result, band.rows)) {
-    return reader_.fault();
+  const JpegFault fault = layout_.apart ? readApart(band) : read_(result, band.rows);
+  if (fault != JpegFault::kNone) {
+    return fault;
   }
   first_ += band.rows;
   return work_(band) ? JpegFault::kNone : JpegFault::kCancelled;
 }
 
-/// Hands bands from the thread that makes them to the one that encodes them. A thread that has
+/// Hands bands from the thread that makes them to the one that takes them. A thread that has
 /// waited goes on when half of the slots are its own again: waking costs as much as a few rows.
 class BandQueue {
  public:
@@ -241,29 +251,28 @@ const uint8_t* BandQueue::take() {
   return handedOut_ ? slot(taken_) : nullptr;
 }
 
-/// Encodes a file's bands as they are made.
-class Transcoder {
+/// Takes an image's rows from one place through work to another, on one thread or two.
+class Passage {
  public:
-  Transcoder(JpegReader& reader, JpegWriter& writer, const Layout& layout, const JpegBandWork& work)
-      : reader_(reader), writer_(writer), layout_(layout), maker_(reader, layout, work) {}
+  Passage(const ReadRows& read, const Layout& layout, const JpegBandWork& work,
+          const WriteRows& write)
+      : layout_(layout), maker_(read, layout, work), write_(write) {}
 
   JpegFault run();
 
  private:
-  JpegFault encodeAlone();
-  JpegFault encodeBeside(BandQueue& queue);
+  JpegFault writeAlone();
+  JpegFault writeBeside(BandQueue& queue);
   JpegFault write(int band, const uint8_t* rows) {
-    const int count = std::min(layout_.rows, layout_.height - band * layout_.rows);
-    return writer_.write(rows, layout_.resultStride, count);
+    return write_(rows, std::min(layout_.rows, layout_.height - band * layout_.rows));
   }
 
-  JpegReader& reader_;
-  JpegWriter& writer_;
   const Layout& layout_;
   BandMaker maker_;
+  const WriteRows& write_;
 };
 
-JpegFault Transcoder::encodeAlone() {
+JpegFault Passage::writeAlone() {
   Rows result;
   JpegFault fault = result.allocate(layout_.bandBytes(), 1, layout_.result) ? JpegFault::kNone
                                                                             : JpegFault::kNoMemory;
@@ -276,7 +285,7 @@ JpegFault Transcoder::encodeAlone() {
   return fault;
 }
 
-JpegFault Transcoder::encodeBeside(BandQueue& queue) {
+JpegFault Passage::writeBeside(BandQueue& queue) {
   for (int band = 0; band < layout_.bands; ++band) {
     const uint8_t* rows = queue.take();
     if (rows == nullptr) {
@@ -290,52 +299,114 @@ JpegFault Transcoder::encodeBeside(BandQueue& queue) {
   return JpegFault::kNone;
 }
 
-JpegFault Transcoder::run() {
+JpegFault Passage::run() {
   if (!maker_.allocate()) {
     return JpegFault::kNoMemory;
   }
-  JpegFault fault = JpegFault::kNone;
-  if (BandQueue queue(maker_, layout_);
-      layout_.overlap && layout_.bands > 1 && queue.allocate() && queue.start()) {
-    fault = encodeBeside(queue);
-  } else {
-    fault = encodeAlone();
-  }
-  if (fault == JpegFault::kNone) {
-    fault = reader_.finish();
-  }
-  return fault == JpegFault::kNone ? writer_.finish() : fault;
+  BandQueue queue(maker_, layout_);
+  const bool beside = layout_.overlap && layout_.bands > 1 && queue.allocate() && queue.start();
+  return beside ? writeBeside(queue) : writeAlone();
 }
 
-JpegFault transcode(JpegReader& reader, JpegOutput& output, const JpegBandOptions& options,
-                    const JpegBandWork& work) {
-  if (const JpegFault fault = reader.start(
-          {.pixels = options.source, .reduction = options.reduction, .rowWork = options.rowWork});
-      fault != JpegFault::kNone) {
-    return fault;
-  }
-  const Layout layout(reader, options);
-  JpegWriter writer(output);
-  {
-    std::size_t size = 0;
-    const Block carried = options.carrySegments ? reader.segments(size) : Block();
-    if (size > 0 && !carried) {
+/// A file through a store, if there is one, and work into another file.
+class Transcoder {
+ public:
+  Transcoder(JpegReader& reader, JpegOutput& output, const JpegBandOptions& options,
+             const JpegBandWork& work)
+      : reader_(reader), writer_(output), options_(options), work_(work) {}
+
+  JpegFault run();
+
+ private:
+  JpegFault startReader(JpegPixels pixels);
+  JpegFault throughStore();
+  JpegFault encode(const ReadRows& read);
+
+  JpegReader& reader_;
+  JpegWriter writer_;
+  const JpegBandOptions& options_;
+  const JpegBandWork& work_;
+  ReadRows decode_;
+  int width_ = 0, height_ = 0;  ///< of the rows that come next
+  Block carried_;               ///< segments of the file
+  std::size_t carriedBytes_ = 0;
+};
+
+JpegFault Transcoder::startReader(JpegPixels pixels) {
+  const JpegFault fault = reader_.start(
+      {.pixels = pixels, .reduction = options_.reduction, .rowWork = options_.rowWork});
+  width_ = reader_.width();
+  height_ = reader_.height();
+  decode_ = [this, stride = static_cast<std::size_t>(width_) * bytesPerPixel(pixels)](uint8_t* to,
+                                                                                      int rows) {
+    return reader_.read(to, stride, rows) == rows ? JpegFault::kNone : reader_.fault();
+  };
+  if (fault == JpegFault::kNone && options_.carrySegments) {
+    carried_ = reader_.segments(carriedBytes_);
+    if (carriedBytes_ > 0 && !carried_) {
       return JpegFault::kNoMemory;
     }
-    const JpegFault fault = writer.start(
-        {.width = layout.width,
-         .height = layout.height,
-         .pixels = options.result,
-         .quality = options.quality,
-         .tables = options.tables,
-         .sampling = options.sampling,
-         .segments = options.carrySegments ? std::span<const uint8_t>(carried.get(), size)
-                                           : options.segments});
-    if (fault != JpegFault::kNone) {
-      return fault;
-    }
   }
-  return Transcoder(reader, writer, layout, work).run();
+  return fault;
+}
+
+JpegFault Transcoder::encode(const ReadRows& read) {
+  const JpegFault fault = writer_.start(
+      {.width = width_,
+       .height = height_,
+       .pixels = options_.result,
+       .quality = options_.quality,
+       .sampling = options_.sampling,
+       .segments = options_.carrySegments ? std::span<const uint8_t>(carried_.get(), carriedBytes_)
+                                          : options_.segments});
+  if (fault != JpegFault::kNone) {
+    return fault;
+  }
+  const Layout layout(width_, height_, options_);
+  const WriteRows write = [&](const uint8_t* rows, int count) {
+    return writer_.write(rows, layout.resultStride, count);
+  };
+  return Passage(read, layout, work_, write).run();
+}
+
+/// Decodes the whole file before it encodes what the store makes of it.
+JpegFault Transcoder::throughStore() {
+  JpegRowStore& store = *options_.store;
+  const bool redFirst = options_.source == JpegPixels::kRgb || options_.source == JpegPixels::kRgba;
+  const JpegPixels pixels = redFirst ? JpegPixels::kRgba : JpegPixels::kBgra;
+  JpegFault fault = startReader(pixels);
+  if (fault != JpegFault::kNone) {
+    return fault;
+  }
+  const Layout layout(
+      width_, height_,
+      {.source = pixels, .result = pixels, .overlap = options_.overlap, .bandRows = kStoreRows});
+  if (!store.begin(width_, height_, options_.source)) {
+    return JpegFault::kNoMemory;
+  }
+  const JpegBandWork none = [](const JpegBand&) { return true; };
+  const WriteRows put = [&](const uint8_t* rows, int count) {
+    store.put(rows, count);
+    return JpegFault::kNone;
+  };
+  fault = Passage(decode_, layout, none, put).run();
+  fault = fault == JpegFault::kNone ? reader_.finish() : fault;  // gives its memory back
+  return fault != JpegFault::kNone ? fault : encode([&](uint8_t* to, int rows) {
+    store.get(to, rows);
+    return JpegFault::kNone;
+  });
+}
+
+JpegFault Transcoder::run() {
+  JpegFault fault = JpegFault::kNone;
+  if (options_.store != nullptr) {
+    fault = throughStore();
+  } else {
+    fault = startReader(options_.source);
+    fault = fault == JpegFault::kNone ? encode(decode_) : fault;
+    fault = fault == JpegFault::kNone ? reader_.finish() : fault;
+  }
+  return fault == JpegFault::kNone ? writer_.finish() : fault;
 }
 
 }  // namespace
@@ -347,7 +418,7 @@ JpegBandResult transcodeJpeg(JpegInput& input, JpegOutput& output, const JpegBan
   JpegBandResult result;
   result.fault = reader.fault();
   if (result.fault == JpegFault::kNone) {
-    result.fault = transcode(reader, output, options, work);
+    result.fault = Transcoder(reader, output, options, work).run();
   }
   result.damage = reader.damage();
   result.width = reader.width();

@@ -30,6 +30,22 @@ struct JpegBand {
 /// must not throw.
 using JpegBandWork = std::function<bool(const JpegBand&)>;
 
+/// Holds the rows of an image on their way from the decoder to the work, which gets them as those
+/// of another image: a turned one, say.
+class JpegRowStore {
+ public:
+  virtual ~JpegRowStore() = default;
+  /// @param width, height  of the image that comes; they become those of the image that is given
+  /// @param pixels         of the rows that are given; those that come have four bytes a pixel, in
+  ///                       the same order
+  /// Returns whether there is memory.
+  virtual bool begin(int& width, int& height, JpegPixels pixels) = 0;
+  /// Takes the rows that come next.
+  virtual void put(const uint8_t* rows, int count) = 0;
+  /// Gives the next rows, once all have been put.
+  virtual void get(uint8_t* rows, int count) = 0;
+};
+
 struct JpegBandOptions {
   JpegPixels source = JpegPixels::kBgra;
   const JpegRowWork* rowWork = nullptr;   ///< run on decoded rows, as JpegReader has it
@@ -40,6 +56,7 @@ struct JpegBandOptions {
   int quality = 75;
   JpegTables tables = {};  ///< as JpegWriter has them
   JpegSampling sampling = JpegSampling::k420;
+  JpegRowStore* store = nullptr;  ///< all rows go through it, if there is one
   /// Carries the file's own APPn and COM segments over (JpegReader::segments): orientation, profile
   /// and whatever else the camera wrote stay.
   bool carrySegments = true;
@@ -54,16 +71,17 @@ struct JpegBandOptions {
 struct JpegBandResult {
   JpegFault fault = JpegFault::kNone;
   JpegDamage damage;  ///< of the source
-  int width = 0;      ///< of the image, once it is known
+  int width = 0;      ///< of the image as decoded, once it is known
   int height = 0;
 };
 
 /// Decodes a file, works on it and encodes it. The result has the same bytes as decoding, working
 /// and encoding the image as a whole, whatever the size of the bands. Beside input, output and the
 /// work's own memory this takes at most 4 MB for files in one scan up to 50,000 pixels wide, and 5
-/// MB for wider ones; a halo adds its rows, twice. JpegReader says what other files take. `input`
-/// is read on the caller's thread first and then on the one that works, `output` is filled on the
-/// caller's. With a fault, part of the output may have been taken.
+/// MB for wider ones; a halo adds its rows, twice, a store itself and bands of more rows.
+/// JpegReader says what other files take. `input` is read on the caller's thread first and then on
+/// the one that works, `output` and the store are filled on the caller's. With a fault, part of the
+/// output may have been taken.
 JpegBandResult transcodeJpeg(JpegInput& input, JpegOutput& output, const JpegBandOptions& options,
                              const JpegBandWork& work);
 

@@ -1,4 +1,5 @@
 """Photos that stream through the tool, against the whole-image way: stream_test.py TOOL ENGINE"""
+import json
 import os
 import random
 import struct
@@ -8,6 +9,7 @@ import unittest
 from pathlib import Path
 
 from tool_case import TOOL, ToolCase
+from tool_test import exif, with_segments
 
 MEMORY = 24 << 20  # bytes, at any size of a baseline photo
 MEASURE = ("import os, sys; pid = os.posix_spawn(sys.argv[1], sys.argv[1:], os.environ); "
@@ -56,8 +58,24 @@ class StreamTest(ToolCase):
         self.check_same("half", "sepia", "--damaged=keep")
         self.run_tool("apply", "sepia", "half", "half", "--damaged=keep", code=3, says="never replaced")
         self.assertEqual(Path("half").read_bytes(), half)
+        self.run_tool("apply", "sepia", "half", "made.jpg", "--damaged=keep", "--report=report", says="the file ends early")
+        self.assertRegex(json.loads(Path("report").read_text())["notes"][0], "half: damaged: [0-9]+ of 400 rows")
         self.run_tool("apply", "sepia", "photo.jpg", "photo.jpg")
         self.assertNotEqual(Path("photo.jpg").read_bytes(), photo)
+
+    def test_photos_that_lie_on_their_side(self):
+        self.draw("even.jpg", 702, 524)
+        for name in ("photo.jpg", "several-scans.jpg[interlace]"):
+            subprocess.run(["vips", "crop", "even.jpg", name, "0", "0", "701", "523"], check=True)
+        for orientation in range(1, 9):
+            for name in ("photo.jpg", "several-scans.jpg"):
+                Path("turned.jpg").write_bytes(with_segments(Path(name).read_bytes(), (0xe1, exif(orientation))))
+                for options in (["lomo"], ["PrettySweet,sepia", "--mix=30"], ["sketch"]):
+                    self.check_same("turned.jpg", *options)
+        turned = Path("turned.jpg").read_bytes()
+        Path("cut.jpg").write_bytes(turned[:len(turned) // 2])
+        self.check_same("cut.jpg", "sepia", "--damaged=keep")
+        self.check_same("cut.jpg", "sepia", code=3)
 
     @unittest.skipIf(b"__asan_init" in Path(TOOL).read_bytes() or b"__tsan_init" in Path(TOOL).read_bytes(), "a sanitizer's memory")
     def test_little_memory_for_a_large_photo(self):
@@ -69,13 +87,17 @@ class StreamTest(ToolCase):
         self.assertEqual(len(grey) - blocks, 4 + 2)  # of grey, each 16 x 16 pixels are the same four bytes
         size = struct.pack(">HH", 9008, 12000)  # 108 million
         Path("large.jpg").write_bytes(grey[:frame + 5] + size + grey[frame + 9:blocks] + grey[blocks:-2] * (750 * 563) + grey[-2:])
-        for effect in ("PrettyPink", "sepia,lomo", "sketch"):
-            result = subprocess.run([sys.executable, "-SEc", MEASURE, TOOL, "apply", effect, "large.jpg", "made.jpg", "--mix=50"],
+        size = struct.pack(">HH", 3008, 4000)
+        Path("turned.jpg").write_bytes(with_segments(grey[:frame + 5] + size + grey[frame + 9:blocks] + grey[blocks:-2] * (250 * 188) + grey[-2:],
+                                                     (0xe1, exif(6))))
+        for photo, effect, most in (("large.jpg", "PrettyPink", MEMORY), ("large.jpg", "sepia,lomo", MEMORY), ("large.jpg", "sketch", MEMORY),
+                                    ("turned.jpg", "lomo", 4000 * 3008 * 4)):
+            result = subprocess.run([sys.executable, "-SEc", MEASURE, TOOL, "apply", effect, photo, "made.jpg", "--mix=50"],
                                     capture_output=True, text=True, check=True)
             status, kilobytes = map(int, result.stdout.split())
             self.assertEqual((status, result.stderr), (0, ""))
-            self.assertLess(kilobytes << 10, MEMORY, effect)
-            self.assertGreater(os.path.getsize("made.jpg"), 750 * 563)
+            self.assertLess(kilobytes << 10, most, effect)
+            self.assertGreater(os.path.getsize("made.jpg"), 250 * 188)
 
 
 unittest.main()

@@ -104,6 +104,50 @@ TEST(JpegBands, OnTwoThreadsOrOneAreTheSame) {
   }
 }
 
+/// Gives what an image of half the width and twice the height would have.
+class Narrowed final : public alg::JpegRowStore {
+ public:
+  explicit Narrowed(bool enough) : enough_(enough) {}
+  bool begin(int& width, int& height, JpegPixels pixels) override {
+    rowBytes_ = asSize(width) * 4;
+    width /= 2;
+    height *= 2;
+    pixels_ = alg::bytesPerPixel(pixels);
+    return enough_;
+  }
+  void put(const uint8_t* rows, int count) override {
+    image_.insert(image_.end(), rows, rows + rowBytes_ * asSize(count));
+  }
+  void get(uint8_t* rows, int count) override {
+    EXPECT_EQ(pixels_, 4U);
+    std::copy_n(image_.begin() + given_, rowBytes_ / 2 * asSize(count), rows);
+    given_ += long(rowBytes_) / 2 * count;
+  }
+
+ private:
+  bool enough_;
+  Bytes image_;
+  std::size_t rowBytes_ = 0, pixels_ = 0;
+  long given_ = 0;
+};
+
+TEST(JpegBands, GoThroughAStore) {
+  const Bytes file = makeJpeg(kFixtures[0], 702, 523);
+  const auto image = alg::decodeJpeg(file).value();
+  Bytes painted(asSize(702 * 523 * 4));
+  paint({image.pixels.get(), painted.data(), 351, 1046, 0, 1046}, 4 * 351, 2);
+  const auto expected = alg::encodeJpeg(painted.data(), 351, 1046, kQuality).value();
+  for (const bool overlap : {false, true}) {
+    Narrowed store(true);
+    const auto [result, got] = inBands(file, {.halo = 2, .store = &store, .overlap = overlap});
+    EXPECT_EQ(result.width, 702);
+    EXPECT_TRUE(same(got, {expected.bytes.get(), expected.bytes.get() + expected.size}));
+    Narrowed small(false);
+    EXPECT_EQ(inBands(file, {.store = &small, .overlap = overlap}).result.fault,
+              JpegFault::kNoMemory);
+  }
+}
+
 /// Takes a few small pieces.
 class FailingOutput final : public alg::JpegOutput {
  public:

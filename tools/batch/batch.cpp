@@ -165,7 +165,7 @@ const char* Batch::doJob(const PhotoJob& job) {
 void Batch::changePhoto(const PhotoJob& job) {
   const std::unique_ptr<PhotoStream> stream =
       PhotoStream::open(job.input, job.output, effects_, request_.options);
-  const MemoryBudget::Share share(memory_, stream ? PhotoStream::kMemory : memoryFor(job.input));
+  const MemoryBudget::Share share(memory_, stream ? stream->memory() : memoryFor(job.input));
   throwIfInterrupted();
   const WriteOptions how{.source = job.input,
                          .keepTimes = request_.keepTimes,

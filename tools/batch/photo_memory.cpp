@@ -8,8 +8,9 @@
 namespace alg::tool {
 namespace {
 
-/// Pixels, a turned or blended copy and the effect's work; with several scans, the coefficients.
-constexpr std::size_t kBytesPerPixel = 12;
+/// Pixels, a copy of them that the result is mixed with, and the effect's work; with several scans,
+/// the coefficients.
+constexpr std::size_t kBytesPerPixel = 14;
 constexpr std::size_t kCoefficientBytesPerPixel = 6;
 constexpr std::size_t kFixedBytes = std::size_t{16} << 20U;
 /// What a byte of another format may stand for.

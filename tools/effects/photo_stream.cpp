@@ -11,8 +11,9 @@
 #include <new>
 #include <span>
 #include <system_error>
+#include <utility>
 
-#include "codec/jpeg_bands.h"
+#include "base/image_size.h"
 #include "images/band_job.h"
 #include "platform/jpeg_reader.h"
 #include "tools/files/file_errors.h"
@@ -20,8 +21,8 @@
 #include "tools/photos/colour.h"
 #include "tools/photos/jpeg_photo.h"
 #include "tools/photos/photo_faults.h"
-#include "tools/photos/photo_file.h"
 #include "tools/photos/picture_format.h"
+#include "tools/photos/turned_rows.h"
 #include "tools/shell/interrupts.h"
 
 namespace fs = std::filesystem;
@@ -98,13 +99,15 @@ bool endsWithPicture(JpegFile& file, std::size_t scan) {
   return true;
 }
 
+}  // namespace
+
 /// Jobs one after the other on each band, and how much of their result is laid over it.
 class BandChain {
  public:
-  BandChain(const std::vector<Job>& jobs, int weight, const JpegInfo& info)
+  BandChain(const std::vector<Job>& jobs, int weight, int width, int height)
       : weight_(jobs.empty() ? kWholeWeight : weight) {
     for (const Job& job : jobs) {
-      jobs_.emplace_back(job, info.width, info.height);
+      jobs_.emplace_back(job, width, height);
     }
   }
 
@@ -144,6 +147,8 @@ class BandChain {
   int weight_;
 };
 
+namespace {
+
 bool interrupted() {
   try {
     throwIfInterrupted();
@@ -167,14 +172,29 @@ std::unique_ptr<PhotoStream> PhotoStream::open(const fs::path& input, const fs::
     return nullptr;
   }
   std::unique_ptr<PhotoStream> photo(new PhotoStream(input));
-  return photo->file_->isOpen() && photo->fits() ? std::move(photo) : nullptr;
+  return photo->file_->isOpen() && photo->fits(options) ? std::move(photo) : nullptr;
 }
 
+<<<<<<< HEAD
 bool PhotoStream::fits() {
   if (readJpegInfo(*file_, info_) != JpegFault::kNone || info_.wholeImage ||
       std::max(info_.width, info_.height) > kMostJpegSide) {
+=======
+bool PhotoStream::fits(const PhotoOptions& options) {
+  if (readJpegInfo(*file_, info_) != JpegFault::kNone || info_.colours == JpegColours::kCmyk ||
+      std::max(info_.width, info_.height) > kMostJpegSide || !readHead()) {
+>>>>>>> turned
     return false;
   }
+  orientation_ = Metadata(layout_, {}).orientation();
+  if (!options.plain && !endsWithPicture(*file_, layout_.scan)) {
+    bytes_ = readFile(path_);
+    layout_ = layoutOf(bytes_);
+  }
+  return file_->error() == 0;
+}
+
+bool PhotoStream::readHead() {
   file_->rewind();
   do {
     const Bytes piece = file_->next();
@@ -184,8 +204,19 @@ bool PhotoStream::fits() {
     head_.insert(head_.end(), piece.begin(), piece.end());
     layout_ = layoutOf(head_);
   } while (layout_.scan == 0);
-  return Metadata(layout_, {}).orientation() == 1 && endsWithPicture(*file_, layout_.scan) &&
-         file_->error() == 0;
+  return true;
+}
+
+std::size_t PhotoStream::memory() const {
+  constexpr std::size_t kFixed = std::size_t{24} << 20U;
+  constexpr std::size_t kTurnedBytesPerColumn = 2048;  // of some rows, several times
+  const auto width = static_cast<std::size_t>(info_.width);
+  const std::size_t pixels = width * static_cast<std::size_t>(info_.height);
+  const std::size_t coefficients = info_.sampling == JpegSampling::k420   ? 3
+                                   : info_.sampling == JpegSampling::k422 ? 4
+                                                                          : 6;
+  return kFixed + (orientation_ == 1 ? 0 : kPackedBytes * pixels + kTurnedBytesPerColumn * width) +
+         (info_.wholeImage ? coefficients * pixels : 0) + 4 * bytes_.size();
 }
 
 void PhotoStream::checkFault(JpegFault fault) const {
@@ -201,47 +232,99 @@ void PhotoStream::checkFault(JpegFault fault) const {
   }
 }
 
+/// The photo, upright, but for its pixels.
+PhotoFile PhotoStream::description() const {
+  PhotoFile file{.photo = {},
+                 .metadata = Metadata(layout_, path_),
+                 .origin = {.path = path_},
+                 .followers = bytes_.empty() ? Followers() : Followers(bytes_, layout_),
+                 .change = {.orientation = orientation_}};
+  file.photo.width = info_.width;
+  file.photo.height = info_.height;
+  if (isOnItsSide(orientation_)) {
+    std::swap(file.photo.width, file.photo.height);
+  }
+  return file;
+}
+
 void PhotoStream::run(EffectChain& effects, const fs::path& output, const PhotoOptions& options,
                       const WriteOptions& how, bool overlap) {
+<<<<<<< HEAD
   const std::vector<Job> jobs = effects.jobs(info_.width, info_.height);
   Metadata metadata(layout_, path_);
   const auto transform = transformFor(info_.colours, metadata, options, path_);
   const JpegRowWork work = rowWork(transform);
   const std::vector<uint8_t> segments = metadata.segments(info_.width, info_.height, path_, {});
   const JpegCoding coding = options.coding(codingOf(info_));
-  JpegBandOptions bands{.rowWork = transform ? &work : nullptr,
-                        .quality = coding.quality,
-                        .tables = coding.tables,
-                        .sampling = coding.sampling,
-                        .carrySegments = false,
-                        .segments = segments,
-                        .overlap = overlap};
-  BandChain chain(jobs, effects.weight(), info_);
+  JpegBandOptions bands {
+    .rowWork = transform ? &work : nullptr, .quality = coding.quality, .tables = coding.tables,
+    .sampling = coding.sampling,
+=======
+  PhotoFile photo = description();
+  photo.change.moved = effects.movesPixels();
+  const JpegSurroundings around = surroundingsOf(photo, options);
+  const int width = photo.photo.width;
+  const int height = photo.photo.height;
+  const std::vector<Job> jobs = effects.jobs(width, height);
+  TurnedRows turned(orientation_);
+  JpegBandOptions bands{.quality = options.quality.value_or(info_.quality),
+                        .sampling = options.sampling.value_or(info_.sampling),
+                        .store = orientation_ == 1 ? nullptr : &turned,
+>>>>>>> turned
+    .carrySegments = false, .segments = around.segments, .overlap = overlap
+  };
+  BandChain chain(jobs, effects.weight(), width, height);
   chain.prepare(bands);
 
   OutputFile file(output, how);
+  std::vector<uint8_t> first;  // all, where something follows that the index has to find
+  const auto write = [&](Bytes bytes) {
+    if (bytes_.empty()) {
+      file.write(bytes);
+    } else {
+      first.insert(first.end(), bytes.begin(), bytes.end());
+    }
+  };
+  if (const JpegDamage damage = transcode(write, bands, chain)) {
+    refuseOrNote(path_, options, whatIsLost(damage, info_.height));
+    neverOverDamaged(path_, output);
+  }
+  if (!bytes_.empty()) {
+    around.complete(first);
+  }
+  file.finish(first);
+}
+
+JpegDamage PhotoStream::transcode(const std::function<void(Bytes)>& write,
+                                  const JpegBandOptions& bands, BandChain& chain) {
   std::exception_ptr failed;
   JpegSink sink([&](Bytes bytes) {
     try {
-      file.write(bytes);
+      write(bytes);
       return true;
     } catch (...) {
       failed = std::current_exception();
       return false;
     }
   });
+  JpegBytes whole(bytes_);
   file_->rewind();
-  const JpegBandResult result = transcodeJpeg(
-      *file_, sink, bands, [&](const JpegBand& band) { return !interrupted() && chain.run(band); });
+  const JpegBandResult result =
+      transcodeJpeg(bytes_.empty() ? static_cast<JpegInput&>(*file_) : whole, sink, bands,
+                    [&](const JpegBand& band) { return !interrupted() && chain.run(band); });
   if (failed) {
     std::rethrow_exception(failed);
   }
   checkFault(result.fault);
+<<<<<<< HEAD
   if (result.damage) {
     refuseOrNote(path_, options, whatIsLost(result.damage, info_.height));
     neverOverWhole(path_, output);
   }
   file.finish();
+=======
+  return result.damage;
+>>>>>>> turned
 }
 
 }  // namespace alg::tool

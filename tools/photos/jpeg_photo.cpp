@@ -31,6 +31,7 @@ std::string whyUnsupported(const JpegLayout& layout) {
                      layout.components);
 }
 
+<<<<<<< HEAD
 void refuseFault(const JpegReader& reader, const std::filesystem::path& path,
                  const JpegLayout& layout) {
   if (reader.fault() == JpegFault::kNoMemory) {
@@ -47,6 +48,34 @@ void decodeRows(JpegReader& reader, const std::filesystem::path& path, const Jpe
   reader.read(photo.pixels.get(), stride, photo.height);
   reader.finish();
   refuseFault(reader, path, layout);
+=======
+/// Decodes all rows and turns them, some at a time.
+Photo decodeUpright(JpegReader& reader, int orientation) {
+  constexpr int kRows = 32;
+  const int width = reader.width();
+  const int height = reader.height();
+  const auto rowBytes = static_cast<std::size_t>(width) * kArgbBytes;
+  const bool onItsSide = isOnItsSide(orientation);
+  Photo photo = blankPhoto(onItsSide ? height : width, onItsSide ? width : height);
+  if (orientation == 1) {
+    reader.read(photo.pixels.get(), rowBytes, height);
+    return photo;
+  }
+  const Photo band = blankPhoto(width, kRows);
+  for (int y = 0; y < height;) {
+    const int count = reader.read(band.pixels.get(), rowBytes, kRows);
+    if (count == 0) {
+      break;  // after a fault
+    }
+    const Place place = placeUpright(orientation, {0, y, width, count}, width, height);
+    uint32_t* const to = wordsOf(photo) + std::ptrdiff_t{place.y} * photo.width + place.x;
+    turnUpright(orientation, {band.pixels.get(), static_cast<std::ptrdiff_t>(rowBytes)},
+                {reinterpret_cast<uint8_t*>(to), std::ptrdiff_t{kArgbBytes} * photo.width}, width,
+                count);
+    y += count;
+  }
+  return photo;
+>>>>>>> turned
 }
 
 /// Damage of a photo that was decoded reduced, in rows of the whole one.
@@ -98,14 +127,33 @@ PhotoFile decodeJpegPhoto(Bytes file, const std::filesystem::path& path,
   const auto transform = transformFor(info.colours, metadata, options, path);
   const JpegRowWork work = rowWork(transform);
   const int side = keepSide ? keepSide(info.width, info.height) : 0;
+<<<<<<< HEAD
   reader.start({.reduction = info.reductionFor(side), .rowWork = transform ? &work : nullptr});
   refuseFault(reader, path, layout);
   Photo photo = blankPhoto(reader.width(), reader.height());
   decodeRows(reader, path, layout, photo);
+=======
+  reader.start({.reduction = info.reductionFor(side)});
+  if (reader.fault() == JpegFault::kNoMemory) {
+    throw std::bad_alloc();
+  }
+  if (reader.fault() != JpegFault::kNone) {
+    throw BadInput(whyRefused(path, reader.fault(), reader.info(), layout));
+  }
+  Metadata metadata(layout, path);
+  const int rows = reader.height();
+  Photo photo = decodeUpright(reader, metadata.orientation());
+  const JpegFault fault = reader.finish();
+  if (fault == JpegFault::kNoMemory) {
+    throw std::bad_alloc();
+  }
+  if (fault != JpegFault::kNone) {
+    throw BadInput(whyRefused(path, fault, info, layout));
+  }
+>>>>>>> turned
   const JpegDamage damage = reader.damage();
   if (damage) {
-    refuseOrNote(path, options,
-                 whatIsLost(inWhole(damage, photo.height, info.height), info.height));
+    refuseOrNote(path, options, whatIsLost(inWhole(damage, rows, info.height), info.height));
   }
   return {.photo = std::move(photo),
           .metadata = std::move(metadata),

@@ -16,7 +16,7 @@ std::string whyRefused(const std::filesystem::path& path, JpegFault fault, const
 /// What of a photo is lost: a few words, which begin with "damaged".
 std::string whatIsLost(const JpegDamage& damage, int rows);
 
-/// Decodes a file as it lies, not yet upright. Throws BadInput.
+/// Decodes a file and turns the photo upright. Throws BadInput.
 PhotoFile decodeJpegPhoto(Bytes file, const std::filesystem::path& path,
                           const PhotoOptions& options, const KeepSide& keepSide);
 

@@ -5,45 +5,69 @@
 #include <algorithm>
 #include <cstring>
 #include <new>
-#include <utility>
-#include <vector>
 
 #include "base/image_size.h"
-#include "libalgorithm/camera_util.h"
+#include "camerautil/turn_rows.h"
 #include "tools/shell/console.h"
 
 namespace alg::tool {
 
 namespace {
 
-void mirror(Photo& photo) {
-  uint32_t* row = wordsOf(photo);
-  for (int y = 0; y < photo.height; ++y, row += photo.width) {
-    std::reverse(row, row + photo.width);
-  }
+template <class Byte>
+Rows<Byte> upwards(Rows<Byte> rows, int height) {
+  return {rows.row(height - 1), -rows.pitch};
+}
+
+bool lastRowFirst(int orientation) {
+  return orientation == 3 || orientation == 4 || orientation == 6 || orientation == 7;
+}
+
+bool lastColumnFirst(int orientation) {
+  return orientation == 2 || orientation == 3 || orientation == 7 || orientation == 8;
 }
 
 }  // namespace
 
-/// A clockwise turn, then for every other one a mirror image.
-///
 ///   1     2     3     4     5     6     7     8
 ///   ab    ba    dc    cd    ac    ca    db    bd      where a photo "ab" of that orientation
 ///   cd    dc    ba    ab    bd    db    ca    ac                    "cd" ends up
+void turnUpright(int orientation, Rows<const uint8_t> src, Rows<uint8_t> dst, int width,
+                 int height) {
+  if (isOnItsSide(orientation)) {
+    transpose(kArgbBytes, lastRowFirst(orientation) ? upwards(src, height) : src,
+              lastColumnFirst(orientation) ? upwards(dst, width) : dst, width, height);
+    return;
+  }
+  const Rows<uint8_t> to = lastRowFirst(orientation) ? upwards(dst, height) : dst;
+  const auto pixels = static_cast<std::size_t>(width);
+  for (int y = 0; y < height; ++y) {
+    if (lastColumnFirst(orientation)) {
+      mirror(kArgbBytes, src.row(y), to.row(y), pixels);
+    } else {
+      std::memcpy(to.row(y), src.row(y), pixels * kArgbBytes);
+    }
+  }
+}
+
+Place placeUpright(int orientation, const Part& part, int allWidth, int allHeight) {
+  const int across = lastColumnFirst(orientation) ? allWidth - part.x - part.width : part.x;
+  const int down = lastRowFirst(orientation) ? allHeight - part.y - part.height : part.y;
+  return isOnItsSide(orientation) ? Place{down, across} : Place{across, down};
+}
+
 Photo upright(Photo photo, int orientation) {
-  constexpr int kDegrees[] = {0, 0, 180, 180, 90, 90, 270, 270};
-  const int degrees = kDegrees[orientation - 1];
-  if (degrees != 0) {
-    Photo turned = degrees == 180 ? blankPhoto(photo.width, photo.height)
-                                  : blankPhoto(photo.height, photo.width);
-    CameraUtil::rotateARGB(photo.pixels.get(), turned.pixels.get(), photo.width, photo.height,
-                           degrees);
-    photo = std::move(turned);
+  if (orientation == 1) {
+    return photo;
   }
-  if (orientation == 2 || orientation == 4 || orientation == 5 || orientation == 7) {
-    mirror(photo);
-  }
-  return photo;
+  Photo turned = isOnItsSide(orientation) ? blankPhoto(photo.height, photo.width)
+                                          : blankPhoto(photo.width, photo.height);
+  const auto rowsOf = [](const Photo& of) {
+    return Rows<uint8_t>{of.pixels.get(), std::ptrdiff_t{kArgbBytes} * of.width};
+  };
+  turnUpright(orientation, {photo.pixels.get(), rowsOf(photo).pitch}, rowsOf(turned), photo.width,
+              photo.height);
+  return turned;
 }
 
 void cropToEven(Photo& photo, const std::filesystem::path& path) {

@@ -53,6 +53,7 @@ Followers followersOf(const PhotoFile& file, const PhotoOptions& options) {
   return followers;
 }
 
+<<<<<<< HEAD
 std::vector<uint8_t> encodeWithFollowers(const PhotoFile& file, const PhotoOptions& options) {
   const Photo& photo = file.photo;
   const Followers followers = followersOf(file, options);
@@ -65,10 +66,35 @@ std::vector<uint8_t> encodeWithFollowers(const PhotoFile& file, const PhotoOptio
                          ? bytes.begin()
                          : std::search(bytes.begin(), bytes.end(), index.begin(), index.end());
   followers.appendTo(bytes, static_cast<std::size_t>(place - bytes.begin()));
+=======
+std::vector<uint8_t> encodeWithFollowers(const PhotoFile& file, const PhotoOptions& options,
+                                         int quality) {
+  const JpegSurroundings around = surroundingsOf(file, options);
+  std::vector<uint8_t> bytes = encodeJpegPhoto(
+      file.photo, quality, options.sampling.value_or(file.origin.sampling), around.segments);
+  around.complete(bytes);
+>>>>>>> turned
   return bytes;
 }
 
 }  // namespace
+
+void JpegSurroundings::complete(std::vector<uint8_t>& file) const {
+  const auto place = index.empty()
+                         ? file.begin()
+                         : std::search(file.begin(), file.end(), index.begin(), index.end());
+  followers.appendTo(file, static_cast<std::size_t>(place - file.begin()));
+}
+
+JpegSurroundings surroundingsOf(const PhotoFile& file, const PhotoOptions& options) {
+  JpegSurroundings around{.segments = {}, .index = {}, .followers = followersOf(file, options)};
+  const Followers& followers = around.followers;
+  around.segments = file.metadata.segments(file.photo.width, file.photo.height, file.origin.path,
+                                           {followers.gainMapBytes(), followers.hasRest()});
+  around.index = followers.index();
+  around.segments.insert(around.segments.end(), around.index.begin(), around.index.end());
+  return around;
+}
 
 PhotoFile readPhoto(const std::filesystem::path& path, const PhotoOptions& options,
                     const KeepSide& keepSide) {
@@ -83,7 +109,9 @@ PhotoFile readPhoto(const std::filesystem::path& path, const PhotoOptions& optio
   if (isOnItsSide(orientation)) {
     std::swap(origin.width, origin.height);
   }
-  file.photo = upright(std::move(file.photo), orientation);
+  if (file.origin.format != PictureFormat::kJpeg) {
+    file.photo = upright(std::move(file.photo), orientation);
+  }
   file.change.orientation = orientation;
   return file;
 }

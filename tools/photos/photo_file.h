@@ -42,6 +42,19 @@ using KeepSide = std::function<int(int width, int height)>;
 PhotoFile readPhoto(const std::filesystem::path& path, const PhotoOptions& options = {},
                     const KeepSide& keepSide = {});
 
+/// What stands around the picture in a JPEG file.
+struct JpegSurroundings {
+  std::vector<uint8_t> segments;  ///< before it, the index of what follows among them
+  std::vector<uint8_t> index;     ///< that segment; empty for none
+  Followers followers;
+
+  /// Appends what follows to a file that begins with these segments.
+  void complete(std::vector<uint8_t>& file) const;
+};
+/// Those that a photo of that size keeps, with a note of what it does not. The pixels are not
+/// looked at.
+JpegSurroundings surroundingsOf(const PhotoFile& file, const PhotoOptions& options);
+
 /// The bytes of a file in the format that its name asks for. Throws UserError.
 /// @param path  of the output; a part of what its file holds never replaces it
 std::vector<uint8_t> encodeFor(const std::filesystem::path& path, const PhotoFile& file,
