@@ -18,6 +18,13 @@ TEST(FourCorner, WalksExtremeShapes) {
   }
 }
 
+TEST(FourCorner, FillLightIsEvenNoFurtherThanItIs) {  // at this radius gains change just beyond
+  for (int w = 60000; w < 60064; ++w) {               // a distance or less a column
+    Trial light = trialOn(operationNamed("fill-light"), Bytes(asSize(w * 3), 90), w, 1);
+    light.call.values[0] = 0.3, check(light);
+  }
+}
+
 TEST(FourCorner, FillLightSurvivesAnyRadius) {
   for (const float radius : {0.0f, -0.0f, -1.0f, 1e30f, -1e30f, 1e-30f, 65536.0f, HUGE_VALF, NAN}) {
     for (const bool pageBefore : {false, true}) {
