@@ -225,7 +225,7 @@ class ToolTest(ToolCase):
         made = self.made("apply", "sepia", "large.jpg")  # where nothing has to grow, a full segment fits
         self.assertTrue(tag(0x10f, 2, 0x0065636d, 4) in made and b"x" * 60000 in made)
         plain = self.made("apply", "sepia", "photo.jpg")
-        for says, *broken in (("not for RGB", (0xe2, iccs[0][1].replace(b"RGB ", b"GRAY")), iccs[1]),
+        for says, *broken in (("not for its colours", (0xe2, iccs[0][1].replace(b"RGB ", b"GRAY")), iccs[1]),
                               ("Exif .*damaged", (0xe1, exif(6)[:20])),
                               ("Exif .*damaged", (0xe1, exif(6).replace(b"*", b"+"))), ("XMP .*damaged", (0xe1, xmp[:80])), ("damaged or", iccs[0])):
             Path("broken.jpg").write_bytes(with_segments(self.photo, *broken))
