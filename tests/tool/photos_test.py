@@ -411,6 +411,13 @@ class PhotosTest(ToolCase):
                 kept = self.tags("made.png")
                 self.assertEqual([kept[f"PNG:{name}"] for name in ("Author", "Title", "Software")], ["Jos\xe9", "\u0141", "x"])
                 self.run_tool("apply", "sepia", "in.png", "made.jpg", says="no place for its Author, Title\n")
+        for colour, row, gamma, profiled in ((2, bytes((0, 55, 55)) * 2, 100000, True), (0, bytes((55, 55)), 100000, False),
+                                             (2, bytes((0, 55, 55)) * 2, 45455, False)):
+            Path("in.png").write_bytes(png(8, colour, [row] * 2, (b"gAMA", struct.pack(">I", gamma))))
+            self.run_tool("resize", "--size=100%", "--to-srgb", "in.png", "made.png")
+            self.assertLessEqual(abs(self.pixels("made.png")[0] - (128 if gamma == 100000 else 55)), 1)
+            self.run_tool("resize", "--size=100%", "in.png", "made.png")
+            self.assertEqual(b"iCCP" in Path("made.png").read_bytes(), profiled)
         Path("in.png").write_bytes(png(8, 6, rows)[:-20])
         self.run_tool("convert", "--from=jpg", "--to=argb", "in.png", "none", code=3, says="in.png: damaged")
         for ending, says in (("webp", "unable to parse"), ("tif", "the file ends early"), ("heic", "the file ends early")):

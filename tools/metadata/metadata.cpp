@@ -193,11 +193,13 @@ std::string Metadata::Parts::xmpFor(int width, int height, const Behind& behind)
   return packet->changed() ? packet->text() : xmp;
 }
 
-/// The keywords of texts that somebody would miss: not of those that programs write by themselves.
+/// The keywords of texts that somebody would miss: those of the PNG standard that people fill in.
 std::vector<std::string_view> Metadata::Parts::wantedTexts() const {
+  constexpr std::string_view kWanted[] = {"Title",   "Author",     "Description",   "Copyright",
+                                          "Warning", "Disclaimer", "Creation Time", "Source"};
   std::vector<std::string_view> keys;
   for (const PngText& text : texts) {
-    if (text.key != "Software" && !text.key.starts_with("date:")) {
+    if (std::ranges::count(kWanted, text.key) > 0) {
       keys.emplace_back(text.key);
     }
   }

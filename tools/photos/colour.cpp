@@ -3,6 +3,10 @@
 #include <fmt/format.h>
 #include <lcms2.h>
 
+#include <algorithm>
+#include <cstdlib>
+#include <iterator>
+
 #include "base/image_size.h"
 #include "tools/shell/console.h"
 #include "tools/shell/failure.h"
@@ -101,6 +105,37 @@ std::optional<ColourTransform> transformFor(JpegColours pixels, Metadata& metada
     metadata = metadata.inSrgb();
   }
   return transform;
+}
+
+std::vector<uint8_t> profileOf(const Gamma& gamma, bool grey) {
+  constexpr double kUnits = 100000;
+  constexpr int32_t kSrgb[] = {31270, 32900, 64000, 33000, 30000, 60000, 15000, 6000};
+  constexpr int32_t kSrgbEncoding = 45455;  // which PNG has for it
+  constexpr int32_t kSame = 1000;
+  const int32_t* const places = gamma.chromaticities[0] > 0 ? gamma.chromaticities : kSrgb;
+  const auto near = [](int32_t a, int32_t b) { return std::abs(a - b) <= kSame; };
+  const bool srgb = near(gamma.encoding, kSrgbEncoding) &&
+                    (grey || std::equal(std::begin(kSrgb), std::end(kSrgb), places, near));
+  if (srgb || gamma.encoding <= 0) {
+    return {};
+  }
+  const auto place = [&](int i) {
+    return cmsCIExyY{places[i] / kUnits, places[i + 1] / kUnits, 1};
+  };
+  const cmsCIExyY white = place(0);
+  const cmsCIExyYTRIPLE primaries = {place(2), place(4), place(6)};
+  const std::unique_ptr<cmsToneCurve, void (*)(cmsToneCurve*)> curve(
+      cmsBuildGamma(nullptr, kUnits / gamma.encoding), cmsFreeToneCurve);
+  cmsToneCurve* const curves[] = {curve.get(), curve.get(), curve.get()};
+  const Profile profile(grey ? cmsCreateGrayProfile(&white, curve.get())
+                             : cmsCreateRGBProfile(&white, &primaries, curves));
+  cmsUInt32Number size = 0;
+  if (!profile || cmsSaveProfileToMem(profile.get(), nullptr, &size) == 0) {
+    return {};
+  }
+  std::vector<uint8_t> bytes(size);
+  return cmsSaveProfileToMem(profile.get(), bytes.data(), &size) != 0 ? bytes
+                                                                      : std::vector<uint8_t>();
 }
 
 JpegRowWork rowWork(const std::optional<ColourTransform>& transform) {

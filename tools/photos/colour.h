@@ -45,6 +45,14 @@ std::optional<ColourTransform> transformFor(JpegColours pixels, Metadata& metada
                                             const PhotoOptions& options,
                                             const std::filesystem::path& path);
 
+/// What PNG files say of their colours in place of a profile, in units of 1/100000.
+struct Gamma {
+  int32_t encoding = 0;             ///< exponent from light to sample
+  int32_t chromaticities[8] = {0};  ///< x and y of white, red, green, blue; 0: sRGB's
+};
+/// A profile of these colours; empty for those of sRGB.
+std::vector<uint8_t> profileOf(const Gamma& gamma, bool grey);
+
 /// As JpegReader takes it; empty for none. `transform` must outlive it.
 JpegRowWork rowWork(const std::optional<ColourTransform>& transform);
 

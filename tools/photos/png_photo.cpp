@@ -54,13 +54,30 @@ void readBytes(png_structp png, png_bytep to, std::size_t size) {
 
 void stayQuiet(png_structp, png_const_charp) {}
 
-void readBlocks(png_structp png, png_infop info, MetadataBlocks& blocks) {
+/// Whether a text is what a program has made of Exif and the like, of which the file has the
+/// original.
+bool copiesOther(std::string_view key) {
+  return key.starts_with("Raw profile") || key.starts_with("exif:");
+}
+
+/// @param grey  of the file; what is decoded never is
+void readBlocks(png_structp png, png_infop info, bool grey, MetadataBlocks& blocks) {
   png_charp name = nullptr;
   int method = 0;
   png_bytep bytes = nullptr;
   png_uint_32 size = 0;
   if (png_get_iCCP(png, info, &name, &method, &bytes, &size) != 0) {
     blocks.profile.assign(bytes, bytes + size);
+  }
+  Gamma gamma;
+  int32_t* const c = gamma.chromaticities;
+  if (blocks.profile.empty() && png_get_valid(png, info, PNG_INFO_sRGB) == 0 &&
+      png_get_gAMA_fixed(png, info, &gamma.encoding) != 0) {
+    if (png_get_cHRM_fixed(png, info, &c[0], &c[1], &c[2], &c[3], &c[4], &c[5], &c[6], &c[7]) ==
+        0) {
+      gamma.chromaticities[0] = 0;
+    }
+    blocks.profile = profileOf(gamma, grey);
   }
   if (png_get_eXIf_1(png, info, &size, &bytes) != 0) {
     blocks.exif.assign(bytes, bytes + size);
@@ -73,8 +90,7 @@ void readBlocks(png_structp png, png_infop info, MetadataBlocks& blocks) {
       blocks.xmp.assign(text->text, length);
     } else if (std::string_view(text->key) == kCommentKey) {
       blocks.comment.assign(text->text, length);
-    } else if (!std::string_view(text->key).starts_with(
-                   "Raw profile")) {  // Exif and others as text
+    } else if (!copiesOther(text->key)) {
       blocks.texts.push_back({text->key, {text->text, length}, text->compression});
     }
   }
@@ -186,7 +202,7 @@ PhotoFile decodePngPhoto(Bytes file, const std::filesystem::path& path,
   png_infop info = png != nullptr ? png_create_info_struct(png) : nullptr;
   const bool whole = info != nullptr && readAll(png, info, reading);
   if (info != nullptr && reading.photo.pixels) {
-    readBlocks(png, info, reading.blocks);
+    readBlocks(png, info, reading.grey, reading.blocks);
   }
   png_destroy_read_struct(&png, &info, nullptr);
   Photo& photo = reading.photo;
