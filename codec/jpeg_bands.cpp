@@ -356,6 +356,7 @@ JpegFault Transcoder::encode(const ReadRows& read) {
        .height = height_,
        .pixels = options_.result,
        .quality = options_.quality,
+       .tables = options_.tables,
        .sampling = options_.sampling,
        .segments = options_.carrySegments ? std::span<const uint8_t>(carried_.get(), carriedBytes_)
                                           : options_.segments});

@@ -140,6 +140,27 @@ class BatchTest(ToolCase):
         lines = self.run_tool("apply", "sepia", "in/a.jpg", "deep", "--report=-").splitlines()
         self.assertEqual([json.loads(line)["out"] for line in lines], ["deep/a.jpg"])
 
+    def test_names_that_look_like_something_else(self):
+        for name in ("-x.jpg", "b.jpg"):
+            Path(name).write_bytes(Path("photo.jpg").read_bytes())
+        self.run_tool("apply", "sepia", "--output={stem}-o{ext}", "--", "-x.jpg", "b.jpg")  # no folder in these names
+        self.assertEqual(Path("-x-o.jpg").read_bytes(), self.sepia)
+        for line_end, names, code, says in (
+                (b"\r\n", (b"b.jpg", b"./b.jpg", b"photo.jpg"), 0, ""), (b"\0", (b"b.jpg", b"photo.jpg"), 2, "need -0"),
+                (b"\n", (), 0, "no names")):
+            Path("list").write_bytes(b"".join(name + line_end for name in names))
+            self.run_tool("apply", "sepia", "--files-from=list", f"out{code}", code=code, says=says)
+        self.assertEqual(sorted(os.listdir("out0")), ["b.jpg", "photo.jpg"])
+        self.run_tool("apply", "sepia", "photo.jpg", "", code=2, says="a name is empty")
+        self.run_tool("resize", "--size=9", "photo.jpg", "", code=2, says="empty")
+
+    def test_messages_never_go_into_a_file(self):
+        # With the standard error closed, the report would be numbered as that.
+        self.run_tool("apply", "sepia", "photo.jpg", "same.jpg", "--report=whole")
+        subprocess.run(f"'{TOOL}' apply sepia photo.jpg o.jpg --report=report --verbose 2>&-", shell=True, check=True)
+        self.assertEqual(list(self.report()), list(self.report("whole")))
+        self.assertEqual(Path("o.jpg").read_bytes(), self.sepia)
+
     def test_shards_share_the_photos(self):
         names = [f"IMG_{i:04}.jpg" for i in range(300)]
         for name in names:
@@ -219,6 +240,8 @@ class BatchTest(ToolCase):
                 ("sepia photo.jpg --output={dir}/", 2, "names a folder"),
                 ("sepia photo.jpg --output={name}", 2, "photo.jpg would be replaced"),
                 ("sepia photo.jpg --output=mine/notes/{name}", 1, "mine/notes"),
+                ("sepia photo.jpg o.jpg --memory=0", 2, "memory"), ("sepia photo.jpg o.jpg --memory=-1", 2, "memory"),
+                ("sepia photo.jpg o.jpg --dry-run=no", 2, "dry-run"), (f"sepia {'x' * 256} o.jpg", 3, "cannot read x.*too long"),
                 ("sepia photo.jpg sepia.jpg o --shard=0/2", 2, "I from 1 to N"), ("sepia photo.jpg o.jpg --shard=3/2", 2, "3/2"),
                 ("sepia photo.jpg o.jpg --shard=1", 2, "I/N"), ("sepia photo.jpg o.jpg --memory=2Q", 2, "memory"),
                 ("sepia photo.jpg o.jpg --report=mine/notes", 2, "no report"),

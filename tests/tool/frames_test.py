@@ -84,6 +84,8 @@ class FramesTest(ToolCase):
                 (head + b"C420p10\n", "", 3, "420p10; .*yuv420p"), (b"YUV4MPEG2 W33 H18\n", "", 3, "33x18"),
                 (b"YUV4MPEG2 H18\n", "", 3, "0x18"), (b"YUV4MPEG2 W99999999999 H2\n", "", 3, "even"),
                 (head + b"x" * 9999, "", 3, "line without an end"), (head + b"\nFRANK\n", "", 3, "frame 1"),
+                (head + b"\nFRAMEX\n", "", 3, "frame 1"), (head, "", 3, "header is cut off"), (head + b"\n", "", 3, "no frame came"),
+                (b"YUV4MPEG2 H18 W34\tC422\n", "", 3, "a side is an even number"), (b"YUV4MPEG2 W46340 H46340\n", "", 3, "at most"),
                 (b"", "--size=33x18", 2, "even"), (b"", "--format=nv12", 2, "goes with --size"),
                 (b"", "--size=34x18 --format=rgb", 2, "rgb"), (b"", "--size=34", 2, "WIDTHxHEIGHT"),
                 (b"", "--size=2x2 --radius=1", 2, "--radius is an option of")):

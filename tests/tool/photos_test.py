@@ -253,6 +253,8 @@ class PhotosTest(ToolCase):
                     % (mime, semantic, length))
         packet = xmp(b'xmlns:hdrgm="http://ns.adobe.com/hdr-gain-map/1.0/" hdrgm:Version="1.0" '
                      b'xmlns:GCamera="http://ns.google.com/photos/1.0/camera/" GCamera:MotionPhoto="1" '
+                     b'xmlns:OpCamera="http://ns.oplus.com/photos/1.0/camera/" OpCamera:OLivePhotoVersion="2" OpCamera:VideoLength="324" '
+                     b'xmlns:VCamera="http://ns.vivo.com/photos/1.0/camera/" VCamera:VMotionPhotoVersion="1" '
                      b'xmlns:Container="http://ns.google.com/photos/1.0/container/" xmlns:Item="http://ns.google.com/photos/1.0/container/item/"',
                      b'<Container:Directory><rdf:Seq>' + item(b"image/jpeg", b"Primary", 0) + item(b"image/jpeg", b"GainMap", len(gain_map))
                      + item(b"video/mp4", b"MotionPhoto", len(video)) + b'</rdf:Seq></Container:Directory>')
@@ -294,6 +296,7 @@ class PhotosTest(ToolCase):
             self.run_tool("apply", "sepia", "hdr.jpg", output, *options, says=says)
             self.assertFalse(video in Path(output).read_bytes())
             self.assertFalse([name for name in self.tags(output) if re.search("MPF|hdrgm|GCamera|Container", name)])
+            self.assertFalse(re.search(rb'OpCamera:\w|VCamera:V', Path(output).read_bytes()))
 
     def test_colours_go_by_their_profiles(self):
         p3 = self.profile("p3")

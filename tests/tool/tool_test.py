@@ -253,7 +253,7 @@ class ToolTest(ToolCase):
     def test_full_output(self):
         os.symlink("/proc/self/fd/1", "link")
         for code, stream, *command in (
-                (1, "stderr", "apply", "sepia", "raw", "no.jpg", "out"), (75, "stdout", "list"),
+                (1, "stderr", "apply", "sepia", "raw", "no.jpg", "out"), (75, "stdout", "list"), (75, "stdout", "--help"),
                 (75, "stdout", "apply", "sepia", "photo.jpg", "-"), (75, "stdout", "apply", "sepia", "photo.jpg", "link"),
                 (75, "stdout", "bench", "--filter=negative", "--size=8x8", "--seconds=0")):
             with open("/dev/full", "wb") as full:
@@ -318,6 +318,9 @@ class ToolTest(ToolCase):
         self.run_tool("gallery", name, "page")
         Path("page/pictures/old.jpg").touch()
         self.run_tool("gallery", name, "page/")  # replaces the earlier one
+        os.mkdir("page/pictures/mine")
+        self.run_tool("gallery", name, "page", code=1, says="or holds more")
+        os.rmdir("page/pictures/mine")
         page = Path("page/index.html").read_text()
         self.assertEqual(html.unescape(re.search("<title>(.*) under", page)[1]), name)
         entries = json.loads(re.search(r'<script type="application/json"[^>]*>(.*?)</script>', page, re.S)[1])

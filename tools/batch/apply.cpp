@@ -26,7 +26,8 @@ class OutputFolder {
   explicit OutputFolder(const fs::path& path) : path_(path) {
     std::error_code error;
     made_ = fs::create_directory(path, error);
-    if (!fs::is_directory(path)) {
+    std::error_code ignored;
+    if (!fs::is_directory(path, ignored)) {
       failFile("create the folder", path, error ? error.value() : EEXIST);
     }
   }
@@ -50,7 +51,8 @@ bool isSinglePhoto(const ApplyRequest& request) {
     return false;
   }
   const fs::path& output = request.paths.back();
-  return !fs::is_directory(request.paths.front()) && !fs::is_directory(output) &&
+  std::error_code ignored;  // of a name that leads nowhere, which reading or writing it explains
+  return !fs::is_directory(request.paths.front(), ignored) && !fs::is_directory(output, ignored) &&
          output.has_filename();
 }
 
@@ -60,6 +62,9 @@ void checkPaths(const ApplyRequest& request) {
     throw WrongUse(request.names.empty() ? "FILES: an input and an output are needed; see "
                                            "camera-effects apply --help"
                                          : "FILES: an input or --files-from is needed");
+  }
+  if (std::ranges::any_of(request.paths, [](const fs::path& path) { return path.empty(); })) {
+    throw WrongUse("FILES: a name is empty");
   }
   if (request.nulSeparated && request.list.empty()) {
     throw WrongUse("-0 goes with --files-from");
@@ -87,12 +92,12 @@ PhotoSources sourcesOf(const ApplyRequest& request, const EffectChain& effects) 
   }
   sources.folder = request.paths.back();
   sources.inputs.pop_back();
-  if (fs::exists(sources.folder) && !fs::is_directory(sources.folder)) {
+  std::error_code ignored;  // of a name that leads nowhere, where no folder can be made either
+  if (fs::exists(sources.folder, ignored) && !fs::is_directory(sources.folder, ignored)) {
     throw WrongUse(
         fmt::format("{} is a file; several photos go into a folder", sources.folder.string()));
   }
   for (const fs::path& input : sources.inputs) {
-    std::error_code ignored;  // of a folder that does not exist yet
     if (fs::equivalent(input, sources.folder, ignored)) {
       throw WrongUse(fmt::format("the photos in {} would be replaced; name another output folder",
                                  input.string()));

@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <cmath>
+#include <cstdint>
 #include <cstdlib>
 #include <string>
 
@@ -11,6 +12,7 @@ namespace alg::tool {
 namespace {
 
 constexpr char kMany[] = "Many photos";
+constexpr uint64_t kMostMemory = uint64_t{1} << 50U;
 
 void addWhat(CLI::App& command, ApplyRequest& request) {
   command
@@ -81,6 +83,7 @@ void addRun(CLI::App& command, ApplyRequest& request) {
       .add_option("--memory", request.memory,
                   "for all photos at once, as in 800M or 2G; by default, half of what is left")
       ->transform(CLI::AsSizeValue(false))
+      ->check(CLI::Range(uint64_t{1}, kMostMemory))  // also of what has wrapped around
       ->type_name("SIZE")
       ->group(kMany);
   command

@@ -2,6 +2,7 @@
 
 #include <fmt/core.h>
 
+#include <algorithm>
 #include <string_view>
 #include <system_error>
 #include <unordered_map>
@@ -44,7 +45,15 @@ class ListMaker {
 
 std::string normal(const std::string& path) { return fs::path(path).lexically_normal().string(); }
 
-/// Names of a list, without empty ones.
+/// Takes off the end that lines have on Windows, when all have it: a name may end so itself.
+void dropCarriageReturns(std::vector<std::string>& names) {
+  if (std::ranges::all_of(names, [](const std::string& name) { return name.back() == '\r'; })) {
+    std::ranges::for_each(names, [](std::string& name) { name.pop_back(); });
+    std::erase(names, "");
+  }
+}
+
+/// Names of a list, without empty ones. Throws UserError.
 std::vector<std::string> namesIn(const fs::path& list, char separator) {
   const std::vector<uint8_t> bytes = readFile(list);
   const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
@@ -55,6 +64,16 @@ std::vector<std::string> namesIn(const fs::path& list, char separator) {
       names.emplace_back(text.substr(start, end - start));
     }
     start = end + 1;
+  }
+  if (separator == '\n') {
+    if (text.find('\0') != std::string_view::npos) {
+      throw WrongUse(
+          fmt::format("--files-from {}: names that end with NUL need -0", list.string()));
+    }
+    dropCarriageReturns(names);
+  }
+  if (names.empty()) {
+    note(fmt::format("--files-from {}: no names in this list", list.string()));
   }
   return names;
 }
@@ -119,7 +138,8 @@ void ListMaker::settleCollisions() {
     }
     const auto [other, isNew] = byOutput.try_emplace(job.output, &candidate);
     PhotoJob& first = other->second->job;
-    if (!isNew && first.input == job.input) {
+    std::error_code ignored;  // of files that there are not
+    if (!isNew && (first.input == job.input || fs::equivalent(first.input, job.input, ignored))) {
       candidate.leftOut = true;  // named twice: done once
     } else if (!isNew) {
       job.problem =

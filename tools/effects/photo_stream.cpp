@@ -166,7 +166,7 @@ PhotoStream::~PhotoStream() = default;
 
 std::unique_ptr<PhotoStream> PhotoStream::open(const fs::path& input, const fs::path& output,
                                                const EffectChain& effects,
-                                               const PhotoOptions& /*options*/) {
+                                               const PhotoOptions& options) {
   if (!effects.fitsBands() || input == kStandardStream ||
       formatToWrite(output) != PictureFormat::kJpeg) {
     return nullptr;
@@ -175,15 +175,9 @@ std::unique_ptr<PhotoStream> PhotoStream::open(const fs::path& input, const fs::
   return photo->file_->isOpen() && photo->fits(options) ? std::move(photo) : nullptr;
 }
 
-<<<<<<< HEAD
-bool PhotoStream::fits() {
-  if (readJpegInfo(*file_, info_) != JpegFault::kNone || info_.wholeImage ||
-      std::max(info_.width, info_.height) > kMostJpegSide) {
-=======
 bool PhotoStream::fits(const PhotoOptions& options) {
-  if (readJpegInfo(*file_, info_) != JpegFault::kNone || info_.colours == JpegColours::kCmyk ||
+  if (readJpegInfo(*file_, info_) != JpegFault::kNone ||
       std::max(info_.width, info_.height) > kMostJpegSide || !readHead()) {
->>>>>>> turned
     return false;
   }
   orientation_ = Metadata(layout_, {}).orientation();
@@ -212,7 +206,8 @@ std::size_t PhotoStream::memory() const {
   constexpr std::size_t kTurnedBytesPerColumn = 2048;  // of some rows, several times
   const auto width = static_cast<std::size_t>(info_.width);
   const std::size_t pixels = width * static_cast<std::size_t>(info_.height);
-  const std::size_t coefficients = info_.sampling == JpegSampling::k420   ? 3
+  const std::size_t coefficients = info_.colours == JpegColours::kCmyk    ? 8
+                                   : info_.sampling == JpegSampling::k420 ? 3
                                    : info_.sampling == JpegSampling::k422 ? 4
                                                                           : 6;
   return kFixed + (orientation_ == 1 ? 0 : kPackedBytes * pixels + kTurnedBytesPerColumn * width) +
@@ -249,30 +244,24 @@ PhotoFile PhotoStream::description() const {
 
 void PhotoStream::run(EffectChain& effects, const fs::path& output, const PhotoOptions& options,
                       const WriteOptions& how, bool overlap) {
-<<<<<<< HEAD
-  const std::vector<Job> jobs = effects.jobs(info_.width, info_.height);
-  Metadata metadata(layout_, path_);
-  const auto transform = transformFor(info_.colours, metadata, options, path_);
-  const JpegRowWork work = rowWork(transform);
-  const std::vector<uint8_t> segments = metadata.segments(info_.width, info_.height, path_, {});
-  const JpegCoding coding = options.coding(codingOf(info_));
-  JpegBandOptions bands {
-    .rowWork = transform ? &work : nullptr, .quality = coding.quality, .tables = coding.tables,
-    .sampling = coding.sampling,
-=======
   PhotoFile photo = description();
   photo.change.moved = effects.movesPixels();
+  const auto transform = transformFor(info_.colours, photo.metadata, options, path_);
+  const JpegRowWork work = rowWork(transform);
   const JpegSurroundings around = surroundingsOf(photo, options);
   const int width = photo.photo.width;
   const int height = photo.photo.height;
   const std::vector<Job> jobs = effects.jobs(width, height);
   TurnedRows turned(orientation_);
-  JpegBandOptions bands{.quality = options.quality.value_or(info_.quality),
-                        .sampling = options.sampling.value_or(info_.sampling),
+  const JpegCoding coding = options.coding(codingOf(info_));
+  JpegBandOptions bands{.rowWork = transform ? &work : nullptr,
+                        .quality = coding.quality,
+                        .tables = coding.tables,
+                        .sampling = coding.sampling,
                         .store = orientation_ == 1 ? nullptr : &turned,
->>>>>>> turned
-    .carrySegments = false, .segments = around.segments, .overlap = overlap
-  };
+                        .carrySegments = false,
+                        .segments = around.segments,
+                        .overlap = overlap};
   BandChain chain(jobs, effects.weight(), width, height);
   chain.prepare(bands);
 
@@ -287,7 +276,7 @@ void PhotoStream::run(EffectChain& effects, const fs::path& output, const PhotoO
   };
   if (const JpegDamage damage = transcode(write, bands, chain)) {
     refuseOrNote(path_, options, whatIsLost(damage, info_.height));
-    neverOverDamaged(path_, output);
+    neverOverWhole(path_, output);
   }
   if (!bytes_.empty()) {
     around.complete(first);
@@ -316,15 +305,7 @@ JpegDamage PhotoStream::transcode(const std::function<void(Bytes)>& write,
     std::rethrow_exception(failed);
   }
   checkFault(result.fault);
-<<<<<<< HEAD
-  if (result.damage) {
-    refuseOrNote(path_, options, whatIsLost(result.damage, info_.height));
-    neverOverWhole(path_, output);
-  }
-  file.finish();
-=======
   return result.damage;
->>>>>>> turned
 }
 
 }  // namespace alg::tool

@@ -24,15 +24,8 @@ class JpegFile;
 /// bytes as on the way through readPhoto() and writePhoto().
 class PhotoStream {
  public:
-<<<<<<< HEAD
-  /// Opens a photo that can be streamed: an upright JPEG file in one scan, with
-  /// nothing behind the picture, whose output is a JPEG, too, through effects
+  /// Opens a photo that can be streamed: a JPEG file whose output is a JPEG, too, through effects
   /// that fit bands. Null for any other, among them those that can't be read.
-=======
-  /// Opens a photo that can be streamed: a JPEG file, grey or RGB, with colours that stay, whose
-  /// output is a JPEG, too, through effects that fit bands. Null for any other, among them those
-  /// that can't be read.
->>>>>>> turned
   static std::unique_ptr<PhotoStream> open(const std::filesystem::path& input,
                                            const std::filesystem::path& output,
                                            const EffectChain& effects, const PhotoOptions& options);

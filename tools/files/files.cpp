@@ -188,7 +188,8 @@ void writeFile(const fs::path& path, std::span<const uint8_t> bytes, const Write
 void createFolders(const fs::path& folder) {
   std::error_code error;
   fs::create_directories(folder, error);
-  if (!fs::is_directory(folder)) {
+  std::error_code ignored;
+  if (!folder.empty() && !fs::is_directory(folder, ignored)) {
     failFile("create the folder", folder, error ? error.value() : EEXIST);
   }
 }

@@ -56,7 +56,7 @@ class OutputFile {
 void writeFile(const std::filesystem::path& path, std::span<const uint8_t> bytes,
                const WriteOptions& options = {});
 
-/// Creates a folder, and those that it is in. Throws UserError.
+/// Creates a folder, and those that it is in; none for an empty name. Throws UserError.
 void createFolders(const std::filesystem::path& folder);
 
 /// A folder under construction beside its target.

@@ -51,10 +51,10 @@ void writeOut(std::string_view text) {
   writeOut({reinterpret_cast<const uint8_t*>(text.data()), text.size()});
 }
 
-/// The rest of a line, without its newline. Empty at the end of the input, too.
-/// @param start  what was read of it, without newline
+/// A line with its newline, or without one at the end of the input.
+/// @param start  what was read of it
 std::string readLine(std::string start) {
-  for (uint8_t c = 0; readSome({&c, 1}) == 1 && c != '\n';) {
+  for (uint8_t c = 0; !start.ends_with('\n') && readSome({&c, 1}) == 1;) {
     start += static_cast<char>(c);
     if (start.size() > kLongestY4mLine) {
       throw BadInput("the standard input is no Y4M stream: it has a line without an end");
@@ -122,13 +122,15 @@ bool FrameStream::readFrameLine() {
     return false;
   }
   line_ = std::string(start, came);
-  if (!line_.starts_with(kY4mFrame) && kY4mFrame.substr(0, came) != line_) {
+  const bool ended = came < sizeof start;
+  if (!line_.starts_with(kY4mFrame.substr(0, came)) ||
+      (!ended && line_.back() != '\n' && line_.back() != ' ')) {
     throw BadInput(fmt::format("no frame begins where frame {} should", count_ + 1));
   }
-  if (came < sizeof start) {
+  line_ = readLine(line_);
+  if (!line_.ends_with('\n')) {
     failCutOff(0);
   }
-  line_ = line_.back() == '\n' ? line_ : readLine(line_) + '\n';
   return true;
 }
 
@@ -190,8 +192,12 @@ FrameStream openStream(const FramesRequest& request) {
       throw BadInput("nothing came on the standard input");
     }
     const std::string line = start == kY4mStart ? readLine(start) : start;
-    const Size size = parseY4mHeader(line);
-    writeOut(line + '\n');
+    const std::size_t end = line.find('\n');
+    const Size size = parseY4mHeader(line.substr(0, end));
+    if (end == std::string::npos) {
+      throw BadInput("the stream's header is cut off");
+    }
+    writeOut(line);
     return {size, "y4m"};
   }
   return {parseFrameSize(request.size), request.format};
@@ -218,7 +224,7 @@ void filterFrames(const FramesRequest& request) {
     throwIfInterrupted();
     stream.writeFrame();
   }
-  if (stream.count() == 0 && !request.size.empty()) {
+  if (stream.count() == 0) {
     throw BadInput("no frame came on the standard input");
   }
   const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - start;

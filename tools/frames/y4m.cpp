@@ -6,14 +6,26 @@
 #include <array>
 #include <charconv>
 #include <limits>
+#include <system_error>
 
-#include "tools/shell/failure.h"
+#include "tools/shell/console.h"
 
 namespace alg::tool {
 namespace {
 
 /// They differ in where chroma samples lie, which no effect asks for.
 constexpr std::array<std::string_view, 4> kTaken = {"420", "420jpeg", "420mpeg2", "420paldv"};
+
+/// The number after a letter. Throws BadInput.
+int sideOf(std::string_view field) {
+  int side = 0;
+  const char* const end = field.data() + field.size();
+  const auto [stop, error] = std::from_chars(field.data() + 1, end, side);
+  if (error != std::errc() || stop != end) {
+    throw BadInput(fmt::format("the stream's header says \"{}\"; a side is an even number", field));
+  }
+  return side;
+}
 
 }  // namespace
 
@@ -28,8 +40,9 @@ Size parseY4mHeader(std::string_view line) {
     const std::string_view field = rest.substr(0, rest.find(' '));
     rest.remove_prefix(std::min(rest.size(), field.size() + 1));
     if (field.starts_with('W') || field.starts_with('H')) {
-      int& side = field[0] == 'W' ? size.width : size.height;
-      std::from_chars(field.data() + 1, field.data() + field.size(), side);
+      (field[0] == 'W' ? size.width : size.height) = sideOf(field);
+    } else if (field == "It" || field == "Ib" || field == "Im") {
+      note("the stream is interlaced; both fields of a frame are worked on as one picture");
     } else if (field.starts_with('C')) {
       colours = field.substr(1);
     }
@@ -41,10 +54,15 @@ Size parseY4mHeader(std::string_view line) {
                     colours));
   }
   const bool even = size.width % 2 == 0 && size.height % 2 == 0;
-  const int64_t bytes = int64_t{kArgbBytes} * size.width * size.height;
-  if (!even || size.width < 1 || size.height < 1 || bytes > std::numeric_limits<int32_t>::max()) {
+  if (!even || size.width < 1 || size.height < 1) {
     throw BadInput(fmt::format("the stream's frames have {}x{} pixels; only even sides will do",
                                size.width, size.height));
+  }
+  const int64_t bytes = int64_t{kArgbBytes} * size.width * size.height;
+  if (bytes > std::numeric_limits<int32_t>::max()) {
+    throw BadInput(fmt::format("the stream's frames have {}x{} pixels, at most {} will do",
+                               size.width, size.height,
+                               std::numeric_limits<int32_t>::max() / int64_t{kArgbBytes}));
   }
   return size;
 }

@@ -3,12 +3,15 @@
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <iterator>
+#include <new>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "tools/batch/photo_folder.h"
 #include "tools/effects/photo_effect.h"
+#include "tools/files/file_errors.h"
 #include "tools/files/files.h"
 #include "tools/gallery/gallery_page.h"
 #include "tools/photos/jpeg_photo.h"
@@ -99,17 +102,38 @@ class GalleryWriter {
   std::string entries_;  // the elements of a JSON array
 };
 
+/// Whether a gallery has such an entry.
+/// @param name  below the gallery's folder
+bool isOfGallery(const fs::directory_entry& entry, const fs::path& name) {
+  std::vector<std::string> parts;
+  std::ranges::transform(name, std::back_inserter(parts),
+                         [](const fs::path& part) { return part.string(); });
+  const bool folder = entry.symlink_status().type() == fs::file_type::directory;
+  if (parts.front() == "photos") {
+    if (parts.size() < 3) {
+      return folder;
+    }
+    parts.erase(parts.begin(), parts.begin() + 2);
+  }
+  if (folder) {
+    const std::string whole = fmt::format("{}", fmt::join(parts, "/"));
+    return whole == "pictures" || whole == "pictures/small";
+  }
+  const bool picture = name.extension() == ".jpg" && parts.front() == "pictures";
+  return entry.symlink_status().type() == fs::file_type::regular &&
+         (picture || (parts.size() == 1 && parts.front() == "index.html"));
+}
+
 /// Whether nothing is lost when the folder goes: it is empty, or holds only an earlier gallery.
 bool replaceable(const fs::path& folder) {
   if (fs::is_empty(folder)) {
     return true;
   }
-  const bool onlyOurs = std::all_of(fs::directory_iterator(folder), fs::directory_iterator(),
-                                    [](const fs::directory_entry& entry) {
-                                      return entry.path().filename() == "index.html" ||
-                                             entry.path().filename() == "photos" ||
-                                             entry.path().filename() == "pictures";
-                                    });
+  const bool onlyOurs =
+      std::all_of(fs::recursive_directory_iterator(folder), fs::recursive_directory_iterator(),
+                  [&](const fs::directory_entry& entry) {
+                    return isOfGallery(entry, entry.path().lexically_relative(folder));
+                  });
   if (!onlyOurs || !fs::is_regular_file(folder / "index.html")) {
     return false;
   }
@@ -121,17 +145,25 @@ bool replaceable(const fs::path& folder) {
 fs::path galleryFolder(const fs::path& wanted) {
   std::error_code error;
   const fs::path folder = fs::weakly_canonical(fs::absolute(wanted), error);
+  if (error) {
+    failFile("create", wanted, error.value());
+  }
   if (fs::exists(folder) && !(fs::is_directory(folder) && replaceable(folder))) {
     throw UserError(
-        fmt::format("{} exists and is no earlier gallery; name another folder", wanted.string()));
+        fmt::format("{} exists and is no earlier gallery, or holds more; name another folder",
+                    wanted.string()));
   }
   return folder.has_filename() ? folder : folder.parent_path();
 }
 
+PhotoFile readForGallery(const fs::path& path, const PhotoOptions& options) {
+  return readPhoto(path, options, [](int, int) { return kPhotoSide; });
+}
+
 /// Draws a photo under every effect, and its page. Throws UserError.
-void drawPhoto(const fs::path& path, const fs::path& folder, const PhotoOptions& options,
+void drawPhoto(const PhotoFile& file, const fs::path& folder, const PhotoOptions& options,
                std::string_view index, EffectPictures& pictures, Progress& progress) {
-  const PhotoFile file = readPhoto(path, options, [](int, int) { return kPhotoSide; });
+  const fs::path& path = file.origin.path;
   const Photo& photo = file.photo;
   GalleryWriter gallery(folder, file, options);
   gallery.add({"Original", path.filename().string(), "original"}, photo);
@@ -166,7 +198,8 @@ std::string addressText(std::string_view name) {
 }
 
 /// Draws all photos of the folder `from`, each on a page of its own, and a page of them all.
-/// Returns whether every photo could be drawn. Throws UserError.
+/// Returns whether every photo could be drawn: one that can't be read doesn't stop the others.
+/// Throws UserError.
 bool drawFolder(const fs::path& from, const fs::path& to, const PhotoOptions& options) {
   const std::vector<fs::path> found = photosIn(from, to, false).photos;
   EffectPictures pictures;
@@ -175,15 +208,17 @@ bool drawFolder(const fs::path& from, const fs::path& to, const PhotoOptions& op
   std::size_t drawn = 0;
   for (const fs::path& photo : found) {
     const std::string name = photo.filename().string();
-    const fs::path own = to / "photos" / photo.filename();
+    PhotoFile file;
     try {
-      drawPhoto(photo, own, options, "../../index.html", pictures, progress);
+      file = readForGallery(photo, options);
     } catch (const UserError& error) {
       complain(error.what());
-      std::error_code ignored;
-      fs::remove_all(own, ignored);
+      continue;
+    } catch (const std::bad_alloc&) {
+      complain(fmt::format("{}: not enough memory", photo.string()));
       continue;
     }
+    drawPhoto(file, to / "photos" / name, options, "../../index.html", pictures, progress);
     cards += fmt::format(
         "\n<li><a href=\"photos/{0}/index.html\"><img "
         "src=\"photos/{0}/pictures/small/Original.jpg\" alt=\"\" loading=\"lazy\">"
@@ -192,7 +227,8 @@ bool drawFolder(const fs::path& from, const fs::path& to, const PhotoOptions& op
     ++drawn;
   }
   if (drawn == 0) {
-    throw BadInput(fmt::format("{}: no photos in this folder", from.string()));
+    throw BadInput(fmt::format("{}: no photos in this folder{}", from.string(),
+                               found.empty() ? "" : " that can be read"));
   }
   std::string page(kGalleryIndex);
   fillIn(page, "{{title}}", htmlText(fs::canonical(from).filename().string()));
@@ -208,12 +244,20 @@ bool makeGallery(const GalleryRequest& request) {
   const fs::path target = galleryFolder(request.folder);
   TemporaryFolder folder(target);
   bool complete = true;
-  if (fs::is_directory(request.photo)) {
-    complete = drawFolder(request.photo, folder.path(), request.options);
-  } else {
-    EffectPictures pictures;
-    Progress progress(effects().size());
-    drawPhoto(request.photo, folder.path(), request.options, "", pictures, progress);
+  try {
+    std::error_code ignored;
+    if (fs::is_directory(request.photo, ignored)) {
+      complete = drawFolder(request.photo, folder.path(), request.options);
+    } else {
+      EffectPictures pictures;
+      Progress progress(effects().size());
+      drawPhoto(readForGallery(request.photo, request.options), folder.path(), request.options, "",
+                pictures, progress);
+    }
+  } catch (const UserError& error) {  // perhaps about a file of the folder that has to go now
+    std::string sentence = error.what();
+    fillIn(sentence, folder.path().string(), target.string());
+    throw UserError(sentence, error.code());
   }
   folder.moveToTarget();
   return complete;

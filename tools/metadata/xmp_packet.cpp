@@ -19,6 +19,9 @@ constexpr std::string_view kCamera = "http://ns.google.com/photos/1.0/camera/";
 constexpr std::string_view kContainer = "http://ns.google.com/photos/1.0/container/";
 constexpr std::string_view kItem = "http://ns.google.com/photos/1.0/container/item/";
 constexpr std::string_view kGainMap = "http://ns.adobe.com/hdr-gain-map/1.0/";
+constexpr std::string_view kAppleGainMap = "http://ns.apple.com/HDRGainMap/1.0/";
+constexpr std::string_view kOppoCamera = "http://ns.oplus.com/photos/1.0/camera/";
+constexpr std::string_view kVivoCamera = "http://ns.vivo.com/photos/1.0/camera/";
 
 /// Whether `name` is `wanted` of a namespace, by the prefix that is bound where `node` stands.
 bool isNamed(std::string_view name, pugi::xml_node node, std::string_view space,
@@ -217,10 +220,15 @@ void XmpPacket::describeFollowers(uint64_t gainMapBytes, bool others) {
   }
   if (gainMapBytes == 0) {
     remove(kGainMap, "");
+    remove(kAppleGainMap, "");
   }
   if (!others) {
-    remove(kCamera, "MicroVideo");
-    remove(kCamera, "MotionPhoto");
+    for (const auto& [space, begin] :
+         {std::pair(kCamera, "MicroVideo"), std::pair(kCamera, "MotionPhoto"),
+          std::pair(kOppoCamera, "MotionPhoto"), std::pair(kOppoCamera, "OLivePhoto"),
+          std::pair(kOppoCamera, "VideoLength"), std::pair(kVivoCamera, "VMotionPhoto")}) {
+      remove(space, begin);
+    }
   }
 }
 

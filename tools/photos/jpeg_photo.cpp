@@ -31,7 +31,6 @@ std::string whyUnsupported(const JpegLayout& layout) {
                      layout.components);
 }
 
-<<<<<<< HEAD
 void refuseFault(const JpegReader& reader, const std::filesystem::path& path,
                  const JpegLayout& layout) {
   if (reader.fault() == JpegFault::kNoMemory) {
@@ -42,13 +41,6 @@ void refuseFault(const JpegReader& reader, const std::filesystem::path& path,
   }
 }
 
-void decodeRows(JpegReader& reader, const std::filesystem::path& path, const JpegLayout& layout,
-                Photo& photo) {
-  const auto stride = static_cast<std::size_t>(photo.width) * kArgbBytes;
-  reader.read(photo.pixels.get(), stride, photo.height);
-  reader.finish();
-  refuseFault(reader, path, layout);
-=======
 /// Decodes all rows and turns them, some at a time.
 Photo decodeUpright(JpegReader& reader, int orientation) {
   constexpr int kRows = 32;
@@ -75,7 +67,6 @@ Photo decodeUpright(JpegReader& reader, int orientation) {
     y += count;
   }
   return photo;
->>>>>>> turned
 }
 
 /// Damage of a photo that was decoded reduced, in rows of the whole one.
@@ -127,30 +118,12 @@ PhotoFile decodeJpegPhoto(Bytes file, const std::filesystem::path& path,
   const auto transform = transformFor(info.colours, metadata, options, path);
   const JpegRowWork work = rowWork(transform);
   const int side = keepSide ? keepSide(info.width, info.height) : 0;
-<<<<<<< HEAD
   reader.start({.reduction = info.reductionFor(side), .rowWork = transform ? &work : nullptr});
   refuseFault(reader, path, layout);
-  Photo photo = blankPhoto(reader.width(), reader.height());
-  decodeRows(reader, path, layout, photo);
-=======
-  reader.start({.reduction = info.reductionFor(side)});
-  if (reader.fault() == JpegFault::kNoMemory) {
-    throw std::bad_alloc();
-  }
-  if (reader.fault() != JpegFault::kNone) {
-    throw BadInput(whyRefused(path, reader.fault(), reader.info(), layout));
-  }
-  Metadata metadata(layout, path);
   const int rows = reader.height();
   Photo photo = decodeUpright(reader, metadata.orientation());
-  const JpegFault fault = reader.finish();
-  if (fault == JpegFault::kNoMemory) {
-    throw std::bad_alloc();
-  }
-  if (fault != JpegFault::kNone) {
-    throw BadInput(whyRefused(path, fault, info, layout));
-  }
->>>>>>> turned
+  reader.finish();
+  refuseFault(reader, path, layout);
   const JpegDamage damage = reader.damage();
   if (damage) {
     refuseOrNote(path, options, whatIsLost(inWhole(damage, rows, info.height), info.height));

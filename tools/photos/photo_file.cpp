@@ -53,27 +53,11 @@ Followers followersOf(const PhotoFile& file, const PhotoOptions& options) {
   return followers;
 }
 
-<<<<<<< HEAD
 std::vector<uint8_t> encodeWithFollowers(const PhotoFile& file, const PhotoOptions& options) {
-  const Photo& photo = file.photo;
-  const Followers followers = followersOf(file, options);
-  std::vector<uint8_t> segments = file.metadata.segments(
-      photo.width, photo.height, file.origin.path, {followers.gainMapBytes(), followers.hasRest()});
-  const std::vector<uint8_t> index = followers.index();
-  segments.insert(segments.end(), index.begin(), index.end());
-  std::vector<uint8_t> bytes = encodeJpegPhoto(photo, options.coding(file.origin.coding), segments);
-  const auto place = index.empty()
-                         ? bytes.begin()
-                         : std::search(bytes.begin(), bytes.end(), index.begin(), index.end());
-  followers.appendTo(bytes, static_cast<std::size_t>(place - bytes.begin()));
-=======
-std::vector<uint8_t> encodeWithFollowers(const PhotoFile& file, const PhotoOptions& options,
-                                         int quality) {
   const JpegSurroundings around = surroundingsOf(file, options);
-  std::vector<uint8_t> bytes = encodeJpegPhoto(
-      file.photo, quality, options.sampling.value_or(file.origin.sampling), around.segments);
+  std::vector<uint8_t> bytes =
+      encodeJpegPhoto(file.photo, options.coding(file.origin.coding), around.segments);
   around.complete(bytes);
->>>>>>> turned
   return bytes;
 }
 

@@ -1,6 +1,6 @@
 #include "tools/shell/json.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 
