@@ -1,6 +1,6 @@
 #include "tools/gallery/gallery.h"
 
-#include <fmt/core.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
 #include <iterator>
