@@ -25,10 +25,17 @@ ALLOWED = {
                PUBLIC},
     "jni": {"base", "platform", "catalogue", "codec", "sfb", "effect", "images", PUBLIC},
 }
+# The tool's folders, each of which may include itself and those before it; and everything but jni.
+TOOL = ["shell", "files", "metadata", "photos", "effects", "batch", "frames", "gallery", "commands", "."]
 
 
 def folder_of(path: str) -> str:
     return PUBLIC if path.startswith(("libalgorithm/", PUBLIC)) else path.split("/")[0]
+
+
+def tool_level(path: str) -> int:
+    parts = path.split("/")
+    return TOOL.index(parts[1] if len(parts) > 2 else ".")
 
 
 def main() -> int:
@@ -44,8 +51,12 @@ def main() -> int:
             target = folder_of(include[1])
             # Tools, tests and benchmarks, which are not listed, may include anything but jni.
             forbidden = target not in ALLOWED[folder] if folder in ALLOWED else target == "jni"
-            if target != folder and forbidden:
-                print(f"{name}:{number}: {folder} must not include {target}", file=sys.stderr)
+            if target == folder == "tools":
+                forbidden = tool_level(include[1]) > tool_level(name)
+            elif target == folder:
+                forbidden = False
+            if forbidden:
+                print(f"{name}:{number}: must not include {include[1]}", file=sys.stderr)
                 wrong += 1
     return 1 if wrong else 0
 

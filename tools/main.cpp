@@ -9,11 +9,11 @@
 #include <string>
 #include <system_error>
 
-#include "tools/commands.h"
-#include "tools/console.h"
-#include "tools/device_root.h"
-#include "tools/file_errors.h"
-#include "tools/interrupts.h"
+#include "tools/commands/commands.h"
+#include "tools/files/device_root.h"
+#include "tools/files/file_errors.h"
+#include "tools/shell/console.h"
+#include "tools/shell/interrupts.h"
 
 namespace alg::tool {
 namespace {

@@ -1,5 +1,5 @@
 // What a batch may use of a machine, and files on file systems that know no nameless ones.
-#include "tools/resources.h"
+#include "tools/batch/resources.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -15,7 +15,7 @@
 #include <utility>
 #include <vector>
 
-#include "tools/new_file.h"
+#include "tools/files/new_file.h"
 
 namespace fs = std::filesystem;
 
