@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "base/block.h"
+#include "base/streamed.h"
 #include "camerautil/turn_rows.h"
 #include "images/plane_rows.h"
 #include "platform/large_block.h"
@@ -21,12 +22,22 @@ struct Grid {
   int width, height;
 };
 
+/// Whether a grid that is turned at once goes past the caches.
+bool streams(const Grid& grid, Turn turn, int count, Rows<uint8_t> dst) {
+  const bool onItsSide = turn != Turn::kHalf;
+  const auto rowBytes =
+      static_cast<std::ptrdiff_t>(grid.bytes) * (onItsSide ? grid.height : grid.width);
+  const std::ptrdiff_t size = dst.pitch * ((onItsSide ? grid.width : grid.height) - 1) + rowBytes;
+  return count == grid.height && isStreamed(dst.first, static_cast<std::size_t>(size));
+}
+
 /// Where some of a grid's rows go.
 void place(const Grid& grid, Turn turn, int first, int count, Rows<const uint8_t> src,
            Rows<uint8_t> dst) {
   const auto bytes = static_cast<std::ptrdiff_t>(grid.bytes);
   const auto width = static_cast<std::size_t>(grid.width);
   const Rows<const uint8_t> upwards{src.row(count - 1), -src.pitch};
+  const bool stream = turn != Turn::kNone && streams(grid, turn, count, dst);
   switch (turn) {
     case Turn::kNone:
       if (src.pitch == dst.pitch && dst.pitch == bytes * grid.width) {
@@ -40,15 +51,15 @@ void place(const Grid& grid, Turn turn, int first, int count, Rows<const uint8_t
       return;
     case Turn::kQuarter:
       dst.first += bytes * (grid.height - first - count);
-      return transpose(grid.bytes, upwards, dst, grid.width, count);
+      return transpose(grid.bytes, upwards, dst, grid.width, count, stream);
     case Turn::kHalf:
       for (int y = 0; y < count; ++y) {
-        mirror(grid.bytes, src.row(y), dst.row(grid.height - 1 - first - y), width);
+        mirror(grid.bytes, src.row(y), dst.row(grid.height - 1 - first - y), width, stream);
       }
       return;
     case Turn::kThreeQuarters:
       dst = {dst.row(grid.width - 1) + bytes * first, -dst.pitch};
-      return transpose(grid.bytes, src, dst, grid.width, count);
+      return transpose(grid.bytes, src, dst, grid.width, count, stream);
   }
 }
 

@@ -1,6 +1,8 @@
 // Images of 4-byte pixels: rotation, resize, blends and blurs, beside libyuv and OpenCV.
 #include <libyuv.h>
 
+#include <cmath>
+
 #include "base/block.h"
 #include "bench/peers/opencv.h"
 #include "libalgorithm/camera_util.h"
@@ -30,6 +32,31 @@ Duel quarterTurn(Scene& s, const char* work, int degrees, cv::RotateFlags code) 
           cv::Mat turned = mat(s.theirs, kHeight, kWidth);
           cv::rotate(mat(s.words, kWidth, kHeight), turned, code);
         }}}};
+}
+
+/// What a pixel costs where rows of the source or of the result are a power of two apart. As many
+/// pixels as the other image has.
+Duel pitched(Scene& s, const char* work, int width, int height) {
+  constexpr double kMostLoss = 1.1;
+  const auto whole = [&s, width, height] {  // turned back
+    const std::size_t bytes = 4 * pixelsOf(width, height);
+    Bytes back(bytes);
+    CameraUtil::rotateARGB270(s.ours.data(), back.data(), height, width);
+    return difference(back, s.words, bytes);
+  };
+  return {
+      .work = work,
+      .required = std::round(100 / kMostLoss) / 100,
+      .moved = 2 * kBytes,
+      .result = 0,
+      .tolerance = 0,
+      .ours = [=, &s] { CameraUtil::rotateARGB90(s.words.data(), s.ours.data(), width, height); },
+      .peers = {{"ours with rows of " + std::to_string(kPitch) + " bytes",
+                 [&s] {
+                   CameraUtil::rotateARGB90(s.words.data(), s.theirs.data(), kWidth, kHeight);
+                 }}},
+      .difference = whole,
+      .runs = 4};  // else the second finds in the cache what the first has read
 }
 
 Duel halfTurn(Scene& s) {
@@ -164,7 +191,10 @@ Duel blurring(Scene& s, const char* work, double required, int radius, double to
 
 std::vector<Duel> wordDuels(Scene& s) {
   static Bytes half = picture(kHalfWidth, kHalfHeight, 4);
-  return {
+  constexpr int kNarrow = 4096, kWide = 8192;  // of 16 and 32 KB
+  constexpr int kMany = static_cast<int>(kPixels) / kNarrow;
+  constexpr int kFew = static_cast<int>(kPixels) / kWide;
+  std::vector<Duel> duels{
       quarterTurn(s, "rotate ARGB by 90", 90, cv::ROTATE_90_CLOCKWISE),
       halfTurn(s),
       quarterTurn(s, "rotate ARGB by 270", 270, cv::ROTATE_90_COUNTERCLOCKWISE),
@@ -179,6 +209,13 @@ std::vector<Duel> wordDuels(Scene& s) {
       blurring(s, "blur", 1.2, 24, 2, per_pixel::kBox,
                [&s] { blur(s.ours.data(), asWords(s.words), kWidth, kHeight); }),
   };
+#if defined(__x86_64__)  // by time; instructions tell nothing of caches
+  duels.push_back(pitched(s, "rotate ARGB by 90, from rows of 16 KB", kNarrow, kMany));
+  duels.push_back(pitched(s, "rotate ARGB by 90, from rows of 32 KB", kWide, kFew));
+  duels.push_back(pitched(s, "rotate ARGB by 90, to rows of 16 KB", kMany, kNarrow));
+  duels.push_back(pitched(s, "rotate ARGB by 90, to rows of 32 KB", kFew, kWide));
+#endif
+  return duels;
 }
 
 }  // namespace alg::bench
