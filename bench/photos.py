@@ -45,15 +45,22 @@ def commands(tool: str, loop: str, photo: pathlib.Path, turned: pathlib.Path, ou
     }
 
 
-def run(command: list[str], memory: pathlib.Path) -> tuple[float, float, float]:
-    """CPU seconds, elapsed seconds, megabytes. Of a child of Python's, Python's own memory would count."""
+def run(command: list[str]) -> tuple[float, float]:
+    """CPU and elapsed seconds."""
     start = time.monotonic()
-    child = subprocess.Popen(["/usr/bin/time", "-f", "%M", "-o", memory, *command])
+    child = subprocess.Popen(command)
     _, status, usage = os.wait4(child.pid, 0)
     child.returncode = os.waitstatus_to_exitcode(status)
     if child.returncode != 0:
         sys.exit(f"{' '.join(command)}: exit code {child.returncode}")
-    return usage.ru_utime + usage.ru_stime, time.monotonic() - start, int(memory.read_text()) / 1000
+    return usage.ru_utime + usage.ru_stime, time.monotonic() - start
+
+
+def memory_of(command: list[str], report: pathlib.Path) -> float:
+    """Megabytes. Of a child of Python's, Python's own memory would count; another process between would take
+    elapsed time of programs with several threads."""
+    subprocess.run(["/usr/bin/time", "-f", "%M", "-o", report, *command], check=True)
+    return int(report.read_text()) / 1000
 
 
 def on_its_side(photo: pathlib.Path) -> pathlib.Path:
@@ -106,17 +113,16 @@ def main() -> None:
         if shutil.which(program) is None:
             print(f"photos: {program} is not installed; its row is left out", file=sys.stderr)
             del all_commands[name]
+    memory = {name: memory_of(command, photo.with_name("memory")) for name, command in all_commands.items()}
     results = {name: [] for name in all_commands}
-    for i in range(RUNS + 1):
+    for _ in range(RUNS):
         for name, command in all_commands.items():
-            measured = run(command, photo.with_name("memory"))
-            if i > 0:  # the first one reads programs from the disk
-                results[name].append(measured)
+            results[name].append(run(command))
     medians = {name: [statistics.median(column) for column in zip(*rows)] for name, rows in results.items()}
     floor = medians[FLOOR]
     print("| Program | CPU, ms | of the floor | Elapsed, ms | of the floor | Memory, MB |\n|---|---:|---:|---:|---:|---:|")
-    for name, (cpu, elapsed, memory) in medians.items():
-        print(f"| {name} | {cpu * 1000:.0f} | {cpu / floor[0]:.2f} | {elapsed * 1000:.0f} | {elapsed / floor[1]:.2f} | {memory:.0f} |")
+    for name, (cpu, elapsed) in medians.items():
+        print(f"| {name} | {cpu * 1000:.0f} | {cpu / floor[0]:.2f} | {elapsed * 1000:.0f} | {elapsed / floor[1]:.2f} | {memory[name]:.0f} |")
     made = photo.with_name("out.jpg").stat().st_size / 1e6
     print(f"\nA sepia matrix over one photo of 4000 x 3000 pixels, {photo.stat().st_size / 1e6:.1f} MB, to {made:.1f} MB at quality {QUALITY}: "
           f"medians of {RUNS} runs in turn; memory of the largest process.")

@@ -36,7 +36,7 @@ Duel quarterTurn(Scene& s, const char* work, int degrees, cv::RotateFlags code) 
 
 /// What a pixel costs where rows of the source or of the result are a power of two apart. As many
 /// pixels as the other image has.
-Duel pitched(Scene& s, const char* work, int width, int height) {
+[[maybe_unused]] Duel pitched(Scene& s, const char* work, int width, int height) {
   constexpr double kMostLoss = 1.1;
   const auto turn = [&s](int w, int h) {
     CameraUtil::rotateARGB90(s.words.data(), s.ours.data(), w, h);
