@@ -64,15 +64,17 @@ constexpr int32_t divisorOf(int32_t factor) {
   return divisor;
 }
 
+// 2 v, limited to 16 bits. Cores shift, which compilers make of a plain addition, in one of two
+// pipelines only.
+HWY_INLINE uint16x8_t twice(uint16x8_t v) { return vqaddq_u16(v, v); }
+
 // factor * sample + offset, as a product of 16 bits and the sample itself.
 template <int32_t kFactor>
 HWY_INLINE ChromaTerm gain(uint16x8_t sample) {
   constexpr int32_t kDivisor = divisorOf(kFactor);
   static_assert(kDivisor == 2 || kDivisor == 3);
   constexpr auto kRest = static_cast<uint16_t>(kFactor / kDivisor);
-  const uint16x8_t twice = vshlq_n_u16(sample, 1);
-  // Of a plain addition clang makes a product, which takes longer.
-  const uint16x8_t times = kDivisor == 2 ? twice : vqaddq_u16(twice, sample);
+  const uint16x8_t times = kDivisor == 2 ? twice(sample) : vqaddq_u16(twice(sample), sample);
   const uint32x4_t offset = vdupq_n_u32(offsetOf(kFactor));
   return {vmlal_n_u16(vaddw_u16(offset, vget_low_u16(sample)), vget_low_u16(times), kRest),
           vmlal_high_n_u16(vaddw_high_u16(offset, sample), times, kRest)};
@@ -102,11 +104,11 @@ struct Level {
 };
 
 // 76310 Y as 2 Y times half the factor, which fits 16 bits.
-HWY_INLINE Level levelOf(uint8x8_t luma) {
+HWY_INLINE Level levelOf(uint16x8_t luma) {
   static_assert(bt601::kLumaGain % 2 == 0 && bt601::kLumaGain / 2 <= 0xFFFF);
-  const uint16x8_t twice = vshll_n_u8(luma, 1);
+  const uint16x8_t factors = twice(luma);
   constexpr auto kHalf = static_cast<uint16_t>(bt601::kLumaGain / 2);
-  return {vmull_n_u16(vget_low_u16(twice), kHalf), vmull_high_n_u16(twice, kHalf)};
+  return {vmull_n_u16(vget_low_u16(factors), kHalf), vmull_high_n_u16(factors, kHalf)};
 }
 
 // The channel of eight pixels, saturated, in the upper byte of each lane:
@@ -122,8 +124,10 @@ HWY_INLINE ByteVector channel(const Level& level, const ChromaTerm& term) {
 
 template <RowFormat kFormat, bool /*kStream*/>
 HWY_INLINE void decodeBlock(const uint8_t* luma, const ChromaTerms& terms, uint8_t* pixels) {
-  const uint8x8x2_t columns = vld2_u8(luma);
-  const Level even = levelOf(columns.val[0]), odd = levelOf(columns.val[1]);
+  const uint16x8_t columns = vreinterpretq_u16_u8(vld1q_u8(luma));
+  // A mask that compilers know is applied by an instruction that needs a copy.
+  const Level even = levelOf(vandq_u16(columns, opaque(vdupq_n_u16(0xFF))));
+  const Level odd = levelOf(vshrq_n_u16(columns, 8));
   const auto both = [&](const ChromaTerm& term) HWY_ATTR {
     return vtrn2q_u8(channel(even, term).raw, channel(odd, term).raw);
   };
