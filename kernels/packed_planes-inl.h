@@ -205,8 +205,7 @@ HWY_INLINE void mapPixels(const uint8_t* src, uint8_t* dst, std::size_t pixels, 
   constexpr std::size_t kLarge = std::size_t{1} << 20;  // for a second-level cache
   const std::size_t bytes = kPackedBytes * pixels;
   const bool large = bytes >= kLarge;
-  const bool streams =
-      large && (src + bytes <= dst || dst + bytes <= src) && isStreamed(dst, bytes);
+  const bool streams = large && !overlap(src, bytes, dst, bytes) && isStreamed(dst, bytes);
   const auto mapBlock = [&](std::size_t /*x*/, const uint8_t* in, uint8_t* out) HWY_ATTR {
     if (large) {
       fetchPageAhead<kPackedBytes * kLanes>(in);
