@@ -328,7 +328,7 @@ class Transcoder {
   const JpegBandWork& work_;
   ReadRows decode_;
   int width_ = 0, height_ = 0;  ///< of the rows that come next
-  Block carried_;               ///< segments of the file
+  Block carried_;               ///< segments of the file, until they are written
   std::size_t carriedBytes_ = 0;
 };
 
@@ -360,6 +360,7 @@ JpegFault Transcoder::encode(const ReadRows& read) {
        .sampling = options_.sampling,
        .segments = options_.carrySegments ? std::span<const uint8_t>(carried_.get(), carriedBytes_)
                                           : options_.segments});
+  carried_.reset();
   if (fault != JpegFault::kNone) {
     return fault;
   }
