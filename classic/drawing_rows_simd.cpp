@@ -123,7 +123,7 @@ HWY_INLINE Columns columnsOf(const uint8_t* top, const uint8_t* middle, const ui
           vreinterpretq_s16_u16(vsubl_u8(t0, b0)), vreinterpretq_s16_u16(vsubl_high_u8(t, b))};
 }
 
-// Half the squared gradient of eight windows, or another number whose root exceeds 128.
+// The square of half the gradient of eight windows, or another number whose root exceeds 128.
 HWY_INLINE uint16x8_t energy(uint16x8_t sum, uint16x8_t nextSum, int16x8_t step,
                              int16x8_t nextStep) {
   const int16x8_t both = vaddq_s16(step, vextq_s16(step, nextStep, 1));
