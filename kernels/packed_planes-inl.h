@@ -192,7 +192,7 @@ HWY_INLINE void storeOrdered(ByteVector v0, ByteVector v1, ByteVector v2, uint8_
 #endif
 
 // dst = map(planes of src), a vector of pixels at a time. On x86 large images are fetched ahead,
-// and results that are mapped already, and not the source, go past the caches (base/streamed.h).
+// and results go past the caches where that pays (base/streamed.h), unless they overlap the source.
 template <class Map>
 HWY_INLINE void mapPixels(const uint8_t* src, uint8_t* dst, std::size_t pixels, Map map) {
   const Reads<kPackedBytes> from{src};
