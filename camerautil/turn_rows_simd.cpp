@@ -70,6 +70,7 @@ HWY_INLINE void copyLine(const uint8_t* from, uint8_t* to, bool stream) {
 //     a:             a0 a1 a2              end  a1 b1 c1 ...  --> destination row 1  . . a1 b1 c1
 //     b:             b0 b1 b2              end  a2 b2 c2 ...
 //     c:             c0 c1 c2
+
 // A tile's columns, of words and of other elements, and the bytes of its runs: 16 KB. Where lines
 // need not be whole, long runs of few columns cost the fewest instructions.
 constexpr int kWordColumns = kByLines ? 64 : 16;
@@ -81,8 +82,10 @@ constexpr int64_t kCachedBytes = 1 << 20;  // of an image likely to be in a seco
 
 struct Tile {
   int elementBytes;
-  int columns;   // of the source; blocks of a band's or image's last ones are whole, so that it may
-  int runBytes;  // have up to kBlockBytes further ones
+  /// Of the source. A band's last tile has up to kBlockBytes more, where the rest would be less than
+  /// a block.
+  int columns;
+  int runBytes;
   /// Transposes `columns` x `rows` elements from `from` on into runs, and fetches what is at
   /// `next`. When the rows are fewer than a block's, some of those above are done again.
   void (*fill)(const uint8_t* from, std::ptrdiff_t pitch, const uint8_t* next, int columns,

@@ -54,7 +54,7 @@ class ShortWeigher {
  public:
   static bool takes(const GreyWeights& weights) {
     return (weights.of[0] | weights.of[2]) % 128 == 0 && weights.of[1] % 256 == 0 &&
-           weights.of[0] + weights.of[2] <= 256 * 128;
+           weights.of[0] + weights.of[2] < 256 * 128;
   }
 
   explicit ShortWeigher(const GreyWeights& weights)

@@ -3,12 +3,7 @@
 // Gains are worked out for the left half of a row, most of it in 16-bit lanes, and kept as bytes in
 // the order of a destination row, for it and, back to front, for its image on the right. Where the
 // light is even, towards the centre, there is one gain for all. What is left to do for a pixel is
-// to turn it round and to add. NEON does that plane by plane, AVX2 five pixels a step:
-//
-//   loaded    B G R  B G R  B G R  B G R  B G R  -
-//   turned    R G B  R G B  R G B  R G B  R G B  -   + gains, limited to 255
-//
-// The byte stored too many belongs to the next pixel, which is written later.
+// to turn it round and to add (light_up-inl.h).
 //
 // Memory is quickest in its own order, so a band of rows at the top is lit downwards, then its
 // images at the bottom, downwards too, with the gains kept: taking turns between a row and its
@@ -23,6 +18,8 @@
 #define HWY_TARGET_INCLUDE "classic/light_rows_simd.cpp"
 #include "hwy/foreach_target.h"  // IWYU pragma: keep
 #include "hwy/highway.h"
+// After Highway, which defines the target.
+#include "classic/light_up-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace alg::HWY_NAMESPACE {
@@ -34,19 +31,14 @@ constexpr auto& fillLightVector = fillLightPlain;
 
 #else
 
-namespace hn = hwy::HWY_NAMESPACE;
-
-using Bytes = hn::ScalableTag<uint8_t>;
 using Shorts = hn::Repartition<int16_t, Bytes>;
 using Unsigned = hn::Repartition<uint16_t, Bytes>;
 using Ints = hn::Repartition<int32_t, Bytes>;
 using Floats = hn::Repartition<float, Bytes>;
-using Bytes16 = hn::Full128<uint8_t>;
 using ShortVector = hn::Vec<Shorts>;
 using UnsignedVector = hn::Vec<Unsigned>;
 using IntVector = hn::Vec<Ints>;
 
-constexpr int kBlock = static_cast<int>(hn::MaxLanes(Bytes()));  // columns a step
 constexpr int kShortLanes = kBlock / 2;
 constexpr int kIntLanes = kBlock / 4;
 
@@ -243,101 +235,6 @@ class LightTerms {
   const int evenDistance_;
   const IntVector iota_ = hn::Iota(Ints(), 0);
 };
-
-/// Lights pixels one by one, for lightUp.
-HWY_INLINE void lightEach(const uint8_t* src, uint8_t* dst, std::size_t bytes, const uint8_t* gains,
-                          std::size_t step) {
-  for (std::size_t at = 0; at < bytes; at += kPackedBytes, gains += step / 5) {
-    for (std::size_t k = 0; k < kPackedBytes; ++k) {
-      dst[at + k] = static_cast<uint8_t>(std::min(src[at + 2 - k] + gains[k], 255));
-    }
-  }
-}
-
-// lightUp lights `bytes` bytes and perhaps some more up to `room`, to be lit again. The gains of
-// five pixels are `step` bytes after those of the five before: 15, or 0 to take the same ones
-// again.
-#if ALG_IS_NEON()
-
-/// gainsAt(x) are those of the 16 pixels from byte x on.
-template <class GainsAt>
-HWY_INLINE void lightPlanes(const uint8_t* src, uint8_t* dst, std::size_t bytes, std::size_t room,
-                            GainsAt gainsAt) {
-  constexpr std::size_t kStep = std::size_t{kPackedBytes} * kBlock;
-  const auto lit = [&](std::size_t x) HWY_ATTR {
-    const uint8x16x3_t p = vld3q_u8(src + x), g = gainsAt(x);
-    return uint8x16x3_t{vqaddq_u8(p.val[2], g.val[0]), vqaddq_u8(p.val[1], g.val[1]),
-                        vqaddq_u8(p.val[0], g.val[2])};
-  };
-  std::size_t x = 0;
-  // Two steps are read before either is written, so that cores which take instructions in order
-  // don't wait for each.
-  for (; x + kStep < bytes && x + 2 * kStep <= room; x += 2 * kStep) {
-    const uint8x16x3_t first = lit(x), second = lit(x + kStep);
-    vst3q_u8(dst + x, first);
-    vst3q_u8(dst + x + kStep, second);
-  }
-  for (; x < bytes; x += kStep) {
-    const std::size_t from = HWY_MIN(x, room - kStep);
-    vst3q_u8(dst + from, lit(from));
-  }
-}
-
-HWY_NOINLINE void lightUp(const uint8_t* src, uint8_t* dst, std::size_t bytes, std::size_t room,
-                          const uint8_t* gains, std::size_t step) {
-  if (room < std::size_t{kPackedBytes} * kBlock) {
-    lightEach(src, dst, bytes, gains, step);
-  } else if (step == 0) {
-    const uint8x16x3_t even{vdupq_n_u8(gains[0]), vdupq_n_u8(gains[1]), vdupq_n_u8(gains[2])};
-    lightPlanes(src, dst, bytes, room, [&](std::size_t /*x*/) HWY_ATTR { return even; });
-  } else {
-    lightPlanes(src, dst, bytes, room, [&](std::size_t x) HWY_ATTR { return vld3q_u8(gains + x); });
-  }
-}
-
-#else
-
-/// Lights the 5 pixels at each of kSteps places, 15 bytes apart. All are read before any is
-/// written.
-template <std::size_t kSteps>
-HWY_INLINE void lightSteps(const uint8_t* src, uint8_t* dst, const uint8_t* gains,
-                           std::size_t step) {
-  HWY_ALIGN static constexpr uint8_t kTurned[16] = {2, 1,  0,  5, 4,  3,  8,  7,
-                                                    6, 11, 10, 9, 14, 13, 12, 15};
-  const Bytes16 d;
-  const auto turned = hn::Load(d, kTurned);
-  const auto lit = [&](std::size_t i) HWY_ATTR {
-    const auto pixels = hn::TableLookupBytes(hn::LoadU(d, src + 15 * i), turned);
-    return hn::SaturatedAdd(pixels, hn::LoadU(d, gains + step * i));
-  };
-  if constexpr (kSteps == 1) {
-    hn::StoreU(lit(0), d, dst);
-  } else {
-    const auto first = lit(0), second = lit(1), third = lit(2), fourth = lit(3);
-    hn::StoreU(first, d, dst);
-    hn::StoreU(second, d, dst + 15);
-    hn::StoreU(third, d, dst + 30);
-    hn::StoreU(fourth, d, dst + 45);
-  }
-}
-
-HWY_NOINLINE void lightUp(const uint8_t* src, uint8_t* dst, std::size_t bytes, std::size_t room,
-                          const uint8_t* gains, std::size_t step) {
-  constexpr std::size_t kUnroll = 4;
-  const std::size_t within = room < 18 ? 0 : (room - 18) / 15 + 1;
-  const std::size_t steps = HWY_MIN((bytes + 14) / 15, within);
-  std::size_t i = 0;
-  for (; i + kUnroll <= steps; i += kUnroll) {
-    lightSteps<kUnroll>(src + 15 * i, dst + 15 * i, gains + step * i, step);
-  }
-  for (; i < steps; ++i) {
-    lightSteps<1>(src + 15 * i, dst + 15 * i, gains + step * i, step);
-  }
-  const std::size_t lit = 15 * steps;
-  lightEach(src + lit, dst + lit, lit < bytes ? bytes - lit : 0, gains + step * steps, step);
-}
-
-#endif
 
 /// The gains of a row and its image.
 class LightRow {

@@ -12,8 +12,6 @@
 namespace alg {
 namespace {
 
-/// Rows of the whole image that a call's rows belong to.
-
 PictureView viewOf(const Bitmap& bitmap) {
   return {bitmap.pixels.get(), bitmap.width, bitmap.height};
 }

@@ -80,8 +80,8 @@ struct JpegBandResult {
 /// work's own memory this takes at most 4 MB for files in one scan up to 50,000 pixels wide, and 5
 /// MB for wider ones; a halo adds its rows, twice, a store itself and bands of more rows.
 /// JpegReader says what other files take. `input` is read on the caller's thread first and then on
-/// the one that works, `output` and the store are filled on the caller's. With a fault, part of the
-/// output may have been taken.
+/// the one that works, which also gets rows from the store; `output` and the store are filled on
+/// the caller's. With a fault, part of the output may have been taken.
 JpegBandResult transcodeJpeg(JpegInput& input, JpegOutput& output, const JpegBandOptions& options,
                              const JpegBandWork& work);
 

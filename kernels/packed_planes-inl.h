@@ -192,7 +192,7 @@ HWY_INLINE void storeOrdered(ByteVector v0, ByteVector v1, ByteVector v2, uint8_
 #endif
 
 // dst = map(planes of src), a vector of pixels at a time. On x86 large images are fetched ahead,
-// and results that are mapped already, and not the source, go past the caches (base/streamed.h).
+// and results go past the caches where that pays (base/streamed.h), unless they overlap the source.
 template <class Map>
 HWY_INLINE void mapPixels(const uint8_t* src, uint8_t* dst, std::size_t pixels, Map map) {
   const Reads<kPackedBytes> from{src};
@@ -205,8 +205,7 @@ HWY_INLINE void mapPixels(const uint8_t* src, uint8_t* dst, std::size_t pixels, 
   constexpr std::size_t kLarge = std::size_t{1} << 20;  // for a second-level cache
   const std::size_t bytes = kPackedBytes * pixels;
   const bool large = bytes >= kLarge;
-  const bool streams =
-      large && (src + bytes <= dst || dst + bytes <= src) && isStreamed(dst, bytes);
+  const bool streams = large && !overlap(src, bytes, dst, bytes) && isStreamed(dst, bytes);
   const auto mapBlock = [&](std::size_t /*x*/, const uint8_t* in, uint8_t* out) HWY_ATTR {
     if (large) {
       fetchPageAhead<kPackedBytes * kLanes>(in);

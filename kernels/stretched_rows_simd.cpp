@@ -1,7 +1,7 @@
 // Stretched rows, compiled once per vector target. Pixels are picked out of windows of the
-// picture's row by shuffles, four or sixteen at a time: where pictures are wider than images, up
-// to 2.3 times, AVX-512 2.0. From rows of wider pictures, or of very narrow ones, they come by a
-// load each.
+// picture's row by shuffles, four at a time from pictures that are at most 2.3 times as wide as the
+// image, with AVX-512 sixteen from those at most twice as wide. From rows of wider pictures, or of
+// very narrow ones, they come by a load each.
 #define ALG_ALSO_AVX512
 #include "kernels/stretched_rows.h"
 

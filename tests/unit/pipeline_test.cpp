@@ -68,7 +68,8 @@ TEST(Pipeline, SmallOddAndPaddedFramesAreClippedToTheFrame) {
         check(ref::kEffects[id], pictures, width, height, lumaPad, chromaPad);
       }
     }
-    check(ref::kEffects[id], pictures, 4100, 37);  // these wide ones have several bands in a strip
+    check(ref::kEffects[id], pictures, 4100, 37);   // these wide ones have several bands in a strip
+    check(ref::kEffects[id], pictures, 2050, 262);  // and this one several in each piece of it
     for (const auto& [width, height] : kSizesBelowOne) {
       KAVRO_PrettyEffect_Function("PrettyBlue", "", nullptr, nullptr, height, width, width, width);
     }
