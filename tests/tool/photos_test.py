@@ -320,6 +320,17 @@ class PhotosTest(ToolCase):
         Path("wide.jpg").write_bytes(with_segments(Path("plain.jpg").read_bytes(), (0xe2, b"ICC_PROFILE\0\1\1" + p3[:128] + bytes(len(p3) - 128))))
         self.run_tool("resize", "--size=8x8", "--to-srgb", "wide.jpg", "none.jpg", code=3, says="profile can't be used")
 
+    def test_exif_whose_directories_overlap(self):
+        """So that what is changed in one takes away the entries of the first."""
+        invalid = (b"MM\0*" + struct.pack(">IHHHII", 8, 1, 0x8769, 4, 1, 9) + bytes(12 * 0x186 - 11)
+                   + struct.pack(">HHII", 0x9003, 3, 1, 5))  # one at 9, of 0x187 entries
+        colours = (b"MM\0*" + struct.pack(">I", 62) + bytes(32) + struct.pack(">HHHII", 2, 0x9003, 3, 1, 0)
+                   + struct.pack(">HHI", 0xa001, 4, 1) + struct.pack(">HHHII", 1, 0x8769, 4, 1, 40))
+        profile = (0xe2, b"ICC_PROFILE\0\1\1" + self.profile("p3"))
+        for block, says in ((invalid, "Exif is left out: damaged"), (colours, "")):
+            Path("in.jpg").write_bytes(with_segments(self.photo, (0xe1, b"Exif\0\0" + block), profile))
+            self.run_tool("apply", "sepia", "--to-srgb", "in.jpg", "made.jpg", says=says)
+
     def test_inks_and_greys_become_srgb(self):
         """By lcms2's own way, and as ideal inks without a profile; by bands as in one piece."""
         def worst(file, expected, says=""):

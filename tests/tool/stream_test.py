@@ -90,8 +90,10 @@ class StreamTest(ToolCase):
         size = struct.pack(">HH", 3008, 4000)
         Path("turned.jpg").write_bytes(with_segments(grey[:frame + 5] + size + grey[frame + 9:blocks] + grey[blocks:-2] * (250 * 188) + grey[-2:],
                                                      (0xe1, exif(6))))
+        turned = Path("turned.jpg").read_bytes()
+        Path("followed.jpg").write_bytes(turned + with_segments(turned, (0xe1, b"hdr-gain-map")))
         for photo, effect, most in (("large.jpg", "PrettyPink", MEMORY), ("large.jpg", "sepia,lomo", MEMORY), ("large.jpg", "sketch", MEMORY),
-                                    ("turned.jpg", "lomo", 4000 * 3008 * 4)):
+                                    ("turned.jpg", "lomo", 4000 * 3008 * 4), ("followed.jpg", "lomo", 4000 * 3008 * 4 + MEMORY)):
             result = subprocess.run([sys.executable, "-SEc", MEASURE, TOOL, "apply", effect, photo, "made.jpg", "--mix=50"],
                                     capture_output=True, text=True, check=True)
             status, kilobytes = map(int, result.stdout.split())

@@ -210,7 +210,9 @@ std::size_t PhotoStream::memory() const {
                                    : info_.sampling == JpegSampling::k420 ? 3
                                    : info_.sampling == JpegSampling::k422 ? 4
                                                                           : 6;
-  return kFixed + (orientation_ == 1 ? 0 : kPackedBytes * pixels + kTurnedBytesPerColumn * width) +
+  // A gain map, perhaps as large as its photo, is turned before.
+  const std::size_t turned = bytes_.empty() ? kPackedBytes : kArgbBytes;
+  return kFixed + (orientation_ == 1 ? 0 : turned * pixels + kTurnedBytesPerColumn * width) +
          (info_.wholeImage ? coefficients * pixels : 0) + 4 * bytes_.size();
 }
 

@@ -32,7 +32,9 @@ std::optional<ExifBlock> ExifBlock::parse(std::vector<uint8_t> bytes) {
   std::ranges::sort(places);  // a broken block may name a directory twice
   places.erase(std::unique(places.begin(), places.end()), places.end());
   std::ranges::for_each(places, [&](std::size_t at) { block.dropInvalidEntries(at); });
-  return block;
+  // One that overlaps the first may have taken its entries with it.
+  return block.view().directoryAt(block.view().first()) ? std::optional(std::move(block))
+                                                        : std::nullopt;
 }
 
 void ExifBlock::setNumber(std::size_t at, std::size_t size, uint32_t value) {
@@ -90,6 +92,9 @@ void ExifBlock::setNext(const TiffDirectory& directory, uint32_t next) {
 
 void ExifBlock::describe(uint32_t width, uint32_t height) {
   const std::optional<TiffDirectory> first = view().directoryAt(view().first());
+  if (!first) {
+    return;  // describeSrgb() has written over it: broken directories overlap
+  }
   for (const TiffEntry& entry : first->entries) {
     if (entry.tag == kOrientation) {
       setEntry(entry, 1);

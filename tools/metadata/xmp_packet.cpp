@@ -3,6 +3,7 @@
 #include <charconv>
 #include <functional>
 #include <pugixml.hpp>
+#include <set>
 #include <sstream>
 #include <utility>
 
@@ -128,12 +129,15 @@ std::vector<pugi::xml_node> itemNodes(pugi::xml_node document) {
   return nodes;
 }
 
-/// Takes out an item with the element of the list that it stands in.
-void removeItem(pugi::xml_node item) {
-  while (item.parent() && !isNamed(item.parent().name(), item.parent(), kRdf, exactly("Seq"))) {
-    item = item.parent();
+/// The element of the outermost list that an item stands in; null for none.
+pugi::xml_node elementOf(pugi::xml_node item) {
+  pugi::xml_node found;
+  for (; item; item = item.parent()) {
+    if (isNamed(item.parent().name(), item.parent(), kRdf, exactly("Seq"))) {
+      found = item;
+    }
   }
-  item.parent().remove_child(item);
+  return found;
 }
 
 }  // namespace
@@ -200,13 +204,13 @@ void XmpPacket::dropThumbnails() { remove(kXmp, "Thumbnails"); }
 
 void XmpPacket::describeFollowers(uint64_t gainMapBytes, bool others) {
   std::size_t left = 0;
+  std::set<pugi::xml_node> unwanted;  // of a broken packet, several items may share an element
   for (pugi::xml_node node : itemNodes(*document_)) {
     const std::string semantic = propertyOf(node, kItem, exactly("Semantic")).value();
     const bool map = semantic == "GainMap";
     Property length = propertyOf(node, kItem, exactly("Length"));
     if (map ? gainMapBytes == 0 : semantic != "Primary" && !others) {
-      removeItem(node);
-      changed_ = true;
+      unwanted.insert(elementOf(node));
     } else if (map && length && asNumber(length.value()) != gainMapBytes) {
       length.set(std::to_string(gainMapBytes));
       changed_ = true;
@@ -214,6 +218,9 @@ void XmpPacket::describeFollowers(uint64_t gainMapBytes, bool others) {
     } else {
       left += semantic == "Primary" ? 0U : 1U;
     }
+  }
+  for (pugi::xml_node element : unwanted) {
+    changed_ |= element.parent().remove_child(element);
   }
   if (left == 0) {
     remove(kContainer, "Directory");

@@ -4,9 +4,7 @@
 #include <cmath>
 #include <new>
 #include <optional>
-#include <utility>
 
-#include "base/image_size.h"
 #include "platform/jpeg_reader.h"
 #include "tools/photos/jpeg_photo.h"
 
@@ -61,12 +59,10 @@ std::vector<uint8_t> changed(Bytes jpeg, const PictureChange& change) {
   if (reader.start({}) != JpegFault::kNone) {
     return {};
   }
-  Photo map = blankPhoto(reader.width(), reader.height());
-  reader.read(map.pixels.get(), static_cast<std::size_t>(map.width) * kArgbBytes, map.height);
+  Photo map = decodeUpright(reader, change.orientation);
   if (reader.finish() != JpegFault::kNone || reader.damage()) {
     return {};
   }
-  map = upright(std::move(map), change.orientation);
   const Area part = {change.shown.x * map.width, change.shown.y * map.height,
                      change.shown.width * map.width, change.shown.height * map.height};
   const auto side = [](double pixels) {

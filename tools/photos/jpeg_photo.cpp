@@ -41,7 +41,16 @@ void refuseFault(const JpegReader& reader, const std::filesystem::path& path,
   }
 }
 
-/// Decodes all rows and turns them, some at a time.
+/// Damage of a photo that was decoded reduced, in rows of the whole one.
+JpegDamage inWhole(JpegDamage damage, int rows, int allRows) {
+  if (damage.firstRow > 0) {
+    damage.firstRow = static_cast<int>(int64_t{damage.firstRow} * allRows / rows);
+  }
+  return damage;
+}
+
+}  // namespace
+
 Photo decodeUpright(JpegReader& reader, int orientation) {
   constexpr int kRows = 32;
   const int width = reader.width();
@@ -68,16 +77,6 @@ Photo decodeUpright(JpegReader& reader, int orientation) {
   }
   return photo;
 }
-
-/// Damage of a photo that was decoded reduced, in rows of the whole one.
-JpegDamage inWhole(JpegDamage damage, int rows, int allRows) {
-  if (damage.firstRow > 0) {
-    damage.firstRow = static_cast<int>(int64_t{damage.firstRow} * allRows / rows);
-  }
-  return damage;
-}
-
-}  // namespace
 
 std::string whyRefused(const std::filesystem::path& path, JpegFault fault, const JpegInfo& info,
                        const JpegLayout& layout) {

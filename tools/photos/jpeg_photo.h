@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/jpeg_reader.h"
 #include "tools/metadata/jpeg_layout.h"
 #include "tools/photos/photo_file.h"
 
@@ -16,6 +17,8 @@ std::string whyRefused(const std::filesystem::path& path, JpegFault fault, const
 /// What of a photo is lost: a few words, which begin with "damaged".
 std::string whatIsLost(const JpegDamage& damage, int rows);
 
+/// Decodes all rows and turns them, some at a time. After a fault, the rest is left as it is.
+Photo decodeUpright(JpegReader& reader, int orientation);
 /// Decodes a file and turns the photo upright. Throws BadInput.
 PhotoFile decodeJpegPhoto(Bytes file, const std::filesystem::path& path,
                           const PhotoOptions& options, const KeepSide& keepSide);
