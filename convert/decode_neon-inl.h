@@ -12,6 +12,7 @@
 #include "convert/bt601.h"
 #include "convert/row_format.h"
 #include "hwy/highway.h"
+#include "kernels/row_blocks-inl.h"
 #include "kernels/vector_frame.h"
 
 HWY_BEFORE_NAMESPACE();
