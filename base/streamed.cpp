@@ -8,11 +8,6 @@
 namespace alg {
 namespace {
 
-#if defined(__x86_64__)
-constexpr bool kHasSuchStores = true;
-#else
-constexpr bool kHasSuchStores = false;
-#endif
 /// Several times the second-level caches of desktop machines.
 constexpr std::size_t kLarge = std::size_t{16} << 20;
 

@@ -18,6 +18,7 @@
 
 #include "base/block.h"
 #include "base/image_size.h"
+#include "base/streamed.h"
 #include "kernels/box_blur_rows.h"
 
 namespace alg {
@@ -46,6 +47,7 @@ class Walk {
   using Sum = typename Rule::Sum;
   // Pixels: whole blocks of elements. Prefix sums end without vectors, so they take more.
   static constexpr int kStretch = 256, kSumStretch = 2 * kStretch;
+  static constexpr std::size_t kCacheLine = 64;
 
  public:
   explicit Walk(const BoxBlur& blur)
@@ -65,12 +67,19 @@ class Walk {
       return;
     }
     // A row of dst is written after that row of src was read: the two may be the same.
+    const std::size_t bytes = rowBytes_ * static_cast<std::size_t>(blur_.height);
+    stream_ = blur_.pixels == BlurPixels::kWords &&
+              (blur_.src + bytes <= blur_.dst || blur_.dst + bytes <= blur_.src) &&
+              isStreamed(blur_.dst, bytes);
     for (int y = 0; y < blur_.height; ++y) {
       beginFetching(y);
       while (rows_ < blur_.height && rows_ <= y + blur_.ramp.peak) {
         blurNextRow();
       }
       finishRow(y);
+    }
+    if (stream_) {
+      endStream();
     }
   }
 
@@ -112,7 +121,7 @@ class Walk {
   void endRun() {
     if (runCount_ > 0) {
       const BlurRun& run = runs_[runCount_ - 1];
-      pitch_ = run.at + (run.count + kBlurBlock - 1) / kBlurBlock * kBlurBlock;
+      pitch_ = run.at + wholeBlocks(run.count);
     }
   }
 
@@ -120,10 +129,11 @@ class Walk {
     const std::size_t elements = kBlurElements * static_cast<std::size_t>(blur_.width) + kBlurBlock;
     const std::size_t repeats = kBlurElements * static_cast<std::size_t>(2 * blur_.ramp.peak + 1);
     const std::size_t ring = pitch_ * static_cast<std::size_t>(slots_);
-    Block block = allocateBlock(pitch_ * sizeof(Sum) + ring * sizeof(Row) +
+    Block block = allocateBlock(kCacheLine + pitch_ * sizeof(Sum) + ring * sizeof(Row) +
                                 (elements + repeats) * sizeof(uint16_t) + 2 * elements);
     if (block != nullptr) {
-      sums_ = reinterpret_cast<Sum*>(block.get());
+      const auto begin = reinterpret_cast<std::uintptr_t>(block.get());
+      sums_ = reinterpret_cast<Sum*>(block.get() + (kCacheLine - begin % kCacheLine));
       ring_ = reinterpret_cast<Row*>(sums_ + pitch_);
       prefixes_ = reinterpret_cast<uint16_t*>(ring_ + ring);
       centres_ = reinterpret_cast<uint8_t*>(prefixes_ + elements + repeats);
@@ -183,7 +193,8 @@ class Walk {
     nextSlot_ = nextSlot_ + 1 == slots_ ? 0 : nextSlot_ + 1;
   }
 
-  /// Row y is to be written. Meanwhile the source row that is read next is fetched, and row y.
+  /// Row y is to be written. Meanwhile the source row that is read next is fetched, and row y
+  /// unless it goes past the caches.
   void beginFetching(int y) {
     const auto offset = [&](int row) {
       return rowBytes_ * static_cast<std::size_t>(std::min(row, blur_.height - 1));
@@ -195,12 +206,19 @@ class Walk {
 
   /// Inlined: calls that do nothing else are dropped.
   [[gnu::always_inline]] void fetchMore(std::size_t steps) {
-    constexpr std::size_t kCacheLine = 64;
     const std::size_t end = std::min(fetched_ + steps * fetchStep_, rowBytes_);
-    for (; fetched_ < end; fetched_ += kCacheLine) {
-      __builtin_prefetch(source_ + fetched_);
-      __builtin_prefetch(target_ + fetched_, 1);
+    std::size_t at = fetched_;
+    if (kHasSuchStores && stream_) {
+      for (; at < end; at += kCacheLine) {
+        __builtin_prefetch(source_ + at);
+      }
+    } else {
+      for (; at < end; at += kCacheLine) {
+        __builtin_prefetch(source_ + at);
+        __builtin_prefetch(target_ + at, 1);
+      }
     }
+    fetched_ = at;
   }
 
   /// Calls work(runs, count) for neighbouring runs that together are no longer than a stretch.
@@ -222,11 +240,15 @@ class Walk {
     const int bottom = blur_.height - 1;
     for (int y = first; y <= last;) {
       const int next = y >= bottom ? last + 1 : std::min(std::max(y, 0), last) + 1;
-      const auto weight = static_cast<Sum>(sign * (next - y));
       const Row* row = ring_ + rowAt(std::clamp(y, 0, bottom)) + run.at;
-      Sum* __restrict sums = sums_ + run.at;
-      for (std::size_t i = 0; i < run.count; ++i) {
-        sums[i] = static_cast<Sum>(sums[i] + weight * row[i]);
+      if constexpr (std::is_same_v<Rule, Square> && kOwnSquareSums) {
+        addSquares(run, sign * (next - y), row, sums_ + run.at);
+      } else {
+        const auto weight = static_cast<Sum>(sign * (next - y));
+        Sum* __restrict sums = sums_ + run.at;
+        for (std::size_t i = 0; i < run.count; ++i) {
+          sums[i] = static_cast<Sum>(sums[i] + weight * row[i]);
+        }
       }
       y = next;
     }
@@ -267,13 +289,14 @@ class Walk {
       }
     });
     if (blur_.pixels == BlurPixels::kWords) {
-      addAlpha(bytes_, width, blur_.dst + offset);
+      addAlpha(bytes_, width, blur_.dst + offset, stream_);
     } else {
       std::memcpy(blur_.dst + offset, bytes_, rowBytes_);
     }
   }
 
   const BoxBlur blur_;
+  bool stream_ = false;         // the result goes past the caches
   const std::size_t rowBytes_;  // of the pictures
   const int slots_;             // of the ring
   std::size_t pitch_ = 0;       // elements of a ring row

@@ -41,7 +41,8 @@ struct BoxBlur {
 /// Across (n = 2r + 1), rounded down to bytes, then down the columns (n = 2r + 1). dst may be src.
 void blurSeparable(const BoxBlur& blur);
 
-/// The whole square at once, its centre five times: n = (2r + 1)^2 + 4. Words only, not in place.
+/// The whole square at once, its centre five times: n = (2r + 1)^2 + 4. Words only, a radius for
+/// each column, not in place.
 void blurSquare(const BoxBlur& blur);
 
 }  // namespace alg

@@ -67,6 +67,14 @@ void finishMeansPlain(const BlurRun* runs, int runCount, const uint8_t* ring, ui
   }
 }
 
+void addSquaresPlain(const BlurRun& run, int weight, const uint16_t* row, uint32_t* sums) {
+  uint32_t* __restrict sum = sums;
+  const std::size_t count = run.count;
+  for (std::size_t i = 0; i < count; ++i) {
+    sum[i] += static_cast<uint32_t>(weight) * row[i];
+  }
+}
+
 void finishSquaresPlain(const BlurRun* runs, int runCount, const uint16_t* ring, uint32_t* sums,
                         const uint8_t* centres, uint8_t* bytes) {
   for (const BlurRun* run = runs; run != runs + runCount; ++run) {
@@ -91,7 +99,7 @@ void dropAlphaPlain(const uint8_t* words, std::size_t width, uint8_t* bytes) {
   }
 }
 
-void addAlphaPlain(const uint8_t* bytes, std::size_t width, uint8_t* words) {
+void addAlphaPlain(const uint8_t* bytes, std::size_t width, uint8_t* words, bool /*stream*/) {
   for (std::size_t x = 0; x < width; ++x, words += kArgbBytes, bytes += kBlurElements) {
     words[0] = bytes[0];
     words[1] = bytes[1];

@@ -11,7 +11,12 @@
 namespace alg {
 
 inline constexpr std::size_t kBlurElements = 3;  // of a pixel
-inline constexpr std::size_t kBlurBlock = 32;    // elements; every vector has a part of that
+inline constexpr std::size_t kBlurBlock = 64;    // elements; every vector has a part of that
+
+/// Rounded up to blocks.
+constexpr std::size_t wholeBlocks(std::size_t elements) {
+  return (elements + kBlurBlock - 1) / kBlurBlock * kBlurBlock;
+}
 
 /// Neighbouring columns of equal radius.
 struct BlurRun {
@@ -70,7 +75,18 @@ void finishMeans(const BlurRun* runs, int runCount, const uint8_t* ring, uint16_
 void finishMeansPlain(const BlurRun* runs, int runCount, const uint8_t* ring, uint16_t* sums,
                       uint8_t* bytes);
 
-/// The same for whole squares, with four more centres.
+// Whether twins keep the sums of squares in an order and a scale of their own, by the run's radius.
+#ifdef __x86_64__
+inline constexpr bool kOwnSquareSums = true;
+#else
+inline constexpr bool kOwnSquareSums = false;
+#endif
+
+/// Sums of squares, from the run's first column on, take in the same part of a row `weight` times.
+void addSquares(const BlurRun& run, int weight, const uint16_t* row, uint32_t* sums);
+void addSquaresPlain(const BlurRun& run, int weight, const uint16_t* row, uint32_t* sums);
+
+/// The same as finishMeans for whole squares, with four more centres.
 void finishSquares(const BlurRun* runs, int runCount, const uint16_t* ring, uint32_t* sums,
                    const uint8_t* centres, uint8_t* bytes);
 void finishSquaresPlain(const BlurRun* runs, int runCount, const uint16_t* ring, uint32_t* sums,
@@ -80,8 +96,10 @@ void finishSquaresPlain(const BlurRun* runs, int runCount, const uint16_t* ring,
 void dropAlpha(const uint8_t* words, std::size_t width, uint8_t* bytes);
 void dropAlphaPlain(const uint8_t* words, std::size_t width, uint8_t* bytes);
 
-/// Words again, with an alpha of 0.
-void addAlpha(const uint8_t* bytes, std::size_t width, uint8_t* words);
-void addAlphaPlain(const uint8_t* bytes, std::size_t width, uint8_t* words);
+/// Words again, with an alpha of 0. With `stream` they go past the caches where that is possible;
+/// endStream() then has to follow the last row.
+void addAlpha(const uint8_t* bytes, std::size_t width, uint8_t* words, bool stream);
+void addAlphaPlain(const uint8_t* bytes, std::size_t width, uint8_t* words, bool stream = false);
+void endStream();
 
 }  // namespace alg

@@ -1,16 +1,9 @@
-// Vector twins of the box blur's row kernels, compiled once per vector target.
-//
-// Prefix sums go four pixels a step, two to a vector of 16-bit lanes. Only the short chain of
-// carries is serial:
-//
-//   lanes       0    1    2    3     4     5     6 7
-//   pixels      a0   a1   a2   b0    b1    b2    - -
-//   + 3 up      a0   a1   a2   a0+b0 a1+b1 a2+b2 ..    + carry of all pixels before
-//   total       the lanes 3, 4, 5 twice                goes to the carry
-//
-// Vectors are stored every six lanes; the next one overwrites the rest.
+// Vector twins of the box blur's kernels from work row to work row, compiled once per vector
+// target.
+#define ALG_ALSO_AVX512
+#include <cstddef>
+#include <cstdint>
 
-#include "base/image_size.h"
 #include "kernels/box_blur_rows.h"
 #include "kernels/vector_frame.h"
 
@@ -25,13 +18,11 @@ namespace {
 
 #if !ALG_HAS_VECTORS()
 
-constexpr auto& sumUpVector = sumUpPlain;
 constexpr auto& meansAcrossVector = meansAcrossPlain;
 constexpr auto& sumsAcrossVector = sumsAcrossPlain;
 constexpr auto& finishMeansVector = finishMeansPlain;
+constexpr auto& addSquaresVector = addSquaresPlain;
 constexpr auto& finishSquaresVector = finishSquaresPlain;
-constexpr auto& dropAlphaVector = dropAlphaPlain;
-constexpr auto& addAlphaVector = addAlphaPlain;
 
 #else
 
@@ -44,79 +35,10 @@ using HalfBytes = hn::Half<Bytes>;  // as many bytes as there are short lanes
 using ByteVector = hn::Vec<Bytes>;
 using ShortVector = hn::Vec<Shorts>;
 using WordVector = hn::Vec<Words>;
-using Bytes16 = hn::Full128<uint8_t>;
-using Shorts8 = hn::Full128<uint16_t>;
 
 constexpr std::size_t kLanes = hn::MaxLanes(Bytes());
 constexpr std::size_t kHalf = kLanes / 2;
 static_assert(kBlurBlock % kLanes == 0);
-constexpr std::size_t kStep = 4;  // pixels in 16 bytes of either kind
-constexpr uint8_t kNone = 0x80;   // the index of a zero
-
-// Prefix sums ------------------------------------------------------------------------------------
-
-// Where the bytes of two pixels come from, the first one being pixel `first` of a vector.
-template <int kBytes>
-hn::Vec<Bytes16> pixelPair(int first) {
-  HWY_ALIGN uint8_t from[16];
-  for (int lane = 0; lane < 8; ++lane) {
-    const int k = kBytes == kPackedBytes ? 2 - lane % 3 : lane % 3;
-    const int byte = (first + lane / 3) * kBytes + k;
-    from[2 * lane] = lane < 6 ? static_cast<uint8_t>(byte) : kNone;
-    from[2 * lane + 1] = kNone;
-  }
-  return hn::Load(Bytes16(), from);
-}
-
-template <int kBytes>
-std::size_t sumUpSteps(const uint8_t* row, std::size_t width, uint16_t* prefix) {
-  const Bytes16 bytes;
-  const Shorts8 shorts;
-  const auto pair0 = pixelPair<kBytes>(0);
-  const auto pair1 = pixelPair<kBytes>(2);
-  HWY_ALIGN static constexpr uint8_t kSecond[16] = {6, 7, 8,  9,  10,    11,    6,     7,
-                                                    8, 9, 10, 11, kNone, kNone, kNone, kNone};
-  HWY_ALIGN static constexpr uint8_t kFirst[16] = {0, 1, 2, 3, 4,     5,     0,     1,
-                                                   2, 3, 4, 5, kNone, kNone, kNone, kNone};
-  const auto second = hn::Load(bytes, kSecond);
-  const auto lookUp = [=](auto from, auto index) HWY_ATTR {
-    return hn::BitCast(shorts, hn::TableLookupBytesOr0(hn::BitCast(bytes, from), index));
-  };
-  const auto scan = [=](auto pixels) HWY_ATTR {
-    return hn::Add(pixels,
-                   hn::BitCast(shorts, hn::ShiftLeftBytes<6>(bytes, hn::BitCast(bytes, pixels))));
-  };
-  auto carry = lookUp(hn::LoadU(shorts, prefix), hn::Load(bytes, kFirst));
-  prefix += kBlurElements;
-  // A load is 16 bytes, also where four pixels have only 12.
-  constexpr std::size_t kReach = kBytes == kPackedBytes ? 6 : kStep;
-  const auto step = [=](const uint8_t* from, auto before, uint16_t* to) HWY_ATTR {
-    const auto pixels = hn::LoadU(bytes, from);
-    const auto sums0 = scan(lookUp(pixels, pair0));
-    const auto sums1 = scan(lookUp(pixels, pair1));
-    const auto middle = hn::Add(before, lookUp(sums0, second));
-    hn::StoreU(hn::Add(sums0, before), shorts, to);
-    hn::StoreU(hn::Add(sums1, middle), shorts, to + 6);
-    return hn::Add(middle, lookUp(sums1, second));
-  };
-  std::size_t x = 0;
-  for (; x + kStep + kReach <= width; x += 2 * kStep) {
-    carry = step(row + kBytes * x, carry, prefix + kBlurElements * x);
-    carry = step(row + kBytes * (x + kStep), carry, prefix + kBlurElements * (x + kStep));
-  }
-  for (; x + kReach <= width; x += kStep) {
-    carry = step(row + kBytes * x, carry, prefix + kBlurElements * x);
-  }
-  return x;
-}
-
-void sumUpVector(BlurPixels pixels, const uint8_t* row, std::size_t width, uint16_t* prefix) {
-  const bool words = pixels == BlurPixels::kWords;
-  const std::size_t done = words ? sumUpSteps<kArgbBytes>(row, width, prefix)
-                                 : sumUpSteps<kPackedBytes>(row, width, prefix);
-  sumUpPlain(pixels, row + static_cast<std::size_t>(words ? kArgbBytes : kPackedBytes) * done,
-             width - done, prefix + kBlurElements * done);
-}
 
 // Means ------------------------------------------------------------------------------------------
 
@@ -236,10 +158,19 @@ void finishMeansVector(const BlurRun* runs, int runCount, const uint8_t* ring, u
   }
 }
 
+#if ALG_IS_NEON()
+
+constexpr auto& addSquaresVector = addSquaresPlain;
+
+struct SquareFactors {
+  explicit SquareFactors(int radius) : reciprocal(hn::Set(Words(), kBlurMeans.square[radius])) {}
+  WordVector reciprocal;
+};
+
 // One vector of shorts: four times the centres, and the difference of sums across, which has 14
 // bits and a sign.
 ShortVector squareLanes(const uint16_t* entering, const uint16_t* leaving, const uint8_t* centres,
-                        uint32_t* sums, WordVector reciprocal) {
+                        uint32_t* sums, const SquareFactors& factors) {
   const Shorts d;
   const Words words;
   const hn::Half<Shorts> half;
@@ -253,7 +184,7 @@ ShortVector squareLanes(const uint16_t* entering, const uint16_t* leaving, const
     const auto total =
         hn::Add(hn::LoadU(words, sum), hn::BitCast(words, hn::PromoteTo(ints, stepHalf)));
     hn::StoreU(total, words, sum);
-    return hn::Mul(hn::Add(total, hn::PromoteTo(words, centreHalf)), reciprocal);
+    return hn::Mul(hn::Add(total, hn::PromoteTo(words, centreHalf)), factors.reciprocal);
   };
   const auto low = weigh(sums, hn::LowerHalf(signedHalf, step), hn::LowerHalf(half, centre));
   const auto high =
@@ -261,11 +192,82 @@ ShortVector squareLanes(const uint16_t* entering, const uint16_t* leaving, const
   return hn::ConcatOdd(d, hn::BitCast(d, high), hn::BitCast(d, low));  // >> 16
 }
 
+#else
+
+// Column sums are kept times the reciprocal, which has 14 bits: a step is one multiplication of
+// pairs, and nothing is left to divide. Pairs lie as the unpacking of vectors leaves them.
+struct SquareFactors {
+  explicit SquareFactors(int radius)
+      : step(pairs(static_cast<int>(kBlurMeans.square[radius]),
+                   -static_cast<int>(kBlurMeans.square[radius]))),
+        centre(hn::Set(Shorts(), static_cast<uint16_t>(2 * kBlurMeans.square[radius]))) {}
+
+  static ShortVector pairs(int low, int high) {
+    return hn::BitCast(Shorts(), hn::Set(Words(), (static_cast<uint32_t>(low) & 0xFFFF) |
+                                                      static_cast<uint32_t>(high) << 16));
+  }
+
+  ShortVector step, centre;
+};
+static_assert(2 * kBlurMeans.square[0] <= 0x7FFF);
+
+// sum + the sums of a's pairs, weighed by those of b.
+HWY_INLINE WordVector addPairs(WordVector sum, ShortVector a, ShortVector b) {
+#if ALG_IS_AVX512()
+  return WordVector{_mm512_add_epi32(sum.raw, _mm512_madd_epi16(a.raw, b.raw))};
+#else
+  return WordVector{_mm256_add_epi32(sum.raw, _mm256_madd_epi16(a.raw, b.raw))};
+#endif
+}
+
+HWY_INLINE ShortVector squareLanes(const uint16_t* entering, const uint16_t* leaving,
+                                   const uint8_t* centres, uint32_t* sums,
+                                   const SquareFactors& factors) {
+  const Shorts d;
+  const Words words;
+  const auto in = hn::LoadU(d, entering);
+  const auto out = hn::LoadU(d, leaving);
+  const auto centre = hn::PromoteTo(d, hn::LoadU(HalfBytes(), centres));
+  const auto low = addPairs(hn::LoadU(words, sums), hn::InterleaveLower(d, in, out), factors.step);
+  const auto high =
+      addPairs(hn::LoadU(words, sums + kHalf / 2), hn::InterleaveUpper(d, in, out), factors.step);
+  hn::StoreU(low, words, sums);
+  hn::StoreU(high, words, sums + kHalf / 2);
+  const auto first = addPairs(low, hn::InterleaveLower(d, centre, centre), factors.centre);
+  const auto second = addPairs(high, hn::InterleaveUpper(d, centre, centre), factors.centre);
+  const auto lows = hn::ShiftRight<16>(first), highs = hn::ShiftRight<16>(second);
+#if ALG_IS_AVX512()
+  return ShortVector{_mm512_packus_epi32(lows.raw, highs.raw)};
+#else
+  return ShortVector{_mm256_packus_epi32(lows.raw, highs.raw)};
+#endif
+}
+
+void addSquaresVector(const BlurRun& run, int weight, const uint16_t* row, uint32_t* sums) {
+  const Shorts d;
+  const Words words;
+  const auto zero = hn::Zero(d);
+  // A box has no more rows than its side: 15 bits.
+  const auto factor =
+      SquareFactors::pairs(weight * static_cast<int>(kBlurMeans.square[run.radius]), 0);
+  const std::size_t count = run.count;
+  for (std::size_t i = 0; i < count; i += kHalf) {
+    const auto v = hn::LoadU(d, row + i);
+    const std::size_t j = i + kHalf / 2;
+    hn::StoreU(addPairs(hn::LoadU(words, sums + i), hn::InterleaveLower(d, v, zero), factor), words,
+               sums + i);
+    hn::StoreU(addPairs(hn::LoadU(words, sums + j), hn::InterleaveUpper(d, v, zero), factor), words,
+               sums + j);
+  }
+}
+
+#endif
+
 void finishSquaresVector(const BlurRun* runs, int runCount, const uint16_t* ring, uint32_t* sums,
                          const uint8_t* centres, uint8_t* bytes) {
   const Bytes d;
   for (const BlurRun* run = runs; run != runs + runCount; ++run) {
-    const auto reciprocal = hn::Set(Words(), kBlurMeans.square[run->radius]);
+    const SquareFactors factors(run->radius);
     const uint16_t* entering = ring + run->entering + run->at;
     const uint16_t* leaving = ring + run->leaving + run->at;
     const uint8_t* centre = centres + run->begin;
@@ -274,66 +276,11 @@ void finishSquaresVector(const BlurRun* runs, int runCount, const uint16_t* ring
     const std::size_t count = run->count;
     for (std::size_t i = 0; i < count; i += kLanes) {
       const std::size_t j = i + kHalf;
-      const auto low = squareLanes(entering + i, leaving + i, centre + i, sum + i, reciprocal);
-      const auto high = squareLanes(entering + j, leaving + j, centre + j, sum + j, reciprocal);
+      const auto low = squareLanes(entering + i, leaving + i, centre + i, sum + i, factors);
+      const auto high = squareLanes(entering + j, leaving + j, centre + j, sum + j, factors);
       hn::StoreU(hn::ConcatEven(d, hn::BitCast(d, high), hn::BitCast(d, low)), d, out + i);
     }
   }
-}
-
-// Words ------------------------------------------------------------------------------------------
-
-#if ALG_IS_NEON()
-
-constexpr std::size_t kWordStep = 16;
-
-HWY_INLINE void dropAlphas(const uint8_t* words, uint8_t* bytes) {
-  const uint8x16x4_t all = vld4q_u8(words);
-  const uint8x16x3_t colours{all.val[0], all.val[1], all.val[2]};
-  vst3q_u8(bytes, colours);
-}
-
-HWY_INLINE void addAlphas(const uint8_t* bytes, uint8_t* words) {
-  const uint8x16x3_t colours = vld3q_u8(bytes);
-  const uint8x16x4_t all{colours.val[0], colours.val[1], colours.val[2], vdupq_n_u8(0)};
-  vst4q_u8(words, all);
-}
-
-#else
-
-// 16 bytes are read and written each; those of the row end with the last word.
-constexpr std::size_t kWordStep = kStep;
-
-HWY_INLINE void dropAlphas(const uint8_t* words, uint8_t* bytes) {
-  HWY_ALIGN static constexpr uint8_t kFrom[16] = {0,  1,  2,  4,  5,     6,     8,     9,
-                                                  10, 12, 13, 14, kNone, kNone, kNone, kNone};
-  const Bytes16 d;
-  hn::StoreU(hn::TableLookupBytesOr0(hn::LoadU(d, words), hn::Load(d, kFrom)), d, bytes);
-}
-
-HWY_INLINE void addAlphas(const uint8_t* bytes, uint8_t* words) {
-  HWY_ALIGN static constexpr uint8_t kFrom[16] = {0, 1, 2, kNone, 3, 4,  5,  kNone,
-                                                  6, 7, 8, kNone, 9, 10, 11, kNone};
-  const Bytes16 d;
-  hn::StoreU(hn::TableLookupBytesOr0(hn::LoadU(d, bytes), hn::Load(d, kFrom)), d, words);
-}
-
-#endif
-
-void dropAlphaVector(const uint8_t* words, std::size_t width, uint8_t* bytes) {
-  std::size_t x = 0;
-  for (; x + kWordStep <= width; x += kWordStep) {
-    dropAlphas(words + kArgbBytes * x, bytes + kBlurElements * x);
-  }
-  dropAlphaPlain(words + kArgbBytes * x, width - x, bytes + kBlurElements * x);
-}
-
-void addAlphaVector(const uint8_t* bytes, std::size_t width, uint8_t* words) {
-  std::size_t x = 0;
-  for (; x + kWordStep <= width; x += kWordStep) {
-    addAlphas(bytes + kBlurElements * x, words + kArgbBytes * x);
-  }
-  addAlphaPlain(bytes + kBlurElements * x, width - x, words + kArgbBytes * x);
 }
 
 #endif  // vectors or not
@@ -344,10 +291,6 @@ HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
 namespace alg {
-
-void sumUp(BlurPixels pixels, const uint8_t* row, std::size_t width, uint16_t* prefix) {
-  ALG_DISPATCH(sumUpVector)(pixels, row, width, prefix);
-}
 
 void meansAcross(const BlurRun* runs, int runCount, const uint16_t* prefix, uint8_t* row) {
   ALG_DISPATCH(meansAcrossVector)(runs, runCount, prefix, row);
@@ -362,17 +305,13 @@ void finishMeans(const BlurRun* runs, int runCount, const uint8_t* ring, uint16_
   ALG_DISPATCH(finishMeansVector)(runs, runCount, ring, sums, bytes);
 }
 
+void addSquares(const BlurRun& run, int weight, const uint16_t* row, uint32_t* sums) {
+  ALG_DISPATCH(addSquaresVector)(run, weight, row, sums);
+}
+
 void finishSquares(const BlurRun* runs, int runCount, const uint16_t* ring, uint32_t* sums,
                    const uint8_t* centres, uint8_t* bytes) {
   ALG_DISPATCH(finishSquaresVector)(runs, runCount, ring, sums, centres, bytes);
-}
-
-void dropAlpha(const uint8_t* words, std::size_t width, uint8_t* bytes) {
-  ALG_DISPATCH(dropAlphaVector)(words, width, bytes);
-}
-
-void addAlpha(const uint8_t* bytes, std::size_t width, uint8_t* words) {
-  ALG_DISPATCH(addAlphaVector)(bytes, width, words);
 }
 
 }  // namespace alg

@@ -1,6 +1,7 @@
 // Ramps of radii that no image has.
 #include "blur_reference.h"
 #include "guarded.h"
+#include "kernels/box_blur_rows.h"
 #include "libalgorithm/classic_effects.h"
 #include "vector_targets.h"
 
@@ -25,6 +26,22 @@ TEST(Blur, TakesAnyStripOfAnyRamp) {
     for (const int n : {-50, -1, 0, 1, 2, 3, 40, 89}) {  // too short for the rows: stays inside
       for (const int offset : {-200, -3, 0, 1, 50, 1000}) {
         checkStrip(offset, 90, n - offset - 90, 11);
+      }
+    }
+  });
+}
+
+TEST(Blur, WritesWordsAnywherePastTheCaches) {
+  onEachTarget([] {
+    const Bytes bytes = noise(3 * 200 + static_cast<int>(alg::kBlurBlock));
+    for (const std::size_t width : {0U, 1U, 15U, 16U, 17U, 33U, 200U}) {
+      for (std::size_t offset = 0; offset < 68; ++offset) {
+        Bytes words(1000, 7);
+        Bytes expected = words;
+        alg::addAlpha(bytes.data(), width, words.data() + offset, true);
+        alg::endStream();
+        alg::addAlphaPlain(bytes.data(), width, expected.data() + offset);
+        ASSERT_TRUE(same(words, expected)) << width << " " << offset;
       }
     }
   });
