@@ -82,8 +82,8 @@ constexpr int64_t kCachedBytes = 1 << 20;  // of an image likely to be in a seco
 
 struct Tile {
   int elementBytes;
-  /// Of the source. A band's last tile has up to kBlockBytes more, where the rest would be less than
-  /// a block.
+  /// Of the source. A band's last tile has up to kBlockBytes more, where the rest would be less
+  /// than a block.
   int columns;
   int runBytes;
   /// Transposes `columns` x `rows` elements from `from` on into runs, and fetches what is at
