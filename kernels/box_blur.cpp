@@ -139,6 +139,8 @@ class Walk {
       centres_ = reinterpret_cast<uint8_t*>(prefixes_ + elements + repeats);
       bytes_ = centres_ + elements;
       std::fill_n(sums_, pitch_, Sum{0});
+      // Kernels read up to a block behind the last element: any value will do, if it is defined.
+      std::fill(reinterpret_cast<uint8_t*>(prefixes_), bytes_ + elements, uint8_t{0});
     }
     return block;
   }
