@@ -279,6 +279,8 @@ long kilobytes(const std::string& what) {
 
 #if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
 constexpr long kMostKilobytes = 40 << 10;  // the sanitizers' own memory is among them
+#elif defined(__aarch64__)
+constexpr long kMostKilobytes = 8 << 10;  // in emulation translated code is
 #else
 constexpr long kMostKilobytes = 4 << 10;
 #endif
