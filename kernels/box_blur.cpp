@@ -20,6 +20,7 @@
 #include "base/image_size.h"
 #include "base/streamed.h"
 #include "kernels/box_blur_rows.h"
+#include "kernels/overlap.h"
 
 namespace alg {
 namespace {
@@ -68,8 +69,7 @@ class Walk {
     }
     // A row of dst is written after that row of src was read: the two may be the same.
     const std::size_t bytes = rowBytes_ * static_cast<std::size_t>(blur_.height);
-    stream_ = blur_.pixels == BlurPixels::kWords &&
-              (blur_.src + bytes <= blur_.dst || blur_.dst + bytes <= blur_.src) &&
+    stream_ = blur_.pixels == BlurPixels::kWords && !overlap(blur_.src, bytes, blur_.dst, bytes) &&
               isStreamed(blur_.dst, bytes);
     for (int y = 0; y < blur_.height; ++y) {
       beginFetching(y);
