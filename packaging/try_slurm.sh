@@ -5,6 +5,7 @@
 # usage, as root: packaging/try_slurm.sh [CAMERA-EFFECTS]          (else the one of build/release)
 set -eu
 cd "$(dirname "$0")/.."
+. packaging/trial.sh
 [ "$(id -u)" -eq 0 ] || { echo "try_slurm: run as root" >&2; exit 1; }
 tool=$(realpath "${1:-build/release/camera-effects}")
 [ -x "$tool" ] || { echo "try_slurm: $tool is no program" >&2; exit 1; }
@@ -20,18 +21,6 @@ finish() {
 }
 trap finish EXIT
 trap 'exit 1' HUP INT TERM
-step() { echo "try_slurm: $*"; }
-fail() { echo "try_slurm: $*" >&2; tail -n 20 "$work"/*.log >&2; exit 1; }
-# within SECONDS CONDITION...
-within() {
-  tries=$(($1 * 20)); shift
-  until "$@" >/dev/null 2>&1; do
-    tries=$((tries - 1))
-    [ $tries -gt 0 ] || fail "waited in vain for: $*"
-    sleep 0.05
-  done
-}
-
 step "starting Slurm in $work"
 chmod 755 "$work"
 mkdir "$work/state" "$work/spool" "$work/photos"

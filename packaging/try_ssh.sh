@@ -5,17 +5,7 @@
 # keys, known hosts or servers is touched.
 # usage, as root: packaging/try_ssh.sh [CAMERA-EFFECTS]          (else the one of build/release)
 set -eu
-step() { echo "try_ssh: $*"; }
-fail() { echo "try_ssh: $*" >&2; tail -n 20 "$work"/*.log >&2; exit 1; }
-# within SECONDS CONDITION...
-within() {
-  tries=$(($1 * 20)); shift
-  until "$@" >/dev/null 2>&1; do
-    tries=$((tries - 1))
-    [ $tries -gt 0 ] || fail "waited in vain for: $*"
-    sleep 0.05
-  done
-}
+. "$(dirname "$0")/trial.sh"
 # start HOST
 start() {
   ip -n "$1" link set eth0 up
@@ -49,7 +39,7 @@ if [ "${1:-}" != inside ]; then
   cp docs/many-photos.md "$work/page"
   mkdir "$work/bin"
   cp "$tool" "$work/bin/camera-effects"
-  cp packaging/try_ssh.sh "$work/try_ssh.sh"
+  cp packaging/try_ssh.sh packaging/trial.sh "$work"
   unshare --mount --net --pid --fork --kill-child --mount-proc "$work/try_ssh.sh" inside "$work"
   exit
 fi
